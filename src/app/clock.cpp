@@ -1,0 +1,26 @@
+#include "app/clock.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace kibo {
+
+void SystemClock::wait(int milliseconds) {
+    const qint64 end = monotonicMs() + milliseconds;
+    runPendingEvents();
+    while (!waitingStopped_) {
+        const qint64 left = end - monotonicMs();
+        if (left <= 0) return;
+        // The timer wakes the event loop at the end of the wait; whatever else happens before only runs.
+        QTimer wake;
+        wake.setSingleShot(true);
+        wake.setTimerType(Qt::PreciseTimer);
+        wake.start(static_cast<int>(left));
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+void SystemClock::runPendingEvents() { QCoreApplication::processEvents(); }
+
+}  // namespace kibo

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdexcept>
+
+#include "platform/result.h"
+
+namespace kibo {
+
+/// Thrown for a failed page or database statement while `DebugMode` is "Y"; caught where ticks and clicks start.
+class SurfacedError : public std::runtime_error {
+ public:
+    explicit SurfacedError(Failure failure) : std::runtime_error(failure.text), failure_(std::move(failure)) {}
+    const Failure& failure() const { return failure_; }
+
+ private:
+    Failure failure_;
+};
+
+/// The one decision on failing page and database statements, applied where they are issued: everyday operation
+/// logs and skips them, so that procedures read as their steps; `DebugMode` "Y" lets them surface.
+class ErrorPolicy {
+ public:
+    void setDebugMode(bool on) { debugMode_ = on; }
+
+    /// Logs `failure` (category named by `area`, e.g. "browser"); in debug mode also throws SurfacedError.
+    void skip(const char* area, const char* statement, const Failure& failure) const;
+
+ private:
+    bool debugMode_ = false;
+};
+
+}  // namespace kibo

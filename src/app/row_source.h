@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+namespace kibo {
+
+/// The data rows of a grid, read when they are asked for: a grid of 100,000 queued messages shows the few
+/// rows that fit on the screen. Rows and columns count from 0; the header is not a row here.
+class RowSource {
+ public:
+    RowSource() = default;
+    RowSource(const RowSource&) = delete;
+    RowSource& operator=(const RowSource&) = delete;
+    virtual ~RowSource() = default;
+
+    virtual int rowCount() const = 0;
+    /// Empty for a NULL, and for a row that can no longer be read.
+    virtual QString text(int row, int column) const = 0;
+};
+
+/// Rows held in memory.
+class ListRows : public RowSource {
+ public:
+    void append(QStringList row) { rows_.push_back(std::move(row)); }
+
+    int rowCount() const override { return static_cast<int>(rows_.size()); }
+    QString text(int row, int column) const override {
+        return row >= 0 && row < rowCount() ? rows_[static_cast<size_t>(row)].value(column) : QString();
+    }
+
+ private:
+    std::vector<QStringList> rows_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+namespace kibo {
+
+/// All options of the gateway, one member per key and named like it, as read once at process start.
+/// Options of kind yes/no hold "Y" or "N"; ask with isYes(): only "Y" means yes, anything else means no.
+struct Settings {
+    // Section DB
+    QString dsn, user, password;
+    // Section kibo
+    QString Profil, DummyContact, UseBotPHP, UseBotEXE, PHP, EXE, CountryCode, IntervalMode1, Incognito, UseCapture,
+        CaptureImage, SendUsingClipboard, SendUsingDummy;
+    QString MySQL_WithoutDSN, MySQL_Server, MySQL_DB;  // DB
+    QString DebugMode;
+    QString Port;  // DB
+    QString DisableRead, DisableDoubleInbox, AutoStart, HideChrome, Multi, Break, AfterSend, GetNumberInbox, Scheduled,
+        ChromePortable, VBSleep, ChromeBinary, Headless, TmpFolder, ClearTmp, CaptureQR, Prefix;
+    QString UseMDB, HideMe;  // DB
+    QString Slow, Speed, NoAgent, LimitSelect, NoSandBox, UseIE, ShowIE;
+
+    // Further keys of section kibo: the file need not have them and they are never written at start.
+    QString StartAddress;   ///< page to open; empty: https://web.whatsapp.com/
+    QString ChatAddress;    ///< click-to-chat address; empty: https://wa.me/
+    QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
+
+    // Built-in values, not in the file.
+    QString applicationName = QStringLiteral("KB App");
+    QString buildDate = QStringLiteral("2023-09-20");
+};
+
+inline bool isYes(const QString& option) { return option == QStringLiteral("Y"); }
+
+}  // namespace kibo

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <memory>
+
+#include "app/row_source.h"
+
+namespace kibo {
+
+/// A colour as 0xRRGGBB.
+using Colour = quint32;
+
+namespace colour {
+inline constexpr Colour kRed = 0xFF0000, kYellow = 0xFFFF00, kGreen = 0x00FF00, kBlack = 0x000000, kCyan = 0x00FFFF,
+                        kGrey = 0x4D4D4D, kLightGreen = 0x80FF80, kLightRed = 0xFF6464;
+}
+
+struct Label {
+    QString caption;
+    Colour background = colour::kGrey;
+    Colour foreground = colour::kBlack;
+    bool visible = true;
+};
+
+struct Button {
+    QString caption;
+    QString hint;
+    Colour background = colour::kGrey;
+    bool enabled = true;
+};
+
+struct TextBox {
+    QString text;
+};
+
+/// A mark that is shown or hidden, with a caption where it says something.
+struct Indicator {
+    bool visible = false;
+    QString caption;
+};
+
+struct ComboBox {
+    QStringList items;
+    QString text;
+    Colour background = colour::kCyan;
+    bool enabled = true;
+};
+
+struct CheckBox {
+    bool checked = false;
+    bool enabled = true;
+};
+
+/// A periodic timer of the main window. Switching it on starts a full interval. What runs the ticks
+/// (TimerRunner with real timers; nothing in most tests) listens through `onEnabledChanged`.
+class StateTimer {
+ public:
+    StateTimer(int intervalMs, bool enabled) : interval_(intervalMs), enabled_(enabled) {}
+
+    int interval() const { return interval_; }
+    bool enabled() const { return enabled_; }
+    void setEnabled(bool on) {
+        enabled_ = on;
+        if (onEnabledChanged) onEnabledChanged(on);
+    }
+
+    std::function<void(bool)> onEnabledChanged;
+
+ private:
+    int interval_;
+    bool enabled_;
+};
+
+/// A grid: a header (row 0) and the data rows. `revision` grows with every change of the rows.
+struct Grid {
+    QStringList header;
+    std::shared_ptr<const RowSource> rows = std::make_shared<ListRows>();
+    quint64 revision = 0;
+
+    /// Counts the header row, so an empty grid has 1.
+    int rowCount() const { return 1 + rows->rowCount(); }
+    /// `row` counts from the header: row 1 is the first data row.
+    QString text(int row, int column) const { return rows->text(row - 1, column); }
+
+    void setRows(std::shared_ptr<const RowSource> newRows) {
+        rows = std::move(newRows);
+        ++revision;
+    }
+};
+
+/// Everything of the main window that must outlive a tick, under the product's own names. Plain values: the
+/// engine reads and writes them, the main window shows them and sends clicks back. Owned by the composition root.
+struct GatewayState {
+    // Connection
+    Label status{QStringLiteral("Not Connect"), colour::kRed, colour::kYellow};
+    TextBox waurl;  ///< "!!" when the browser has gone
+    Indicator pQR;  ///< login QR code on screen; caption: file of its picture
+    Indicator dboff;
+    bool dummyOpened = false;
+    int newChatCount = 0;
+
+    // Queue
+    Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),
+                 QStringLiteral("wa_media"), QStringLiteral("wa_file"), QStringLiteral("wa_time"),
+                 QStringLiteral("id")}};
+    Grid ms{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("wa_time"), QStringLiteral("status")}};
+    Grid ms2{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("time"), QStringLiteral("reason")}};
+    Label Outbox_Cnt{QStringLiteral("0")};
+
+    // Message in progress
+    TextBox txtid, txtNo, txtMedia, txtFile, txtMsg2;
+    QString step;  ///< what the engine does right now, in words
+
+    // Pacing
+    Label Kirim_Cnt;
+    TextBox HitungKirim{QStringLiteral("0")};
+    TextBox DetikBreak{QStringLiteral("0")};
+    Button cmd_Pause;
+    Indicator wait, wait2, waitread;
+    bool busy = false;  ///< the window's busy mark, set by the reading side
+
+    // Controls
+    Button cmd_OpenWA{QStringLiteral("open"), QStringLiteral("Open WhatsApp Web")};
+    Button cmd_STOP{QStringLiteral("stop"), QStringLiteral("End the browser and the program")};
+    ComboBox cb_Profil;
+    ComboBox cb_DummyContact;
+    TextBox txt_DUMMY;
+    CheckBox HideChrome;
+    TextBox len1;  ///< length of the chat list's text at the last look
+    Label lb[14];  ///< setting indicators lb1 to lb14
+    Indicator l_disableread;
+
+    // Counters since the program started
+    int sentCount = 0;
+    int failedCount = 0;
+
+    // Timers: interval in milliseconds, initial state
+    StateTimer timer_start{1000, true};
+    StateTimer Timer_variabel{500, true};
+    StateTimer Timer2{500, true};
+    StateTimer Timer1{1000, true};
+    StateTimer Timer_KIBO{500, false};
+    StateTimer Timer_cekURL{50, false};
+    StateTimer timer_QR{500, false};
+    StateTimer timer_grabchat{100, false};
+    StateTimer BreakTime{1000, false};
+};
+
+}  // namespace kibo
