@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QString>
+#include <memory>
+
+#include "browser/webdriver/command.h"
+#include "browser/webdriver/transport.h"
+#include "platform/result.h"
+
+namespace kibo::webdriver {
+
+/// One WebDriver session. Calls block until the answer or the command's time limit; a slow page costs at most that.
+///
+/// Three kinds of failure: FailureKind::Transport (no answer), Protocol (an answer that doesn't conform), Remote (the
+/// driver refused; `code` holds its name for the reason, see error.h). The log gets command names, durations and sizes,
+/// never contents; so do the failures' texts, except that of a refused new session, which is about this computer's
+/// browser only and tells the operator what to mend.
+class Client {
+ public:
+    explicit Client(std::unique_ptr<Transport> transport);
+    /// Doesn't end the session: that may take seconds, so the owner decides (`quit`).
+    ~Client() = default;
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    /// Opens a session with a script limit of 3 s; the value is the capabilities that the driver granted.
+    Result<QJsonObject> start(const QJsonObject& capabilities);
+    bool isOpen() const { return !sessionId_.isEmpty(); }
+
+    /// The answer's value (null for a command that has none). Fails with ConnectionLost when no session is open.
+    Result<QJsonValue> send(const Command& command);
+
+    /// Ends the session and its browser. Afterwards none is open, whatever the driver answered.
+    Result<void> quit();
+
+    /// Commands given to the transport since construction.
+    quint64 commandsSent() const { return commandsSent_; }
+
+ private:
+    Result<QJsonValue> exchange(const Request& request);
+
+    std::unique_ptr<Transport> transport_;
+    QString sessionId_;
+    quint64 commandsSent_ = 0;
+};
+
+}  // namespace kibo::webdriver
