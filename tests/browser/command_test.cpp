@@ -18,7 +18,7 @@ std::string line(const Command& command) {
     const char* method = request.method == Method::Get ? "GET " : request.method == Method::Post ? "POST " : "DELETE ";
     std::string text = method + request.path.toStdString();
     if (request.method == Method::Post) {
-        text += " " + QJsonDocument(request.body).toJson(QJsonDocument::Compact).toStdString();
+        text.append(" ").append(QJsonDocument(request.body).toJson(QJsonDocument::Compact).toStdString());
     }
     return text;
 }
