@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 
 #include "browser/webdriver/curl_transport.h"
@@ -141,6 +142,31 @@ TEST(Client, OpensASessionSetsItsLimitsAndEndsIt) {
     ASSERT_FALSE(closed);
     EXPECT_TRUE(isSessionGone(closed.failure()));
     EXPECT_EQ(session.server.requests().size(), 4u);
+}
+
+TEST(Client, ABusyDriverCostsTheFullTimeLimitOnce) {
+    // Requests from 2 on (the first ones open the session) stay without an answer until `busy` ends.
+    std::atomic<bool> busy = true;
+    RawServer server([&busy](int number) {
+        if (number == 0) return Reply{RawServer::answer(R"({"value":{"sessionId":"s1","capabilities":{}}})")};
+        return number == 1 || !busy ? Reply{ok()} : Reply{};
+    });
+    Client client(transportTo(server));
+    ASSERT_TRUE(client.start({}));
+    const auto first = client.send(GetTitle{});
+    ASSERT_FALSE(first);
+    EXPECT_TRUE(isTimeout(first.failure()));
+
+    const auto begin = std::chrono::steady_clock::now();
+    const auto second = client.send(ElementClick{{QStringLiteral("e")}});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    ASSERT_FALSE(second);
+    EXPECT_TRUE(isTimeout(second.failure()));
+    for (const std::string& request : server.requests()) {
+        EXPECT_EQ(request.find("/click"), std::string::npos) << "would be carried out whenever the driver is free";
+    }
+    busy = false;
+    EXPECT_TRUE(client.send(ElementClick{{QStringLiteral("e")}}));
 }
 
 TEST(Client, TellsTheDriversErrorsFromAnswersThatArentAny) {

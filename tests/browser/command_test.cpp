@@ -16,7 +16,8 @@ const QString kSession = QStringLiteral("s1");
 std::string line(const Command& command) {
     const Request request = requestFor(command, kSession);
     const char* method = request.method == Method::Get ? "GET " : request.method == Method::Post ? "POST " : "DELETE ";
-    std::string text = method + request.path.toStdString();
+    std::string text(method);
+    text.append(request.path.toStdString());
     if (request.method == Method::Post) {
         text.append(" ").append(QJsonDocument(request.body).toJson(QJsonDocument::Compact).toStdString());
     }

@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 
 #include "app/log.h"
+#include "browser/webdriver/error.h"
 
 namespace kibo::webdriver {
 namespace {
@@ -11,6 +12,8 @@ constexpr const char* kLog = "browser";
 // Shorter than the time we wait for an answer: a busy page is reported by the driver, not by a broken connection.
 constexpr int kScriptMs = 3'000;
 constexpr int kPageLoadMs = 30'000;
+// A driver that is free answers within a few milliseconds.
+constexpr int kProbeMs = 250;
 constexpr int kErrorStatus = 400;
 
 bool isOutsideSession(const Command& command) {
@@ -70,13 +73,27 @@ Result<QJsonValue> Client::send(const Command& command) {
     if (!isOpen() && !isOutsideSession(command)) {
         return Failure{FailureKind::ConnectionLost, "no browser session is open"};
     }
-    return exchange(requestFor(command, sessionId_));
+    const Request request = requestFor(command, sessionId_);
+    if (stuck_ && !answersAgain()) {
+        return Failure{FailureKind::Transport, std::string(request.name) + ": the browser is still busy",
+                       std::string(kTimeoutCode)};
+    }
+    return exchange(request);
+}
+
+/// Asks for something that needs neither page nor browser; no harm is done when it is answered later.
+bool Client::answersAgain() {
+    Request probe = requestFor(GetWindowHandle{}, sessionId_);
+    probe.timeoutMs = kProbeMs;
+    const Result<QJsonValue> answer = exchange(probe);
+    return answer || !isTimeout(answer.failure());
 }
 
 Result<void> Client::quit() {
     if (!isOpen()) return {};
     const Result<QJsonValue> answer = send(DeleteSession{});
     sessionId_.clear();
+    stuck_ = false;
     if (!answer) return answer.failure();
     return {};
 }
@@ -86,6 +103,7 @@ Result<QJsonValue> Client::exchange(const Request& request) {
         request.method == Method::Post ? QJsonDocument(request.body).toJson(QJsonDocument::Compact) : QByteArray();
     ++commandsSent_;
     const Result<HttpAnswer> answer = transport_->send(request.method, request.path, body, request.timeoutMs);
+    stuck_ = !answer && isTimeout(answer.failure());
     if (!answer) {
         Failure failure = answer.failure();
         failure.text = std::string(request.name) + ": " + failure.text;

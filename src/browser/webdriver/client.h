@@ -11,7 +11,9 @@
 
 namespace kibo::webdriver {
 
-/// One WebDriver session. Calls block until the answer or the command's time limit; a slow page costs at most that.
+/// One WebDriver session. Calls block until the answer or the command's time limit; a slow page costs at most that,
+/// and it costs it once: a driver works on one command at a time, so while it is still at one that ran out of time, a
+/// short look comes first and the next commands fail at once instead of queueing behind it.
 ///
 /// Three kinds of failure: FailureKind::Transport (no answer), Protocol (an answer that doesn't conform), Remote (the
 /// driver refused; `code` holds its name for the reason, see error.h). The log gets command names, durations and sizes,
@@ -29,7 +31,8 @@ class Client {
     Result<QJsonObject> start(const QJsonObject& capabilities);
     bool isOpen() const { return !sessionId_.isEmpty(); }
 
-    /// The answer's value (null for a command that has none). Fails with ConnectionLost when no session is open.
+    /// The answer's value (null for a command that has none). Fails with ConnectionLost when no session is open. A
+    /// command that ran out of time may still take effect.
     Result<QJsonValue> send(const Command& command);
 
     /// Ends the session and its browser. Afterwards none is open, whatever the driver answered.
@@ -40,9 +43,11 @@ class Client {
 
  private:
     Result<QJsonValue> exchange(const Request& request);
+    bool answersAgain();
 
     std::unique_ptr<Transport> transport_;
     QString sessionId_;
+    bool stuck_ = false;  ///< the last command ran out of time
     quint64 commandsSent_ = 0;
 };
 
