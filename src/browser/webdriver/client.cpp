@@ -28,7 +28,11 @@ Failure nonConforming(const Request& request, const HttpAnswer& answer, const ch
 Failure refused(const Request& request, const std::string& error, const QString& message) {
     std::string text = std::string(request.name) + ": " + error;
     // Messages of other commands quote the page and locators: people's texts and numbers.
-    if (request.path == "/session") text += ": " + message.section(QLatin1Char('\n'), 0, 0).toStdString();
+    if (request.path == "/session") {
+        // ChromeDriver puts the name in front of its message.
+        const QString words = message.section(u'\n', 0, 0).remove(QString::fromStdString(error + ": "));
+        text.append(": ").append(words.toStdString());
+    }
     return {FailureKind::Remote, std::move(text), error};
 }
 
@@ -50,6 +54,12 @@ Result<QJsonValue> valueOf(const Request& request, const HttpAnswer& answer) {
 }  // namespace
 
 Client::Client(std::unique_ptr<Transport> transport) : transport_(std::move(transport)) {}
+
+void Client::connectTo(std::unique_ptr<Transport> transport) {
+    transport_ = std::move(transport);
+    sessionId_.clear();
+    stuck_ = false;
+}
 
 Result<QJsonObject> Client::start(const QJsonObject& capabilities) {
     if (isOpen()) return Failure{FailureKind::InvalidArgument, "a browser session is already open"};
@@ -99,6 +109,7 @@ Result<void> Client::quit() {
 }
 
 Result<QJsonValue> Client::exchange(const Request& request) {
+    if (!transport_) return Failure{FailureKind::ConnectionLost, "no driver is connected"};
     const QByteArray body =
         request.method == Method::Post ? QJsonDocument(request.body).toJson(QJsonDocument::Compact) : QByteArray();
     ++commandsSent_;

@@ -11,9 +11,9 @@
 
 namespace kibo::webdriver {
 
-/// One WebDriver session. Calls block until the answer or the command's time limit; a slow page costs at most that,
-/// and it costs it once: a driver works on one command at a time, so while it is still at one that ran out of time, a
-/// short look comes first and the next commands fail at once instead of queueing behind it.
+/// A WebDriver session, one at a time. Calls block until the answer or the command's time limit; a slow page costs at
+/// most that, and it costs it once: a driver works on one command at a time, so while it is still at one that ran out
+/// of time, a short look comes first and the next commands fail at once instead of queueing behind it.
 ///
 /// Three kinds of failure: FailureKind::Transport (no answer), Protocol (an answer that doesn't conform), Remote (the
 /// driver refused; `code` holds its name for the reason, see error.h). The log gets command names, durations and sizes,
@@ -21,11 +21,14 @@ namespace kibo::webdriver {
 /// browser only and tells the operator what to mend.
 class Client {
  public:
-    explicit Client(std::unique_ptr<Transport> transport);
+    explicit Client(std::unique_ptr<Transport> transport = nullptr);
     /// Doesn't end the session: that may take seconds, so the owner decides (`quit`).
     ~Client() = default;
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
+
+    /// From now on commands go this way. A session that is open is forgotten, not ended.
+    void connectTo(std::unique_ptr<Transport> transport);
 
     /// Opens a session with a script limit of 3 s; the value is the capabilities that the driver granted.
     Result<QJsonObject> start(const QJsonObject& capabilities);
