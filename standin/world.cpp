@@ -72,6 +72,11 @@ bool World::waitForReceived(size_t count, std::chrono::milliseconds timeout) con
     return changed_.wait_for(lock, timeout, [&] { return received_.size() >= count; });
 }
 
+bool World::waitUntilPageKnows(std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, timeout, [&, wanted = revision_] { return knownRevision_ >= wanted; });
+}
+
 Result<void> World::act(const std::string& name, const json& details) {
     const auto behave = [this](json update) { return updateBehaviour(update); };
     if (name == "login") return behave({{"loggedIn", true}});
@@ -112,8 +117,12 @@ json World::pageState() const {
         {"revision", revision_}, {"behaviour", toJson(behaviour_)}, {"contacts", contacts_}, {"messages", history_}};
 }
 
-json World::updatesAfter(int64_t revision, std::chrono::milliseconds timeout) const {
+json World::updatesAfter(int64_t revision, std::chrono::milliseconds timeout) {
     std::unique_lock lock(mutex_);
+    if (revision > knownRevision_) {
+        knownRevision_ = revision;
+        changed_.notify_all();
+    }
     changed_.wait_for(lock, timeout, [&] { return closed_ || revision_ > revision; });
     json answer = {{"revision", revision_}, {"actions", json::array()}};
     if (behaviourRevision_ > revision) answer["behaviour"] = toJson(behaviour_);

@@ -34,6 +34,8 @@ class World {
     std::vector<PageEvent> events() const;
     /// False when fewer than `count` messages have come within `timeout`.
     bool waitForReceived(size_t count, std::chrono::milliseconds timeout) const;
+    /// False when within `timeout` no page has taken over everything that was changed before this call.
+    bool waitUntilPageKnows(std::chrono::milliseconds timeout) const;
     /// Does one of the actions of docs/stand-in.md; InvalidArgument for an unknown name or missing details.
     Result<void> act(const std::string& name, const nlohmann::json& details);
     /// Back to the start: default behaviour, no contacts, messages or events; open pages reload.
@@ -43,7 +45,7 @@ class World {
     /// What a page needs to begin: revision, behaviour, contacts, messages of all chats.
     nlohmann::json pageState() const;
     /// What came after `revision`; waits up to `timeout` for something to come.
-    nlohmann::json updatesAfter(int64_t revision, std::chrono::milliseconds timeout) const;
+    nlohmann::json updatesAfter(int64_t revision, std::chrono::milliseconds timeout);
     /// A page's message; the stored form goes back to the page.
     Result<void> receive(const nlohmann::json& message);
     void report(const std::string& kind, const std::string& number, const std::string& detail);
@@ -66,6 +68,7 @@ class World {
     Behaviour behaviour_;
     int64_t behaviourRevision_ = 0;
     int64_t revision_ = 0;
+    int64_t knownRevision_ = 0;  // the newest that a page has
     std::deque<Update> updates_;
     std::map<std::string, std::string> contacts_;       // number -> name
     nlohmann::json history_ = nlohmann::json::array();  // every chat's messages as the page shows them

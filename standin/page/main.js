@@ -41,6 +41,7 @@ class App {
         this.#build();
         this.#listen();
         this.#followLogin();
+        this.#freezeIfAsked();
         this.#server.follow(state.revision, (news) => this.#take(news));
     }
 
@@ -146,7 +147,12 @@ class App {
         }
         if (conversationKeys.some((key) => values[key] !== before[key])) this.#conversation.rebuild();
         this.#refresh();
-        if (values.frozenMs > 0) this.#disturbances.freeze(values.frozenMs);
+        this.#freezeIfAsked();
+    }
+
+    #freezeIfAsked() {
+        const {frozenMs} = this.#current.values;
+        if (frozenMs > 0) this.#disturbances.freeze(frozenMs);
     }
 
     #act(action) {
