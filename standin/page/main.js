@@ -51,7 +51,8 @@ class App {
         const common = {behaviour, spend, server: this.#server, chats: this.#chats};
         this.#list = new ChatList({...common, onChoose: (number) => this.#openings.request(number)});
         this.#attachments = new Attachments({
-            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption)});
+            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
+            onClosed: () => this.#conversation.focus()});
         this.#conversation = new Conversation({...common, onAttach: () => this.#attachments.toggleMenu()});
         this.#openings = new Openings({...common, dialogs: this.#dialogs,
                                        onOpen: (number, tookMs) => this.#open(number, tookMs)});
