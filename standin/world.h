@@ -15,6 +15,9 @@
 
 namespace kibo::standin {
 
+/// Digits with country code, at most 20, as chat links take them.
+bool isNumber(const std::string& text);
+
 /// Everything the pages share and what outlives their reloads: behaviour, contacts, chats, reports. Thread-safe.
 ///
 /// Pages learn of changes through revisions: each change gets the next number, and a page asks for what came after
@@ -44,7 +47,8 @@ class World {
     // For pages
     /// What a page needs to begin: revision, behaviour, contacts, messages of all chats.
     nlohmann::json pageState() const;
-    /// What came after `revision`; waits up to `timeout` for something to come.
+    /// What came after `revision`; waits up to `timeout` for something to come. A page that knows more than there is
+    /// comes from an earlier server on this port: it is told to reload.
     nlohmann::json updatesAfter(int64_t revision, std::chrono::milliseconds timeout);
     /// A page's message; the stored form goes back to the page.
     Result<void> receive(const nlohmann::json& message);

@@ -269,6 +269,8 @@ TEST_F(PageTest, TheBoxTakesEditsAndThrowsAwayWhatScriptsPutIntoIt) {
     EXPECT_TRUE(boxBecomes("a\nb\xF0\x9F\x98\x80"));
     chrome().press({key::kBackspace});
     EXPECT_TRUE(boxBecomes("a\nb")) << "a character beyond the BMP goes as one";
+    chrome().run("document.execCommand('insertText', false, 'c')");
+    EXPECT_TRUE(boxBecomes("a\nbc"));
     EXPECT_TRUE(standIn().received().empty());
 }
 

@@ -121,7 +121,8 @@ TEST_F(StandInTest, ControlChangesBehaviourAndRefusesWithTheReason) {
     EXPECT_EQ(post("/control/action/dance", ""), 400);
     EXPECT_NE(error_.find("dance"), std::string::npos);
     EXPECT_EQ(post("/control/action/incoming", R"({"number": "628"})"), 400);
-    EXPECT_EQ(post("/control/contacts", R"([{"number": "628", "name": "A"}, {"number": 1}])"), 400);
+    EXPECT_EQ(post("/control/action/openChat", R"({"number": "+62 8"})"), 400);
+    EXPECT_EQ(post("/control/contacts", R"([{"number": "628", "name": "A"}, {"number": "62x", "name": "B"}])"), 400);
     EXPECT_TRUE(get("/page/state")["contacts"].empty()) << "a list with a fault in it adds nobody";
 }
 
@@ -169,6 +170,7 @@ TEST_F(StandInTest, TellsAWaitingPageOfEachChangeOnce) {
     const json later = get("/page/updates/" + news["revision"].dump());
     EXPECT_TRUE(later["actions"].empty());
     EXPECT_TRUE(later.contains("behaviour"));
+    EXPECT_EQ(get("/page/updates/999999")["actions"][0]["name"], "reload") << "a page of an earlier server";
 }
 
 TEST(StandInLifeTest, EndsWhileAPageWaitsForNews) {
