@@ -22,6 +22,14 @@ Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
 }
 
+/// A value in the form that every store takes: a time as text, and a null QString as an empty text, not as NULL.
+QVariant plain(const QVariant& value) {
+    if (value.typeId() == QMetaType::QDateTime)
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (value.typeId() == QMetaType::QString && value.toString().isNull()) return QStringLiteral("");
+    return value;
+}
+
 }  // namespace
 
 Database::Database(const Clock& clock, const ErrorPolicy& policy)
@@ -94,25 +102,27 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     path_.clear();
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
-    QString name;
-    for (const auto& [key, value] : target.attributes())
-        name += key + u'=' +
-                (key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0 ? u'{' + value + u'}'
-                                                                                 : ConnectionString::quoted(value)) +
-                u';';
+    QStringList parts;
+    for (const auto& [key, value] : target.attributes()) {
+        const bool driver = key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0;
+        parts.append(key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value)));
+    }
     if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
-        name += QStringLiteral("UID=") + ConnectionString::quoted(request.user) + u';';
+        parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
     if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
-        name += QStringLiteral("PWD=") + ConnectionString::quoted(request.password) + u';';
+        parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
+    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. The
+    // driver doesn't take the character set as a statement, nor the timeouts as connection attributes.
+    for (const QString& extra :
+         {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("READ_TIMEOUT=10"), QStringLiteral("WRITE_TIMEOUT=10")})
+        if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
+    // Joined without a last semicolon: MariaDB's driver refuses one.
+    QString name = parts.join(u';');
     // QODBC takes a name that holds one of these words as it stands, and puts "DSN=" before any other.
     const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
                             name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
     if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
-    if (Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
-        !connected)
-        return connected;
-    // Every Unicode character, whatever the server's own default is.
-    return runPlain(QStringLiteral("SET NAMES utf8mb4"));
+    return connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
 }
 
 Result<void> Database::connect(const QString& driver, const QString& databaseName, const QString& options) {
@@ -170,14 +180,13 @@ void Database::close() {
 Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& values) {
     if (!open_) return notConnected();
     const qint64 start = clock_.monotonicMs();
-    const QString text = dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql;
+    Values plainValues;
+    for (const QVariant& value : values) plainValues.append(plain(value));
     bool done = false;
-    if (values.isEmpty()) {
-        done = query.exec(text);
-    } else if (query.prepare(text)) {
-        for (const QVariant& value : values)  // a null QString means an empty text; NULL is an invalid QVariant
-            query.addBindValue(value.typeId() == QMetaType::QString && value.isNull() ? QVariant(QStringLiteral(""))
-                                                                                      : value);
+    if (dialect_ == Dialect::MySql) {
+        done = query.exec(withMySqlValues(sql, plainValues));
+    } else if (query.prepare(dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql)) {
+        for (const QVariant& value : plainValues) query.addBindValue(value);
         done = query.exec();
     }
     const qint64 took = clock_.monotonicMs() - start;
@@ -248,13 +257,19 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql) {
     while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query));
     if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
     if (dialect_ != Dialect::Sqlite) {
-        const int count = query.last() ? query.at() + 1 : 0;
+        // A driver that keeps the result on this side knows the count without being asked row by row.
+        const int known = query.numRowsAffected();
+        const int count = known >= 0 ? known : countOf(sql);
         return handOut(std::make_shared<CursorRows>(std::move(query), count));
     }
     query.finish();
     auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql));
     if (snapshot->error().isValid()) return sqlFailure(snapshot->error());
     return handOut(std::move(snapshot));
+}
+
+int Database::countOf(const QString& sql) {
+    return OpenRecordset(QStringLiteral("select count(*) from (%1) counted").arg(sql)).field(0).toInt();
 }
 
 std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> rows) {
