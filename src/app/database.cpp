@@ -105,7 +105,12 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     QStringList parts;
     for (const auto& [key, value] : target.attributes()) {
         const bool driver = key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0;
-        parts.append(key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value)));
+        const QString part = key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value));
+        // QODBC puts "DSN=" before a name that holds neither driver nor server, so the source's own name leads.
+        if (key.compare(QStringLiteral("DSN"), Qt::CaseInsensitive) == 0)
+            parts.prepend(part);
+        else
+            parts.append(part);
     }
     if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
         parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
@@ -118,7 +123,7 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
         if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
     // Joined without a last semicolon: MariaDB's driver refuses one.
     QString name = parts.join(u';');
-    // QODBC takes a name that holds one of these words as it stands, and puts "DSN=" before any other.
+    // With one of these words QODBC takes the name as it stands.
     const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
                             name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
     if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
@@ -218,7 +223,7 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
     set.table_ = tableOf(sql);
     const QSqlRecord record = query.record();
     for (int column = 0; column < record.count(); ++column) set.fields_.append(record.fieldName(column));
-    while (query.next()) set.rows_.push_back(rowText(query));
+    while (query.next()) set.rows_.push_back(rowText(query, record.count()));
     return set;
 }
 
@@ -254,7 +259,8 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql) {
     query.setForwardOnly(dialect_ == Dialect::Sqlite);
     if (const Result<void> done = run(query, sql); !done) return done.failure();
     auto few = std::make_shared<ListRows>();
-    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query));
+    const int columns = query.record().count();
+    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query, columns));
     if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
     if (dialect_ != Dialect::Sqlite) {
         // A driver that keeps the result on this side knows the count without being asked row by row.

@@ -8,7 +8,7 @@
 namespace kibo {
 namespace {
 
-constexpr int kPageRows = 64;
+constexpr size_t kPageRows = 64;
 constexpr size_t kPagesKept = 8;
 
 }  // namespace
@@ -30,9 +30,8 @@ QString fieldText(const QSqlQuery& query, int column) {
     return text.isNull() ? QStringLiteral("") : text;
 }
 
-QStringList rowText(const QSqlQuery& query) {
+QStringList rowText(const QSqlQuery& query, int columns) {
     QStringList row;
-    const int columns = query.record().count();
     row.reserve(columns);
     for (int column = 0; column < columns; ++column) row.append(fieldText(query, column));
     return row;
@@ -65,6 +64,7 @@ SnapshotRows::~SnapshotRows() {
 
 void SnapshotRows::detach() {
     pages_.clear();
+    running_ = QSqlQuery();
     if (!name_.isEmpty()) QSqlDatabase::removeDatabase(name_);
     name_.clear();
 }
@@ -75,18 +75,32 @@ const SnapshotRows::Page& SnapshotRows::page(int number) const {
         const bool first = number - pages_.begin()->first > pages_.rbegin()->first - number;
         pages_.erase(first ? pages_.begin() : std::prev(pages_.end()));
     }
-    Page& page = pages_[number];
-    QSqlQuery query(QSqlDatabase::database(name_, false));
-    query.setForwardOnly(true);
-    if (query.exec(sql_ + QStringLiteral(" limit %1 offset %2").arg(kPageRows).arg(qint64(number) * kPageRows)))
-        while (query.next()) page.push_back(rowText(query));
+    return pages_[number] = read(number);
+}
+
+SnapshotRows::Page SnapshotRows::read(int number) const {
+    // A page out of turn is cheapest with a limit, which spares sorting what is not shown. A page that follows the
+    // last one announces many more, as when a grid is copied: one query then runs through all of them.
+    const bool inTurn = number == nextPage_;
+    if (!inTurn || !runs_) {
+        running_ = QSqlQuery(QSqlDatabase::database(name_, false));
+        running_.setForwardOnly(true);
+        running_.exec(sql_ + QStringLiteral(" limit %1 offset %2")
+                                 .arg(inTurn ? -1 : static_cast<int>(kPageRows))
+                                 .arg(static_cast<size_t>(number) * kPageRows));
+        runs_ = inTurn;
+    }
+    Page page;
+    const int columns = running_.record().count();
+    while (page.size() < kPageRows && running_.next()) page.push_back(rowText(running_, columns));
+    nextPage_ = number + 1;
     return page;
 }
 
 QString SnapshotRows::text(int row, int column) const {
     if (name_.isEmpty() || row < 0 || row >= rowCount_) return {};
-    const Page& rows = page(row / kPageRows);
-    const auto at = static_cast<size_t>(row % kPageRows);
+    const Page& rows = page(row / static_cast<int>(kPageRows));
+    const auto at = static_cast<size_t>(row) % kPageRows;
     return at < rows.size() ? rows[at].value(column) : QString();
 }
 
