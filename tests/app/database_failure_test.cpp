@@ -180,6 +180,22 @@ TEST_F(OpenFailureTest, StoreIsFoundInAnyFolder) {
               QStringLiteral("//*[@id='x']"));
 }
 
+TEST_F(OpenFailureTest, OutsideWriterIsWaitedForButDoesNotKeepReadersWaiting) {
+    shippedStore();
+    Database database(clock_, policy_);
+    ASSERT_TRUE(database.OpenDatabase(localStore(), folder_.path()));
+    QProcess outside;
+    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), path_});
+    outside.write(
+        "begin immediate;\ninsert into outbox (wa_no) values ('1');\n.shell echo locked; sleep 0.4\ncommit;\n.quit\n");
+    ASSERT_TRUE(outside.waitForReadyRead());
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select count(*) from outbox")).field(0), QStringLiteral("0"));
+    EXPECT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no) values ('2')")));
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_no from outbox order by id desc")).field(0),
+              QStringLiteral("2"));
+    EXPECT_TRUE(outside.waitForFinished());
+}
+
 TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
     Settings settings = mySql();
     settings.MySQL_Server = QStringLiteral("127.0.0.1");
