@@ -17,6 +17,8 @@ namespace {
 constexpr qint64 kSlowMs = 200;
 // A SQLite file up to this size is checked page by page when it is opened (about 0.1 s); a larger one is not.
 constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
+// https://www.sqlite.org/rescode.html
+constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
 
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
@@ -40,8 +42,9 @@ Database::~Database() {
 }
 
 Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
-    return open(mainStoreRequest(settings, programFolder),
-                {QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")});
+    // A server may hold only what its mode of use needs, e.g. "multi" alone; a local file is always the whole store.
+    const QStringList whole{QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")};
+    return open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
 }
 
 Result<void> Database::OpenElementStore(const QString& file) {
@@ -116,10 +119,10 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
         parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
     if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
         parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
-    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. The
-    // driver doesn't take the character set as a statement, nor the timeouts as connection attributes.
-    for (const QString& extra :
-         {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("READ_TIMEOUT=10"), QStringLiteral("WRITE_TIMEOUT=10")})
+    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. In
+    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout.
+    for (const QString& extra : {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"),
+                                 QStringLiteral("READ_TIMEOUT=10"), QStringLiteral("WRITE_TIMEOUT=10")})
         if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
     // Joined without a last semicolon: MariaDB's driver refuses one.
     QString name = parts.join(u';');
@@ -143,21 +146,27 @@ Result<void> Database::connect(const QString& driver, const QString& databaseNam
 }
 
 Result<void> Database::prepareSqlite(const QString& path) {
-    const auto damaged = [&path](const QString& what) {
+    const auto problem = [&path](const QString& what) {
         return Failure{FailureKind::InvalidArgument,
-                       QStringLiteral("%1 is damaged: %2").arg(QDir::toNativeSeparators(path), what).toStdString()};
+                       QStringLiteral("%1 %2").arg(QDir::toNativeSeparators(path), what).toStdString()};
+    };
+    const auto refused = [&problem](const Failure& failure) {
+        const bool damaged = failure.code == kSqliteCorrupt || failure.code == kSqliteNotADatabase;
+        return problem((damaged ? QStringLiteral("is damaged: ") : QStringLiteral("cannot be used: ")) +
+                       QString::fromStdString(failure.text));
     };
     QSqlQuery query(QSqlDatabase::database(name_, false));
     // Other programs read while this one writes, and the other way round.
-    if (Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
-        return damaged(QString::fromStdString(done.failure().text));
+    if (const Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
+        return refused(done.failure());
     if (!query.next() || query.value(0).toString() != QStringLiteral("wal"))
-        log::warning("app", QStringLiteral(
-                                "the local store can't keep a write-ahead log; readers and writers block each other"));
+        log::warning("app",
+                     QStringLiteral("the local store keeps no write-ahead log: readers and writers block each other"));
     if (QFileInfo(path).size() > kCheckedBytes) return {};
-    if (Result<void> done = run(query, QStringLiteral("PRAGMA quick_check(1)")); !done)
-        return damaged(QString::fromStdString(done.failure().text));
-    if (query.next() && query.value(0).toString() != QStringLiteral("ok")) return damaged(query.value(0).toString());
+    if (const Result<void> done = run(query, QStringLiteral("PRAGMA quick_check(1)")); !done)
+        return refused(done.failure());
+    const QString found = query.next() ? query.value(0).toString() : QString();
+    if (found != QStringLiteral("ok")) return problem(QStringLiteral("is damaged: ") + found);
     return {};
 }
 
