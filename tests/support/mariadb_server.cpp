@@ -100,7 +100,9 @@ void MariaDbServer::start() {
                     QStringLiteral("--socket=") + socket(), QStringLiteral("--port=%1").arg(port_),
                     QStringLiteral("--bind-address=127.0.0.1"), QStringLiteral("--skip-name-resolve"),
                     QStringLiteral("--innodb-buffer-pool-size=32M"), QStringLiteral("--innodb-log-file-size=16M"),
-                    QStringLiteral("--innodb-flush-log-at-trx-commit=2")} +
+                    // Nothing here must survive the computer.
+                    QStringLiteral("--innodb-flush-log-at-trx-commit=0"),
+                    QStringLiteral("--innodb-flush-method=nosync"), QStringLiteral("--sync-frm=0")} +
             asThisUser());
     QElapsedTimer waited;
     waited.start();
