@@ -207,12 +207,13 @@ TEST(Client, FailureTextsQuoteNeitherPageNorLocator) {
     // What keeps the browser from starting is the operator's business.
     RawServer server([](int) {
         return Reply{RawServer::answer(
-            R"({"value":{"error":"session not created","message":"only supports Chrome 115\n#0 0x55"}})", 500)};
+            R"({"value":{"error":"session not created","message":"from unknown error:\n  only supports Chrome 115"}})",
+            500)};
     });
     Client client(transportTo(server));
     const auto started = client.start({});
     ASSERT_FALSE(started);
-    EXPECT_EQ(started.failure().text, "NewSession: session not created: only supports Chrome 115");
+    EXPECT_EQ(started.failure().text, "NewSession: session not created: from unknown error: only supports Chrome 115");
     EXPECT_FALSE(client.isOpen());
 }
 

@@ -15,6 +15,7 @@ constexpr int kPageLoadMs = 30'000;
 // A driver that is free answers within a few milliseconds.
 constexpr int kProbeMs = 250;
 constexpr int kErrorStatus = 400;
+constexpr int kLongestMessage = 400;
 
 bool isOutsideSession(const Command& command) {
     return std::holds_alternative<Status>(command) || std::holds_alternative<NewSession>(command);
@@ -29,9 +30,7 @@ Failure refused(const Request& request, const std::string& error, const QString&
     std::string text = std::string(request.name) + ": " + error;
     // Messages of other commands quote the page and locators: people's texts and numbers.
     if (request.path == "/session") {
-        // ChromeDriver puts the name in front of its message.
-        const QString words = message.section(u'\n', 0, 0).remove(QString::fromStdString(error + ": "));
-        text.append(": ").append(words.toStdString());
+        text.append(": ").append(message.simplified().left(kLongestMessage).toStdString());
     }
     return {FailureKind::Remote, std::move(text), error};
 }
