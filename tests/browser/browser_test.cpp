@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <xcb/xcb.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -10,8 +12,10 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
+#include <cstdlib>
 
 #include "browser/webdriver/error.h"
+#include "platform/top_level_windows.h"
 #include "raw_server.h"
 
 /// With the real browser and driver, headless, each test in a program folder of its own.
@@ -240,6 +244,53 @@ TEST_F(BrowserTest, WhatAKilledGatewayLeftIsEndedByTheNextStart) {
     EXPECT_FALSE(platform::isRunning(driver.id, driver.startTime));
     EXPECT_EQ(profileFiles("kibo-session-*").size(), 1);
     EXPECT_TRUE(browser_.windowExists());
+}
+
+/// A display of its own, for as long as it lives.
+class VirtualDisplay {
+ public:
+    VirtualDisplay() {
+        server_.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
+        if (server_.waitForReadyRead(10'000)) qputenv("DISPLAY", ":" + server_.readLine().trimmed());
+    }
+    ~VirtualDisplay() {
+        qputenv("DISPLAY", former_);
+        server_.terminate();
+        server_.waitForFinished();
+    }
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+
+    bool shows(const char* title) const {
+        const auto window = platform::FindWindowByTitle(title);
+        if (!window) return false;
+        xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+        const auto cookie = xcb_get_window_attributes(connection, static_cast<xcb_window_t>(*window));
+        auto* attributes = xcb_get_window_attributes_reply(connection, cookie, nullptr);
+        const bool shown = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        std::free(attributes);
+        xcb_disconnect(connection);
+        return shown;
+    }
+
+ private:
+    QProcess server_;
+    QByteArray former_ = qgetenv("DISPLAY");
+};
+
+TEST_F(BrowserTest, HidesAndShowsTheBrowsersWindow) {
+    const VirtualDisplay display;
+    settings_.Headless = QStringLiteral("N");
+    settings_.StartAddress = QStringLiteral("data:text/html,<title>WhatsApp</title>");
+    ASSERT_TRUE(open());
+    ASSERT_TRUE(eventually([this] { return browser_.hideWindow(true); })) << "the window isn't found by its title";
+    EXPECT_FALSE(display.shows("WhatsApp - "));
+    EXPECT_TRUE(browser_.hideWindow(false)) << "a hidden window is found too";
+    EXPECT_TRUE(display.shows("WhatsApp - "));
+
+    run("document.title = 'another page'");
+    EXPECT_TRUE(eventually([this] { return !browser_.hideWindow(true); }));
+    browser_.quit();
 }
 
 TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
