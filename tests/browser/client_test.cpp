@@ -165,8 +165,12 @@ TEST(Client, ABusyDriverCostsTheFullTimeLimitOnce) {
     for (const std::string& request : server.requests()) {
         EXPECT_EQ(request.find("/click"), std::string::npos) << "would be carried out whenever the driver is free";
     }
+    EXPECT_EQ(client.unansweredInARow(), 2);
     busy = false;
+    EXPECT_TRUE(client.send(GetWindowHandles{}));
+    EXPECT_EQ(client.unansweredInARow(), 2) << "the driver is free, the page has said nothing yet";
     EXPECT_TRUE(client.send(ElementClick{{QStringLiteral("e")}}));
+    EXPECT_EQ(client.unansweredInARow(), 0);
 }
 
 TEST(Client, TellsTheDriversErrorsFromAnswersThatArentAny) {
