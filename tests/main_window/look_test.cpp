@@ -2,6 +2,7 @@
 #include <QDir>
 #include <QLabel>
 
+#include "app/log.h"
 #include "main_window/colour_label.h"
 #include "main_window/setting_indicators.h"
 #include "window_fixture.h"
@@ -94,7 +95,8 @@ QString clipped(const QWidget& control) {
     }
     if (const auto* button = qobject_cast<const QAbstractButton*>(&control)) {
         if (button->text().isEmpty()) return {};
-        const int needed = button->sizeHint().width();
+        const int icon = button->icon().isNull() ? 0 : button->iconSize().width() + 4;
+        const int needed = button->fontMetrics().horizontalAdvance(button->text().remove(QLatin1Char('&'))) + icon + 16;
         if (needed > width) return QStringLiteral("needs %1 of %2 pixels").arg(needed).arg(width);
     }
     if (control.isVisible() && control.fontMetrics().height() > control.height()) return QStringLiteral("too low");
@@ -105,7 +107,12 @@ class LookTest : public WindowFixture, public testing::WithParamInterface<Look> 
 
 TEST_P(LookTest, showsAllTextsAtEverySize) {
     GetParam().arrange(state, settings);
-    build();
+    MainWindowActions actions;
+    actions.openWhatsApp = actions.stop = actions.pause = actions.refreshOutbox = [] {};
+    actions.hideChrome = [](bool) {};
+    build(std::move(actions));
+    log::info("engine", QStringLiteral("message 100233: sent in 4,210 ms"));
+    log::warning("app", QStringLiteral("OpenRecordset failed [HY000]: no such table: web_user"));
     for (const QSize size : {QSize(1280, 720), QSize(1000, 640), QSize(1600, 900)}) {
         window->resize(size);
         window->showState();

@@ -5,7 +5,7 @@
 namespace kibo {
 namespace {
 
-constexpr int kPadding = 4;
+constexpr int kPadding = 2;
 constexpr double kRadius = 5;
 
 void drawElided(QPainter& painter, const QLabel& label, const QRect& area) {

@@ -113,7 +113,11 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
 
 QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal) return {};
-    if (role == Qt::DisplayRole) return grid_.header.value(section);
+    if (role == Qt::DisplayRole) {
+        // The columns are the tables'; their common prefix only takes room.
+        const QString name = grid_.header.value(section);
+        return name.startsWith(QStringLiteral("wa_")) ? name.mid(3) : name;
+    }
     if (role == Qt::TextAlignmentRole) return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
     return {};
 }

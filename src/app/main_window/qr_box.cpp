@@ -10,7 +10,7 @@ constexpr int kMargin = 12;
 
 }  // namespace
 
-QrBox::QrBox(QWidget* parent) : QFrame(parent), heading_(this), image_(this), hint_(this) {
+QrBox::QrBox(QWidget* parent) : ColourPanel(parent, 0xFFFFFF, 0xD3DAE0), heading_(this), image_(this), hint_(this) {
     image_.setObjectName(QStringLiteral("Image1"));
     heading_.setText(QStringLiteral("Scan to log in"));
     QFont bold = heading_.font();
@@ -20,7 +20,6 @@ QrBox::QrBox(QWidget* parent) : QFrame(parent), heading_(this), image_(this), hi
         QStringLiteral("On the phone: WhatsApp › Linked devices › Link a device, then point the camera at this code."));
     hint_.setWordWrap(true);
     for (QLabel* label : {&heading_, &image_, &hint_}) label->setAlignment(Qt::AlignCenter);
-    setAutoFillBackground(true);
 }
 
 void QrBox::showFile(const QString& file) {
@@ -36,14 +35,17 @@ void QrBox::showFile(const QString& file) {
 }
 
 void QrBox::resizeEvent(QResizeEvent* event) {
-    QFrame::resizeEvent(event);
+    ColourPanel::resizeEvent(event);
     const int line = fontMetrics().height();
-    heading_.setGeometry(kMargin, kMargin, width() - 2 * kMargin, line + 4);
-    const int hintHeight = 3 * line;
-    hint_.setGeometry(kMargin, height() - kMargin - hintHeight, width() - 2 * kMargin, hintHeight);
-    const int top = heading_.geometry().bottom() + kMargin;
-    const int side = std::min(width() - 2 * kMargin, hint_.y() - kMargin - top);
-    image_.setGeometry((width() - side) / 2, top, side, side);
+    const int width = this->width() - 2 * kMargin;
+    const int texts = 4 * line + 3 * kMargin;
+    const int side = std::min(width, height() - 2 * kMargin - texts);
+    int top = (height() - side - texts) / 2;
+    heading_.setGeometry(kMargin, top, width, line);
+    top += line + kMargin;
+    image_.setGeometry((this->width() - side) / 2, top, side, side);
+    top += side + kMargin;
+    hint_.setGeometry(kMargin, top, width, 3 * line);
     placePicture();
 }
 

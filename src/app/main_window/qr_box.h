@@ -1,14 +1,15 @@
 #pragma once
 
 #include <QDateTime>
-#include <QFrame>
 #include <QLabel>
+
+#include "main_window/colour_label.h"
 
 namespace kibo {
 
 /// The login QR code (`pQR`) with the picture `Image1`, scaled without smoothing and on white, so that a phone
 /// reads it from the screen.
-class QrBox : public QFrame {
+class QrBox : public ColourPanel {
     Q_OBJECT
 
  public:

@@ -7,8 +7,8 @@ namespace kibo {
 namespace {
 
 // Places are design pixels: the window is drawn for kDesignWidth by kDesignHeight and scaled from there.
-constexpr int kLeft = 12, kLeftWidth = 864;
-constexpr int kRight = 888, kRightWidth = 380;
+constexpr int kLeft = 12, kLeftWidth = 914;
+constexpr int kRight = 938, kRightWidth = 330;
 constexpr int kLine = 26;
 
 constexpr Colour kPaper = 0xFFFFFF, kDark = 0x2B3138, kOutline = 0xD3DAE0;
@@ -69,7 +69,7 @@ class Builder {
     }
     /// A large number over a small caption.
     QLabel* counter(const char* name, const char* captionName, const char* text, int x, int y) const {
-        constexpr int width = 112;
+        constexpr int width = 102;
         auto* number = place(new QLabel(QStringLiteral("0"), area_), name, x, y, width, 34);
         number->setTextFormat(Qt::PlainText);
         number->setAlignment(Qt::AlignCenter);
@@ -98,44 +98,44 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cmd_OpenWA = build.button("cmd_OpenWA", "&Open WhatsApp", 12, 10, 150, 38);
     cmd_Pause = build.button("cmd_Pause", "&Pause", 170, 10, 124, 38);
     cmd_STOP = build.button("cmd_STOP", "&Stop", 302, 10, 90, 38);
-    QLabel* lblProfil = build.caption("lblProfil", "P&rofile", 408, 16, 54);
-    cb_Profil = build.place(new QComboBox(area), "cb_Profil", 464, 14, 140, 30);
+    QLabel* lblProfil = build.caption("lblProfil", "P&rofile", 408, 16, 56);
+    cb_Profil = build.place(new QComboBox(area), "cb_Profil", 466, 14, 130, 30);
     lblProfil->setBuddy(cb_Profil);
-    QLabel* lblDummy = build.caption("lblDummy", "Du&mmy contact", 620, 16, 104);
-    cb_DummyContact = build.place(new QComboBox(area), "cb_DummyContact", 726, 14, 160, 30);
+    QLabel* lblDummy = build.caption("lblDummy", "Du&mmy", 612, 16, 58);
+    cb_DummyContact = build.place(new QComboBox(area), "cb_DummyContact", 672, 14, 170, 30);
     cb_DummyContact->setEditable(true);
     cb_DummyContact->setInsertPolicy(QComboBox::NoInsert);
     txt_DUMMY = cb_DummyContact->lineEdit();
     txt_DUMMY->setObjectName(QStringLiteral("txt_DUMMY"));
     lblDummy->setBuddy(cb_DummyContact);
-    HideChrome = build.place(new QCheckBox(QStringLiteral("Hid&e Chrome"), area), "HideChrome", 900, 16, 116, kLine);
-    dboff = build.mark("dboff", "Database off", 1020, 10, 112, 38, colour::kRed, colour::kYellow);
+    HideChrome = build.place(new QCheckBox(QStringLiteral("Hid&e Chrome"), area), "HideChrome", 862, 16, 130, kLine);
+    dboff = build.mark("dboff", "Database off", 1008, 10, 122, 38, colour::kRed, colour::kYellow);
     status = build.mark("status", "", 1140, 10, 128, 38, colour::kRed, colour::kYellow);
     status->setFont(Builder::sized(status->font(), 15, true));
 
     // What the engine does
-    step = build.text("step", kLeft + 4, 65, 690);
+    step = build.text("step", kLeft + 4, 65, 740);
     step->setFont(Builder::sized(step->font(), 14, false));
-    wait = build.mark("wait", "Sending", 708, 67, 80, 22, kBusy, 0xFFFFFF);
-    waitread = build.mark("waitread", "Reading", 796, 67, 80, 22, kBusy, 0xFFFFFF);
+    wait = build.mark("wait", "Sending", 758, 67, 80, 22, kBusy, 0xFFFFFF);
+    waitread = build.mark("waitread", "Reading", 846, 67, 80, 22, kBusy, 0xFFFFFF);
 
     // Queues
     build.card("shapOutbox", kLeft, 98, kLeftWidth, 262);
-    ms_out = new QueueGrid(state.ms_out, {6, 15, 39, 13, 13, 16, 8}, 6, QStringLiteral("No message is waiting"), area);
+    ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, QStringLiteral("No message is waiting"), area);
     build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
-    cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 774, 103, 92, kLine);
+    cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
-    build.card("shapInbox", kLeft, 368, 427, 176);
-    ms = new QueueGrid(state.ms, {28, 40, 22, 10}, -1, QStringLiteral("No message has arrived"), area);
+    build.card("shapInbox", kLeft, 368, 452, 176);
+    ms = new QueueGrid(state.ms, {30, 31, 26, 13}, -1, QStringLiteral("No message has arrived"), area);
     build.heading("lblInbox", "&Inbox", 24, 373, 120, ms);
-    l_disableread = build.mark("l_disableread", "Reading is off", 310, 374, 119, 22, kNotice, kNoticeText);
-    build.place(ms, "ms", 22, 400, 407, 136);
+    l_disableread = build.mark("l_disableread", "Reading is off", 334, 374, 120, 22, kNotice, kNoticeText);
+    build.place(ms, "ms", 22, 400, 432, 136);
 
-    build.card("shapUnsent", 449, 368, 427, 176);
-    ms2 = new QueueGrid(state.ms2, {26, 34, 18, 22}, -1, QStringLiteral("Every message was sent"), area);
-    build.heading("lblUnsent", "&Unsent", 461, 373, 120, ms2);
-    build.place(ms2, "ms2", 459, 400, 407, 136);
+    build.card("shapUnsent", 474, 368, 452, 176);
+    ms2 = new QueueGrid(state.ms2, {30, 28, 18, 24}, -1, QStringLiteral("Every message was sent"), area);
+    build.heading("lblUnsent", "&Unsent", 486, 373, 120, ms2);
+    build.place(ms2, "ms2", 484, 400, 432, 136);
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);
@@ -144,35 +144,35 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     // Message in progress
     build.card("shapMessage", kRight, 66, kRightWidth, 294);
-    build.heading("lblMessage", "Message in progress", 900, 72, 240);
-    build.caption("lblId", "Id", 900, 102, 52);
-    txtid = build.field("txtid", 956, 102, 90);
-    build.caption("lblNo", "To", 1056, 102, 26);
-    txtNo = build.field("txtNo", 1084, 102, 172);
-    txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 900, 136, 356, 148);
+    build.heading("lblMessage", "Message in progress", 950, 72, 240);
+    build.caption("lblId", "Id", 950, 102, 48);
+    txtid = build.field("txtid", 1000, 102, 76);
+    build.caption("lblNo", "To", 1086, 102, 26);
+    txtNo = build.field("txtNo", 1112, 102, 144);
+    txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 950, 136, 306, 148);
     txtMsg2->setReadOnly(true);
     txtMsg2->setTabChangesFocus(true);
     txtMsg2->setPlaceholderText(QStringLiteral("Nothing is being sent"));
-    build.caption("lblMedia", "Media", 900, 292, 52);
-    txtMedia = build.field("txtMedia", 956, 292, 300);
-    build.caption("lblFile", "File", 900, 325, 52);
-    txtFile = build.field("txtFile", 956, 325, 300);
+    build.caption("lblMedia", "Media", 950, 292, 48);
+    txtMedia = build.field("txtMedia", 1000, 292, 256);
+    build.caption("lblFile", "File", 950, 325, 48);
+    txtFile = build.field("txtFile", 1000, 325, 256);
 
     // Pace
     build.card("shapPace", kRight, 368, kRightWidth, 282);
-    build.heading("lblPace", "Pace", 900, 373, 160);
-    Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 900, 404);
-    Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1022, 404);
-    Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1144, 404);
-    lblBatch = build.caption("lblBatch", "Sent in this batch", 900, 474, 130);
-    Kirim_Cnt = build.text("Kirim_Cnt", 1036, 474, 220);
+    build.heading("lblPace", "Pace", 950, 373, 160);
+    Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 950, 404);
+    Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1052, 404);
+    Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1154, 404);
+    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 474, 130);
+    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 474, 170);
     Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
-    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 900, 508, 356, 18);
+    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 508, 306, 18);
     BreakProgress->setTextVisible(false);
-    wait2 = build.text("wait2", 900, 532, 356);
-    lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 900, 612, 176);
-    HitungKirim = build.field("HitungKirim", 1080, 612, 84);
-    DetikBreak = build.field("DetikBreak", 1172, 612, 84);
+    wait2 = build.text("wait2", 950, 532, 306);
+    lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
+    HitungKirim = build.field("HitungKirim", 1126, 612, 62);
+    DetikBreak = build.field("DetikBreak", 1194, 612, 62);
 
     // Settings in force
     build.panel("shapSettings", 0, 658, kDesignWidth, 36, kDark, kDark);
