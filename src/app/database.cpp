@@ -1,0 +1,288 @@
+#include "app/database.h"
+
+#include <QDir>
+#include <QSqlError>
+#include <QSqlRecord>
+#include <QUuid>
+
+#include "app/local_store.h"
+#include "app/log.h"
+#include "app/query_rows.h"
+#include "app/sql_failure.h"
+#include "app/sql_text.h"
+
+namespace kibo {
+namespace {
+
+constexpr qint64 kSlowMs = 200;
+// A SQLite file up to this size is checked page by page when it is opened (about 0.1 s); a larger one is not.
+constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
+
+Failure notConnected() {
+    return {FailureKind::ConnectionLost, "The database is not connected."};
+}
+
+}  // namespace
+
+Database::Database(const Clock& clock, const ErrorPolicy& policy)
+    : clock_(clock), policy_(policy), name_(QUuid::createUuid().toString()) {}
+
+Database::~Database() {
+    close();
+}
+
+Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
+    return open(mainStoreRequest(settings, programFolder),
+                {QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")});
+}
+
+Result<void> Database::OpenElementStore(const QString& file) {
+    return open(elementStoreRequest(file), {QStringLiteral("element")});
+}
+
+Result<void> Database::reopen() {
+    return open(request_, tables_);
+}
+
+Result<void> Database::open(const ConnectionRequest& request, const QStringList& tables) {
+    close();
+    request_ = request;
+    tables_ = tables;
+    const ConnectionString target = ConnectionString::parse(request.text);
+    const qint64 start = clock_.monotonicMs();
+    Result<void> opened = target.has(QStringLiteral("Provider"))
+                              ? openLocalStore(localPath(target.value(QStringLiteral("Data Source"))),
+                                               target.value(QStringLiteral("Jet OLEDB:Database Password")))
+                              : openMySql(target, request);
+    if (opened) opened = checkTables(tables);
+    if (!opened) {
+        close();
+        return opened;
+    }
+    log::info("app", QStringLiteral("database open (%1) after %2 ms")
+                         .arg(kind() == DatabaseKind::MySql ? QStringLiteral("MySQL") : QStringLiteral("local file"))
+                         .arg(clock_.monotonicMs() - start));
+    return {};
+}
+
+Result<void> Database::openLocalStore(const QString& path, const QString& password) {
+    dialect_ = Dialect::Access;
+    path_ = path;
+    const Result<LocalFormat> format = localFormat(path);
+    if (!format) return format.failure();
+    if (format.value() == LocalFormat::Sqlite) {
+        dialect_ = Dialect::Sqlite;
+        if (Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, false),
+                                             QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
+            !connected)
+            return connected;
+        return prepareSqlite(path);
+    }
+    // QODBC puts the Access driver's name before any database name that holds ".mdb".
+    QString name = QDir::toNativeSeparators(path) + QStringLiteral(";PWD=") + ConnectionString::quoted(password);
+    if (!path.contains(QStringLiteral(".mdb"), Qt::CaseInsensitive)) name += QStringLiteral(";DESCRIPTION=.mdb");
+    const Result<void> connected = connect(QStringLiteral("QODBC"), name, {});
+    if (connected) return {};
+    return Failure{FailureKind::NotSupported,
+                   QStringLiteral("%1 is an Access file, and the Access driver can't open it: %2")
+                       .arg(QDir::toNativeSeparators(path), QString::fromStdString(connected.failure().text))
+                       .toStdString()};
+}
+
+Result<void> Database::openMySql(const ConnectionString& target, const ConnectionRequest& request) {
+    dialect_ = Dialect::MySql;
+    path_.clear();
+    if (target.attributes().isEmpty())
+        return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
+    QString name;
+    for (const auto& [key, value] : target.attributes())
+        name += key + u'=' +
+                (key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0 ? u'{' + value + u'}'
+                                                                                 : ConnectionString::quoted(value)) +
+                u';';
+    if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
+        name += QStringLiteral("UID=") + ConnectionString::quoted(request.user) + u';';
+    if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
+        name += QStringLiteral("PWD=") + ConnectionString::quoted(request.password) + u';';
+    // QODBC takes a name that holds one of these words as it stands, and puts "DSN=" before any other.
+    const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
+                            name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
+    if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
+    if (Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+        !connected)
+        return connected;
+    // Every Unicode character, whatever the server's own default is.
+    return runPlain(QStringLiteral("SET NAMES utf8mb4"));
+}
+
+Result<void> Database::connect(const QString& driver, const QString& databaseName, const QString& options) {
+    if (!QSqlDatabase::isDriverAvailable(driver))
+        return Failure{FailureKind::NotSupported,
+                       QStringLiteral("Qt's database driver %1 is not installed.").arg(driver).toStdString()};
+    QSqlDatabase connection = QSqlDatabase::addDatabase(driver, name_);
+    connection.setDatabaseName(databaseName);
+    connection.setConnectOptions(options);
+    open_ = connection.open();
+    if (!open_) return sqlFailure(connection.lastError());
+    return {};
+}
+
+Result<void> Database::prepareSqlite(const QString& path) {
+    const auto damaged = [&path](const QString& what) {
+        return Failure{FailureKind::InvalidArgument,
+                       QStringLiteral("%1 is damaged: %2").arg(QDir::toNativeSeparators(path), what).toStdString()};
+    };
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    // Other programs read while this one writes, and the other way round.
+    if (Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
+        return damaged(QString::fromStdString(done.failure().text));
+    if (!query.next() || query.value(0).toString() != QStringLiteral("wal"))
+        log::warning("app", QStringLiteral(
+                                "the local store can't keep a write-ahead log; readers and writers block each other"));
+    if (QFileInfo(path).size() > kCheckedBytes) return {};
+    if (Result<void> done = run(query, QStringLiteral("PRAGMA quick_check(1)")); !done)
+        return damaged(QString::fromStdString(done.failure().text));
+    if (query.next() && query.value(0).toString() != QStringLiteral("ok")) return damaged(query.value(0).toString());
+    return {};
+}
+
+Result<void> Database::checkTables(const QStringList& tables) {
+    QStringList missing;
+    for (const QString& table : tables)
+        if (Result<void> found = runPlain(QStringLiteral("select * from %1 where 1=0").arg(table)); !found) {
+            if (found.failure().kind == FailureKind::ConnectionLost) return found;
+            missing.append(table);
+        }
+    if (missing.isEmpty()) return {};
+    return Failure{FailureKind::NotFound, QStringLiteral("The database holds no table %1 that can be read.")
+                                              .arg(missing.join(QStringLiteral(", ")))
+                                              .toStdString()};
+}
+
+void Database::close() {
+    for (const auto& rows : handedOut_)
+        if (const auto alive = rows.lock()) alive->detach();
+    handedOut_.clear();
+    open_ = false;
+    if (QSqlDatabase::contains(name_)) QSqlDatabase::removeDatabase(name_);
+}
+
+Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& values) {
+    if (!open_) return notConnected();
+    const qint64 start = clock_.monotonicMs();
+    const QString text = dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql;
+    bool done = false;
+    if (values.isEmpty()) {
+        done = query.exec(text);
+    } else if (query.prepare(text)) {
+        for (const QVariant& value : values)  // a null QString means an empty text; NULL is an invalid QVariant
+            query.addBindValue(value.typeId() == QMetaType::QString && value.isNull() ? QVariant(QStringLiteral(""))
+                                                                                      : value);
+        done = query.exec();
+    }
+    const qint64 took = clock_.monotonicMs() - start;
+    if (took > kSlowMs) log::info("app", QStringLiteral("%1 took %2 ms").arg(statementName(sql)).arg(took));
+    if (done) return {};
+    Failure failure = sqlFailure(query.lastError());
+    if (failure.kind == FailureKind::ConnectionLost) open_ = false;
+    return failure;
+}
+
+Result<void> Database::runPlain(const QString& sql) {
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    return run(query, sql);
+}
+
+void Database::skip(const QString& sql, const Failure& failure) {
+    policy_.skip("app", statementName(sql).toUtf8().constData(), failure);
+}
+
+Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    query.setForwardOnly(true);
+    if (const Result<void> done = run(query, sql, values); !done) {
+        skip(sql, done.failure());
+        return {};
+    }
+    Recordset set;
+    set.database_ = this;
+    set.table_ = tableOf(sql);
+    const QSqlRecord record = query.record();
+    for (int column = 0; column < record.count(); ++column) set.fields_.append(record.fieldName(column));
+    while (query.next()) set.rows_.push_back(rowText(query));
+    return set;
+}
+
+std::optional<qint64> Database::execute(const QString& sql, const Values& values) {
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    if (const Result<void> done = run(query, sql, values); !done) {
+        skip(sql, done.failure());
+        return {};
+    }
+    return query.numRowsAffected();
+}
+
+qint64 Database::lastInsertId() {
+    switch (dialect_) {
+        case Dialect::MySql:
+            return OpenRecordset(QStringLiteral("select last_insert_id()")).field(0).toLongLong();
+        case Dialect::Access:
+            return OpenRecordset(QStringLiteral("select @@identity")).field(0).toLongLong();
+        case Dialect::Sqlite:
+            return OpenRecordset(QStringLiteral("select last_insert_rowid()")).field(0).toLongLong();
+    }
+    return 0;
+}
+
+Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql) {
+    Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql);
+    if (!rows) skip(sql, rows.failure());
+    return rows;
+}
+
+Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql) {
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    query.setForwardOnly(dialect_ == Dialect::Sqlite);
+    if (const Result<void> done = run(query, sql); !done) return done.failure();
+    auto few = std::make_shared<ListRows>();
+    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query));
+    if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
+    if (dialect_ != Dialect::Sqlite) {
+        const int count = query.last() ? query.at() + 1 : 0;
+        return handOut(std::make_shared<CursorRows>(std::move(query), count));
+    }
+    query.finish();
+    auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql));
+    if (snapshot->error().isValid()) return sqlFailure(snapshot->error());
+    return handOut(std::move(snapshot));
+}
+
+std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> rows) {
+    std::erase_if(handedOut_, [](const auto& old) { return old.expired(); });
+    handedOut_.push_back(rows);
+    return rows;
+}
+
+Result<Transaction> Transaction::begin(Database& database) {
+    const bool sqlite = database.dialect_ == Database::Dialect::Sqlite;
+    const Result<void> begun =
+        database.runPlain(sqlite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("START TRANSACTION"));
+    if (!begun) return begun.failure();
+    return Transaction(database);
+}
+
+Result<void> Transaction::commit() {
+    if (!database_) return Failure{FailureKind::InvalidArgument, "The transaction has ended."};
+    Result<void> done = database_->runPlain(QStringLiteral("COMMIT"));
+    if (done) database_ = nullptr;
+    return done;
+}
+
+Transaction::~Transaction() {
+    if (!database_ || !database_->isOpen()) return;
+    if (const Result<void> undone = database_->runPlain(QStringLiteral("ROLLBACK")); !undone)
+        log::warning("app", QStringLiteral("a transaction could not be undone: ") +
+                                QString::fromStdString(undone.failure().text));
+}
+
+}  // namespace kibo

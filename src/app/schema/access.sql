@@ -1,0 +1,123 @@
+-- Main store in an Access file (kb.mdb), for the Access ODBC driver in ANSI-92 mode: one statement at a time.
+-- The order of the columns of grab_tmp and autochat_exclude counts: they are filled by position.
+
+CREATE TABLE outbox (
+    id COUNTER PRIMARY KEY,
+    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_no TEXT(255),
+    wa_text MEMO,
+    wa_media MEMO,
+    wa_file MEMO,
+    wa_time DATETIME DEFAULT Now()
+);
+CREATE INDEX outbox_due ON outbox (wa_mode, wa_time);
+
+CREATE TABLE sent (
+    id LONG,
+    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_no TEXT(255),
+    wa_text MEMO,
+    wa_media MEMO,
+    wa_file MEMO,
+    wa_time DATETIME DEFAULT Now(),
+    status TEXT(64) DEFAULT ""
+);
+CREATE INDEX sent_id ON sent (id);
+CREATE INDEX sent_time ON sent (wa_time);
+
+CREATE TABLE inbox (
+    id COUNTER PRIMARY KEY,
+    wa_no TEXT(255),
+    SUB_NO TEXT(255) DEFAULT "",
+    wa_text MEMO,
+    wa_time DATETIME DEFAULT Now(),
+    status TEXT(64) DEFAULT ""
+);
+CREATE INDEX inbox_no ON inbox (wa_no);
+CREATE INDEX inbox_time ON inbox (wa_time);
+
+CREATE TABLE multi (
+    id COUNTER PRIMARY KEY,
+    tipe TEXT(1) NOT NULL DEFAULT "O",
+    profil TEXT(64) NOT NULL DEFAULT "",
+    id_outbox LONG,
+    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_no TEXT(255),
+    SUB_NO TEXT(255) DEFAULT "",
+    wa_text MEMO,
+    wa_media MEMO,
+    wa_file MEMO,
+    wa_time DATETIME DEFAULT Now(),
+    status TEXT(64) DEFAULT ""
+);
+CREATE INDEX multi_queue ON multi (tipe, profil, id);
+CREATE INDEX multi_due ON multi (tipe, profil, wa_mode, wa_time);
+CREATE INDEX multi_time ON multi (tipe, wa_time);
+CREATE INDEX multi_outbox ON multi (id_outbox);
+CREATE INDEX multi_no ON multi (wa_no);
+
+CREATE TABLE tmp (
+    tmp_cd TEXT(128) PRIMARY KEY NOT NULL,
+    tmp_val MEMO
+);
+
+CREATE TABLE web_user (
+    id TEXT(64) PRIMARY KEY NOT NULL,
+    qr MEMO DEFAULT "",
+    disable_read TEXT(1) DEFAULT "N",
+    wa_no TEXT(255) DEFAULT "",
+    bot_url MEMO DEFAULT ""
+);
+
+CREATE TABLE grab_tmp (
+    profil TEXT(64),
+    contact TEXT(255),
+    nama TEXT(255)
+);
+CREATE INDEX grab_tmp_profil ON grab_tmp (profil);
+
+CREATE TABLE grab (
+    profil TEXT(64),
+    grup TEXT(255),
+    contact TEXT(255),
+    nama TEXT(255)
+);
+CREATE INDEX grab_profil ON grab (profil, grup);
+
+CREATE TABLE autochat (
+    [rowid] COUNTER PRIMARY KEY,
+    PROFIL TEXT(64),
+    keyword MEMO,
+    previd TEXT(32) DEFAULT "",
+    logic TEXT(8) DEFAULT "=",
+    answer MEMO,
+    wa_media MEMO DEFAULT "",
+    wa_file MEMO DEFAULT "",
+    exec_php MEMO DEFAULT "",
+    run_exe MEMO DEFAULT "",
+    respon SMALLINT NOT NULL DEFAULT 0,
+    neednext SMALLINT NOT NULL DEFAULT 0,
+    tipe SMALLINT NOT NULL DEFAULT 0
+);
+CREATE INDEX autochat_profil ON autochat (PROFIL, tipe);
+
+CREATE TABLE autochat_exclude (
+    profil TEXT(64),
+    wa_no TEXT(255)
+);
+CREATE INDEX autochat_exclude_profil ON autochat_exclude (profil, wa_no);
+
+CREATE TABLE datacollect (
+    id COUNTER PRIMARY KEY,
+    profil TEXT(64),
+    c1 MEMO DEFAULT "",
+    c2 MEMO DEFAULT "",
+    c3 MEMO DEFAULT "",
+    c4 MEMO DEFAULT "",
+    c5 MEMO DEFAULT "",
+    c6 MEMO DEFAULT "",
+    c7 MEMO DEFAULT "",
+    c8 MEMO DEFAULT "",
+    c9 MEMO DEFAULT ""
+);
+CREATE INDEX datacollect_profil ON datacollect (profil);

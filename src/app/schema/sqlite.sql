@@ -1,0 +1,124 @@
+-- Main store in a local SQLite file. Text compares and sorts as text: wa_time is "yyyy-mm-dd hh:mm:ss", local time.
+
+CREATE TABLE outbox (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,  -- never given twice: the log refers to it
+    wa_mode INTEGER NOT NULL DEFAULT 0,
+    wa_no TEXT,
+    wa_text TEXT,
+    wa_media TEXT,
+    wa_file TEXT,
+    wa_time TEXT DEFAULT (strftime('%Y-%m-%d %H:%M:%S', 'now', 'localtime'))
+);
+CREATE INDEX outbox_due ON outbox (wa_mode, wa_time);
+
+CREATE TABLE sent (
+    id INTEGER,
+    wa_mode INTEGER NOT NULL DEFAULT 0,
+    wa_no TEXT,
+    wa_text TEXT,
+    wa_media TEXT,
+    wa_file TEXT,
+    wa_time TEXT DEFAULT (strftime('%Y-%m-%d %H:%M:%S', 'now', 'localtime')),
+    status TEXT DEFAULT ''
+);
+CREATE INDEX sent_id ON sent (id);
+CREATE INDEX sent_time ON sent (wa_time);
+
+CREATE TABLE inbox (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    wa_no TEXT,
+    SUB_NO TEXT DEFAULT '',
+    wa_text TEXT,
+    wa_time TEXT DEFAULT (strftime('%Y-%m-%d %H:%M:%S', 'now', 'localtime')),
+    status TEXT DEFAULT ''
+);
+CREATE INDEX inbox_no ON inbox (wa_no);
+CREATE INDEX inbox_time ON inbox (wa_time);
+
+CREATE TABLE multi (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    tipe TEXT NOT NULL DEFAULT 'O',
+    profil TEXT NOT NULL DEFAULT '',
+    id_outbox INTEGER,
+    wa_mode INTEGER NOT NULL DEFAULT 0,
+    wa_no TEXT,
+    SUB_NO TEXT DEFAULT '',
+    wa_text TEXT,
+    wa_media TEXT,
+    wa_file TEXT,
+    wa_time TEXT DEFAULT (strftime('%Y-%m-%d %H:%M:%S', 'now', 'localtime')),
+    status TEXT DEFAULT ''
+);
+CREATE INDEX multi_queue ON multi (tipe, profil, id);
+CREATE INDEX multi_due ON multi (tipe, profil, wa_mode, wa_time);
+CREATE INDEX multi_time ON multi (tipe, wa_time);
+CREATE INDEX multi_outbox ON multi (id_outbox);
+CREATE INDEX multi_no ON multi (wa_no);
+
+CREATE TABLE tmp (
+    tmp_cd TEXT PRIMARY KEY NOT NULL,
+    tmp_val TEXT
+);
+
+CREATE TABLE web_user (
+    id TEXT PRIMARY KEY NOT NULL,
+    qr TEXT DEFAULT '',
+    disable_read TEXT DEFAULT 'N',
+    wa_no TEXT DEFAULT '',
+    bot_url TEXT DEFAULT ''
+);
+
+-- Filled by position: the order of the columns counts.
+CREATE TABLE grab_tmp (
+    profil TEXT,
+    contact TEXT,
+    nama TEXT
+);
+CREATE INDEX grab_tmp_profil ON grab_tmp (profil);
+
+CREATE TABLE grab (
+    profil TEXT,
+    grup TEXT,
+    contact TEXT,
+    nama TEXT
+);
+CREATE INDEX grab_profil ON grab (profil, grup);
+
+CREATE TABLE autochat (
+    rowid INTEGER PRIMARY KEY AUTOINCREMENT,
+    PROFIL TEXT,
+    keyword TEXT,
+    previd TEXT DEFAULT '',
+    logic TEXT DEFAULT '=',
+    answer TEXT,
+    wa_media TEXT DEFAULT '',
+    wa_file TEXT DEFAULT '',
+    exec_php TEXT DEFAULT '',
+    run_exe TEXT DEFAULT '',
+    respon INTEGER NOT NULL DEFAULT 0,
+    neednext INTEGER NOT NULL DEFAULT 0,
+    tipe INTEGER NOT NULL DEFAULT 0
+);
+CREATE INDEX autochat_profil ON autochat (PROFIL, tipe);
+
+-- Filled by position: the order of the columns counts.
+CREATE TABLE autochat_exclude (
+    profil TEXT,
+    wa_no TEXT
+);
+CREATE INDEX autochat_exclude_profil ON autochat_exclude (profil, wa_no);
+
+CREATE TABLE datacollect (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    profil TEXT,
+    c1 TEXT NOT NULL DEFAULT '',
+    c2 TEXT NOT NULL DEFAULT '',
+    c3 TEXT NOT NULL DEFAULT '',
+    c4 TEXT NOT NULL DEFAULT '',
+    c5 TEXT NOT NULL DEFAULT '',
+    c6 TEXT NOT NULL DEFAULT '',
+    c7 TEXT NOT NULL DEFAULT '',
+    c8 TEXT NOT NULL DEFAULT '',
+    c9 TEXT NOT NULL DEFAULT ''
+);
+CREATE INDEX datacollect_profil ON datacollect (profil);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QSqlError>
+
+#include "platform/result.h"
+
+namespace kibo {
+
+/// A failure in the driver's own words, without the driver manager's "[…]" prefixes; `code` is the native error
+/// number, since Qt doesn't hand on the SQLSTATE. A connection that is gone becomes FailureKind::ConnectionLost.
+Failure sqlFailure(const QSqlError& error);
+
+}  // namespace kibo

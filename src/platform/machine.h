@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kibo::platform {
+
+/// Empty when the variable is not set.
+std::string environment(const char* name);
+
+char pathSeparator();
+/// One separator between the two, however many they bring along.
+std::string joinPath(std::string_view folder, std::string_view name);
+
+/// Full path of this program's file.
+std::string executableFile();
+/// Where settings, databases and profiles are: the folder that the environment variable KIBO_HOME names, else
+/// that of the executable; never the working directory. Without a separator at its end.
+std::string programFolder();
+
+/// What keeps the program from running on this machine, in words for the operator; empty when nothing does.
+/// Windows: the .NET Framework 3.5 folder is missing.
+std::string machineProblem();
+
+/// The installed browser's version ("116.0.5845.141"), empty when unknown.
+/// Windows: what Chrome left in the registry for this user. Elsewhere: `program` is asked (an empty name: the
+/// usual ones in turn), which takes about a tenth of a second and at most ten.
+std::string installedBrowserVersion(const std::string& program = {});
+
+/// Windows: deletes the lock file that a crashed run left beside the Access database in its fixed folder.
+/// Elsewhere there is none.
+void removeStaleLockFile();
+
+/// Memory this process holds right now, in bytes; 0 when unknown.
+std::uint64_t residentMemoryBytes();
+
+}  // namespace kibo::platform

@@ -1,0 +1,225 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+
+#include "platform/one_line.h"
+#include "platform/private_profile.h"
+
+namespace kibo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kBlanks = " \t\r\n\v\f";
+
+Failure ioFailure(const std::string& what, int error) {
+    return {FailureKind::Io, what + ": " + std::strerror(error), std::to_string(error)};
+}
+
+/// Closes a descriptor when it goes out of scope.
+class Descriptor {
+ public:
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    int number() const { return number_; }
+    bool valid() const { return number_ >= 0; }
+
+ private:
+    int number_;
+};
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+char folded(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameName(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return folded(x) == folded(y); });
+}
+
+std::string_view unquoted(std::string_view value) {
+    const bool quoted =
+        value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.front() == value.back();
+    return quoted ? value.substr(1, value.size() - 2) : value;
+}
+
+/// Where a key stands, or would stand, in the file's text.
+struct Place {
+    bool sectionFound = false;
+    std::optional<std::string_view> value;  ///< as it stands, quotes included
+    std::size_t assignedBegin = 0;          ///< of the whole line, without its end, when `value`
+    std::size_t assignedEnd = 0;
+    std::string_view name;     ///< the key as it is spelt there
+    std::size_t insertAt = 0;  ///< after the section's last line that isn't blank, when not `value`
+};
+
+Place find(std::string_view text, std::string_view section, std::string_view key) {
+    Place place;
+    bool inSection = false;
+    std::size_t next = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    while (next < text.size()) {
+        const std::size_t begin = next;
+        const std::size_t newline = text.find('\n', begin);
+        next = newline == std::string_view::npos ? text.size() : newline + 1;
+        const std::string_view line = trimmed(text.substr(begin, next - begin));
+        if (line.empty()) continue;
+        if (line.front() == '[') {
+            if (inSection) break;
+            const std::size_t close = line.rfind(']');
+            inSection = close != std::string_view::npos && sameName(line.substr(1, close - 1), section);
+            place.sectionFound = inSection;
+        }
+        if (!inSection) continue;
+        place.insertAt = next;
+        const std::size_t equals = line.find('=');
+        if (line.front() == '[' || line.front() == ';' || equals == std::string_view::npos) continue;
+        const std::string_view name = trimmed(line.substr(0, equals));
+        if (!sameName(name, key)) continue;
+        place.name = name;
+        place.value = trimmed(line.substr(equals + 1));
+        place.assignedBegin = begin;
+        place.assignedEnd = text.find_last_not_of("\r\n", next - 1) + 1;
+        break;
+    }
+    return place;
+}
+
+std::string withKey(const std::string& text, std::string_view section, std::string_view key, std::string_view value) {
+    const std::size_t newline = text.find('\n');
+    const bool crlf = newline != std::string::npos && newline > 0 && text[newline - 1] == '\r';
+    const std::string lineEnd = crlf ? "\r\n" : "\n";
+    const std::string assigned = "=" + std::string(value);
+
+    const Place place = find(text, section, key);
+    std::string changed = text;
+    if (place.value)
+        return changed.replace(place.assignedBegin, place.assignedEnd - place.assignedBegin,
+                               std::string(place.name) + assigned);
+    const std::string line = std::string(key) + assigned + lineEnd;
+    if (place.sectionFound) {
+        const bool openEnd = changed[place.insertAt - 1] != '\n';
+        return changed.insert(place.insertAt, openEnd ? lineEnd + line : line);
+    }
+    if (!changed.empty() && changed.back() != '\n') changed += lineEnd;
+    return changed + "[" + std::string(section) + "]" + lineEnd + line;
+}
+
+/// The file's text; empty for a missing file.
+Result<std::string> readAll(const std::string& file) {
+    const Descriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!input.valid()) {
+        if (errno == ENOENT) return std::string();
+        return ioFailure("can't read " + file, errno);
+    }
+    struct stat status = {};
+    if (::fstat(input.number(), &status) != 0) return ioFailure("can't read " + file, errno);
+    if (!S_ISREG(status.st_mode)) return Failure{FailureKind::Io, "can't read " + file + ": it is not a file", {}};
+
+    std::string text;
+    char block[16384];
+    for (;;) {
+        const ssize_t count = ::read(input.number(), block, sizeof block);
+        if (count == 0) return text;
+        if (count > 0) text.append(block, static_cast<std::size_t>(count));
+        if (count < 0 && errno != EINTR) return ioFailure("can't read " + file, errno);
+    }
+}
+
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(descriptor, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+/// The file that `file` stands for: the end of a chain of symbolic links, whether it exists yet or not.
+std::string linkTarget(const std::string& file) {
+    fs::path target(file);
+    std::error_code error;
+    for (int links = 0; links < 40 && fs::is_symlink(target, error); ++links)
+        target = target.parent_path() / fs::read_symlink(target, error);
+    return target.string();
+}
+
+/// Puts `text` in the place of `file`: written beside it, on the disk, then renamed over it.
+Result<void> replaceFile(const std::string& file, const std::string& folder, int folderDescriptor,
+                         std::string_view text) {
+    std::string temporary = folder + "/.kibo-XXXXXX";
+    const Descriptor output(::mkostemp(temporary.data(), O_CLOEXEC));  // creates it with mode 0600
+    if (!output.valid()) return ioFailure("can't write into " + folder, errno);
+
+    struct stat status = {};
+    if (::stat(file.c_str(), &status) == 0 && ::fchown(output.number(), status.st_uid, status.st_gid) != 0) {
+        // Only an administrator may keep another owner; anyone else's own file is as good.
+    }
+    if (!writeAll(output.number(), text) || ::fsync(output.number()) != 0 ||
+        std::rename(temporary.c_str(), file.c_str()) != 0) {
+        const int error = errno;
+        ::unlink(temporary.c_str());
+        return ioFailure("can't write " + file, error);
+    }
+    ::fsync(folderDescriptor);  // the rename itself; a system that can't do that loses nothing but haste
+    return {};
+}
+
+}  // namespace
+
+std::string readPrivateProfileString(std::string_view section, std::string_view key, const std::string& file,
+                                     std::size_t maxLength) {
+    const std::string text = readAll(file).valueOr({});
+    const std::string_view value = unquoted(find(text, section, key).value.value_or(std::string_view()));
+    std::size_t length = std::min(maxLength, value.size());
+    const auto continuesCharacter = [&](std::size_t at) {
+        return (static_cast<unsigned char>(value[at]) & 0xC0) == 0x80;
+    };
+    while (length > 0 && length < value.size() && continuesCharacter(length)) --length;
+    return std::string(value.substr(0, length));
+}
+
+Result<void> writePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
+                                       const std::string& file) {
+    if (section.empty() || key.empty() || !fitsOneLine(section) || !fitsOneLine(key) || !fitsOneLine(value))
+        return Failure{FailureKind::InvalidArgument, "a settings file can't hold this section, key or value", {}};
+
+    const std::string target = linkTarget(file);
+    const fs::path parent = fs::path(target).parent_path();
+    const std::string folder = parent.empty() ? "." : parent.string();
+    const Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!lock.valid()) return ioFailure("can't write into " + folder, errno);
+    ::flock(lock.number(), LOCK_EX);  // two instances writing at once must not lose each other's key
+
+    Result<std::string> before = readAll(target);
+    if (!before) return before.failure();
+    const std::string after = withKey(before.value(), section, key, value);
+    if (after == before.value()) return {};
+    return replaceFile(target, folder, lock.number(), after);
+}
+
+Result<void> checkPrivateProfile(const std::string& file) {
+    const Result<std::string> text = readAll(file);
+    return text ? Result<void>() : text.failure();
+}
+
+}  // namespace kibo::platform

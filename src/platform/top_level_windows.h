@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace kibo::platform {
+
+/// A top-level window of any program. It may close at any time; the calls below put up with that.
+using WindowHandle = std::uintptr_t;
+
+/// Whether windows of other programs can be found and hidden here: not without a display.
+bool canHideWindows();
+
+/// The first top-level window, hidden ones included, whose title contains `text`; letters A-Z are compared
+/// without regard to case. X11: the window manager's list first, then all windows, since a hidden one is on no list.
+std::optional<WindowHandle> FindWindowByTitle(std::string_view text);
+
+/// Shows the window normally, or hides it so that neither screen nor task bar shows it.
+void showWindow(WindowHandle window, bool visible);
+
+}  // namespace kibo::platform

@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include "platform/process.h"
+
+namespace kibo::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Runs `body` in a child that then sleeps; ended with all of its own children when it goes out of scope.
+class Child {
+ public:
+    explicit Child(const std::function<void()>& body = {}) : pid_(::fork()) {
+        if (pid_ != 0) return;
+        if (body) body();
+        for (;;) ::pause();
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child() {
+        for (const Process& process : descendants(pid_)) ::kill(static_cast<pid_t>(process.id), SIGKILL);
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    ProcessId id() const { return pid_; }
+    /// Blocks until the child itself has done `times` forks.
+    std::vector<Process> awaitDescendants(std::size_t times) const {
+        for (int i = 0; i < 1000 && descendants(pid_).size() < times; ++i) std::this_thread::sleep_for(5ms);
+        return descendants(pid_);
+    }
+
+ private:
+    pid_t pid_;
+};
+
+bool contains(const std::vector<Process>& processes, ProcessId id) {
+    return std::any_of(processes.begin(), processes.end(), [id](const Process& p) { return p.id == id; });
+}
+
+TEST(ProcessTest, listsChildrenAndTheirChildren) {
+    const Child child([] {
+        if (::fork() == 0 && ::fork() == 0) ::pause();
+    });
+    const std::vector<Process> below = child.awaitDescendants(2);
+    ASSERT_EQ(below.size(), 2u);
+    EXPECT_EQ(children(child.id()), std::vector<Process>{below[0]});
+    EXPECT_EQ(children(below[0].id), std::vector<Process>{below[1]});
+    EXPECT_TRUE(contains(children(ownProcessId()), child.id()));
+
+    const std::vector<Process> same = processesOf(executablePath(ownProcessId()));
+    for (const ProcessId id : {ownProcessId(), child.id(), below[0].id, below[1].id}) EXPECT_TRUE(contains(same, id));
+    EXPECT_TRUE(processesOf("/nowhere/at/all").empty());
+}
+
+TEST(ProcessTest, endsWhatListensAndWhatDoesNot) {
+    const Child polite;
+    const ProcessStartTime started = processStartTime(polite.id());
+    ASSERT_TRUE(isRunning(polite.id(), started));
+    EXPECT_TRUE(terminate(polite.id(), started, 2000).ok());
+    // It is not collected yet: an ended process that still has an entry is not running.
+    EXPECT_FALSE(isRunning(polite.id(), started));
+    EXPECT_EQ(processStartTime(polite.id()), 0u);
+
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const Child deaf([&ready] {
+        ::signal(SIGTERM, SIG_IGN);
+        EXPECT_EQ(::write(ready[1], "r", 1), 1);
+    });
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    const ProcessStartTime deafStarted = processStartTime(deaf.id());
+    EXPECT_TRUE(terminate(deaf.id(), deafStarted, 50).ok());
+    EXPECT_FALSE(isRunning(deaf.id(), deafStarted));
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST(ProcessTest, leavesAnIdInUseAgainAlone) {
+    const Child child;
+    const ProcessStartTime started = processStartTime(child.id());
+    EXPECT_TRUE(terminate(child.id(), started + 1, 0).ok());
+    EXPECT_TRUE(terminate(child.id(), 0, 0).ok());
+    EXPECT_TRUE(isRunning(child.id(), started));
+    EXPECT_EQ(processStartTime(-1), 0u);
+    EXPECT_TRUE(children(0).empty());
+}
+
+}  // namespace
+}  // namespace kibo::platform

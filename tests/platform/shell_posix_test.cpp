@@ -1,0 +1,94 @@
+#include "platform/shell.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/machine.h"
+#include "temporary_folder.h"
+
+namespace kibo::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Waits for a detached program to have written its file.
+std::string awaitContent(const std::string& file) {
+    for (int i = 0; i < 1000 && contentOf(file).empty(); ++i) std::this_thread::sleep_for(5ms);
+    return contentOf(file);
+}
+
+/// A shell script on the search path of this test, found before anything else there.
+class Shell : public testing::Test {
+ protected:
+    Shell() : path_(environment("PATH")) { ::setenv("PATH", (folder_.path().string() + ":" + path_).c_str(), 1); }
+    ~Shell() override { ::setenv("PATH", path_.c_str(), 1); }
+
+    void addScript(const std::string& name, const std::string& text) const {
+        writeContent(folder_.file(name + ".new"), "#!/bin/sh\n" + text + "\n");
+        std::filesystem::permissions(folder_.file(name + ".new"), std::filesystem::perms::owner_all);
+        std::filesystem::rename(folder_.file(name + ".new"), folder_.file(name));
+    }
+    /// A script that leaves its arguments, each in brackets, in the file "said".
+    std::string reporting() const {
+        return "for a in \"$@\"; do printf '[%s]' \"$a\" >> '" + folder_.file("tmp") + "'; done\nmv '" +
+               folder_.file("tmp") + "' '" + folder_.file("said") + "'";
+    }
+
+    TemporaryFolder folder_;
+
+ private:
+    std::string path_;
+};
+
+TEST_F(Shell, startsAProgramThatItNeedNotWaitFor) {
+    addScript("report", reporting());
+    const Result<ProcessId> started = startProgram("report", {"a b", "$HOME", "", "'"});
+    ASSERT_TRUE(started.ok());
+    EXPECT_GT(started.value(), 0);
+    EXPECT_EQ(awaitContent(folder_.file("said")), "[a b][$HOME][][']");
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
+}
+
+TEST_F(Shell, tellsAProgramThatCannotStart) {
+    EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
+    EXPECT_EQ(startProgram(folder_.path().string()).failure().kind, FailureKind::NotFound);
+    writeContent(folder_.file("broken"), "#!/no/such/interpreter\n");
+    std::filesystem::permissions(folder_.file("broken"), std::filesystem::perms::owner_all);
+    EXPECT_EQ(startProgram("broken").failure().kind, FailureKind::Io);
+}
+
+TEST_F(Shell, asksForRightsBeforeAnElevatedStart) {
+    addScript("pkexec", reporting());
+    ASSERT_TRUE(runElevated("/opt/check", "one \"two  words\" \"\"", ShowMode::Hidden).ok());
+    EXPECT_EQ(awaitContent(folder_.file("said")), "[/opt/check][one][two  words][]");
+}
+
+TEST_F(Shell, opensThroughTheDesktopAndTakesNoOptions) {
+    addScript("xdg-open", reporting());
+    EXPECT_EQ(openForOperator("--help").failure().kind, FailureKind::InvalidArgument);
+    EXPECT_FALSE(openForOperator("").ok());
+    ASSERT_TRUE(openForOperator("https://example.org/?a=1&b=2").ok());
+    EXPECT_EQ(awaitContent(folder_.file("said")), "[https://example.org/?a=1&b=2]");
+}
+
+TEST_F(Shell, readsABrowsersVersion) {
+    addScript("google-chrome", "[ \"$1\" = --version ] && echo 'Google Chrome 116.0.5845.141 unknown'");
+    EXPECT_EQ(installedBrowserVersion(), "116.0.5845.141");
+    addScript("silent", "exit 1");
+    EXPECT_EQ(installedBrowserVersion("silent"), "");
+    EXPECT_EQ(installedBrowserVersion("no-such-program"), "");
+}
+
+TEST_F(Shell, programFolderIsTheOneNamed) {
+    ::setenv("KIBO_HOME", (folder_.path().string() + "/").c_str(), 1);
+    EXPECT_EQ(programFolder(), folder_.path().string());
+    ::setenv("KIBO_HOME", ".", 1);
+    EXPECT_EQ(programFolder(), std::filesystem::current_path().string());
+    ::unsetenv("KIBO_HOME");
+}
+
+}  // namespace
+}  // namespace kibo::platform
