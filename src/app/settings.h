@@ -21,15 +21,28 @@ struct Settings {
     QString Slow, Speed, NoAgent, LimitSelect, NoSandBox, UseIE, ShowIE;
 
     // Further keys of section kibo: the file need not have them and they are never written at start.
-    QString StartAddress;   ///< page to open; empty: https://web.whatsapp.com/
-    QString ChatAddress;    ///< click-to-chat address; empty: https://wa.me/
-    QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
+    QString StartAddress;  ///< page to open; empty: kDefaultStartAddress
+    QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
+    QString ChromeDriver;  ///< empty: chromedriver from the path; a path; or the http address of a running driver
 
     // Built-in values, not in the file.
     QString applicationName = QStringLiteral("KB App");
     QString buildDate = QStringLiteral("2023-09-20");
 };
 
-inline bool isYes(const QString& option) { return option == QStringLiteral("Y"); }
+/// WhatsApp's own addresses: the web client, and the links that open a chat with a number.
+inline const QString kDefaultStartAddress = QStringLiteral("https://web.whatsapp.com/");
+inline const QString kDefaultChatAddress = QStringLiteral("https://wa.me/");
+
+inline bool isYes(const QString& option) {
+    return option == QStringLiteral("Y");
+}
+
+/// Reads every option from `file` (full path of "kibo.ini"), then gives empty ones their defaults, which are also
+/// written into the file. Nothing here fails: what can't be read is empty and takes its default.
+Settings loadSettings(const QString& file);
+
+/// Why `file` can't be read, in words for the operator; empty when it can, and when there is none yet.
+QString settingsProblem(const QString& file);
 
 }  // namespace kibo

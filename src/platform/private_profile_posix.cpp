@@ -107,7 +107,7 @@ std::string withKey(const std::string& text, std::string_view section, std::stri
     const std::size_t newline = text.find('\n');
     const bool crlf = newline != std::string::npos && newline > 0 && text[newline - 1] == '\r';
     const std::string lineEnd = crlf ? "\r\n" : "\n";
-    const std::string assigned = "=" + std::string(value);
+    const std::string assigned = std::string("=").append(value);
 
     const Place place = find(text, section, key);
     std::string changed = text;
@@ -120,7 +120,7 @@ std::string withKey(const std::string& text, std::string_view section, std::stri
         return changed.insert(place.insertAt, openEnd ? lineEnd + line : line);
     }
     if (!changed.empty() && changed.back() != '\n') changed += lineEnd;
-    return changed + "[" + std::string(section) + "]" + lineEnd + line;
+    return changed.append("[").append(section).append("]").append(lineEnd).append(line);
 }
 
 /// The file's text; empty for a missing file.
