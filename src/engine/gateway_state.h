@@ -100,6 +100,7 @@ struct GatewayState {
     Indicator dboff;
     bool dummyOpened = false;
     int newChatCount = 0;
+    bool stepRunning = false;  ///< a tick of Timer_KIBO is going on, perhaps inside one of its waits
 
     // Queue
     Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),

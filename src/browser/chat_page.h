@@ -1,0 +1,112 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace kibo {
+
+/// The conversation that the page shows.
+struct OpenChat {
+    /// Counts the conversations that came up since the page was loaded: another number is another conversation.
+    /// 0 when the page has not shown one yet.
+    int serial = 0;
+    bool open = false;
+    QString title;   ///< the contact's name, or the number as the page formats it
+    QString number;  ///< digits that the open chat's own messages or picture name; empty when nothing names them
+    /// Titles of the newest conversations that came up, this one included, oldest first.
+    QStringList titles;
+};
+
+/// What one tick of the step machine needs to know, read in one command.
+struct PageLook {
+    enum class Presence {
+        Here,    ///< the page answered
+        Silent,  ///< no answer this time (busy page, time-out): try again at the next tick
+        Gone     ///< the browser window or the session no longer exists
+    };
+    Presence presence = Presence::Silent;
+
+    int newChatControls = 0;  ///< matches of XX_NewChat: 0 when not logged in
+    int qrCodes = 0;
+    QString qrData;  ///< attribute data-ref of the QR holder
+    int qrReloads = 0;
+    bool hasBanner = false;
+    QString banner;
+    bool linkPlanted = false;
+    QString ownPicture;  ///< address of the account's own picture; empty when there is none
+    OpenChat chat;
+};
+
+/// What the readiness check after opening a chat reads, in one command.
+struct ChatLook {
+    bool linkPlanted = false;
+    QString linkText;
+    bool hasNotice = false;  ///< something matches XX_InvalidNumber
+    QString notice;
+    bool hasBox = false;      ///< the message box is there
+    bool boxFocused = false;  ///< and typing goes to it
+    QString boxText;
+    OpenChat chat;
+};
+
+/// The page at the moment of a click on the link.
+struct ClickedLink {
+    OpenChat before;         ///< the conversation that was open
+    int chatListLength = 0;  ///< length of the chat list's text
+};
+
+/// The message box after typing or after Enter.
+struct BoxLook {
+    bool asExpected = false;
+    int chatSerial = 0;  ///< the conversation that the box stands in
+};
+
+/// The chat page, at the level on which the engine's procedures speak. Every member costs one browser command
+/// (typeText one a line), because a command that touches the page takes 10 to 20 ms.
+///
+/// A failing command has been handled by the error policy when a member returns: booleans are false then and
+/// optionals empty. All texts are as the page shows them; no-break blanks come as blanks.
+class ChatPage {
+ public:
+    ChatPage() = default;
+    ChatPage(const ChatPage&) = delete;
+    ChatPage& operator=(const ChatPage&) = delete;
+    virtual ~ChatPage() = default;
+
+    virtual PageLook look() = 0;
+
+    /// Adds the link element (id "kirim") with `address` to the page.
+    virtual bool plantLink(const QString& address) = 0;
+    /// Points the planted link at `address`; false when the page holds no such link.
+    virtual bool pointLink(const QString& address) = 0;
+    /// Clicks the link whose text is `address`; nothing when there is none.
+    virtual std::optional<ClickedLink> clickLink(const QString& address) = 0;
+
+    /// Reads the opened chat; with `focusBox` the message box is given the focus first, if it is there.
+    virtual std::optional<ChatLook> lookAtChat(bool focusBox) = 0;
+
+    /// Types `text` into the focused element; line feeds become line breaks inside the message.
+    virtual bool typeText(const QString& text) = 0;
+    /// Waits, at most `milliseconds`, until the message box holds `text` (empty: until it is empty).
+    virtual std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) = 0;
+    /// Empties the message box and leaves it focused.
+    virtual bool clearBox() = 0;
+
+    virtual bool pressEnter() = 0;
+    virtual bool pressEscape() = 0;
+
+    /// Sets the browser window's title; returns the length of the chat list's text.
+    virtual std::optional<int> watchChatList(const QString& title) = 0;
+    virtual bool clickQrReload() = 0;
+    /// A PNG of the QR code, of the whole page; empty when it can't be taken.
+    virtual QByteArray qrPicture() = 0;
+    virtual QByteArray pagePicture() = 0;
+    /// Closes tabs that the page opened; returns how many.
+    virtual int closeStrayTabs() = 0;
+    /// Ends the browser session.
+    virtual void end() = 0;
+};
+
+}  // namespace kibo

@@ -1,0 +1,99 @@
+#include "browser/element_table.h"
+
+#include <QRegularExpression>
+#include <array>
+
+namespace kibo {
+namespace {
+
+struct Element {
+    const char* name;
+    const char* builtIn;
+};
+
+// The order is the order of loading. The attach inputs are the page's older layout; the shipped element store
+// holds today's.
+constexpr std::array kElements{
+    Element{"XX_InvalidNumber", ""},
+    Element{"XX_NewChat", ""},
+    Element{"XX_ChatBox", ""},
+    Element{"XX_To", ""},
+    Element{"XX_PP", ""},
+    Element{"XX_QR", ""},
+    Element{"XX_QRReload", ""},
+    Element{"XX_Info", ""},
+    Element{"XX_ReadMessage", ""},
+    Element{"XX_Update", ""},
+    Element{"XX_SendFileButton", ""},
+    Element{"XX_SendButton", ""},
+    Element{"XXInfo1", "Phone not connected"},
+    Element{"XXInfo2", "Computer not connected"},
+    Element{"XXInfo3", "Phone number shared via url is invalid."},
+    Element{"XXTyping", "typing"},
+    // The account's own picture; its address may carry the account's number.
+    Element{"XX_OwnPicture", "//*[@id='side']/header/div[1]/div/img"},
+    Element{"XX_ChatList", "#pane-side"},
+    Element{"XX_Conversation", "#main"},
+    Element{"XX_HeaderPicture", "//*[@id='main']/header/div[1]/div/img"},
+    Element{"XX_MessageRow", "#main [data-id]"},
+    Element{"XX_AttachMenu", "span[data-icon='attach-menu-plus']"},
+    Element{"XX_MediaInput", "input[type='file']"},
+    Element{"XX_DocumentInput",
+            "//*[@id='main']/footer/div[1]/div/span[2]/div/div[1]/div/div/span/div/ul/div/div[2]/li/div/input"},
+    Element{"XX_Caption",
+            "//*[@id='app']/div/div/div[3]/div[2]/span/div/span/div/div/div[2]/div/div[1]/div[3]/div/div/div[2]/"
+            "div[1]/div[1]/p"},
+    Element{"XX_SearchBox", "//*[@id='side']/div[1]/div/label/div/div[2]"},
+};
+
+}  // namespace
+
+ElementTable::ElementTable() : ElementTable([](const QString&) { return QString(); }) {}
+
+ElementTable::ElementTable(const LoadElement& loadElement) {
+    for (const Element& element : kElements) {
+        const QString name = QString::fromLatin1(element.name);
+        const QString row = loadElement(name);
+        values_.insert(name, row.isEmpty() ? QString::fromLatin1(element.builtIn) : row);
+    }
+}
+
+QStringList ElementTable::names() {
+    QStringList names;
+    for (const Element& element : kElements) names.append(QString::fromLatin1(element.name));
+    return names;
+}
+
+QString ElementTable::builtIn(const QString& name) {
+    for (const Element& element : kElements) {
+        if (name == QLatin1String(element.name)) return QString::fromLatin1(element.builtIn);
+    }
+    return {};
+}
+
+bool ElementTable::isXPath(const QString& locator) {
+    const QString start = locator.trimmed();
+    return start.startsWith(QLatin1Char('/')) || start.startsWith(QLatin1Char('(')) ||
+           start.startsWith(QLatin1String("./")) || start.startsWith(QLatin1String("../"));
+}
+
+bool matchesNotice(const QString& wanted, const QString& shown) {
+    const QString text = shown.trimmed();
+    const QStringList alternatives = wanted.split(QLatin1Char('|'));
+    for (const QString& alternative : alternatives) {
+        if (alternative.isEmpty()) continue;
+        if (!alternative.contains(QLatin1Char('*'))) {
+            if (alternative.toUpper() == text.toUpper()) return true;
+            continue;
+        }
+        QStringList pieces = alternative.split(QLatin1Char('*'));
+        for (QString& piece : pieces) piece = QRegularExpression::escape(piece);
+        const QRegularExpression pattern(
+            QRegularExpression::anchoredPattern(pieces.join(QStringLiteral(".*"))),
+            QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+        if (pattern.match(text).hasMatch()) return true;
+    }
+    return false;
+}
+
+}  // namespace kibo

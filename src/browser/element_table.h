@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace kibo {
+
+/// The page's locators and texts by name. A row of the element store wins over the built-in value, so when the
+/// page changes, an operator edits a row. Values are read once, at start.
+class ElementTable {
+ public:
+    /// Gives the row of a name, empty when there is none.
+    using LoadElement = std::function<QString(const QString& name)>;
+
+    /// Built-in values only.
+    ElementTable();
+    /// Rows of the element store, in the table's order: first the sixteen that every store has, then the rest.
+    explicit ElementTable(const LoadElement& loadElement);
+
+    /// The locator or text of `name`; empty when it has neither row nor built-in value.
+    QString operator[](const QString& name) const { return values_.value(name); }
+
+    static QStringList names();
+    static QString builtIn(const QString& name);
+
+    /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath.
+    static bool isXPath(const QString& locator);
+
+ private:
+    QHash<QString, QString> values_;
+};
+
+/// Whether a notice of the page is the one described by `wanted`: several texts separated by "|", "*" standing
+/// for any text, case ignored, outer blanks of `shown` ignored. A wanted text that is empty matches nothing.
+bool matchesNotice(const QString& wanted, const QString& shown);
+
+}  // namespace kibo

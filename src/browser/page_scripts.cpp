@@ -1,0 +1,190 @@
+#include "browser/page_scripts.h"
+
+namespace kibo::scripts {
+namespace {
+
+// Shared by all scripts: finding by locator, texts as a person sees them, and the conversation watch.
+//
+// The watch lives in the page because a conversation that comes up and is replaced between two looks would
+// otherwise go unnoticed, and which chats came up since a click is what decides whether a text may be typed.
+constexpr const char* kPrelude = R"js(
+const locators = arguments[0];
+const all = (name) => {
+  const locator = locators[name];
+  if (!locator || !locator.text) return [];
+  if (!locator.xpath) return Array.from(document.querySelectorAll(locator.text));
+  const found = document.evaluate(locator.text, document, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
+  return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));
+};
+const one = (name) => all(name)[0] || null;
+const visibleText = (node) => node ? (node.innerText ?? node.textContent ?? '').replace(/\u00a0/g, ' ') : '';
+const watch = window.kiboWatch || (window.kiboWatch = (() => {
+  const w = {serial: 0, node: null, title: '', titles: []};
+  w.update = () => {
+    const node = one('XX_Conversation');
+    const title = node ? visibleText(one('XX_To')).trim() : '';
+    const cameUp = node && (node !== w.node || (title && w.title && title !== w.title));
+    if (cameUp) {
+      ++w.serial;
+      w.titles = [...w.titles.slice(-19), title];
+    } else if (node && title) {
+      w.titles[w.titles.length - 1] = title;  // the name may be drawn after the rest
+    }
+    w.node = node;
+    w.title = cameUp ? title : node ? title || w.title : '';
+  };
+  new MutationObserver(w.update).observe(document.documentElement, {childList: true, subtree: true, characterData: true});
+  return w;
+})());
+const openChat = () => {
+  watch.update();
+  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', titles: watch.titles};
+  if (!shown.open) return shown;
+  const rows = all('XX_MessageRow');
+  const ids = rows.length ? [rows[rows.length - 1].dataset.id || ''] : [];
+  const picture = one('XX_HeaderPicture');
+  if (picture) ids.push(decodeURIComponent((picture.getAttribute('src') || '').split('&u=')[1] || ''));
+  const named = ids.map((id) => /(?:^|_)(\d{5,20})@c\.us/.exec(id)).filter(Boolean);
+  if (named.length) shown.number = named[0][1];
+  return shown;
+};
+const chatListLength = () => visibleText(one('XX_ChatList')).length;
+const link = () => document.getElementById('kirim');
+)js";
+
+// The message box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
+constexpr const char* kBoxText = R"js(
+const boxText = (box) => {
+  let text = '';
+  const walk = (node) => {
+    if (node.nodeType === Node.TEXT_NODE) text += node.data;
+    if (node.nodeType !== Node.ELEMENT_NODE) return;
+    if (node.tagName === 'BR') { if (node.nextSibling) text += '\n'; return; }  // the last one only fills its block
+    if (node.tagName === 'IMG') { text += node.dataset.plainText || node.alt || ''; return; }
+    if (/^(P|DIV)$/.test(node.tagName) && node.previousSibling) text += '\n';
+    node.childNodes.forEach(walk);
+  };
+  box.childNodes.forEach(walk);
+  return text.replace(/\u00a0/g, ' ');
+};
+const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
+const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
+)js";
+
+QString script(const char* body) { return QString::fromUtf8(kPrelude) + QString::fromUtf8(body); }
+QString boxScript(const char* body) {
+    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(body);
+}
+
+}  // namespace
+
+QString look() {
+    return script(R"js(
+const qr = all('XX_QR');
+const banner = all('XX_Info');
+const own = one('XX_OwnPicture');
+return {
+  newChatControls: all('XX_NewChat').length,
+  qrCodes: qr.length,
+  qrData: qr.length === 1 ? qr[0].getAttribute('data-ref') || '' : '',
+  qrReloads: all('XX_QRReload').length,
+  hasBanner: banner.length > 0,
+  banner: visibleText(banner[0]).trim(),
+  linkPlanted: !!link(),
+  ownPicture: own ? own.getAttribute('src') || '' : '',
+  chat: openChat()
+};
+)js");
+}
+
+// A click on this link is taken by the page itself, like a click on a number in a message: the chat opens in place.
+QString plantLink() {
+    return script(R"js(
+const address = arguments[1];
+if (link()) return true;
+if (!/^[\w:\/.-]*$/.test(address)) return false;
+var newNode = document.createElement('div'); newNode.className = 'textNode news content'; newNode.innerHTML = '<div id=kirim   style=z-index:999999;position:fixed;color:#F8F8F8;font-size:11px;><span dir=ltr class=_F7Vk selectable-text invisible-space copyable-text style=z-index:999999; ><span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span></div>'; document.body.appendChild(newNode);
+return true;
+)js");
+}
+
+QString pointLink() {
+    return script(R"js(
+const address = arguments[1];
+if (!link() || !/^[\w:\/.-]*$/.test(address)) return false;
+document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
+return true;
+)js");
+}
+
+// The click is dispatched on the anchor itself: a click that hits a child of the link would open a new tab.
+QString clickLink() {
+    return script(R"js(
+const anchor = Array.from(link()?.querySelectorAll('a') || []).find((a) => a.textContent === arguments[1]);
+if (!anchor) return null;
+const clicked = {before: openChat(), chatListLength: chatListLength()};
+anchor.click();
+return clicked;
+)js");
+}
+
+QString lookAtChat() {
+    return boxScript(R"js(
+const notice = one('XX_InvalidNumber');
+const box = one('XX_ChatBox');
+const boxFocused = arguments[1] ? focusOn(box) : focused(box);
+return {
+  linkPlanted: !!link(),
+  linkText: link() ? link().textContent : '',
+  hasNotice: !!notice,
+  notice: visibleText(notice).trim(),
+  hasBox: !!box,
+  boxFocused: boxFocused,
+  boxText: box ? boxText(box) : '',
+  chat: openChat()
+};
+)js");
+}
+
+// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
+QString awaitBoxText() {
+    return boxScript(R"js(
+const callback = arguments[arguments.length - 1];
+const wanted = arguments[1].trim();
+const end = performance.now() + arguments[2];
+const check = () => {
+  const box = one('XX_ChatBox');
+  const asExpected = !!box && boxText(box).trim() === wanted;
+  if (asExpected || performance.now() >= end) {
+    watch.update();
+    callback({asExpected: asExpected, chatSerial: watch.serial});
+  } else {
+    setTimeout(check, 10);
+  }
+};
+check();
+)js");
+}
+
+QString focusBox() {
+    return boxScript("return focusOn(one('XX_ChatBox'));");
+}
+
+QString watchChatList() {
+    return script(R"js(
+watch.update();
+document.title = arguments[1];
+return chatListLength();
+)js");
+}
+
+QString clickQrReload() {
+    return script(R"js(
+const reload = all('XX_QRReload');
+if (reload.length !== 1) return false;
+reload[0].click();
+return true;
+)js");
+}
+
+}  // namespace kibo::scripts

@@ -1,0 +1,86 @@
+#include "engine/chat_opener.h"
+
+#include "app/log.h"
+#include "engine/phone_number.h"
+
+namespace kibo {
+namespace {
+
+const QString kDefaultChatAddress = QStringLiteral("https://wa.me/");
+const QString kBuiltInDummy = QStringLiteral("6281200000001");
+
+/// The number that a picture address names between "&u=" and "%40"; empty when it names none.
+QString numberInPicture(const QString& address) {
+    const QStringList parts = address.split(QStringLiteral("&u="));
+    if (parts.size() < 2) return {};
+    const QString number = parts[1].section(QStringLiteral("%40"), 0, 0);
+    return isPositiveNumber(number) ? number : QString();
+}
+
+}  // namespace
+
+ChatOpener::ChatOpener(GatewayState& state, const Settings& settings, ChatPage& page, Clock& clock, Pacing& pacing)
+    : state_(state), settings_(settings), page_(page), clock_(clock), pacing_(pacing) {}
+
+QString ChatOpener::chatAddress(const QString& number) const {
+    return (settings_.ChatAddress.isEmpty() ? kDefaultChatAddress : settings_.ChatAddress) + number;
+}
+
+QString ChatOpener::dummyNumber() const {
+    const QString configured = cleanedNumber(state_.txt_DUMMY.text);
+    return configured.isEmpty() ? kBuiltInDummy : configured;
+}
+
+void ChatOpener::plantLink(const QString& number) {
+    state_.wait.visible = false;
+    const QString cleaned = cleanedNumber(number);
+    linkPlanted_ = page_.plantLink(chatAddress(isPositiveNumber(cleaned) ? cleaned : QString()));
+    if (linkPlanted_) log::info("engine", QStringLiteral("link planted"));
+    clock_.wait(kPlantWaitMs);
+}
+
+bool ChatOpener::GOTONOMOR(const QString& number) {
+    state_.Timer_KIBO.setEnabled(false);
+    state_.Timer1.setEnabled(false);
+    const QString cleaned = cleanedNumber(number);
+    // What stands in the link is part of a script's text, so nothing but digits may get there.
+    if (!isPositiveNumber(cleaned)) return false;
+
+    if (!page_.pointLink(chatAddress(cleaned))) {  // a new page, or one that was loaded anew
+        plantLink(cleaned);
+        page_.pointLink(chatAddress(cleaned));
+    }
+    pacing_.WA_WAIT(500);
+    for (int attempt = 1; attempt <= kTryLimit; ++attempt) {
+        pacing_.WA_WAIT(50);
+        if (cleaned.size() < kShortestNumber) continue;
+        clickLink(cleaned);
+        enableTimers();
+        return true;
+    }
+    return false;
+}
+
+void ChatOpener::clickLink(const QString& number) {
+    const auto clicked = page_.clickLink(chatAddress(number));
+    if (clicked) {
+        ledger_.clicked(number, clicked->before, clock_.monotonicMs());
+        state_.len1.text = QString::number(clicked->chatListLength);
+    } else {
+        // The answer may have been lost after the click: its chat may still come up.
+        ledger_.clickedBlindly(number, clock_.monotonicMs());
+    }
+}
+
+void ChatOpener::KE_DUMMY(const QString& ownPicture) {
+    if (isYes(settings_.DisableRead)) return;
+    const QString own = numberInPicture(ownPicture);
+    if (!GOTONOMOR(own.isEmpty() ? dummyNumber() : own)) enableTimers();
+}
+
+void ChatOpener::enableTimers() {
+    state_.Timer_KIBO.setEnabled(true);
+    state_.Timer1.setEnabled(true);
+}
+
+}  // namespace kibo

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QString>
+
+#include "app/clock.h"
+#include "app/settings.h"
+#include "browser/chat_page.h"
+#include "engine/gateway_state.h"
+#include "engine/open_ledger.h"
+#include "engine/pacing.h"
+
+namespace kibo {
+
+/// Opens chats by number without touching the page's search box: a link of our own in the page is pointed at the
+/// click-to-chat address and clicked, and the page opens the chat in place.
+class ChatOpener {
+ public:
+    ChatOpener(GatewayState& state, const Settings& settings, ChatPage& page, Clock& clock, Pacing& pacing);
+
+    /// Numbers shorter than this are never clicked.
+    static constexpr int kShortestNumber = 5;
+    /// Attempts of every loop that waits for the page.
+    static constexpr int kTryLimit = 20;
+    /// How long the page needs to notice a newly planted link.
+    static constexpr int kPlantWaitMs = 6000;
+
+    /// Adds the link element to the page and waits until the page has taken it. Anything but a number is left out.
+    void plantLink(const QString& number);
+
+    /// Opens the chat of `number`; false when it gave up (too short, or no number at all). The step machine's timers
+    /// are off meanwhile, and stay off after a failure: switching them on again is the caller's business.
+    bool GOTONOMOR(const QString& number);
+
+    /// Leaves the contact's chat by opening the dummy contact's. With `DisableRead` "Y" nothing is opened.
+    /// `ownPicture` is the address of the account's own picture, which may name the account's number.
+    void KE_DUMMY(const QString& ownPicture);
+
+    /// Switches the step machine's timers on again.
+    void enableTimers();
+
+    /// What the page showed. Every look that reads the open chat is passed here, so that chats can be told apart.
+    void observe(const OpenChat& chat, bool linkPlanted) {
+        ledger_.observe(chat, clock_.monotonicMs());
+        linkPlanted_ = linkPlanted;
+    }
+    bool linkPlanted() const { return linkPlanted_; }
+    /// Whether the conversation on the page is known to be the one of `number` (as given to GOTONOMOR).
+    bool isOpen(const QString& number) const { return ledger_.isOpen(number); }
+    /// False while a chat that was asked for earlier may still come up.
+    bool settled() const { return ledger_.settled(clock_.monotonicMs()); }
+    /// The page refused to open `number`.
+    void refused(const QString& number) { ledger_.refused(number); }
+    /// The chat of `number` was not recognised in time.
+    void notRecognised(const QString& number) { ledger_.forgetName(number); }
+
+    /// The click-to-chat address of a number, as the planted link's text shows it.
+    QString chatAddress(const QString& number) const;
+
+    /// The dummy contact's number: of the settings, or the built-in one.
+    QString dummyNumber() const;
+
+ private:
+    void clickLink(const QString& number);
+
+    GatewayState& state_;
+    const Settings& settings_;
+    ChatPage& page_;
+    Clock& clock_;
+    Pacing& pacing_;
+    OpenLedger ledger_;
+    bool linkPlanted_ = false;
+};
+
+}  // namespace kibo

@@ -1,0 +1,102 @@
+#include "engine/open_ledger.h"
+
+#include <algorithm>
+
+#include "engine/phone_number.h"
+
+namespace kibo {
+namespace {
+
+/// Whether the conversation itself names this number.
+bool isNamed(const OpenChat& chat, const QString& number) {
+    if (!chat.number.isEmpty()) return sameSubscriber(chat.number, number);
+    return looksLikeNumber(chat.title) && sameSubscriber(chat.title, number);
+}
+
+}  // namespace
+
+void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 nowMs) {
+    observe(before, nowMs);
+    // Asked for the chat that is open already, the page may change nothing: there is nothing to wait for.
+    const bool openAlready = before.open && (current_ == number || isNamed(before, number));
+    clickedBlindly(number, nowMs);
+    if (!openAlready) return;
+    settle(number);
+    current_ = number;
+}
+
+void OpenLedger::clickedBlindly(const QString& number, qint64 nowMs) {
+    settle(number);
+    waiting_.push_back({number, nowMs});
+    lastClicked_ = number;
+    current_.clear();
+    cameUpSinceClick_ = false;
+}
+
+void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
+    std::erase_if(waiting_, [&](const Click& click) {
+        if (nowMs - click.atMs > kGiveUpMs) names_.remove(click.number);
+        return nowMs - click.atMs > kForgetMs;
+    });
+    if (chat.serial < serial_) {  // the page was loaded anew: nothing clicked before can come up any more
+        waiting_.clear();
+        current_.clear();
+        serial_ = 0;
+    }
+    const int firstTitled = chat.serial - static_cast<int>(chat.titles.size()) + 1;
+    for (int serial = std::max(serial_ + 1, firstTitled); serial <= chat.serial; ++serial) {
+        current_.clear();
+        cameUpSinceClick_ = true;
+        if (serial == chat.serial && chat.open) break;  // the one on the page is judged by all that it shows
+        OpenChat passed;
+        passed.title = chat.titles.value(serial - firstTitled);
+        recognise(passed);
+    }
+    serial_ = chat.serial;
+    if (!chat.open) {
+        current_.clear();
+        cameUpSinceClick_ = false;
+        return;
+    }
+    if (!current_.isEmpty() && contradicts(chat, current_)) current_.clear();
+    if (current_.isEmpty() && cameUpSinceClick_) recognise(chat);
+}
+
+bool OpenLedger::settled(qint64 nowMs) const {
+    return std::none_of(waiting_.begin(), waiting_.end(),
+                        [&](const Click& click) { return nowMs - click.atMs <= kGiveUpMs; });
+}
+
+/// Finds the click that this conversation answers, if there is exactly one that it can answer.
+void OpenLedger::recognise(const OpenChat& chat) {
+    if (chat.title.isEmpty() && chat.number.isEmpty()) return;
+    QString candidate;
+    const auto consider = [&](const QString& number) {
+        if (number == candidate || contradicts(chat, number)) return true;
+        const bool first = candidate.isEmpty();
+        candidate = number;
+        return first;
+    };
+    for (const Click& click : waiting_) {
+        if (!consider(click.number)) return;
+    }
+    // A page that draws the same chat anew has come up again without a click.
+    if (names_.contains(lastClicked_) && !consider(lastClicked_)) return;
+    if (candidate.isEmpty()) return;
+    current_ = candidate;
+    if (!chat.title.isEmpty()) names_.insert(candidate, chat.title);
+    settle(candidate);
+}
+
+bool OpenLedger::contradicts(const OpenChat& chat, const QString& number) const {
+    if (!chat.number.isEmpty()) return !sameSubscriber(chat.number, number);
+    if (looksLikeNumber(chat.title)) return !sameSubscriber(chat.title, number);
+    const QString seen = names_.value(number);
+    return !seen.isEmpty() && !looksLikeNumber(seen) && seen != chat.title;
+}
+
+void OpenLedger::settle(const QString& number) {
+    std::erase_if(waiting_, [&](const Click& click) { return click.number == number; });
+}
+
+}  // namespace kibo

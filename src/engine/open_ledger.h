@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <vector>
+
+#include "browser/chat_page.h"
+
+namespace kibo {
+
+/// Which chat is it that has come up? The page opens a chat some time after the link was clicked, possibly after
+/// another link has been clicked, and shows a saved contact's name rather than the number. The ledger keeps the
+/// clicks whose chat has not been seen yet and decides by what can be known, never by a guess:
+///
+///  - what the chat itself names: a title that is a number, numbers in its messages;
+///  - the name that a number was seen to have before;
+///  - failing both, a chat is taken for the one asked for only when it came up after the click and no other
+///    click is waiting for a chat that it could be.
+///
+/// Times are milliseconds of the Clock's monotonic time.
+class OpenLedger {
+ public:
+    /// A click that has not shown its chat for this long no longer holds up the next message.
+    static constexpr qint64 kGiveUpMs = 20'000;
+    /// And for this long it still counts when chats must be told apart.
+    static constexpr qint64 kForgetMs = 120'000;
+
+    /// The link for `number` was clicked while `before` was on the page.
+    void clicked(const QString& number, const OpenChat& before, qint64 nowMs);
+    /// The link for `number` may have been clicked: the page did not answer.
+    void clickedBlindly(const QString& number, qint64 nowMs);
+    /// The page showed this. Call with every look.
+    void observe(const OpenChat& chat, qint64 nowMs);
+    /// The page said that `number` can't be opened, so nothing is awaited from that click any more.
+    void refused(const QString& number) { settle(number); }
+    /// `number` could not be recognised: its contact may have got another name since.
+    void forgetName(const QString& number) { names_.remove(number); }
+
+    /// Whether the conversation on the page is known to be the one of `number`.
+    bool isOpen(const QString& number) const { return !number.isEmpty() && number == current_; }
+    /// Whether every clicked chat has come up or was given up, so that none can appear under the next message.
+    bool settled(qint64 nowMs) const;
+
+ private:
+    struct Click {
+        QString number;
+        qint64 atMs;
+    };
+
+    void recognise(const OpenChat& chat);
+    bool contradicts(const OpenChat& chat, const QString& number) const;
+    void settle(const QString& number);
+
+    std::vector<Click> waiting_;
+    QString lastClicked_;
+    QHash<QString, QString> names_;  // number → the contact's name, as seen
+    QString current_;                // number of the conversation on the page, empty when not known
+    bool cameUpSinceClick_ = false;  // the conversation on the page appeared after the last click
+    int serial_ = 0;
+};
+
+}  // namespace kibo

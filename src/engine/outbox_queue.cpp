@@ -1,0 +1,109 @@
+#include "engine/outbox_queue.h"
+
+#include "app/log.h"
+
+namespace kibo {
+namespace queue_sql {
+
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited) {
+    const QString columns = QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from ");
+    const QString limit = limited ? QStringLiteral(" LIMIT 10 ") : QString();
+    if (!scheduled && !multi) {
+        return {columns + QStringLiteral("outbox where wa_mode <> '3'") + QStringLiteral("order by id ") + limit,
+                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3'"), {}};
+    }
+    if (!scheduled) {
+        return {columns + QStringLiteral("multi where wa_mode <> '3' and tipe = 'O' and profil = ?") +
+                    QStringLiteral(" order by id ") + limit,
+                QStringLiteral("select count(1) as cnt from multi where wa_mode <> '3' and tipe = 'O' and profil = ? "),
+                {profile}};
+    }
+    if (!multi) {
+        return {columns + QStringLiteral("outbox where wa_mode <> '3' and wa_time <= ?") +
+                    QStringLiteral(" order by id ") + limit,
+                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3' and wa_time <= ?  "), {now}};
+    }
+    return {columns + QStringLiteral("multi where wa_mode <> '3' and tipe = 'O' and profil = ? and wa_time <= ?") +
+                QStringLiteral(" order by id ") + limit,
+            QStringLiteral("select count(1) as cnt from multi where wa_mode <> '3' and tipe = 'O' and profil = ? and "
+                           "wa_time <= ? "),
+            {profile, now}};
+}
+
+}  // namespace queue_sql
+
+namespace {
+
+// The missing blank before SELECT and the two before WHERE belong to the statements' fixed text.
+const QString kCopyToSent =
+    QStringLiteral("INSERT INTO sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
+                   "SELECT id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM outbox  WHERE id = ?");
+const QString kDeleteFromOutbox = QStringLiteral("DELETE FROM outbox WHERE id = ?");
+const QString kCopyInMulti = QStringLiteral(
+    "INSERT INTO multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
+    "SELECT 'S', ?, id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM multi  WHERE id = ?");
+const QString kDeleteFromMulti = QStringLiteral("DELETE FROM multi WHERE tipe = 'O' and profil = ? and id = ?");
+const QString kTextOfOutbox = QStringLiteral("select wa_text from outbox where id = ?");
+const QString kTextOfMulti = QStringLiteral("select wa_text from multi where id = ?");
+const QString kFailInSent = QStringLiteral("update sent set status = 'fail' where id = ?");
+const QString kFailInMulti = QStringLiteral("update multi set status = 'fail' where id_outbox = ?");
+
+}  // namespace
+
+OutboxQueue::OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock)
+    : state_(state), settings_(settings), database_(database), clock_(clock) {}
+
+void OutboxQueue::cmd_OutboxRefresh_Click() {
+    const QString now = clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const bool localStore = isYes(settings_.UseMDB);
+    if (localStore) settings_.Scheduled = QStringLiteral("N");
+    const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now,
+                                                isYes(settings_.LimitSelect) && !localStore);
+    const Database::Values values(selection.values.begin(), selection.values.end());
+
+    auto rows = database_.openRows(selection.rows, values);
+    if (!rows) {
+        state_.ms_out.setRows(std::make_shared<ListRows>());
+        state_.Outbox_Cnt.caption = QStringLiteral("0");
+        state_.dboff.visible = true;
+        if (!localStore && database_.reopen()) log::info("engine", QStringLiteral("database connection is back"));
+        return;
+    }
+    state_.dboff.visible = false;
+    state_.ms_out.setRows(std::move(rows).value());
+    const Recordset count = database_.OpenRecordset(selection.count, values);
+    if (!count.eof()) state_.Outbox_Cnt.caption = count.field(0);
+}
+
+std::optional<QString> OutboxQueue::readText(const QString& id) {
+    const Recordset row = database_.OpenRecordset(multi() ? kTextOfMulti : kTextOfOutbox, {id.toLongLong()});
+    if (row.eof()) return std::nullopt;
+    return row.field(0);
+}
+
+bool OutboxQueue::take(const QString& id) {
+    const qint64 key = id.toLongLong();
+    auto transaction = Transaction::begin(database_);
+    if (!transaction) {
+        log::warning("engine", QStringLiteral("message %1 not taken: %2")
+                                   .arg(id, QString::fromStdString(transaction.failure().text)));
+        return false;
+    }
+    const auto copied = multi() ? database_.execute(kCopyInMulti, {profile(), key})
+                                : database_.execute(kCopyToSent, {key});
+    if (copied != 1) return false;
+    const auto deleted = multi() ? database_.execute(kDeleteFromMulti, {profile(), key})
+                                 : database_.execute(kDeleteFromOutbox, {key});
+    if (deleted != 1) return false;
+    const auto committed = transaction.value().commit();
+    if (!committed)
+        log::error("engine", QStringLiteral("message %1 not taken: %2")
+                                 .arg(id, QString::fromStdString(committed.failure().text)));
+    return committed.ok();
+}
+
+bool OutboxQueue::markFailed(const QString& id) {
+    return database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()}).value_or(0) > 0;
+}
+
+}  // namespace kibo

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+#include "app/clock.h"
+#include "app/database.h"
+#include "app/settings.h"
+#include "engine/gateway_state.h"
+
+namespace kibo {
+
+/// The queue of due messages: loads it into the grid `ms_out`, and moves a message from the queue to the sent log
+/// before it is typed. In multi-session mode both live in the table `multi`, keyed by the profile.
+class OutboxQueue {
+ public:
+    /// `settings` is changed in one place: on the local store, which has no schedule, `Scheduled` becomes "N".
+    OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock);
+
+    /// Column numbers of the grid `ms_out`.
+    enum Column { Mode, Number, Text, Media, File, Time, Id };
+
+    /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff` and is reopened.
+    void cmd_OutboxRefresh_Click();
+
+    /// The stored text of a queued message; empty optional when the row is gone or can't be read.
+    std::optional<QString> readText(const QString& id);
+
+    /// Moves a message out of the queue, in one transaction: it stands in the sent log or still in the queue, never
+    /// in both and never in neither. False when the row was not there any more or the database refused.
+    bool take(const QString& id);
+
+    /// Marks the sent copy of a message as failed.
+    bool markFailed(const QString& id);
+
+ private:
+    bool multi() const { return isYes(settings_.Multi); }
+    QString profile() const { return state_.cb_Profil.text; }
+
+    GatewayState& state_;
+    Settings& settings_;
+    Database& database_;
+    Clock& clock_;
+};
+
+/// The fixed texts of the queue's statements; "?" stands for a bound value.
+namespace queue_sql {
+
+/// Which rows are due, and how many; `values` are to be bound in order.
+struct Selection {
+    QString rows;
+    QString count;
+    QStringList values;
+};
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited);
+
+}  // namespace queue_sql
+
+}  // namespace kibo

@@ -1,0 +1,236 @@
+#include "engine/step_machine.h"
+
+#include <QDir>
+#include <QImage>
+#include <QScopedValueRollback>
+
+#include "app/log.h"
+#include "engine/phone_number.h"
+
+namespace kibo {
+namespace {
+
+constexpr int kAfterSendMs = 500;
+const QString kReady = QStringLiteral("Ready");
+const QString kNotConnect = QStringLiteral("Not Connect");
+const QString kLoginCode = QStringLiteral("update web_user set qr = ? where id = ?");
+
+/// A profile as file names and keys of shared tables have it: "3" as "000003". A name stays as it is.
+QString sixDigits(const QString& profile) {
+    bool isNumber = false;
+    const int number = profile.toInt(&isNumber);
+    return isNumber ? QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0')) : profile;
+}
+
+}  // namespace
+
+StepMachine::StepMachine(Parts parts) : p_(std::move(parts)) {}
+
+void StepMachine::Timer_KIBO_Timer() {
+    GatewayState& s = p_.state;
+    const QScopedValueRollback<bool> inTick(s.stepRunning, true);
+    s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
+    const PageLook look = p_.page.look();
+    if (look.presence == PageLook::Presence::Silent) {
+        idle(QStringLiteral("The page does not answer"));
+        return;
+    }
+    if (look.presence == PageLook::Presence::Gone) {
+        log::warning("engine", QStringLiteral("the browser has gone"));
+        TUTUP_WA();
+        s.Timer_KIBO.setEnabled(false);
+        s.waurl.text = QStringLiteral("!!");
+        s.cmd_OpenWA.enabled = true;
+        s.dummyOpened = false;
+    }
+    p_.opener.observe(look.chat, look.linkPlanted);
+    s.newChatCount = look.newChatControls;
+    const bool sent = look.newChatControls == 0 ? publishQr(look) : loggedIn(look);
+    if (!sent && look.presence == PageLook::Presence::Here) p_.page.closeStrayTabs();
+}
+
+void StepMachine::TUTUP_WA() { p_.page.end(); }
+
+bool StepMachine::publishQr(const PageLook& look) {
+    GatewayState& s = p_.state;
+    showStatus(false);
+    idle(look.presence == PageLook::Presence::Gone ? QStringLiteral("The browser has gone")
+                                                   : QStringLiteral("Waiting for login"));
+    if (look.qrCodes != 1) {
+        setLoginCode(QStringLiteral("wait"));
+        return false;
+    }
+    setLoginCode(look.qrData);
+    if (isYes(p_.settings.CaptureQR)) {
+        const QString file =
+            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(sixDigits(s.cb_Profil.text)));
+        if (QImage::fromData(p_.page.qrPicture()).save(file, "JPG")) {
+            s.pQR.caption = file;
+            s.pQR.visible = true;
+            s.timer_QR.setEnabled(true);
+        } else {
+            log::warning("engine", QStringLiteral("the picture of the QR code could not be written"));
+        }
+    }
+    s.Timer_cekURL.setEnabled(false);
+    s.cmd_STOP.enabled = true;
+    if (look.qrReloads == 1) p_.page.clickQrReload();
+    return false;
+}
+
+void StepMachine::setLoginCode(const QString& code) { p_.database.execute(kLoginCode, {code, p_.state.cb_Profil.text}); }
+
+void StepMachine::showStatus(bool ready) {
+    Label& status = p_.state.status;
+    const QString caption = ready ? kReady : kNotConnect;
+    if (status.caption != caption) log::info("engine", QStringLiteral("status: %1").arg(caption));
+    status.caption = caption;
+    status.background = ready ? colour::kGreen : colour::kRed;
+    status.foreground = ready ? colour::kBlack : colour::kYellow;
+}
+
+bool StepMachine::loggedIn(const PageLook& look) {
+    GatewayState& s = p_.state;
+    s.pQR.visible = false;
+    s.timer_QR.setEnabled(false);
+    s.cmd_Pause.enabled = true;
+    const bool phoneOff = look.hasBanner && (matchesNotice(p_.elements[QStringLiteral("XXInfo1")], look.banner) ||
+                                             matchesNotice(p_.elements[QStringLiteral("XXInfo2")], look.banner));
+    showStatus(!phoneOff);
+    s.cmd_STOP.enabled = true;
+    s.cmd_OpenWA.enabled = false;
+    s.cb_DummyContact.enabled = true;
+    if (!s.dummyOpened) {
+        p_.opener.KE_DUMMY(look.ownPicture);
+        s.Timer_cekURL.setEnabled(true);
+        s.dummyOpened = true;
+    }
+    return KIRIM_WA(look);
+}
+
+bool StepMachine::KIRIM_WA(const PageLook& look) {
+    GatewayState& s = p_.state;
+    if (!p_.opener.linkPlanted()) {
+        p_.opener.plantLink(s.txtNo.text);
+        return false;
+    }
+    if (p_.pageInUse && p_.pageInUse()) return false;
+    p_.queue.cmd_OutboxRefresh_Click();
+    if (s.ms_out.rowCount() == 1) {
+        idle(s.dboff.visible ? QStringLiteral("Database is off") : QStringLiteral("Queue empty"));
+        return false;
+    }
+    if (!mayTakeMessage() || !loadMessage()) return false;
+    dispatch(s.ms_out.text(1, OutboxQueue::Mode));
+    finishMessage(look);
+    return true;
+}
+
+bool StepMachine::mayTakeMessage() {
+    GatewayState& s = p_.state;
+    if (s.busy || s.waitread.visible) {
+        idle(QStringLiteral("Reading the inbox"));
+        return false;
+    }
+    s.wait.visible = false;
+    s.wait2.visible = false;
+    if (p_.pacing.isBreak()) {
+        idle(QStringLiteral("Break %1 / %2").arg(s.DetikBreak.text, p_.settings.Break));
+        return false;
+    }
+    if (p_.pacing.isPaused()) {
+        idle(QStringLiteral("Paused"));
+        return false;
+    }
+    s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
+    if (s.status.caption != kReady) {
+        idle(QStringLiteral("Phone not connected"));
+        return false;
+    }
+    if (s.ms_out.rowCount() < 2 || p_.clock.waitingStopped()) return false;
+    // A chat asked for earlier that is still opening would come up under this message.
+    if (!p_.opener.settled()) {
+        idle(QStringLiteral("Waiting for an earlier chat to open"));
+        return false;
+    }
+    return true;
+}
+
+/// Copies the first queued row into the message fields and moves it out of the queue.
+bool StepMachine::loadMessage() {
+    GatewayState& s = p_.state;
+    s.wait.visible = true;
+    s.txtid.text = s.ms_out.text(1, OutboxQueue::Id);
+    s.txtNo.text = s.ms_out.text(1, OutboxQueue::Number);
+    s.txtMedia.text = s.ms_out.text(1, OutboxQueue::Media).trimmed();
+    s.txtFile.text = s.ms_out.text(1, OutboxQueue::File).trimmed();
+    const auto text = p_.queue.readText(s.txtid.text);
+    if (!text) {  // another program has taken it back meanwhile
+        idle(QStringLiteral("Queue changed"));
+        return false;
+    }
+    QString problem;
+    s.txtMsg2.text = expandMessageText(*text, p_.clock.now(), p_.random, &problem);
+    if (!problem.isEmpty())
+        log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
+    const QString number = destinationNumber(s.txtNo.text, p_.settings.Prefix, p_.settings.CountryCode);
+    if (isPositiveNumber(number)) s.txtNo.text = number;
+    if (!p_.queue.take(s.txtid.text)) {
+        idle(QStringLiteral("The message could not be taken from the queue"));
+        return false;
+    }
+    return true;
+}
+
+void StepMachine::dispatch(const QString& mode) {
+    GatewayState& s = p_.state;
+    // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
+    struct Attempt {
+        MessageSender& sender;
+        bool ended = false;
+        ~Attempt() {
+            if (ended) return;
+            try {
+                sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
+            } catch (const SurfacedError&) {
+                log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
+            }
+        }
+    } attempt{p_.sender};
+
+    const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
+    if (typableText(s.txtMsg2.text).trimmed().isEmpty() && s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) {
+        p_.sender.recordFailure(QStringLiteral("the message is empty"));
+    } else if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty()) {
+        p_.sender.recordFailure(QStringLiteral("attachments can't be sent by this version"));
+    } else if (mode == QStringLiteral("1") || ((mode == QStringLiteral("0") || mode == QStringLiteral("9")) && byNumber)) {
+        p_.sender.KIRIM_MODE1();
+    } else if (mode == QStringLiteral("0") || mode == QStringLiteral("9")) {
+        p_.sender.recordFailure(s.txtNo.text.trimmed().isEmpty()
+                                    ? QStringLiteral("the row names no number")
+                                    : QStringLiteral("the number holds more than digits; names can't be sent to by this version"));
+    } else if (mode == QStringLiteral("2")) {
+        p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
+    } else {
+        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode));
+    }
+    attempt.ended = true;
+}
+
+void StepMachine::finishMessage(const PageLook& look) {
+    p_.state.step = QStringLiteral("Leaving the chat");
+    p_.pacing.WA_WAIT(kAfterSendMs);
+    p_.opener.KE_DUMMY(look.ownPicture);
+    if (p_.settings.AfterSend.toInt() <= 0) {
+        p_.state.wait.visible = false;
+        return;
+    }
+    if (p_.pacing.countMessage()) p_.queue.cmd_OutboxRefresh_Click();
+}
+
+void StepMachine::idle(const QString& step) {
+    p_.state.step = step;
+    p_.state.wait.visible = false;
+}
+
+}  // namespace kibo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <functional>
+
+#include "platform/result.h"
+
+namespace kibo {
+
+/// Gives the next value of a random generator, in [0, 1).
+using RandomSource = std::function<double()>;
+
+/// A whole number between `lower` and `upper`, both included: Int((upper − lower + 1) × r + lower).
+int randomInteger(int lower, int upper, const RandomSource& random);
+
+/// Replaces every group of alternatives "[a|b|c]" by one of its members, chosen at random. Brackets are paired by
+/// position only: the first "[" with the first "]". Fails for more than 9 groups and for a "]" that stands before
+/// the first "[".
+Result<QString> expandAlternatives(const QString& text, const RandomSource& random);
+
+/// What happens to a queued text before its chat is opened: alternatives, line breaks ("~r" and backslash-n), tabs,
+/// "%time%". A text whose alternatives can't be expanded keeps its brackets; `problem` then says why.
+QString expandMessageText(const QString& text, const QDateTime& now, const RandomSource& random, QString* problem);
+
+/// Replaces "%name%" by the contact's name and "%NAME%" by the name in upper case.
+QString insertContactName(const QString& text, const QString& name);
+
+}  // namespace kibo
