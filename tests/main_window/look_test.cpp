@@ -39,9 +39,9 @@ void fillBusy(GatewayState& state, Settings& settings) {
     state.wait.visible = state.waitread.visible = true;
     state.txtid.text = QStringLiteral("100234");
     state.txtNo.text = QStringLiteral("6281234567890");
-    state.txtMsg2.text =
-        QStringLiteral("Dear customer,\n\nyour order 4711 is on its way 🚚. It arrives tomorrow between nine and "
-                       "eleven.\n\nمرحبا بك، شكرا لطلبك\n\nYours, the shop");
+    state.txtMsg2.text = QStringLiteral(
+        "Dear customer,\n\nyour order 4711 is on its way 🚚. It arrives tomorrow between nine and "
+        "eleven.\n\nمرحبا بك، شكرا لطلبك\n\nYours, the shop");
     state.txtMedia.text = QStringLiteral("/srv/pictures/2026/a folder with a rather long name/invoice-4711.jpg");
     state.Kirim_Cnt.caption = QStringLiteral("17/20");
     state.cb_Profil.items = QStringList{QStringLiteral("1"), QStringLiteral("2")};
@@ -75,7 +75,8 @@ const Look kLooks[] = {
          for (int y = 0; y < 33; ++y) {
              for (int x = 0; x < 33; ++x) code.setPixel(x, y, (x * 7 + y * 13 + x * y) % 3 == 0);
          }
-         const QString file = QDir::temp().filePath(QStringLiteral("kibo_look_%1.png").arg(QCoreApplication::applicationPid()));
+         const QString file =
+             QDir::temp().filePath(QStringLiteral("kibo_look_%1.png").arg(QCoreApplication::applicationPid()));
          code.save(file);
          state.pQR = {true, file};
      }},
@@ -125,13 +126,15 @@ TEST_P(LookTest, showsAllTextsAtEverySize) {
         }
         const QString folder = qEnvironmentVariable("KIBO_LOOK_PICTURES");
         if (folder.isEmpty()) continue;
-        const QString name = QStringLiteral("%1/%2-%3.png").arg(folder, QLatin1String(GetParam().name)).arg(size.width());
+        const QString name =
+            QStringLiteral("%1/%2-%3.png").arg(folder, QLatin1String(GetParam().name)).arg(size.width());
         EXPECT_TRUE(window->grab().save(name));
     }
     if (!state.pQR.caption.isEmpty()) QFile::remove(state.pQR.caption);
 }
 
-INSTANTIATE_TEST_SUITE_P(States, LookTest, testing::ValuesIn(kLooks), [](const auto& param) { return param.param.name; });
+INSTANTIATE_TEST_SUITE_P(States, LookTest, testing::ValuesIn(kLooks),
+                         [](const auto& param) { return param.param.name; });
 
 }  // namespace
 }  // namespace kibo::test

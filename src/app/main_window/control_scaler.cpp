@@ -19,7 +19,9 @@ bool isScaled(const QWidget& control) {
            !nameBeginsWith(control, QStringLiteral("MN"));
 }
 
-int scaled(int value, double factor) { return static_cast<int>(std::lround(value * factor)); }
+int scaled(int value, double factor) {
+    return static_cast<int>(std::lround(value * factor));
+}
 
 }  // namespace
 
@@ -28,7 +30,8 @@ void ControlScaler::record(const QWidget& container) {
     for (QWidget* control : children) {
         if (!isScaled(*control)) continue;
         const QRect place = control->geometry();
-        QString tag = QStringLiteral("%1 %2 %3 %4").arg(place.x()).arg(place.y()).arg(place.width()).arg(place.height());
+        QString tag =
+            QStringLiteral("%1 %2 %3 %4").arg(place.x()).arg(place.y()).arg(place.width()).arg(place.height());
         if (!nameBeginsWith(*control, QStringLiteral("SHAP"))) {
             tag += QStringLiteral(" %1").arg(QFontInfo(control->font()).pixelSize());
         }

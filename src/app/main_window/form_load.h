@@ -21,10 +21,10 @@ struct FormLoad {
     Dialogs& dialogs;
     QString programFolder;
     QString settingsFile;
-    QString commandLine;                             ///< "0" when there is none
-    bool mySql = false;                              ///< the main store is a MySQL one
-    std::function<QString()> machineProblem;         ///< empty text: the machine is fine
-    std::function<void(const QString&)> startAgent;  ///< starts a program by its path
+    QString commandLine = QStringLiteral("0");            ///< "0" when there is none
+    bool mySql = false;                                   ///< the main store is a MySQL one
+    std::function<QString()> machineProblem = {};         ///< empty text: the machine is fine
+    std::function<void(const QString&)> startAgent = {};  ///< starts a program by its path
 
     /// Arranges the window, checks the machine and announces the instance. False when the program must end; the
     /// operator has been told why.

@@ -253,8 +253,7 @@ void MainWindow::showMessageInProgress() {
     const QString& text = state_.txtMsg2.text;
     if (text == shownText_) return;
     shownText_ = text;
-    c.txtMsg2->setPlainText(text.size() <= kShownCharacters ? text
-                                                            : text.left(kShownCharacters) + QChar(0x2026));
+    c.txtMsg2->setPlainText(text.size() <= kShownCharacters ? text : text.left(kShownCharacters) + QChar(0x2026));
 }
 
 void MainWindow::showPace() {

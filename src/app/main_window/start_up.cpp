@@ -6,7 +6,9 @@
 
 namespace kibo {
 
-QString StartUp::settingsFile() const { return QDir(programFolder_).filePath(QStringLiteral("kibo.ini")); }
+QString StartUp::settingsFile() const {
+    return QDir(programFolder_).filePath(QStringLiteral("kibo.ini"));
+}
 
 void StartUp::reportSettingsProblem(const QString& applicationName) {
     const QString problem = settingsProblem(settingsFile());
@@ -35,9 +37,11 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
 }
 
 bool StartUp::openElementStore(Database& elementStore) {
-    const Result<void> opened = elementStore.OpenElementStore(inProgramFolder(programFolder_, QStringLiteral("element.sys")));
+    const Result<void> opened =
+        elementStore.OpenElementStore(inProgramFolder(programFolder_, QStringLiteral("element.sys")));
     if (opened) return true;
-    log::error("app", QStringLiteral("the element store can't be opened: ") + QString::fromStdString(opened.failure().text));
+    log::error("app",
+               QStringLiteral("the element store can't be opened: ") + QString::fromStdString(opened.failure().text));
     dialogs_.show({QStringLiteral("Error :("), QStringLiteral("Sorry..\nApplication can not start.."),
                    MessageBox::Icon::Critical});
     return false;

@@ -7,7 +7,9 @@ namespace {
 
 volatile std::sig_atomic_t requested = 0;
 
-extern "C" void onTerminationSignal(int) { requested = 1; }
+extern "C" void onTerminationSignal(int) {
+    requested = 1;
+}
 
 }  // namespace
 
@@ -16,6 +18,8 @@ void watchTerminationSignals() {
     std::signal(SIGINT, onTerminationSignal);
 }
 
-bool terminationRequested() { return requested != 0; }
+bool terminationRequested() {
+    return requested != 0;
+}
 
 }  // namespace kibo
