@@ -1,0 +1,169 @@
+#include "main_window/main_window.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+
+#include "main_window/colour_label.h"
+#include "main_window/setting_indicators.h"
+#include "window_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+class MainWindowTest : public WindowFixture {
+ protected:
+    MainWindowActions recorded() {
+        MainWindowActions actions;
+        actions.openWhatsApp = [this] { calls.append(QStringLiteral("open")); };
+        actions.stop = [this] { calls.append(QStringLiteral("stop")); };
+        actions.pause = [this] {
+            calls.append(QStringLiteral("pause"));
+            state.cmd_Pause = {QStringLiteral("4"), QStringLiteral("Continue Sending.."), colour::kLightRed, true};
+        };
+        actions.refreshOutbox = [this] { calls.append(QStringLiteral("refresh")); };
+        actions.hideChrome = [this](bool on) { calls.append(on ? QStringLiteral("hide") : QStringLiteral("show")); };
+        actions.profileChanged = [this](const QString& profile) { calls.append(QStringLiteral("profile ") + profile); };
+        actions.exitProgram = [this] { calls.append(QStringLiteral("exit")); };
+        actions.unloaded = [this] { calls.append(QStringLiteral("unloaded")); };
+        return actions;
+    }
+    static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+    QStringList calls;
+};
+
+TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
+    state.cmd_Pause.caption = QStringLiteral(";");
+    state.cb_Profil.items = QStringList{QStringLiteral("1"), QStringLiteral("2")};
+    state.cb_Profil.text = QStringLiteral("1");
+    build(recorded());
+    click(find<QPushButton>("cmd_OpenWA"));
+    click(find<QPushButton>("cmd_OutboxRefresh"));
+    find<QAction>("mnRefresh")->trigger();
+    QTest::mouseClick(find<QCheckBox>("HideChrome"), Qt::LeftButton, {}, QPoint(8, 12));
+    auto* profiles = find<QComboBox>("cb_Profil");
+    profiles->setFocus();
+    QTest::keyClick(profiles, Qt::Key_Down);
+    click(find<QPushButton>("cmd_STOP"));
+    find<QAction>("mnexit")->trigger();
+    EXPECT_EQ(calls.join(QLatin1Char(',')).toStdString(), "open,refresh,refresh,hide,profile 2,stop,exit");
+    EXPECT_TRUE(state.HideChrome.checked);
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("2"));
+    EXPECT_FALSE(find<QAction>("mncloseall")->isEnabled()) << "an entry without an action is greyed out";
+}
+
+TEST_F(MainWindowTest, showsThePauseLooksAtOnceAfterTheClick) {
+    state.cmd_Pause = {QStringLiteral(";"), QStringLiteral("Pause.."), colour::kLightGreen, true};
+    build(recorded());
+    auto* button = find<QPushButton>("cmd_Pause");
+    EXPECT_EQ(button->toolTip(), QStringLiteral("Pause.."));
+    EXPECT_EQ(button->palette().color(QPalette::Button).rgb() & 0xFFFFFF, colour::kLightGreen);
+    find<QAction>("mnPause")->trigger();
+    EXPECT_EQ(button->text(), QStringLiteral("&Continue"));
+    EXPECT_EQ(button->toolTip(), QStringLiteral("Continue Sending.."));
+    EXPECT_EQ(button->palette().color(QPalette::Button).rgb() & 0xFFFFFF, colour::kLightRed);
+    EXPECT_EQ(find<QAction>("mnPause")->text(), QStringLiteral("&Continue"));
+}
+
+TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
+    settings.Break = QStringLiteral("30");
+    build(recorded());
+    state.status = {QStringLiteral("Ready"), colour::kGreen, colour::kBlack};
+    state.cmd_OpenWA.enabled = false;
+    state.wait.visible = state.dboff.visible = true;
+    state.txtNo.text = QStringLiteral("628123");
+    state.sentCount = 7;
+    state.BreakTime.setEnabled(true);
+    state.DetikBreak.text = QStringLiteral("12");
+    state.wait2 = {true, QStringLiteral("BREAK - 12 / 30")};
+    QTRY_COMPARE_WITH_TIMEOUT(find<QLabel>("status")->text(), QStringLiteral("Ready"), 2000);
+    EXPECT_EQ(find<ColourLabel>("status")->background(), colour::kGreen);
+    EXPECT_FALSE(find<QPushButton>("cmd_OpenWA")->isEnabled());
+    EXPECT_FALSE(find<QAction>("mnOpenWA")->isEnabled());
+    EXPECT_TRUE(find<QLabel>("wait")->isVisible());
+    EXPECT_TRUE(find<QLabel>("dboff")->isVisible());
+    EXPECT_FALSE(find<QLabel>("waitread")->isVisible());
+    EXPECT_EQ(find<QLineEdit>("txtNo")->text(), QStringLiteral("628123"));
+    EXPECT_EQ(find<QLabel>("Sent_Cnt")->text(), QStringLiteral("7"));
+    EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);
+    EXPECT_EQ(find<QLabel>("wait2")->text(), QStringLiteral("BREAK - 12 / 30"));
+    state.BreakTime.setEnabled(false);
+    window->showState();
+    EXPECT_FALSE(find<QProgressBar>("BreakProgress")->isVisible());
+}
+
+TEST_F(MainWindowTest, leavesTheDummyNumberToWhoeverTypesIt) {
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("111");
+    build();
+    auto* field = find<QLineEdit>("txt_DUMMY");
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("6281"));
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("6281"));
+    EXPECT_EQ(state.txt_DUMMY.text, QStringLiteral("6281"));
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("222");
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("222"));
+}
+
+TEST_F(MainWindowTest, titlesAndAboutNameTheProgramAndItsProfile) {
+    settings.Multi = QStringLiteral("Y");
+    state.cb_Profil.text = QStringLiteral("3");
+    build();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("KB App [ 3 ]"));
+    find<QAction>("mnAbout")->trigger();
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_TRUE(dialogs.shown[0].text.contains(QStringLiteral("2023-09-20")));
+}
+
+TEST_F(MainWindowTest, unloadsOnce) {
+    build(recorded());
+    window->close();
+    window->close();
+    EXPECT_EQ(calls, QStringList{QStringLiteral("unloaded")});
+}
+
+TEST_F(MainWindowTest, marksFollowTheirSettings) {
+    settings.AutoStart = settings.Multi = QStringLiteral("y");  // only "Y" counts
+    settings.UseMDB = settings.NoAgent = QStringLiteral("Y");
+    settings.DisableRead = QStringLiteral("N");
+    settings.Speed = QStringLiteral("SLOW");
+    refreshSettingIndicators(settings, state);
+    build();
+    QStringList lit;
+    for (int i = 1; i <= 14; ++i) {
+        auto* mark = find<ColourLabel>(("lb" + QByteArray::number(i)).constData());
+        if (mark->background() == colour::kYellow) lit.append(mark->toolTip());
+    }
+    EXPECT_EQ(lit.join(QLatin1Char(',')).toStdString(), "UseMDB,DisableRead");
+    EXPECT_EQ(find<QLabel>("lb14")->text(), QStringLiteral("SLOW"));
+}
+
+TEST_F(MainWindowTest, everyControlIsReachedByKeyAndHasAName) {
+    build(recorded());
+    QStringList reached;
+    QWidget* control = find<QPushButton>("cmd_OpenWA");
+    QWidget* const first = control;
+    first->setFocus();
+    for (int i = 0; i < 40; ++i) {
+        reached.append(control->objectName());
+        QTest::keyClick(control, Qt::Key_Tab);
+        control = QApplication::focusWidget();
+        ASSERT_NE(control, nullptr);
+        if (control == first) break;
+    }
+    EXPECT_EQ(control, first) << "the tab key goes round";
+    for (const char* name : {"cmd_Pause", "cmd_STOP", "cb_Profil", "HideChrome", "cmd_OutboxRefresh", "ms_out", "ms",
+                             "ms2", "log", "txtMsg2"}) {
+        EXPECT_TRUE(reached.contains(QLatin1String(name))) << name << " is not in " << reached.join(u' ').toStdString();
+    }
+}
+
+}  // namespace
+}  // namespace kibo::test
