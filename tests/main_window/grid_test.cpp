@@ -74,7 +74,8 @@ TEST_F(GridTest, showsChangedGrownAndEmptiedQueues) {
     QTableView* grid = show(3);
     EXPECT_EQ(shown(grid, 0, 6), QStringLiteral("1"));
     auto changed = std::make_shared<ListRows>();
-    changed->append({QStringLiteral("0"), QStringLiteral("62899"), QStringLiteral("other"), {}, {}, {}, QStringLiteral("9")});
+    changed->append(
+        {QStringLiteral("0"), QStringLiteral("62899"), QStringLiteral("other"), {}, {}, {}, QStringLiteral("9")});
     state.ms_out.setRows(changed);
     window->showState();
     EXPECT_EQ(grid->model()->rowCount(), 1);

@@ -7,6 +7,11 @@
 #include <numeric>
 
 namespace kibo {
+namespace {
+
+constexpr int kLowestRow = 8;
+
+}  // namespace
 
 QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString emptyText, QWidget* parent)
     : QTableView(parent), model_(grid, keyColumn), shares_(std::move(shares)), emptyText_(std::move(emptyText)) {
@@ -24,6 +29,8 @@ QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString
     setCornerButtonEnabled(false);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // Once and low: raising it later would look at every row, each time through all rows before it.
+    verticalHeader()->setMinimumSectionSize(kLowestRow);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(24);
     for (int column = 0; column < shares_.size(); ++column) setColumnHidden(column, shares_[column] == 0);
@@ -32,7 +39,7 @@ QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString
 
 void QueueGrid::applyRowHeight() {
     const int height = fontMetrics().height() + 6;
-    verticalHeader()->setMinimumSectionSize(height);
+    if (verticalHeader()->defaultSectionSize() == height) return;
     verticalHeader()->setDefaultSectionSize(height);
     horizontalHeader()->setFixedHeight(height + 2);
 }
