@@ -21,6 +21,8 @@ void SystemClock::wait(int milliseconds) {
     }
 }
 
-void SystemClock::runPendingEvents() { QCoreApplication::processEvents(); }
+void SystemClock::runPendingEvents() {
+    QCoreApplication::processEvents();
+}
 
 }  // namespace kibo

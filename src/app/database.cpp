@@ -234,16 +234,16 @@ qint64 Database::lastInsertId() {
     return 0;
 }
 
-Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql) {
-    Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql);
+Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, const Values& values) {
+    Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql, values);
     if (!rows) skip(sql, rows.failure());
     return rows;
 }
 
-Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql) {
+Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, const Values& values) {
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(dialect_ == Dialect::Sqlite);
-    if (const Result<void> done = run(query, sql); !done) return done.failure();
+    if (const Result<void> done = run(query, sql, values); !done) return done.failure();
     auto few = std::make_shared<ListRows>();
     while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query));
     if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
@@ -252,7 +252,7 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql) {
         return handOut(std::make_shared<CursorRows>(std::move(query), count));
     }
     query.finish();
-    auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql));
+    auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), values);
     if (snapshot->error().isValid()) return sqlFailure(snapshot->error());
     return handOut(std::move(snapshot));
 }

@@ -61,7 +61,7 @@ class Database {
     /// The rows of a query for a grid, which may be very many: up to kRowsInMemory rows are copied, more are read when
     /// they are asked for, and stay those of the moment of the query. `sql` must not end in a limit that lets more than
     /// kRowsInMemory rows through. The rows may outlive the database.
-    Result<std::shared_ptr<const RowSource>> openRows(const QString& sql);
+    Result<std::shared_ptr<const RowSource>> openRows(const QString& sql, const Values& values = {});
     static constexpr int kRowsInMemory = 256;
 
  private:
@@ -77,7 +77,7 @@ class Database {
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
     Result<void> runPlain(const QString& sql);
-    Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql);
+    Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
     void skip(const QString& sql, const Failure& failure);
 

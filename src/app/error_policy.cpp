@@ -5,7 +5,8 @@
 namespace kibo {
 
 void ErrorPolicy::skip(const char* area, const char* statement, const Failure& failure) const {
-    const QString code = failure.code.empty() ? QString() : QStringLiteral(" [%1]").arg(QString::fromStdString(failure.code));
+    const QString code =
+        failure.code.empty() ? QString() : QStringLiteral(" [%1]").arg(QString::fromStdString(failure.code));
     log::warning(area, QStringLiteral("%1 failed%2: %3")
                            .arg(QString::fromUtf8(statement), code, QString::fromStdString(failure.text)));
     if (debugMode_) throw SurfacedError(failure);

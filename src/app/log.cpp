@@ -57,13 +57,25 @@ QString start(const QString& file) {
     }
 }
 
-void debug(const char* category, const QString& line) { write(spdlog::level::debug, category, line); }
-void info(const char* category, const QString& line) { write(spdlog::level::info, category, line); }
-void warning(const char* category, const QString& line) { write(spdlog::level::warn, category, line); }
-void error(const char* category, const QString& line) { write(spdlog::level::err, category, line); }
+void debug(const char* category, const QString& line) {
+    write(spdlog::level::debug, category, line);
+}
+void info(const char* category, const QString& line) {
+    write(spdlog::level::info, category, line);
+}
+void warning(const char* category, const QString& line) {
+    write(spdlog::level::warn, category, line);
+}
+void error(const char* category, const QString& line) {
+    write(spdlog::level::err, category, line);
+}
 
-QStringList newestLines() { return state().newest; }
-quint64 revision() { return state().revision; }
+QStringList newestLines() {
+    return state().newest;
+}
+quint64 revision() {
+    return state().revision;
+}
 
 QString maskedNumber(const QString& number) {
     return number.size() <= 3 ? QStringLiteral("…") : QStringLiteral("…") + number.right(3);

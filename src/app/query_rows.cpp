@@ -42,7 +42,8 @@ QString CursorRows::text(int row, int column) const {
     return query_.isActive() && query_.seek(row) ? fieldText(query_, column) : QString();
 }
 
-SnapshotRows::SnapshotRows(const QString& uri, const QString& sql) : name_(QUuid::createUuid().toString()), sql_(sql) {
+SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVariantList& values)
+    : name_(QUuid::createUuid().toString()), sql_(sql), values_(values) {
     QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
     connection.setDatabaseName(uri);
     connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"));
@@ -53,8 +54,8 @@ SnapshotRows::SnapshotRows(const QString& uri, const QString& sql) : name_(QUuid
     QSqlQuery count(connection);
     count.setForwardOnly(true);
     // The read transaction takes its state of the store with the first query and keeps it for all later ones.
-    if (count.exec(QStringLiteral("BEGIN")) && count.exec(QStringLiteral("select count(*) from (%1)").arg(sql)) &&
-        count.next())
+    if (count.exec(QStringLiteral("BEGIN")) &&
+        run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')')) && count.next())
         rowCount_ = count.value(0).toInt();
     error_ = count.lastError();
 }
@@ -69,6 +70,12 @@ void SnapshotRows::detach() {
     name_.clear();
 }
 
+bool SnapshotRows::run(QSqlQuery& query, const QString& sql) const {
+    if (!query.prepare(sql)) return false;
+    for (const QVariant& value : values_) query.addBindValue(value);
+    return query.exec();
+}
+
 const SnapshotRows::Page& SnapshotRows::page(int number) const {
     if (const auto known = pages_.find(number); known != pages_.end()) return known->second;
     if (pages_.size() >= kPagesKept) {  // a grid scrolls on: what is farthest away goes
@@ -78,7 +85,7 @@ const SnapshotRows::Page& SnapshotRows::page(int number) const {
     Page& page = pages_[number];
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(true);
-    if (query.exec(sql_ + QStringLiteral(" limit %1 offset %2").arg(kPageRows).arg(qint64(number) * kPageRows)))
+    if (run(query, sql_ + QStringLiteral(" limit %1 offset %2").arg(kPageRows).arg(qint64(number) * kPageRows)))
         while (query.next()) page.push_back(rowText(query));
     return page;
 }

@@ -4,6 +4,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QStringList>
+#include <QVariant>
 #include <map>
 
 #include "app/row_source.h"
@@ -46,7 +47,7 @@ class CursorRows : public QueryRows {
 class SnapshotRows : public QueryRows {
  public:
     /// `uri` is QSQLITE's database name, `sql` a select without limit. Check `error` before use.
-    SnapshotRows(const QString& uri, const QString& sql);
+    SnapshotRows(const QString& uri, const QString& sql, const QVariantList& values);
     ~SnapshotRows() override;
 
     const QSqlError& error() const { return error_; }
@@ -58,9 +59,11 @@ class SnapshotRows : public QueryRows {
     using Page = std::vector<QStringList>;
 
     const Page& page(int number) const;
+    bool run(QSqlQuery& query, const QString& sql) const;
 
     QString name_;
     QString sql_;
+    QVariantList values_;
     QSqlError error_;
     int rowCount_ = 0;
     mutable std::map<int, Page> pages_;

@@ -20,7 +20,9 @@ Failure sqlFailure(const QSqlError& error) {
     static const QRegularExpression kPrefixes(QStringLiteral("(?:\\[[^\\]]*\\])+"));
     QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
     text.replace(kPrefixes, QStringLiteral(" "));
-    const bool lost = error.type() == QSqlError::ConnectionError || meansConnectionLost(error.nativeErrorCode());
+    // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.
+    const QString code = error.nativeErrorCode();
+    const bool lost = meansConnectionLost(code) || (error.type() == QSqlError::ConnectionError && code.isEmpty());
     return {lost ? FailureKind::ConnectionLost : FailureKind::Database, text.simplified().toStdString(),
             error.nativeErrorCode().toStdString()};
 }

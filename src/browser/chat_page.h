@@ -17,6 +17,9 @@ struct OpenChat {
     QString number;  ///< digits that the open chat's own messages or picture name; empty when nothing names them
     /// Titles of the newest conversations that came up, this one included, oldest first.
     QStringList titles;
+    /// How often the planted link was clicked since the page was loaded, and the newest addresses, oldest first.
+    int clicks = 0;
+    QStringList clicked;
 };
 
 /// What one tick of the step machine needs to know, read in one command.

@@ -19,7 +19,7 @@ const all = (name) => {
 const one = (name) => all(name)[0] || null;
 const visibleText = (node) => node ? (node.innerText ?? node.textContent ?? '').replace(/\u00a0/g, ' ') : '';
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
-  const w = {serial: 0, node: null, title: '', titles: []};
+  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: []};
   w.update = () => {
     const node = one('XX_Conversation');
     const title = node ? visibleText(one('XX_To')).trim() : '';
@@ -38,7 +38,8 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
 })());
 const openChat = () => {
   watch.update();
-  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', titles: watch.titles};
+  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', titles: watch.titles,
+                 clicks: watch.clicks, clicked: watch.clicked};
   if (!shown.open) return shown;
   const rows = all('XX_MessageRow');
   const ids = rows.length ? [rows[rows.length - 1].dataset.id || ''] : [];
@@ -71,7 +72,9 @@ const focused = (box) => !!box && (document.activeElement === box || box.contain
 const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
 )js";
 
-QString script(const char* body) { return QString::fromUtf8(kPrelude) + QString::fromUtf8(body); }
+QString script(const char* body) {
+    return QString::fromUtf8(kPrelude) + QString::fromUtf8(body);
+}
 QString boxScript(const char* body) {
     return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(body);
 }
@@ -123,6 +126,8 @@ QString clickLink() {
 const anchor = Array.from(link()?.querySelectorAll('a') || []).find((a) => a.textContent === arguments[1]);
 if (!anchor) return null;
 const clicked = {before: openChat(), chatListLength: chatListLength()};
+++watch.clicks;
+watch.clicked = [...watch.clicked.slice(-19), arguments[1]];
 anchor.click();
 return clicked;
 )js");

@@ -6,7 +6,6 @@
 namespace kibo {
 namespace {
 
-const QString kDefaultChatAddress = QStringLiteral("https://wa.me/");
 const QString kBuiltInDummy = QStringLiteral("6281200000001");
 
 /// The number that a picture address names between "&u=" and "%40"; empty when it names none.
@@ -23,7 +22,7 @@ ChatOpener::ChatOpener(GatewayState& state, const Settings& settings, ChatPage& 
     : state_(state), settings_(settings), page_(page), clock_(clock), pacing_(pacing) {}
 
 QString ChatOpener::chatAddress(const QString& number) const {
-    return (settings_.ChatAddress.isEmpty() ? kDefaultChatAddress : settings_.ChatAddress) + number;
+    return (settings_.ChatAddress.isEmpty() ? QString(kDefaultChatAddress) : settings_.ChatAddress) + number;
 }
 
 QString ChatOpener::dummyNumber() const {

@@ -40,13 +40,7 @@ QString typableText(const QString& text) {
 
 MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
                              Pacing& pacing, ChatOpener& opener, OutboxQueue& queue)
-    : state_(state),
-      page_(page),
-      elements_(elements),
-      clock_(clock),
-      pacing_(pacing),
-      opener_(opener),
-      queue_(queue) {}
+    : state_(state), page_(page), elements_(elements), clock_(clock), pacing_(pacing), opener_(opener), queue_(queue) {}
 
 bool MessageSender::KIRIM_MODE1() {
     const qint64 start = clock_.monotonicMs();
@@ -185,8 +179,8 @@ void MessageSender::recordFailure(const QString& reason) {
     if (state_.ms2.rows != unsent_) {  // the operator has emptied the grid
         unsent_ = std::make_shared<ListRows>();
     }
-    unsent_->append({state_.txtNo.text, state_.txtMsg2.text,
-                     clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
+    unsent_->append(
+        {state_.txtNo.text, state_.txtMsg2.text, clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
     state_.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3")
                                .arg(state_.txtid.text, log::maskedNumber(cleanedNumber(state_.txtNo.text)), reason));

@@ -20,6 +20,8 @@ void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 n
     // Asked for the chat that is open already, the page may change nothing: there is nothing to wait for.
     const bool openAlready = before.open && (current_ == number || isNamed(before, number));
     clickedBlindly(number, nowMs);
+    waiting_.back().clicksBefore = -1;
+    clicks_ = before.clicks + 1;
     if (!openAlready) return;
     settle(number);
     current_ = number;
@@ -27,7 +29,7 @@ void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 n
 
 void OpenLedger::clickedBlindly(const QString& number, qint64 nowMs) {
     settle(number);
-    waiting_.push_back({number, nowMs});
+    waiting_.push_back({number, nowMs, clicks_});
     lastClicked_ = number;
     current_.clear();
     cameUpSinceClick_ = false;
@@ -43,6 +45,8 @@ void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
         current_.clear();
         serial_ = 0;
     }
+    std::erase_if(waiting_, [&](const Click& click) { return neverHappened(click, chat); });
+    clicks_ = chat.clicks;
     const int firstTitled = chat.serial - static_cast<int>(chat.titles.size()) + 1;
     for (int serial = std::max(serial_ + 1, firstTitled); serial <= chat.serial; ++serial) {
         current_.clear();
@@ -67,25 +71,32 @@ bool OpenLedger::settled(qint64 nowMs) const {
                         [&](const Click& click) { return nowMs - click.atMs <= kGiveUpMs; });
 }
 
-/// Finds the click that this conversation answers, if there is exactly one that it can answer.
+/// Finds the click that this conversation answers: the one that it is seen to be, else the only one that it can be.
 void OpenLedger::recognise(const OpenChat& chat) {
     if (chat.title.isEmpty() && chat.number.isEmpty()) return;
-    QString candidate;
+    QStringList seen, possible;
     const auto consider = [&](const QString& number) {
-        if (number == candidate || contradicts(chat, number)) return true;
-        const bool first = candidate.isEmpty();
-        candidate = number;
-        return first;
+        if (possible.contains(number) || contradicts(chat, number)) return;
+        possible.append(number);
+        if (isNamed(chat, number) || names_.value(number) == chat.title) seen.append(number);
     };
-    for (const Click& click : waiting_) {
-        if (!consider(click.number)) return;
-    }
+    for (const Click& click : waiting_) consider(click.number);
     // A page that draws the same chat anew has come up again without a click.
-    if (names_.contains(lastClicked_) && !consider(lastClicked_)) return;
-    if (candidate.isEmpty()) return;
-    current_ = candidate;
-    if (!chat.title.isEmpty()) names_.insert(candidate, chat.title);
-    settle(candidate);
+    if (names_.contains(lastClicked_)) consider(lastClicked_);
+    const QStringList& candidates = seen.isEmpty() ? possible : seen;
+    if (candidates.size() != 1) return;
+    current_ = candidates.first();
+    if (!chat.title.isEmpty()) names_.insert(current_, chat.title);
+    settle(current_);
+}
+
+/// A page that answers again has done what it was told before, or lost it; its own record tells which.
+bool OpenLedger::neverHappened(const Click& click, const OpenChat& chat) const {
+    if (click.clicksBefore < 0) return false;
+    const int since = std::max(chat.clicks - click.clicksBefore, 0);
+    const QStringList newest = chat.clicked.mid(std::max<qsizetype>(chat.clicked.size() - since, 0));
+    return std::none_of(newest.begin(), newest.end(),
+                        [&](const QString& address) { return address.endsWith(click.number); });
 }
 
 bool OpenLedger::contradicts(const OpenChat& chat, const QString& number) const {

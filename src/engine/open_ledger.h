@@ -45,7 +45,10 @@ class OpenLedger {
     struct Click {
         QString number;
         qint64 atMs;
+        int clicksBefore = -1;  // of a click without answer: what the page had counted when it was last seen
     };
+
+    bool neverHappened(const Click& click, const OpenChat& chat) const;
 
     void recognise(const OpenChat& chat);
     bool contradicts(const OpenChat& chat, const QString& number) const;
@@ -57,6 +60,7 @@ class OpenLedger {
     QString current_;                // number of the conversation on the page, empty when not known
     bool cameUpSinceClick_ = false;  // the conversation on the page appeared after the last click
     int serial_ = 0;
+    int clicks_ = 0;
 };
 
 }  // namespace kibo

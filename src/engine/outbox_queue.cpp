@@ -10,7 +10,8 @@ Selection selection(bool scheduled, bool multi, const QString& profile, const QS
     const QString limit = limited ? QStringLiteral(" LIMIT 10 ") : QString();
     if (!scheduled && !multi) {
         return {columns + QStringLiteral("outbox where wa_mode <> '3'") + QStringLiteral("order by id ") + limit,
-                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3'"), {}};
+                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3'"),
+                {}};
     }
     if (!scheduled) {
         return {columns + QStringLiteral("multi where wa_mode <> '3' and tipe = 'O' and profil = ?") +
@@ -21,7 +22,8 @@ Selection selection(bool scheduled, bool multi, const QString& profile, const QS
     if (!multi) {
         return {columns + QStringLiteral("outbox where wa_mode <> '3' and wa_time <= ?") +
                     QStringLiteral(" order by id ") + limit,
-                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3' and wa_time <= ?  "), {now}};
+                QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3' and wa_time <= ?  "),
+                {now}};
     }
     return {columns + QStringLiteral("multi where wa_mode <> '3' and tipe = 'O' and profil = ? and wa_time <= ?") +
                 QStringLiteral(" order by id ") + limit,
@@ -35,9 +37,9 @@ Selection selection(bool scheduled, bool multi, const QString& profile, const QS
 namespace {
 
 // The missing blank before SELECT and the two before WHERE belong to the statements' fixed text.
-const QString kCopyToSent =
-    QStringLiteral("INSERT INTO sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
-                   "SELECT id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM outbox  WHERE id = ?");
+const QString kCopyToSent = QStringLiteral(
+    "INSERT INTO sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
+    "SELECT id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM outbox  WHERE id = ?");
 const QString kDeleteFromOutbox = QStringLiteral("DELETE FROM outbox WHERE id = ?");
 const QString kCopyInMulti = QStringLiteral(
     "INSERT INTO multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
@@ -47,6 +49,21 @@ const QString kTextOfOutbox = QStringLiteral("select wa_text from outbox where i
 const QString kTextOfMulti = QStringLiteral("select wa_text from multi where id = ?");
 const QString kFailInSent = QStringLiteral("update sent set status = 'fail' where id = ?");
 const QString kFailInMulti = QStringLiteral("update multi set status = 'fail' where id_outbox = ?");
+
+/// The queue's rows as the grid shows them: a line of the grid is tab-separated, so a text's tabs become blanks.
+class QueueRows : public RowSource {
+ public:
+    explicit QueueRows(std::shared_ptr<const RowSource> rows) : rows_(std::move(rows)) {}
+
+    int rowCount() const override { return rows_->rowCount(); }
+    QString text(int row, int column) const override {
+        QString text = rows_->text(row, column);
+        return column == OutboxQueue::Text ? text.replace(QLatin1Char('\t'), QLatin1Char(' ')) : text;
+    }
+
+ private:
+    std::shared_ptr<const RowSource> rows_;
+};
 
 }  // namespace
 
@@ -70,7 +87,7 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
         return;
     }
     state_.dboff.visible = false;
-    state_.ms_out.setRows(std::move(rows).value());
+    state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
     const Recordset count = database_.OpenRecordset(selection.count, values);
     if (!count.eof()) state_.Outbox_Cnt.caption = count.field(0);
 }
@@ -85,20 +102,22 @@ bool OutboxQueue::take(const QString& id) {
     const qint64 key = id.toLongLong();
     auto transaction = Transaction::begin(database_);
     if (!transaction) {
-        log::warning("engine", QStringLiteral("message %1 not taken: %2")
-                                   .arg(id, QString::fromStdString(transaction.failure().text)));
+        log::warning(
+            "engine",
+            QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(transaction.failure().text)));
         return false;
     }
-    const auto copied = multi() ? database_.execute(kCopyInMulti, {profile(), key})
-                                : database_.execute(kCopyToSent, {key});
+    const auto copied =
+        multi() ? database_.execute(kCopyInMulti, {profile(), key}) : database_.execute(kCopyToSent, {key});
     if (copied != 1) return false;
-    const auto deleted = multi() ? database_.execute(kDeleteFromMulti, {profile(), key})
-                                 : database_.execute(kDeleteFromOutbox, {key});
+    const auto deleted =
+        multi() ? database_.execute(kDeleteFromMulti, {profile(), key}) : database_.execute(kDeleteFromOutbox, {key});
     if (deleted != 1) return false;
     const auto committed = transaction.value().commit();
     if (!committed)
-        log::error("engine", QStringLiteral("message %1 not taken: %2")
-                                 .arg(id, QString::fromStdString(committed.failure().text)));
+        log::error(
+            "engine",
+            QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(committed.failure().text)));
     return committed.ok();
 }
 

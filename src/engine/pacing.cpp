@@ -10,7 +10,9 @@ namespace {
 constexpr qint64 kLongestOverrunMs = 60'000;
 constexpr int kPollMs = 10;
 
-double secondsSinceMidnight(const Clock& clock) { return clock.now().time().msecsSinceStartOfDay() / 1000.0; }
+double secondsSinceMidnight(const Clock& clock) {
+    return clock.now().time().msecsSinceStartOfDay() / 1000.0;
+}
 
 }  // namespace
 
@@ -28,7 +30,8 @@ void Pacing::WA_WAIT(int milliseconds) {
     const qint64 latest = clock_.monotonicMs() + milliseconds + kLongestOverrunMs;
     while (secondsSinceMidnight(clock_) < end && !clock_.waitingStopped()) {
         if (clock_.monotonicMs() > latest) {
-            log::warning("engine", QStringLiteral("a wait of %1 ms ran across midnight and was ended").arg(milliseconds));
+            log::warning("engine",
+                         QStringLiteral("a wait of %1 ms ran across midnight and was ended").arg(milliseconds));
             return;
         }
         clock_.wait(kPollMs);

@@ -7,7 +7,9 @@ namespace {
 
 constexpr int kShortestNational = 7;
 
-bool isAsciiDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
+bool isAsciiDigit(QChar c) {
+    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
 
 QString digitsOf(const QString& text) {
     QString digits;

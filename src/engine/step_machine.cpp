@@ -49,7 +49,9 @@ void StepMachine::Timer_KIBO_Timer() {
     if (!sent && look.presence == PageLook::Presence::Here) p_.page.closeStrayTabs();
 }
 
-void StepMachine::TUTUP_WA() { p_.page.end(); }
+void StepMachine::TUTUP_WA() {
+    p_.page.end();
+}
 
 bool StepMachine::publishQr(const PageLook& look) {
     GatewayState& s = p_.state;
@@ -78,7 +80,9 @@ bool StepMachine::publishQr(const PageLook& look) {
     return false;
 }
 
-void StepMachine::setLoginCode(const QString& code) { p_.database.execute(kLoginCode, {code, p_.state.cb_Profil.text}); }
+void StepMachine::setLoginCode(const QString& code) {
+    p_.database.execute(kLoginCode, {code, p_.state.cb_Profil.text});
+}
 
 void StepMachine::showStatus(bool ready) {
     Label& status = p_.state.status;
@@ -203,12 +207,14 @@ void StepMachine::dispatch(const QString& mode) {
         p_.sender.recordFailure(QStringLiteral("the message is empty"));
     } else if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty()) {
         p_.sender.recordFailure(QStringLiteral("attachments can't be sent by this version"));
-    } else if (mode == QStringLiteral("1") || ((mode == QStringLiteral("0") || mode == QStringLiteral("9")) && byNumber)) {
+    } else if (mode == QStringLiteral("1") ||
+               ((mode == QStringLiteral("0") || mode == QStringLiteral("9")) && byNumber)) {
         p_.sender.KIRIM_MODE1();
     } else if (mode == QStringLiteral("0") || mode == QStringLiteral("9")) {
-        p_.sender.recordFailure(s.txtNo.text.trimmed().isEmpty()
-                                    ? QStringLiteral("the row names no number")
-                                    : QStringLiteral("the number holds more than digits; names can't be sent to by this version"));
+        p_.sender.recordFailure(
+            s.txtNo.text.trimmed().isEmpty()
+                ? QStringLiteral("the row names no number")
+                : QStringLiteral("the number holds more than digits; names can't be sent to by this version"));
     } else if (mode == QStringLiteral("2")) {
         p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
     } else {

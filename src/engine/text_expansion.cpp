@@ -10,14 +10,17 @@ namespace {
 
 constexpr int kGroupSlots = 10;  // the appended empty group takes one, so a text may carry 9 of its own
 
-QString marker(int group) { return QStringLiteral("{%1}").arg(group); }
+QString marker(int group) {
+    return QStringLiteral("{%1}").arg(group);
+}
 
 /// The system's short date and its time with seconds.
 QString generalDate(const QDateTime& now) {
     const QLocale locale;
     QString timeFormat = locale.timeFormat(QLocale::ShortFormat);
     if (!timeFormat.contains(QStringLiteral("ss"))) timeFormat.replace(QStringLiteral("mm"), QStringLiteral("mm:ss"));
-    return locale.toString(now.date(), QLocale::ShortFormat) + QLatin1Char(' ') + locale.toString(now.time(), timeFormat);
+    return locale.toString(now.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           locale.toString(now.time(), timeFormat);
 }
 
 }  // namespace
@@ -38,7 +41,8 @@ Result<QString> expandAlternatives(const QString& text, const RandomSource& rand
         const qsizetype close = rest.indexOf(QLatin1Char(']'), position);
         if (open < 0 || close < 0) break;
         if (close < open) return Failure{FailureKind::InvalidArgument, "a \"]\" stands before its \"[\""};
-        if (groups.size() == kGroupSlots) return Failure{FailureKind::InvalidArgument, "more than 9 groups of alternatives"};
+        if (groups.size() == kGroupSlots)
+            return Failure{FailureKind::InvalidArgument, "more than 9 groups of alternatives"};
         groups.push_back(rest.mid(open + 1, close - open - 1).split(QLatin1Char('|')));
         expanded += rest.mid(position, open - position) + marker(static_cast<int>(groups.size()));
         position = close + 1;

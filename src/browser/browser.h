@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "app/clock.h"
+#include "app/settings.h"
+#include "browser/driver_process.h"
+#include "browser/session_record.h"
+#include "browser/webdriver/client.h"
+#include "platform/result.h"
+
+namespace kibo {
+
+/// What the main window gives to a start of the browser.
+struct LaunchOptions {
+    const Settings& settings;
+    QString profile;
+    bool hideWindow = false;
+    std::function<void()> readProfile = {};     ///< BACA_PROFIL: may change `settings`
+    std::function<void()> armStepMachine = {};  ///< the browser is up
+};
+
+/// The one browser session of a gateway: the driver program, the browser, and their certain end. Lives as long as the
+/// main window; between `open` and `quit` there is a session, and at most one.
+class Browser {
+ public:
+    /// `clock` must outlive the browser.
+    Browser(QString programFolder, const Clock& clock);
+    /// Ends the session.
+    ~Browser();
+    Browser(const Browser&) = delete;
+    Browser& operator=(const Browser&) = delete;
+
+    /// Starts the browser on the start address. First it ends what an earlier gateway left of this profile, and this
+    /// one's own session if there is one. Blocks until the browser is up, not until the page is.
+    /// The failure's text tells the operator what to mend; the step machine isn't armed then.
+    Result<void> open(const LaunchOptions& options);
+    /// A session was opened and not quit; it may be lost since.
+    bool isOpen() const { return session_.has_value(); }
+
+    /// Ends the session, its browser and its driver, within seconds even if they hang.
+    void quit();
+
+    /// The session's commands; the same object through every `open` and `quit`. Without a session they fail with
+    /// ConnectionLost.
+    webdriver::Client& client() { return client_; }
+
+    /// Whether the gateway's browser window is there. Also false when the driver is gone, and when the browser has
+    /// answered nothing for a minute: it must be started anew then.
+    bool windowExists();
+
+    /// Closes every window and tab but the gateway's own (pages open them) and returns their number.
+    Result<int> closeStrayWindows();
+
+    /// Hides or shows the browser's window once the page is loaded. False when there is no such window, which
+    /// is so without a display.
+    bool hideWindow(bool hide);
+
+    /// Picture of the page as PNG.
+    Result<QByteArray> screenshot();
+
+ private:
+    struct Session {
+        std::unique_ptr<DriverProcess> driver;  ///< none: the driver ran already
+        SessionRecords records;
+        SessionRecord record;
+        QString windowHandle;  ///< of the gateway's own window
+        std::optional<qint64> silentSinceMs;
+    };
+
+    Result<void> start(Session& session, const Settings& settings, const QString& profileFolder);
+    Result<QByteArray> reachDriver(Session& session, const Settings& settings);
+    void end(Session& session);
+
+    QString programFolder_;
+    const Clock& clock_;
+    webdriver::Client client_;
+    std::optional<Session> session_;
+};
+
+}  // namespace kibo

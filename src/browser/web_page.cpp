@@ -1,0 +1,212 @@
+#include "browser/web_page.h"
+
+#include <QJsonArray>
+#include <algorithm>
+
+#include "browser/page_scripts.h"
+#include "browser/webdriver/error.h"
+
+namespace kibo {
+namespace {
+
+using namespace webdriver;
+
+// Key values of W3C WebDriver (https://www.w3.org/TR/webdriver2/#keyboard-actions).
+constexpr char16_t kBackspace = 0xE003, kEnter = 0xE007, kShift = 0xE008, kControl = 0xE009, kEscape = 0xE00C;
+/// How long the page may wait inside one script; the driver ends scripts after 3 s.
+constexpr int kLongestScriptWaitMs = 2500;
+
+QStringList strings(const QJsonValue& value) {
+    QStringList list;
+    const QJsonArray array = value.toArray();
+    for (const QJsonValue& item : array) list.append(item.toString());
+    return list;
+}
+
+OpenChat openChat(const QJsonObject& chat) {
+    OpenChat shown;
+    shown.serial = chat[QStringLiteral("serial")].toInt();
+    shown.open = chat[QStringLiteral("open")].toBool();
+    shown.title = chat[QStringLiteral("title")].toString();
+    shown.number = chat[QStringLiteral("number")].toString();
+    shown.titles = strings(chat[QStringLiteral("titles")]);
+    shown.clicks = chat[QStringLiteral("clicks")].toInt();
+    shown.clicked = strings(chat[QStringLiteral("clicked")]);
+    return shown;
+}
+
+QJsonObject keyAction(const char* type, char16_t key) {
+    return {{QStringLiteral("type"), QString::fromLatin1(type)}, {QStringLiteral("value"), QString(QChar(key))}};
+}
+
+/// One press of `key` while `modifiers` are held.
+PerformActions keyPress(char16_t key, std::initializer_list<char16_t> modifiers = {}) {
+    QJsonArray actions;
+    for (const char16_t modifier : modifiers) actions.append(keyAction("keyDown", modifier));
+    actions.append(keyAction("keyDown", key));
+    actions.append(keyAction("keyUp", key));
+    for (const char16_t modifier : modifiers) actions.append(keyAction("keyUp", modifier));
+    return {{QJsonObject{{QStringLiteral("type"), QStringLiteral("key")},
+                         {QStringLiteral("id"), QStringLiteral("keyboard")},
+                         {QStringLiteral("actions"), actions}}}};
+}
+
+}  // namespace
+
+WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
+    : browser_(browser), policy_(policy) {
+    const QStringList names = ElementTable::names();
+    for (const QString& name : names) {
+        const QString locator = elements[name];
+        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty())
+            locators_[name] = QJsonObject{{QStringLiteral("xpath"), ElementTable::isXPath(locator)},
+                                          {QStringLiteral("text"), locator}};
+    }
+}
+
+Result<QJsonValue> WebPage::run(const QString& script, const QJsonArray& arguments, bool async) {
+    QJsonArray all{locators_};
+    for (const QJsonValue& argument : arguments) all.append(argument);
+    return browser_.client().send(ExecuteScript{script, all, async});
+}
+
+std::optional<QJsonValue> WebPage::runOrSkip(const char* step, const QString& script, const QJsonArray& arguments,
+                                             bool async) {
+    auto answer = run(script, arguments, async);
+    if (answer) return std::move(answer).value();
+    policy_.skip("browser", step, answer.failure());
+    return std::nullopt;
+}
+
+bool WebPage::sendOrSkip(const char* step, const Command& command) {
+    const auto answer = browser_.client().send(command);
+    if (!answer) policy_.skip("browser", step, answer.failure());
+    return answer.ok();
+}
+
+PageLook WebPage::look() {
+    PageLook look;
+    static const QString script = scripts::look();
+    const auto answer = run(script, {});
+    if (!answer) {
+        const bool gone = isSessionGone(answer.failure()) || !browser_.windowExists();
+        look.presence = gone ? PageLook::Presence::Gone : PageLook::Presence::Silent;
+        if (!gone) policy_.skip("browser", "look at the page", answer.failure());
+        return look;
+    }
+    const QJsonObject seen = answer.value().toObject();
+    look.presence = PageLook::Presence::Here;
+    look.newChatControls = seen[QStringLiteral("newChatControls")].toInt();
+    look.qrCodes = seen[QStringLiteral("qrCodes")].toInt();
+    look.qrData = seen[QStringLiteral("qrData")].toString();
+    look.qrReloads = seen[QStringLiteral("qrReloads")].toInt();
+    look.hasBanner = seen[QStringLiteral("hasBanner")].toBool();
+    look.banner = seen[QStringLiteral("banner")].toString();
+    look.linkPlanted = seen[QStringLiteral("linkPlanted")].toBool();
+    look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
+    look.chat = openChat(seen[QStringLiteral("chat")].toObject());
+    return look;
+}
+
+bool WebPage::plantLink(const QString& address) {
+    static const QString script = scripts::plantLink();
+    return runOrSkip("plant the link", script, {address}).value_or(QJsonValue()).toBool();
+}
+
+bool WebPage::pointLink(const QString& address) {
+    static const QString script = scripts::pointLink();
+    return runOrSkip("point the link", script, {address}).value_or(QJsonValue()).toBool();
+}
+
+std::optional<ClickedLink> WebPage::clickLink(const QString& address) {
+    static const QString script = scripts::clickLink();
+    const auto answer = runOrSkip("click the link", script, {address});
+    if (!answer || !answer->isObject()) return std::nullopt;
+    const QJsonObject clicked = answer->toObject();
+    return ClickedLink{openChat(clicked[QStringLiteral("before")].toObject()),
+                       clicked[QStringLiteral("chatListLength")].toInt()};
+}
+
+std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
+    static const QString script = scripts::lookAtChat();
+    const auto answer = runOrSkip("look at the chat", script, {focusBox});
+    if (!answer) return std::nullopt;
+    const QJsonObject seen = answer->toObject();
+    ChatLook look;
+    look.linkPlanted = seen[QStringLiteral("linkPlanted")].toBool();
+    look.linkText = seen[QStringLiteral("linkText")].toString();
+    look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
+    look.notice = seen[QStringLiteral("notice")].toString();
+    look.hasBox = seen[QStringLiteral("hasBox")].toBool();
+    look.boxFocused = seen[QStringLiteral("boxFocused")].toBool();
+    look.boxText = seen[QStringLiteral("boxText")].toString();
+    look.chat = openChat(seen[QStringLiteral("chat")].toObject());
+    return look;
+}
+
+// Chrome's Input.insertText takes any text at once, where key events take one character each and many driver
+// versions refuse those beyond the Basic Multilingual Plane. A line feed in it would end a paragraph rather than
+// break the line, so lines are typed one by one with Shift+Enter between them.
+bool WebPage::typeText(const QString& text) {
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (i > 0 && !sendOrSkip("type a line break", keyPress(kEnter, {kShift}))) return false;
+        if (lines[i].isEmpty()) continue;
+        const ChromeExecuteCdp insert{QStringLiteral("Input.insertText"), {{QStringLiteral("text"), lines[i]}}};
+        if (!sendOrSkip("type a line", insert)) return false;
+    }
+    return true;
+}
+
+std::optional<BoxLook> WebPage::awaitBoxText(const QString& text, int milliseconds) {
+    static const QString script = scripts::awaitBoxText();
+    const auto answer = runOrSkip("await the message box", script,
+                                  {text, std::min(milliseconds, kLongestScriptWaitMs)}, true);
+    if (!answer) return std::nullopt;
+    const QJsonObject box = answer->toObject();
+    return BoxLook{box[QStringLiteral("asExpected")].toBool(), box[QStringLiteral("chatSerial")].toInt()};
+}
+
+bool WebPage::clearBox() {
+    static const QString script = scripts::focusBox();
+    if (!runOrSkip("focus the message box", script).value_or(QJsonValue()).toBool()) return false;
+    return sendOrSkip("select the box's text", keyPress(u'a', {kControl})) &&
+           sendOrSkip("clear the message box", keyPress(kBackspace));
+}
+
+bool WebPage::pressEnter() { return sendOrSkip("press Enter", keyPress(kEnter)); }
+
+bool WebPage::pressEscape() { return sendOrSkip("press Escape", keyPress(kEscape)); }
+
+std::optional<int> WebPage::watchChatList(const QString& title) {
+    static const QString script = scripts::watchChatList();
+    const auto answer = runOrSkip("watch the chat list", script, {title});
+    return answer ? std::optional(answer->toInt()) : std::nullopt;
+}
+
+bool WebPage::clickQrReload() {
+    static const QString script = scripts::clickQrReload();
+    return runOrSkip("reload the QR code", script).value_or(QJsonValue()).toBool();
+}
+
+QByteArray WebPage::qrPicture() {
+    const QJsonObject locator = locators_[QStringLiteral("XX_QR")].toObject();
+    const Using strategy = locator[QStringLiteral("xpath")].toBool() ? Using::XPath : Using::Css;
+    const auto found = browser_.client().send(FindElement{{strategy, locator[QStringLiteral("text")].toString()}});
+    const auto element = found ? elementFrom(found.value()) : std::nullopt;
+    if (!element) return {};
+    const auto picture = browser_.client().send(ElementScreenshot{*element});
+    return picture ? QByteArray::fromBase64(picture.value().toString().toLatin1()) : QByteArray();
+}
+
+QByteArray WebPage::pagePicture() { return browser_.screenshot().valueOr({}); }
+
+int WebPage::closeStrayTabs() {
+    const auto closed = browser_.closeStrayWindows();
+    if (!closed) policy_.skip("browser", "close stray tabs", closed.failure());
+    return closed.valueOr(0);
+}
+
+void WebPage::end() { browser_.quit(); }
+
+}  // namespace kibo

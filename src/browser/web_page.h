@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QJsonObject>
+
+#include "app/error_policy.h"
+#include "browser/browser.h"
+#include "browser/chat_page.h"
+#include "browser/element_table.h"
+
+namespace kibo {
+
+/// The chat page in the real browser. Reads go through scripts, because one script reads all that a step needs in
+/// one command; keys and typed text are real input, because the page's editor ignores anything else.
+class WebPage : public ChatPage {
+ public:
+    /// All must outlive the page.
+    WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy);
+
+    PageLook look() override;
+    bool plantLink(const QString& address) override;
+    bool pointLink(const QString& address) override;
+    std::optional<ClickedLink> clickLink(const QString& address) override;
+    std::optional<ChatLook> lookAtChat(bool focusBox) override;
+    bool typeText(const QString& text) override;
+    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override;
+    bool clearBox() override;
+    bool pressEnter() override;
+    bool pressEscape() override;
+    std::optional<int> watchChatList(const QString& title) override;
+    bool clickQrReload() override;
+    QByteArray qrPicture() override;
+    QByteArray pagePicture() override;
+    int closeStrayTabs() override;
+    void end() override;
+
+ private:
+    Result<QJsonValue> run(const QString& script, const QJsonArray& arguments, bool async = false);
+    std::optional<QJsonValue> runOrSkip(const char* step, const QString& script, const QJsonArray& arguments = {},
+                                        bool async = false);
+    bool sendOrSkip(const char* step, const webdriver::Command& command);
+
+    Browser& browser_;
+    const ErrorPolicy& policy_;
+    QJsonObject locators_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,143 @@
+import {lastMessage} from './chats.js';
+import {el} from './dom.js';
+import {icon} from './icons.js';
+import {clockTime, colourOf} from './numbers.js';
+import {later} from './timing.js';
+
+const rowHeight = 68;
+const spareRows = 3;
+
+/** The chat list with its search box. Only the rows in sight exist; scrolling gives them other chats. */
+export class ChatList {
+    #chats;
+    #behaviour;
+    #onChoose;
+    #canvas;
+    #pane;
+    #rows = [];
+    #renderDue = false;
+    #openNumber = null;
+
+    constructor({chats, behaviour, onChoose}) {
+        this.#chats = chats;
+        this.#behaviour = behaviour;
+        this.#onChoose = onChoose;
+        this.search = el('input', {
+            type: 'text', 'data-tab': '3', role: 'textbox', 'aria-label': 'Search input textbox',
+            placeholder: 'Search or start a new chat', onInput: () => this.#searched(),
+            onKeydown: (event) => this.#onKey(event),
+        });
+        this.#canvas = el('div', {role: 'grid', 'aria-label': 'Chat list', class: 'chat-rows'});
+        this.#pane = el('div', {id: 'pane-side', class: 'pane', onScroll: () => this.refresh()}, this.#canvas);
+        this.element = el('div', {id: 'side', class: 'side'},
+            el('div', {class: 'search'}, icon('search'), this.search), this.#pane);
+        chats.addEventListener('change', () => this.refresh());
+        new ResizeObserver(() => this.refresh()).observe(this.#pane);
+    }
+
+    markOpen(number) {
+        this.#openNumber = number;
+        this.refresh();
+    }
+
+    /** Draws the list anew in the next task; several changes until then are one drawing. */
+    refresh() {
+        if (this.#renderDue) return;
+        this.#renderDue = true;
+        later(0, () => {
+            this.#renderDue = false;
+            this.#render();
+        });
+    }
+
+    #searched() {
+        this.#pane.scrollTop = 0;
+        this.refresh();
+    }
+
+    /** Escape clears the search first; what else it does waits for the next press. */
+    #onKey(event) {
+        if (event.key !== 'Escape' || !this.search.value) return;
+        event.stopPropagation();
+        this.search.value = '';
+        this.#searched();
+    }
+
+    #shown() {
+        const wanted = this.search.value.trim().toLowerCase();
+        if (!wanted) return this.#chats.all;
+        const digits = wanted.replace(/\D/g, '');
+        return this.#chats.all.filter((chat) => this.#chats.title(chat).toLowerCase().includes(wanted) ||
+                                                (digits && chat.number.includes(digits)));
+    }
+
+    #render() {
+        const shown = this.#shown();
+        const inSight = Math.ceil(this.#pane.clientHeight / rowHeight) + 2 * spareRows;
+        const first = Math.max(0, Math.floor(this.#pane.scrollTop / rowHeight) - spareRows);
+        const slice = shown.slice(first, first + inSight);
+
+        this.#canvas.style.height = `${shown.length * rowHeight}px`;
+        while (this.#rows.length < slice.length) this.#rows.push(new Row(this.#canvas, this.#onChoose));
+        while (this.#rows.length > slice.length) this.#rows.pop().remove();
+        slice.forEach((chat, i) => this.#rows[i].show({
+            number: chat.number,
+            top: (first + i) * rowHeight,
+            role: this.#behaviour().entryRole,
+            title: this.#chats.title(chat),
+            preview: this.#behaviour().entryPreviews ? preview(chat, chat.number === this.#openNumber) : '',
+            time: lastMessage(chat) ? clockTime(lastMessage(chat).timeMs) : '',
+            unread: chat.unread,
+            open: chat.number === this.#openNumber,
+        }));
+    }
+}
+
+function preview(chat, open) {
+    if (chat.draft && !open) return `Draft: ${oneLine(chat.draft)}`;
+    const message = lastMessage(chat);
+    if (!message) return '';
+    if (message.kind === 'text') return oneLine(message.text);
+    return message.caption || {image: 'Photo', video: 'Video', sticker: 'Sticker'}[message.kind] || message.fileName;
+}
+
+const oneLine = (text) => text.replace(/\s+/g, ' ').slice(0, 120);
+
+/** One row element that shows one chat after another. */
+class Row {
+    #element = el('div', {class: 'chat-row', tabindex: '-1'});
+    #shown = '';
+    #number = '';
+
+    constructor(parent, onChoose) {
+        this.#element.addEventListener('click', () => onChoose(this.#number));
+        parent.append(this.#element);
+    }
+
+    remove() {
+        this.#element.remove();
+    }
+
+    show(entry) {
+        const key = JSON.stringify(entry);
+        if (key === this.#shown) return;
+        this.#shown = key;
+        this.#number = entry.number;
+        this.#element.setAttribute('role', entry.role);
+        this.#element.style.transform = `translateY(${entry.top}px)`;
+        this.#element.classList.toggle('open', entry.open);
+
+        const avatar = el('div', {class: 'avatar'}, icon('default-contact-refreshed'));
+        avatar.style.background = colourOf(entry.number);
+        this.#element.replaceChildren(avatar,
+            el('div', {class: 'chat-row-text'},
+                el('div', {class: 'chat-row-line'},
+                    el('span', {dir: 'auto', title: entry.title, class: 'chat-row-title'}, entry.title),
+                    entry.time && el('div', {class: 'chat-row-time'}, entry.time)),
+                el('div', {class: 'chat-row-line'},
+                    entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, entry.preview),
+                    entry.unread > 0 && el('span', {
+                        'aria-label': `${entry.unread} unread message${entry.unread > 1 ? 's' : ''}`,
+                        'data-testid': 'icon-unread-count', class: 'badge'}, String(entry.unread)))));
+    }
+}

@@ -1,0 +1,79 @@
+import {formatNumber} from './numbers.js';
+
+/** Contacts and chats, newest chat first. Fires "change" when a list of them would look different. */
+export class Chats extends EventTarget {
+    #byNumber = new Map();
+    #order = [];
+
+    load({contacts, messages}) {
+        for (const [number, name] of Object.entries(contacts)) this.chat(number).name = name;
+        for (const message of messages) this.#store(message);
+        for (const chat of this.#order) chat.unread = 0;
+        this.#order.sort((a, b) => lastTime(b) - lastTime(a));
+        this.#changed();
+    }
+
+    /** All chats, newest first; not to be changed. */
+    get all() {
+        return this.#order;
+    }
+
+    has(number) {
+        return this.#byNumber.has(number);
+    }
+
+    /** The chat of `number`; a new one when there is none yet. */
+    chat(number) {
+        let chat = this.#byNumber.get(number);
+        if (!chat) {
+            chat = {number, name: '', messages: [], unread: 0, draft: ''};
+            this.#byNumber.set(number, chat);
+            this.#order.push(chat);
+        }
+        return chat;
+    }
+
+    title(chat) {
+        return chat.name || formatNumber(chat.number);
+    }
+
+    rename(number, name) {
+        this.chat(number).name = name;
+        this.#changed();
+    }
+
+    /** `seen`: the chat is open, so the message doesn't count as unread. */
+    add(message, seen) {
+        const chat = this.#store(message);
+        if (message.incoming && !seen) chat.unread += 1;
+        this.#order.splice(this.#order.indexOf(chat), 1);
+        this.#order.unshift(chat);
+        this.#changed();
+    }
+
+    markRead(chat) {
+        if (chat.unread === 0) return;
+        chat.unread = 0;
+        this.#changed();
+    }
+
+    keepDraft(chat, text) {
+        if (chat.draft === text) return;
+        chat.draft = text;
+        this.#changed();
+    }
+
+    #store(message) {
+        const chat = this.chat(message.number);
+        chat.messages.push(message);
+        return chat;
+    }
+
+    #changed() {
+        this.dispatchEvent(new Event('change'));
+    }
+}
+
+export const lastMessage = (chat) => chat.messages[chat.messages.length - 1];
+
+const lastTime = (chat) => lastMessage(chat)?.timeMs ?? 0;

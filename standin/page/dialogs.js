@@ -1,0 +1,54 @@
+import {el} from './dom.js';
+import {formatNumber} from './numbers.js';
+
+/** The popups over the page: one at a time of each sort. */
+export class Dialogs {
+    #layer = el('div', {class: 'dialogs'});
+    #starting = null;
+    #notice = null;
+
+    get element() {
+        return this.#layer;
+    }
+
+    showStarting(onCancel) {
+        this.closeStarting();
+        this.#starting = this.#show('starting-popup', 'Starting chat', 'Cancel', () => {
+            this.closeStarting();
+            onCancel();
+        });
+    }
+
+    closeStarting() {
+        this.#starting?.remove();
+        this.#starting = null;
+    }
+
+    showNotice(number, wording) {
+        this.#closeNotice();
+        const text = wording === 'old' ? 'Phone number shared via url is invalid.'
+                                       : `The number ${formatNumber(number)} isn't on WhatsApp.`;
+        this.#notice = this.#show('confirm-popup', text, 'OK', () => this.#closeNotice());
+    }
+
+    /** Closes the uppermost popup; false when none is open. */
+    closeTop() {
+        if (this.#notice) this.#closeNotice();
+        else if (this.#starting) this.closeStarting();
+        else return false;
+        return true;
+    }
+
+    #closeNotice() {
+        this.#notice?.remove();
+        this.#notice = null;
+    }
+
+    #show(testId, text, button, onClick) {
+        const dialog = el('div', {role: 'dialog', 'data-testid': testId, 'aria-label': text, class: 'dialog'},
+            el('div', {class: 'dialog-text'}, text),
+            el('div', {class: 'dialog-buttons'}, el('button', {type: 'button', onClick}, button)));
+        this.#layer.append(dialog);
+        return dialog;
+    }
+}

@@ -1,0 +1,220 @@
+#include "browser/webdriver/client.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "browser/webdriver/curl_transport.h"
+#include "browser/webdriver/error.h"
+#include "raw_server.h"
+
+namespace kibo::webdriver {
+namespace {
+
+using test::RawServer;
+using Reply = RawServer::Reply;
+using Then = RawServer::Reply::Then;
+
+std::string ok() {
+    return RawServer::answer(R"({"value":null})");
+}
+
+std::unique_ptr<CurlTransport> transportTo(const RawServer& server, const char* basePath = "") {
+    return std::make_unique<CurlTransport>(QByteArray::fromStdString(server.address() + basePath));
+}
+
+TEST(CurlTransport, KeepsOneConnectionAndItsBasePath) {
+    RawServer server([](int) { return Reply{ok()}; });
+    const auto transport = transportTo(server, "/wd/hub/");
+    for (const Method method : {Method::Post, Method::Get, Method::Delete, Method::Post}) {
+        const auto answer = transport->send(method, "/a", R"({"k":1})", 2000);
+        ASSERT_TRUE(answer) << answer.failure().text;
+        EXPECT_EQ(answer.value().status, 200);
+        EXPECT_EQ(answer.value().body, R"({"value":null})");
+    }
+    const auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 4u);
+    EXPECT_EQ(server.connections(), 1);
+    EXPECT_EQ(requests[0].find("POST /wd/hub/a HTTP/1.1\r\n"), 0u);
+    EXPECT_TRUE(requests[0].ends_with("\r\n\r\n{\"k\":1}"));
+    EXPECT_EQ(requests[1].find("GET /wd/hub/a "), 0u);
+    EXPECT_EQ(requests[2].find("DELETE /wd/hub/a "), 0u);
+    // The verb of one command doesn't stick to the next.
+    EXPECT_EQ(requests[3].find("POST /wd/hub/a "), 0u);
+    EXPECT_TRUE(requests[1].ends_with("\r\n\r\n"));
+}
+
+TEST(CurlTransport, NeverRepeatsACommandWhoseConnectionBroke) {
+    for (const Method method : {Method::Post, Method::Delete}) {
+        // The first answer keeps the connection; the second request is read, perhaps carried out, and never answered.
+        RawServer server([](int number) { return number == 1 ? Reply{"", Then::Close} : Reply{ok()}; });
+        const auto transport = transportTo(server);
+        ASSERT_TRUE(transport->send(method, "/1", "{}", 2000));
+        const auto broken = transport->send(method, "/2", "{}", 2000);
+        ASSERT_FALSE(broken);
+        EXPECT_EQ(broken.failure().kind, FailureKind::Transport);
+        EXPECT_FALSE(isTimeout(broken.failure()));
+        EXPECT_EQ(server.requests().size(), 2u) << "the command arrived twice";
+        EXPECT_TRUE(transport->send(method, "/3", "{}", 2000)) << "the next command finds a new connection";
+    }
+}
+
+TEST(CurlTransport, ReadsAgainWhatHasNoEffect) {
+    RawServer server([](int number) { return number == 1 ? Reply{"", Then::Close} : Reply{ok()}; });
+    const auto transport = transportTo(server);
+    ASSERT_TRUE(transport->send(Method::Get, "/1", {}, 2000));
+    EXPECT_TRUE(transport->send(Method::Get, "/2", {}, 2000));
+}
+
+TEST(CurlTransport, AConnectionClosedWhileIdleIsReplaced) {
+    RawServer server([](int) { return Reply{ok(), Then::Close}; });
+    const auto transport = transportTo(server);
+    for (int i = 0; i < 3; ++i) {
+        // Until the server's end of the connection is seen to be closed.
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_TRUE(transport->send(Method::Post, "/a", "{}", 2000));
+    }
+    EXPECT_EQ(server.requests().size(), 3u);
+}
+
+TEST(CurlTransport, SilenceCostsTheTimeLimitAndNoMore) {
+    RawServer server([](int number) { return number == 0 ? Reply{} : Reply{ok()}; });
+    const auto transport = transportTo(server);
+    const auto begin = std::chrono::steady_clock::now();
+    const auto silent = transport->send(Method::Post, "/a", "{}", 150);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    ASSERT_FALSE(silent);
+    EXPECT_TRUE(isTimeout(silent.failure()));
+    EXPECT_TRUE(transport->send(Method::Post, "/b", "{}", 2000)) << "a late answer isn't taken for the next one";
+}
+
+TEST(CurlTransport, FailsWhereNobodyListensOrTheAnswerBreaksOff) {
+    std::string address;
+    {
+        const RawServer gone([](int) { return Reply{}; });
+        address = gone.address();
+    }
+    const auto refused = CurlTransport(QByteArray::fromStdString(address)).send(Method::Get, "/a", {}, 2000);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.failure().kind, FailureKind::Transport);
+    EXPECT_FALSE(isTimeout(refused.failure()));
+
+    RawServer server([](int) {
+        return Reply{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{\"value\"", Then::Close};
+    });
+    const auto half = transportTo(server)->send(Method::Post, "/a", "{}", 2000);
+    ASSERT_FALSE(half);
+    EXPECT_EQ(half.failure().kind, FailureKind::Transport);
+}
+
+/// A client in a session whose further requests get `bytes`.
+struct Session {
+    explicit Session(std::string bytes)
+        : server([bytes](int number) {
+              if (number == 0) {
+                  return Reply{RawServer::answer(R"({"value":{"sessionId":"s1","capabilities":{"k":7}}})")};
+              }
+              return Reply{number == 1 ? ok() : bytes};
+          }),
+          client(transportTo(server)),
+          capabilities(client.start({})) {}
+
+    RawServer server;
+    Client client;
+    Result<QJsonObject> capabilities;
+};
+
+TEST(Client, OpensASessionSetsItsLimitsAndEndsIt) {
+    Session session(RawServer::answer(R"({"value":"the title"})"));
+    ASSERT_TRUE(session.capabilities);
+    EXPECT_EQ(session.capabilities.value()[QStringLiteral("k")], 7);
+    const auto title = session.client.send(GetTitle{});
+    ASSERT_TRUE(title);
+    EXPECT_EQ(title.value().toString(), QStringLiteral("the title"));
+    EXPECT_TRUE(session.client.quit());
+    EXPECT_EQ(session.client.commandsSent(), 4u);
+    EXPECT_NE(session.server.requests()[1].find(R"("script":3000)"), std::string::npos);
+    EXPECT_EQ(session.server.requests()[3].find("DELETE /session/s1 "), 0u);
+
+    EXPECT_FALSE(session.client.isOpen());
+    const auto closed = session.client.send(GetTitle{});
+    ASSERT_FALSE(closed);
+    EXPECT_TRUE(isSessionGone(closed.failure()));
+    EXPECT_EQ(session.server.requests().size(), 4u);
+}
+
+TEST(Client, ABusyDriverCostsTheFullTimeLimitOnce) {
+    // Requests from 2 on (the first ones open the session) stay without an answer until `busy` ends.
+    std::atomic<bool> busy = true;
+    RawServer server([&busy](int number) {
+        if (number == 0) return Reply{RawServer::answer(R"({"value":{"sessionId":"s1","capabilities":{}}})")};
+        return number == 1 || !busy ? Reply{ok()} : Reply{};
+    });
+    Client client(transportTo(server));
+    ASSERT_TRUE(client.start({}));
+    const auto first = client.send(GetTitle{});
+    ASSERT_FALSE(first);
+    EXPECT_TRUE(isTimeout(first.failure()));
+
+    const auto begin = std::chrono::steady_clock::now();
+    const auto second = client.send(ElementClick{{QStringLiteral("e")}});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    ASSERT_FALSE(second);
+    EXPECT_TRUE(isTimeout(second.failure()));
+    for (const std::string& request : server.requests()) {
+        EXPECT_EQ(request.find("/click"), std::string::npos) << "would be carried out whenever the driver is free";
+    }
+    busy = false;
+    EXPECT_TRUE(client.send(ElementClick{{QStringLiteral("e")}}));
+}
+
+TEST(Client, TellsTheDriversErrorsFromAnswersThatArentAny) {
+    const struct {
+        std::string bytes;
+        FailureKind kind;
+        const char* code;
+    } cases[] = {
+        {RawServer::answer(R"({"value":{"error":"no such element","message":"m","stacktrace":""}})", 404),
+         FailureKind::Remote, "no such element"},
+        {RawServer::answer(R"({"value":{"error":"tab crashed","message":"m"}})", 500), FailureKind::Remote,
+         "tab crashed"},
+        {RawServer::answer("<html>Bad gateway</html>", 502), FailureKind::Protocol, ""},
+        {RawServer::answer("", 200), FailureKind::Protocol, ""},
+        {RawServer::answer(R"({"status":0})", 200), FailureKind::Protocol, ""},
+        {RawServer::answer(R"({"value":null})", 500), FailureKind::Protocol, ""},
+        {RawServer::answer(R"([1,2])", 200), FailureKind::Protocol, ""},
+    };
+    for (const auto& c : cases) {
+        Session session(c.bytes);
+        const auto answer = session.client.send(GetTitle{});
+        ASSERT_FALSE(answer) << c.bytes;
+        EXPECT_EQ(answer.failure().kind, c.kind) << c.bytes;
+        EXPECT_EQ(answer.failure().code, c.code);
+    }
+    // A page's own object is a value, whatever its members are called.
+    Session session(RawServer::answer(R"({"value":{"error":"x"}})", 200));
+    EXPECT_TRUE(session.client.send(ExecuteScript{}));
+}
+
+TEST(Client, FailureTextsQuoteNeitherPageNorLocator) {
+    Session session(RawServer::answer(
+        R"({"value":{"error":"no such element","message":"Unable to locate //a[@href='62811111111']"}})", 404));
+    const auto answer = session.client.send(FindElement{{Using::XPath, QStringLiteral("//a[@href='62811111111']")}});
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.failure().text, "FindElement: no such element");
+
+    // What keeps the browser from starting is the operator's business.
+    RawServer server([](int) {
+        return Reply{RawServer::answer(
+            R"({"value":{"error":"session not created","message":"only supports Chrome 115\n#0 0x55"}})", 500)};
+    });
+    Client client(transportTo(server));
+    const auto started = client.start({});
+    ASSERT_FALSE(started);
+    EXPECT_EQ(started.failure().text, "NewSession: session not created: only supports Chrome 115");
+    EXPECT_FALSE(client.isOpen());
+}
+
+}  // namespace
+}  // namespace kibo::webdriver

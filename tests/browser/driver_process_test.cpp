@@ -1,0 +1,94 @@
+#include "browser/driver_process.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace kibo {
+namespace {
+
+/// Starts a program made of shell lines in the place of the driver.
+class DriverProcessTest : public ::testing::Test {
+ protected:
+    QString program(const char* lines, bool executable = true) {
+        const QString path = folder_.filePath(QStringLiteral("driver"));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\n");
+        file.write(lines);
+        file.close();
+        if (executable) file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return path;
+    }
+
+    static Failure failureOf(const QString& program, int readyWithinMs = 2000) {
+        DriverProcess driver(program);
+        const auto started = driver.start(readyWithinMs);
+        EXPECT_FALSE(started);
+        EXPECT_EQ(driver.process().id, 0);
+        return started ? Failure{} : started.failure();
+    }
+
+    QTemporaryDir folder_;
+};
+
+bool mentions(const Failure& failure, const char* text) {
+    return failure.text.find(text) != std::string::npos;
+}
+
+TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsed) {
+    const Failure missing = failureOf(QStringLiteral("/nowhere/chromedriver"));
+    EXPECT_EQ(missing.kind, FailureKind::NotFound);
+    EXPECT_TRUE(mentions(missing, "/nowhere/chromedriver")) << missing.text;
+    EXPECT_EQ(failureOf(program("exit 0\n", false)).kind, FailureKind::NotFound);
+
+    const Failure exited = failureOf(program("echo cannot open display\nexit 3\n"));
+    EXPECT_EQ(exited.kind, FailureKind::Io);
+    EXPECT_TRUE(mentions(exited, "exit code 3")) << exited.text;
+    EXPECT_TRUE(mentions(exited, "cannot open display")) << exited.text;
+
+    // The port of the first line is the one asked for, not one to talk to.
+    const Failure silent = failureOf(program("echo Starting on port 9515\nexec sleep 30\n"), 300);
+    EXPECT_EQ(silent.kind, FailureKind::Protocol);
+
+    // Names a port where nobody listens.
+    const Failure deaf = failureOf(program("echo started successfully on port 1.\nexec sleep 30\n"), 300);
+    EXPECT_EQ(deaf.kind, FailureKind::Transport);
+    const Failure fallen = failureOf(program("echo started successfully on port 1.\nexit 4\n"));
+    EXPECT_TRUE(mentions(fallen, "exit code 4")) << fallen.text;
+}
+
+TEST_F(DriverProcessTest, EndsADriverThatDoesntWantTo) {
+    const QString stubborn = program("trap '' TERM\necho $$ >\"$0.pid\"\nwhile :; do sleep 0.05; done\n");
+    EXPECT_EQ(failureOf(stubborn, 300).kind, FailureKind::Protocol);
+    QFile pidFile(stubborn + QStringLiteral(".pid"));
+    ASSERT_TRUE(pidFile.open(QIODevice::ReadOnly));
+    const platform::ProcessId pid = pidFile.readAll().trimmed().toLongLong();
+    ASSERT_GT(pid, 0);
+    EXPECT_EQ(platform::processStartTime(pid), 0u);
+}
+
+TEST_F(DriverProcessTest, ChromeDriverStartsAndItsDeathIsNoticed) {
+    DriverProcess driver(QStringLiteral("chromedriver"));
+    const auto address = driver.start();
+    ASSERT_TRUE(address) << address.failure().text;
+    EXPECT_TRUE(driver.isRunning());
+
+    bool exited = false;
+    driver.onExited = [&exited] { exited = true; };
+    const platform::Process process = driver.process();
+    ASSERT_TRUE(platform::terminate(process.id, process.startTime, 0));
+    EXPECT_FALSE(driver.isRunning());
+    QElapsedTimer waited;
+    waited.start();
+    while (!exited && waited.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_TRUE(exited);
+
+    EXPECT_TRUE(driver.start()) << "it can be started anew";
+}
+
+}  // namespace
+}  // namespace kibo

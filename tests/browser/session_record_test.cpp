@@ -1,0 +1,113 @@
+#include "browser/session_record.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <memory>
+
+namespace kibo {
+namespace {
+
+using platform::Process;
+
+class SessionRecordTest : public ::testing::Test {
+ protected:
+    void TearDown() override {
+        for (auto& child : children_) {
+            child->kill();
+            child->waitForFinished();
+        }
+    }
+
+    /// A shell that started a further process, as drivers and browsers do.
+    Process startTree() {
+        auto child = std::make_unique<QProcess>();
+        child->start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("sleep 60 & echo up; wait")});
+        EXPECT_TRUE(child->waitForReadyRead());
+        const platform::ProcessId id = child->processId();
+        children_.push_back(std::move(child));
+        return {id, platform::processStartTime(id)};
+    }
+
+    static Process self() { return {platform::ownProcessId(), platform::processStartTime(platform::ownProcessId())}; }
+    static bool runs(const Process& process) { return platform::isRunning(process.id, process.startTime); }
+    int files() const { return static_cast<int>(QDir(folder_.path()).entryList(QDir::Files | QDir::System).size()); }
+
+    QTemporaryDir folder_;
+    SessionRecords records_{folder_.path()};
+    std::vector<std::unique_ptr<QProcess>> children_;
+};
+
+TEST_F(SessionRecordTest, LeftoversOfADeadGatewayAreEndedWithTheirChildren) {
+    const Process driver = startTree();
+    const Process browser = startTree();
+    const Process bystander = startTree();
+    const auto below = platform::descendants(browser.id);
+    ASSERT_FALSE(below.empty());
+    Process deadOwner = self();
+    ++deadOwner.startTime;  // the id is in use again, by somebody else
+    ASSERT_TRUE(records_.write({deadOwner, driver, browser}));
+
+    EXPECT_EQ(records_.endLeftovers(), 0);
+    EXPECT_FALSE(runs(driver));
+    EXPECT_FALSE(runs(browser));
+    EXPECT_FALSE(runs(below.front()));
+    EXPECT_TRUE(runs(bystander));
+    EXPECT_EQ(files(), 0);
+}
+
+TEST_F(SessionRecordTest, AProcessThatOnlyHasTheSameIdIsLeftAlone) {
+    const Process running = startTree();
+    const Process former{running.id, running.startTime - 1};
+    ASSERT_TRUE(records_.write({self(), former, former}));
+    EXPECT_EQ(records_.endLeftovers(), 0);
+    EXPECT_TRUE(runs(running));
+    EXPECT_EQ(files(), 0);
+}
+
+TEST_F(SessionRecordTest, AnotherRunningGatewaysSessionIsKept) {
+    const Process gateway = startTree();
+    const Process browser = startTree();
+    ASSERT_TRUE(records_.write({gateway, {}, browser}));
+    EXPECT_EQ(records_.endLeftovers(), gateway.id);
+    EXPECT_TRUE(runs(browser));
+    EXPECT_EQ(files(), 1);
+}
+
+TEST_F(SessionRecordTest, ADamagedRecordDoesNoHarm) {
+    for (const char* content : {"", "{", R"({"driver":{"pid":1,"started":"x"},"browser":{"pid":-1}})"}) {
+        QFile file(folder_.filePath(QStringLiteral("kibo-session-5.json")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+        EXPECT_EQ(records_.endLeftovers(), 0);
+        EXPECT_EQ(files(), 0);
+    }
+}
+
+TEST_F(SessionRecordTest, OnlyAStaleProfileLockIsRemoved) {
+    const QString lock = folder_.filePath(QStringLiteral("SingletonLock"));
+    const Process running = startTree();
+    const QString here = QSysInfo::machineHostName();
+    const struct {
+        QString owner;
+        bool removed;
+    } cases[] = {
+        {here + QStringLiteral("-%1").arg(running.id), false},
+        {here + QStringLiteral("-4194999"), true},  // beyond the largest process id
+        {QStringLiteral("other-host-%1").arg(running.id), true},
+    };
+    for (const auto& c : cases) {
+        QFile::remove(lock);
+        ASSERT_TRUE(QFile::link(c.owner, lock));
+        removeStaleProfileLock(folder_.path());
+        EXPECT_EQ(!QFileInfo(lock).isSymLink(), c.removed) << c.owner.toStdString();
+    }
+}
+
+}  // namespace
+}  // namespace kibo

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <random>
+
+#include "app/database.h"
+#include "app/settings.h"
+#include "browser/element_table.h"
+#include "engine/step_machine.h"
+#include "fake_page.h"
+
+namespace kibo::test {
+
+/// The whole engine on a real local store and a page in memory, in time that moves only when the engine waits.
+class Engine : public ::testing::Test {
+ protected:
+    Engine() {
+        settings.UseMDB = QStringLiteral("Y");
+        settings.Speed = QStringLiteral("NORMAL");
+        state.cb_Profil.text = QStringLiteral("7");
+        state.txt_DUMMY.text = kDummy;
+        elements = ElementTable([](const QString& name) {
+            return name == QStringLiteral("XXInfo3") ? QStringLiteral("*isn't on WhatsApp*") : QString();
+        });
+        EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(QStringLiteral("kb.mdb"))));
+        const auto opened = database.OpenDatabase(settings, folder.path());
+        EXPECT_TRUE(opened.ok()) << (opened.ok() ? "" : opened.failure().text);
+    }
+
+    /// Made once for all tests.
+    static QString emptyStore() {
+        static const QTemporaryDir made;
+        const QString file = made.filePath(QStringLiteral("kb.mdb"));
+        if (!QFile::exists(file))
+            QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {made.path()});
+        return file;
+    }
+
+    qint64 queue(const QString& number, const QString& text, int mode = 0, const QString& media = {}) {
+        const bool added =
+            database
+                .execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text, wa_media) values (?, ?, ?, ?)"),
+                         {mode, number, text, media})
+                .has_value();
+        EXPECT_TRUE(added);
+        return database.lastInsertId();
+    }
+    int count(const QString& table) {
+        return database.OpenRecordset(QStringLiteral("select count(*) from ") + table).field(0).toInt();
+    }
+    QString status(qint64 id) {
+        const auto row = database.OpenRecordset(QStringLiteral("select status from sent where id = ?"), {id});
+        return row.eof() ? QStringLiteral("(no row)") : row.field(0);
+    }
+    /// Why the last message failed.
+    QString lastReason() const {
+        return state.ms2.rowCount() > 1 ? state.ms2.text(state.ms2.rowCount() - 1, 3) : QString();
+    }
+
+    void tick() {
+        machine.Timer_KIBO_Timer();
+        clock.wait(500);
+    }
+    /// Ticks until the queue is empty and nothing is going on any more.
+    void runQueue(int mostTicks = 1000) {
+        for (int i = 0; i < mostTicks; ++i) {
+            tick();
+            if (count(QStringLiteral("outbox")) == 0) return;
+        }
+        ADD_FAILURE() << "the queue did not become empty";
+    }
+
+    static inline const QString kDummy = QStringLiteral("6281200009999");
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    Settings settings;
+    GatewayState state;
+    ElementTable elements;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    FakePage page{clock};
+    Pacing pacing{state, settings, clock};
+    ChatOpener opener{state, settings, page, clock, pacing};
+    OutboxQueue outbox{state, settings, database, clock};
+    MessageSender sender{state, page, elements, clock, pacing, opener, outbox};
+    std::mt19937 generator{4711};
+    StepMachine machine{
+        {state, settings, elements, database, page, clock, pacing, opener, outbox, sender, [] { return 0.0; }, {}}};
+};
+
+}  // namespace kibo::test

@@ -1,0 +1,201 @@
+#pragma once
+
+#include <QHash>
+#include <QSet>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+#include "browser/chat_page.h"
+#include "support/manual_clock.h"
+
+namespace kibo::test {
+
+/// A chat page in memory that behaves like the real one where the engine could be misled: chats open some time after
+/// the click and independently of each other, the old message box stays until then, names hide numbers. It can
+/// be told to fail, to hang and to lose what is asked of it, and it counts.
+class FakePage : public ChatPage {
+ public:
+    struct Delivered {
+        QString number;
+        QString text;
+    };
+
+    explicit FakePage(ManualClock& clock) : clock_(clock) {}
+
+    // How it behaves
+    QHash<QString, QString> names;  // number → saved name; others show their number
+    QSet<QString> unknown;          // numbers that are not on WhatsApp
+    std::function<int(const QString&)> openDelay = [](const QString&) { return 0; };
+    bool loggedIn = true;
+    QString banner;
+    int qrCodes = 0, qrReloads = 0;
+    QString qrData;
+    PageLook::Presence presence = PageLook::Presence::Here;
+    int swallowEnters = 0;  // so many presses of Enter do nothing
+    int loseTexts = 0;      // so many typed texts end up elsewhere
+    bool silent = false;    // no command is answered
+    std::function<void()> beforeEnter;
+
+    // What happened
+    std::vector<Delivered> delivered;
+    QStringList clicks;
+    QStringList commands;
+    int ended = 0, reloadsClicked = 0;
+
+    void open(const QString& number) {
+        ++serial_;
+        openNumber_ = number;
+        box_.clear();
+        titles_.append(names.value(number, number));
+    }
+    void reload() {
+        serial_ = 0;
+        openNumber_.clear();
+        titles_.clear();
+        clicked_ = 0;
+        clickedAddresses_.clear();
+        linkAddress_.clear();
+        planted_ = false;
+        ++generation_;
+    }
+    void setBox(const QString& text) { box_ = text; }
+    QString box() const { return box_; }
+
+    PageLook look() override {
+        commands.append(QStringLiteral("look"));
+        PageLook look;
+        look.presence = silent ? PageLook::Presence::Silent : presence;
+        if (look.presence != PageLook::Presence::Here) return look;
+        look.newChatControls = loggedIn ? 1 : 0;
+        look.qrCodes = qrCodes;
+        look.qrData = qrData;
+        look.qrReloads = qrReloads;
+        look.hasBanner = !banner.isEmpty();
+        look.banner = banner;
+        look.linkPlanted = planted_;
+        look.chat = chat();
+        return look;
+    }
+    bool plantLink(const QString& address) override {
+        if (!answers("plantLink")) return false;
+        planted_ = true;
+        linkAddress_ = address;
+        return true;
+    }
+    bool pointLink(const QString& address) override {
+        if (!answers("pointLink") || !planted_) return false;
+        linkAddress_ = address;
+        return true;
+    }
+    std::optional<ClickedLink> clickLink(const QString& address) override {
+        if (!answers("clickLink") || address != linkAddress_) return std::nullopt;
+        const ClickedLink clicked{chat(), 42};
+        const QString number = address.section(QLatin1Char('/'), -1);
+        clicks.append(number);
+        ++clicked_;
+        clickedAddresses_.append(address);
+        const auto result = [this, number, generation = generation_] {
+            if (generation != generation_) return;
+            if (unknown.contains(number)) {
+                notice_ = QStringLiteral("The number +%1 isn't on WhatsApp.\nOK").arg(number);
+            } else {
+                open(number);
+            }
+        };
+        const int delay = openDelay(number);
+        if (delay == 0) {
+            result();
+        } else {
+            clock_.at(clock_.monotonicMs() + delay, result);
+        }
+        return clicked;
+    }
+    std::optional<ChatLook> lookAtChat(bool) override {
+        if (!answers("lookAtChat")) return std::nullopt;
+        ChatLook look;
+        look.linkPlanted = planted_;
+        look.linkText = linkAddress_;
+        look.hasNotice = !notice_.isEmpty();
+        look.notice = notice_;
+        look.hasBox = look.boxFocused = !openNumber_.isEmpty();
+        look.boxText = box_;
+        look.chat = chat();
+        return look;
+    }
+    bool typeText(const QString& text) override {
+        if (!answers("typeText")) return false;
+        if (loseTexts-- > 0) return true;
+        box_ += text;
+        return true;
+    }
+    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override {
+        if (!answers("awaitBoxText")) return std::nullopt;
+        if (box_.trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return BoxLook{box_.trimmed() == text.trimmed(), serial_};
+    }
+    bool clearBox() override {
+        box_.clear();
+        return answers("clearBox");
+    }
+    bool pressEnter() override {
+        if (!answers("pressEnter")) return false;
+        if (beforeEnter) beforeEnter();
+        if (swallowEnters-- > 0 || openNumber_.isEmpty() || box_.isEmpty()) return true;
+        delivered.push_back({openNumber_, box_});
+        box_.clear();
+        return true;
+    }
+    bool pressEscape() override {
+        if (!answers("pressEscape")) return false;
+        if (!notice_.isEmpty()) {
+            notice_.clear();
+        } else {
+            openNumber_.clear();
+        }
+        return true;
+    }
+    std::optional<int> watchChatList(const QString&) override {
+        commands.append(QStringLiteral("watchChatList"));
+        return chatListLength;
+    }
+    bool clickQrReload() override {
+        ++reloadsClicked;
+        return true;
+    }
+    QByteArray qrPicture() override { return {}; }
+    QByteArray pagePicture() override { return {}; }
+    int closeStrayTabs() override {
+        commands.append(QStringLiteral("closeStrayTabs"));
+        return 0;
+    }
+    void end() override { ++ended; }
+
+    int chatListLength = 7;
+
+ private:
+    bool answers(const char* command) {
+        commands.append(QString::fromLatin1(command));
+        return !silent && presence == PageLook::Presence::Here;
+    }
+    OpenChat chat() const {
+        OpenChat chat;
+        chat.serial = serial_;
+        chat.open = !openNumber_.isEmpty();
+        chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
+        chat.titles = titles_;
+        chat.clicks = clicked_;
+        chat.clicked = clickedAddresses_;
+        return chat;
+    }
+
+    ManualClock& clock_;
+    int serial_ = 0;
+    int generation_ = 0;
+    QString openNumber_, box_, notice_, linkAddress_;
+    QStringList titles_, clickedAddresses_;
+    int clicked_ = 0;
+    bool planted_ = false;
+};
+
+}  // namespace kibo::test

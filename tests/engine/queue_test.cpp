@@ -1,0 +1,97 @@
+#include "engine_fixture.h"
+
+namespace kibo {
+namespace {
+
+using test::Engine;
+
+class Queue : public Engine {
+ protected:
+    void add(const char* table, const char* columns, const QVariantList& values) {
+        QStringList marks;
+        for (qsizetype i = 0; i < values.size(); ++i) marks.append(QStringLiteral("?"));
+        ASSERT_TRUE(database.execute(
+            QStringLiteral("insert into %1 (%2) values (%3)")
+                .arg(QString::fromLatin1(table), QString::fromLatin1(columns), marks.join(QLatin1Char(','))),
+            values));
+    }
+    QStringList ids() {
+        QStringList ids;
+        for (int row = 1; row < state.ms_out.rowCount(); ++row) ids.append(state.ms_out.text(row, OutboxQueue::Id));
+        return ids;
+    }
+};
+
+TEST_F(Queue, ShowsDueRowsOldestFirst) {
+    queue(QStringLiteral("6281"), QStringLiteral("a\tb"));
+    queue(QStringLiteral("6282"), QStringLiteral("kept back"), 3);
+    queue(QStringLiteral("6283"), QStringLiteral("later"));
+    settings.LimitSelect = QStringLiteral("Y");  // no effect on the local store
+    settings.Scheduled = QStringLiteral("Y");
+    outbox.cmd_OutboxRefresh_Click();
+    EXPECT_EQ(ids(), QStringList({QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("2"));
+    EXPECT_EQ(settings.Scheduled, QStringLiteral("N")) << "the local store has no schedule";
+    EXPECT_EQ(state.ms_out.text(1, OutboxQueue::Text), QStringLiteral("a b")) << "a grid line is tab-separated";
+    EXPECT_EQ(outbox.readText(QStringLiteral("1")), QStringLiteral("a\tb")) << "but the stored text is sent";
+}
+
+TEST_F(Queue, TakingMovesTheRowInOnePiece) {
+    const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("O'Brien \"x\" \\ 😀"));
+    EXPECT_TRUE(outbox.take(QString::number(id)));
+    EXPECT_EQ(count(QStringLiteral("outbox")), 0);
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0),
+              QStringLiteral("O'Brien \"x\" \\ 😀"));
+    EXPECT_FALSE(outbox.take(QString::number(id))) << "it has gone";
+    EXPECT_EQ(count(QStringLiteral("sent")), 1);
+    EXPECT_TRUE(outbox.markFailed(QString::number(id)));
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+}
+
+TEST_F(Queue, RefusedDeleteUndoesTheCopy) {
+    const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
+    ASSERT_TRUE(database.Execute(
+        QStringLiteral("create trigger refuse before delete on outbox begin select raise(abort, 'refused'); end")));
+    EXPECT_FALSE(outbox.take(QString::number(id)));
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(count(QStringLiteral("sent")), 0);
+}
+
+TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
+    settings.Multi = QStringLiteral("Y");
+    const char* columns = "tipe, profil, wa_mode, wa_no, wa_text";
+    add("multi", columns,
+        {QStringLiteral("O"), QStringLiteral("7"), 0, QStringLiteral("6281"), QStringLiteral("mine")});
+    add("multi", columns,
+        {QStringLiteral("O"), QStringLiteral("8"), 0, QStringLiteral("6282"), QStringLiteral("other")});
+    add("multi", columns, {QStringLiteral("I"), QStringLiteral("7"), 0, QStringLiteral("6283"), QStringLiteral("in")});
+    outbox.cmd_OutboxRefresh_Click();
+    EXPECT_EQ(ids(), QStringList(QStringLiteral("1")));
+    EXPECT_EQ(outbox.readText(QStringLiteral("1")), QStringLiteral("mine"));
+    EXPECT_FALSE(outbox.take(QStringLiteral("2"))) << "another instance's";
+    EXPECT_TRUE(outbox.take(QStringLiteral("1")));
+    EXPECT_TRUE(outbox.markFailed(QStringLiteral("1")));
+    const auto sent = database.OpenRecordset(QStringLiteral("select * from multi where tipe = 'S'"));
+    EXPECT_EQ(sent.recordCount(), 1);
+    EXPECT_EQ(sent.field(QStringLiteral("id_outbox")), QStringLiteral("1"));
+    EXPECT_EQ(sent.field(QStringLiteral("PROFIL")), QStringLiteral("7"));
+    EXPECT_EQ(sent.field(QStringLiteral("status")), QStringLiteral("fail"));
+}
+
+// Outside programs and documentation rely on these texts, odd spacing included.
+TEST(QueueStatements, AreAsAgreed) {
+    const QString profile = QStringLiteral("7"), now = QStringLiteral("2026-03-14 15:09:26");
+    const auto plain = queue_sql::selection(false, false, profile, now, true);
+    EXPECT_EQ(plain.rows, QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from outbox "
+                                         "where wa_mode <> '3'order by id  LIMIT 10 "));
+    EXPECT_TRUE(plain.values.isEmpty());
+    const auto both = queue_sql::selection(true, true, profile, now, false);
+    EXPECT_EQ(both.rows,
+              QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from multi where "
+                             "wa_mode <> '3' and tipe = 'O' and profil = ? and wa_time <= ? order by id "));
+    EXPECT_EQ(both.values, QStringList({profile, now}));
+    EXPECT_EQ(queue_sql::selection(true, false, profile, now, false).values, QStringList(now));
+}
+
+}  // namespace
+}  // namespace kibo

@@ -1,0 +1,182 @@
+#include <random>
+
+#include "engine_fixture.h"
+
+namespace kibo {
+namespace {
+
+using test::Engine;
+const QString kAni = QStringLiteral("6281111111111");
+
+class Sending : public Engine {
+ protected:
+    Sending() {
+        page.names = {{kAni, QStringLiteral("Ani")}, {kDummy, QStringLiteral("Dummy")}};
+        tick();  // connects: plants the link and opens the dummy
+        page.commands.clear();
+    }
+    QString sendOne(const QString& number, const QString& text, int mode = 0, const QString& media = {}) {
+        const qint64 id = queue(number, text, mode, media);
+        runQueue();
+        return status(id);
+    }
+};
+
+TEST_F(Sending, MessageReachesItsChatAsWritten) {
+    const QString text =
+        QStringLiteral("It's \"[x|x]\" \\ 😀👩‍👩‍👧~rsecond line\\nthird for %name% %NAME%");
+    EXPECT_EQ(sendOne(QStringLiteral("+62 811-1111-1111"), text), QString());
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].number, kAni);
+    EXPECT_EQ(page.delivered[0].text,
+              QStringLiteral("It's \"x\" \\ 😀👩‍👩‍👧\nsecond line\nthird for Ani ANI"));
+    EXPECT_EQ(state.sentCount, 1);
+    EXPECT_EQ(page.clicks.last(), kDummy) << "the contact's chat is left";
+}
+
+TEST_F(Sending, TakesFewCommandsAndTheDemandedWaitsOnly) {
+    queue(kAni, QStringLiteral("hello"));
+    const qint64 before = clock.waited();
+    machine.Timer_KIBO_Timer();
+    EXPECT_LE(page.commands.size(), 12) << page.commands.join(QLatin1Char(' ')).toStdString();
+    // Escape 2 × 100, link 500 + 50, dwell 300, readiness 100, after sending 500, dummy 500 + 50.
+    EXPECT_EQ(clock.waited() - before, 2200);
+    page.commands.clear();
+    machine.Timer_KIBO_Timer();
+    EXPECT_LE(page.commands.size(), 2) << "an idle tick";
+}
+
+TEST_F(Sending, FailuresAreMarkedWithTheirReason) {
+    page.unknown = {QStringLiteral("6280000000000")};
+    EXPECT_EQ(sendOne(QStringLiteral("6280000000000"), QStringLiteral("x")), QStringLiteral("fail"));
+    EXPECT_EQ(lastReason(), QStringLiteral("the number is not on WhatsApp"));
+    const struct {
+        const char* number;
+        const char* text;
+        int mode;
+        const char* reason;
+    } cases[] = {{"1234", "x", 1, "too short"},
+                 {"62<script>1", "x", 1, "more than digits"},
+                 {"62'81", "x", 0, "more than digits"},
+                 {"", "x", 0, "no number"},
+                 {"6281111111111", "", 0, "empty"},
+                 {"6281111111111", " ~r\t ", 0, "empty"},
+                 {"Ani", "x", 2, "by name"},
+                 {"6281111111111", "x", 4, "unknown wa_mode 4"}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(sendOne(QString::fromUtf8(c.number), QString::fromUtf8(c.text), c.mode), QStringLiteral("fail"));
+        EXPECT_TRUE(lastReason().contains(QString::fromUtf8(c.reason))) << lastReason().toStdString();
+    }
+    EXPECT_TRUE(page.delivered.empty());
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("still going")), QString()) << "the queue goes on";
+    EXPECT_TRUE(state.Timer_KIBO.enabled());
+}
+
+TEST_F(Sending, NullsAndControlCharactersDoNotStopTheQueue) {
+    ASSERT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no, wa_text) values (null, null)")));
+    EXPECT_EQ(sendOne(kAni, QString::fromUtf8("a\x01\x1b(b")), QString());
+    EXPECT_EQ(page.delivered.back().text, QStringLiteral("a(b"));
+}
+
+TEST_F(Sending, ChatThatNeverOpensIsGivenUpAfterTwentyOneLooks) {
+    page.openDelay = [](const QString&) { return 1'000'000; };
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("x")), QStringLiteral("fail"));
+    EXPECT_EQ(page.commands.count(QStringLiteral("lookAtChat")), 21);
+    EXPECT_EQ(lastReason(), QStringLiteral("the chat did not open in time"));
+}
+
+TEST_F(Sending, NothingIsTakenWhileAnEarlierChatMayStillComeUp) {
+    page.openDelay = [](const QString& number) { return number == kAni ? 8000 : 0; };
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("x")), QStringLiteral("fail"));
+    const qint64 next = queue(QStringLiteral("6282222222222"), QStringLiteral("y"));
+    machine.Timer_KIBO_Timer();
+    EXPECT_EQ(status(next), QStringLiteral("(no row)")) << "still waiting in the queue";
+    EXPECT_EQ(state.step, QStringLiteral("Waiting for an earlier chat to open"));
+    runQueue();
+    EXPECT_EQ(status(next), QString());
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].number, QStringLiteral("6282222222222"));
+}
+
+TEST_F(Sending, TextGoesOutOnlyWhenReadBackInTheSameChat) {
+    page.loseTexts = 1;
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("lost")), QStringLiteral("fail"));
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("found")), QString());
+    page.swallowEnters = 1;
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("stuck")), QStringLiteral("fail"));
+    EXPECT_TRUE(page.box().isEmpty()) << "the box is cleared";
+    // The operator opens another chat while the link preview is awaited.
+    const qint64 now = clock.monotonicMs();
+    clock.at(now + 3000, [this] { page.open(QStringLiteral("6283333333333")); });
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("see http://x")), QStringLiteral("fail"));
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].text, QStringLiteral("found"));
+}
+
+TEST_F(Sending, DraftInTheBoxDoesNotBecomePartOfTheMessage) {
+    page.openDelay = [this](const QString&) {
+        clock.at(clock.monotonicMs() + 200, [this] { page.setBox(QStringLiteral("draft ")); });
+        return 100;
+    };
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("clean")), QString());
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].text, QStringLiteral("clean"));
+}
+
+TEST_F(Sending, SilentPageFailsTheMessageAndLosesNothing) {
+    queue(kAni, QStringLiteral("x"));
+    clock.at(clock.monotonicMs() + 150, [this] { page.silent = true; });
+    machine.Timer_KIBO_Timer();
+    EXPECT_EQ(status(1), QStringLiteral("fail"));
+    EXPECT_TRUE(page.delivered.empty());
+    page.silent = false;
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("y")), QString());
+}
+
+TEST_F(Sending, StopBeforeEnterMarksTheMessage) {
+    queue(kAni, QStringLiteral("x"));
+    clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
+    machine.Timer_KIBO_Timer();
+    EXPECT_EQ(status(1), QStringLiteral("fail"));
+    EXPECT_TRUE(page.delivered.empty());
+    queue(kAni, QStringLiteral("y"));
+    machine.Timer_KIBO_Timer();
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "nothing more is taken";
+}
+
+TEST_F(Sending, SurfacedErrorLeavesTheMessageMarked) {
+    policy.setDebugMode(true);
+    queue(kAni, QStringLiteral("x"));
+    page.beforeEnter = [] { throw SurfacedError(Failure{FailureKind::Remote, "boom"}); };
+    EXPECT_THROW(machine.Timer_KIBO_Timer(), SurfacedError);
+    EXPECT_EQ(status(1), QStringLiteral("fail"));
+    EXPECT_FALSE(state.stepRunning);
+}
+
+// Chats open after 0 to 6 s, each on its own: some come up under a later message. Saved names hide the numbers.
+TEST_F(Sending, NoTextEverReachesAnotherChat) {
+    std::uniform_int_distribution<int> delay(0, 6000);
+    page.openDelay = [&](const QString&) { return delay(generator); };
+    QHash<QString, QString> numberOf;
+    for (int i = 0; i < 100; ++i) {
+        const QString number = QStringLiteral("62810000%1").arg(i % 40, 5, 10, QLatin1Char('0'));
+        if (i % 4) page.names[number] = QStringLiteral("Contact %1").arg(i % 40);
+        const QString text = QStringLiteral("message %1").arg(i);
+        numberOf[text] = number;
+        queue(number, text);
+    }
+    runQueue(5000);
+    QSet<QString> delivered;
+    for (const auto& message : page.delivered) {
+        EXPECT_EQ(message.number, numberOf.value(message.text)) << message.text.toStdString();
+        EXPECT_FALSE(delivered.contains(message.text)) << "twice: " << message.text.toStdString();
+        delivered.insert(message.text);
+    }
+    const auto failed = database.OpenRecordset(QStringLiteral("select count(*) from sent where status = 'fail'"));
+    EXPECT_EQ(static_cast<int>(delivered.size()) + failed.field(0).toInt(), 100);
+    EXPECT_EQ(count(QStringLiteral("sent")), 100);
+    EXPECT_GT(delivered.size(), 20) << "and some do arrive";
+}
+
+}  // namespace
+}  // namespace kibo
