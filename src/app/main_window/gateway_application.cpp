@@ -10,7 +10,6 @@
 #include "app/settings_file.h"
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
-#include "main_window/gateway_engine.h"
 #include "main_window/setting_indicators.h"
 #include "main_window/termination_signal.h"
 #include "platform/machine.h"
@@ -34,16 +33,15 @@ void openForOperator(const QString& file) {
 
 }  // namespace
 
-GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, QStringList arguments,
-                                       MakeBrowserSide makeBrowserSide)
+GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments)
     : dialogs_(dialogs),
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
-      makeBrowserSide_(std::move(makeBrowserSide)),
       database_(clock_, policy_),
       elementStore_(clock_, policy_),
       instanceRows_(database_),
-      startUp_(dialogs, programFolder_) {}
+      startUp_(dialogs, programFolder_),
+      browser_(programFolder_, clock_) {}
 
 GatewayApplication::~GatewayApplication() = default;
 
@@ -72,11 +70,9 @@ void GatewayApplication::startLog() const {
 void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
-    if (!makeBrowserSide_) return;
-    browser_ = makeBrowserSide_({settings_, elements_, policy_, clock_, programFolder_});
-    engine_ = std::make_unique<GatewayEngine>(
-        GatewayEngine::Parts{state_, settings_, elements_, database_, browser_->page(), clock_,
-                             [] { return QRandomGenerator::global()->generateDouble(); }});
+    page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
+                                                        [] { return QRandomGenerator::global()->generateDouble(); }});
 }
 
 bool GatewayApplication::showWindow() {
@@ -96,9 +92,9 @@ bool GatewayApplication::showWindow() {
     const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
     if (!pictures.isEmpty()) {
         picture_ = std::make_unique<WindowPicture>(*window_, state_, pictures, [this](const QString& name) {
-            if (!browser_) return;
+            if (!browser_.isOpen()) return;
             QFile file(name);
-            if (file.open(QIODevice::WriteOnly)) file.write(browser_->page().pagePicture());
+            if (file.open(QIODevice::WriteOnly)) file.write(page_->pagePicture());
         });
     }
     addTimers();
@@ -112,12 +108,10 @@ bool GatewayApplication::showWindow() {
 
 MainWindowActions GatewayApplication::actions() {
     MainWindowActions actions;
-    if (engine_) {
-        actions.openWhatsApp = guarded([this] { cmd_OpenWA_Click(); });
-        actions.pause = guarded([this] { engine_->pacing.cmd_Pause_Click(); });
-        actions.refreshOutbox = guarded([this] { refreshOutbox(); });
-        if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { HideChrome_Click(hide); };
-    }
+    actions.openWhatsApp = guarded([this] { cmd_OpenWA_Click(); });
+    actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
+    actions.refreshOutbox = guarded([this] { refreshOutbox(); });
+    if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
     actions.profileChanged = [this](const QString& profile) { cb_Profil_Change(profile); };
     actions.closeAll = guarded([this] { mncloseall_Click(); });
@@ -137,18 +131,24 @@ void GatewayApplication::addTimers() {
     timers_->add(state_.timer_start, [this] { timer_start_Timer(); });
     timers_->add(state_.Timer_variabel, [this] { refreshSettingIndicators(settings_, state_); });
     timers_->add(state_.Timer1, [this] { Timer1_Timer(); });
-    if (engine_) engine_->addTicks(state_, *timers_);
+    timers_->add(state_.Timer_KIBO, [this] { gateway_->machine.Timer_KIBO_Timer(); });
+    timers_->add(state_.Timer2, [this] { gateway_->chatListWatch.Timer2_Timer(); });
+    timers_->add(state_.BreakTime, [this] { gateway_->pacing.BreakTime_Timer(); });
+    // Ticks without work: whether these two are on is what counts.
+    timers_->add(state_.Timer_cekURL, [] {});
+    timers_->add(state_.timer_QR, [] {});
 }
 
 void GatewayApplication::cmd_OpenWA_Click() {
     // Starting the browser may let clicks run; the second one must not start another.
-    if (!browser_ || opening_) return;
+    if (opening_) return;
     const QScopedValueRollback<bool> opening(opening_, true);
     state_.waurl.text.clear();
     state_.step = QStringLiteral("Starting the browser");
     window_->showState();
-    const Result<void> opened = browser_->open(state_.cb_Profil.text, state_.HideChrome.checked,
-                                               [this] { state_.Timer_KIBO.setEnabled(true); });
+    LaunchOptions options{settings_, state_.cb_Profil.text, state_.HideChrome.checked};
+    options.armStepMachine = [this] { state_.Timer_KIBO.setEnabled(true); };
+    const Result<void> opened = browser_.open(options);
     if (opened) return;
     state_.step = QString::fromStdString(opened.failure().text);
     log::error("window", QStringLiteral("the browser can't be started: ") + state_.step);
@@ -169,7 +169,7 @@ void GatewayApplication::Timer1_Timer() {
 
 void GatewayApplication::HideChrome_Click(bool hide) {
     // Without a browser window there is nothing to hide, and nothing to remember.
-    if (!browser_->hideWindow(hide)) return;
+    if (!browser_.hideWindow(hide)) return;
     settings_.HideChrome = hide ? QStringLiteral("Y") : QStringLiteral("N");
     WriteIni(kSection, QStringLiteral("HideChrome"), settings_.HideChrome, startUp_.settingsFile());
 }
@@ -187,7 +187,7 @@ void GatewayApplication::mncloseall_Click() {
 
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
-    if (engine_ && !state_.wait.visible) engine_->queue.cmd_OutboxRefresh_Click();
+    if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
 }
 
 void GatewayApplication::applyHideMe() {
@@ -217,7 +217,7 @@ void GatewayApplication::endProgram() {
     clock_.stopWaiting();
     timers_->stopAll();
     heartbeat_.stop();
-    if (browser_) browser_->quit();
+    browser_.quit();
     log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));
     // Not quit(): it would close the window first, which is the operator's way to unload it.
     QCoreApplication::exit(0);

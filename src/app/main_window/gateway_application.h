@@ -10,8 +10,10 @@
 #include "app/dialogs.h"
 #include "app/error_policy.h"
 #include "app/settings.h"
-#include "browser/chat_page.h"
+#include "browser/browser.h"
 #include "browser/element_table.h"
+#include "browser/web_page.h"
+#include "engine/gateway.h"
 #include "engine/gateway_state.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
@@ -21,41 +23,11 @@
 
 namespace kibo {
 
-struct GatewayEngine;
-
-/// Opens and closes the browser for the gateway.
-class BrowserSide {
- public:
-    BrowserSide() = default;
-    BrowserSide(const BrowserSide&) = delete;
-    BrowserSide& operator=(const BrowserSide&) = delete;
-    virtual ~BrowserSide() = default;
-
-    virtual ChatPage& page() = 0;
-    /// Starts the browser with `profile` and calls `armStepMachine` once it is up.
-    virtual Result<void> open(const QString& profile, bool hideWindow, const std::function<void()>& armStepMachine) = 0;
-    virtual void quit() = 0;
-    /// False when there is no such window.
-    virtual bool hideWindow(bool hide) = 0;
-};
-
 /// The program put together: it owns settings, stores, state, engine and main window, and wires them.
 class GatewayApplication {
  public:
-    /// What the browser side is made from; all of it lives as long as the application.
-    struct BrowserParts {
-        const Settings& settings;
-        const ElementTable& elements;
-        const ErrorPolicy& policy;
-        Clock& clock;
-        QString programFolder;
-    };
-    using MakeBrowserSide = std::function<std::unique_ptr<BrowserSide>(const BrowserParts&)>;
-
-    /// `dialogs` must outlive the application. `arguments`: the command line without the program's name. Without
-    /// `makeBrowserSide` the program runs with its window and stores alone.
-    GatewayApplication(Dialogs& dialogs, QString programFolder, QStringList arguments,
-                       MakeBrowserSide makeBrowserSide = {});
+    /// `dialogs` must outlive the application. `arguments`: the command line without the program's name.
+    GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments);
     ~GatewayApplication();
     GatewayApplication(const GatewayApplication&) = delete;
     GatewayApplication& operator=(const GatewayApplication&) = delete;
@@ -93,7 +65,6 @@ class GatewayApplication {
     Dialogs& dialogs_;
     const QString programFolder_;
     const QString commandLine_;
-    MakeBrowserSide makeBrowserSide_;
 
     SystemClock clock_;
     ErrorPolicy policy_;
@@ -104,8 +75,9 @@ class GatewayApplication {
     InstanceRows instanceRows_;
     StartUp startUp_;
     ElementTable elements_;
-    std::unique_ptr<BrowserSide> browser_;
-    std::unique_ptr<GatewayEngine> engine_;
+    Browser browser_;
+    std::unique_ptr<WebPage> page_;
+    std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<MainWindow> window_;

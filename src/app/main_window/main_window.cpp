@@ -197,6 +197,7 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showHead();
     setText(c.step, state_.step);
+    setHint(c.step, state_.step);
     setShown(c.wait, state_.wait.visible);
     setShown(c.waitread, state_.waitread.visible);
     setShown(c.l_disableread, state_.l_disableread.visible);

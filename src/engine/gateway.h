@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+
+#include "engine/chat_list_watch.h"
+#include "engine/chat_opener.h"
+#include "engine/message_sender.h"
+#include "engine/outbox_queue.h"
+#include "engine/pacing.h"
+#include "engine/step_machine.h"
+
+namespace kibo {
+
+/// The engine as one piece: its classes, built on each other. Holds no widget and no state of its own, so it runs
+/// behind a window, on a server and in tests alike. What it is given must outlive it.
+struct Gateway {
+    struct Needs {
+        GatewayState& state;
+        Settings& settings;
+        const ElementTable& elements;
+        Database& database;
+        ChatPage& page;
+        Clock& clock;
+        RandomSource random;
+        std::function<void()> BACA_WA = {};      ///< reads the inbox; may be empty
+        std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
+    };
+
+    explicit Gateway(const Needs& n)
+        : pacing(n.state, n.settings, n.clock),
+          opener(n.state, n.settings, n.page, n.clock, pacing),
+          queue(n.state, n.settings, n.database, n.clock),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue),
+          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
+                   n.random, n.pageInUse}),
+          chatListWatch(n.state, n.page, n.BACA_WA) {}
+    Gateway(const Gateway&) = delete;
+    Gateway& operator=(const Gateway&) = delete;
+
+    Pacing pacing;
+    ChatOpener opener;
+    OutboxQueue queue;
+    MessageSender sender;
+    StepMachine machine;
+    ChatListWatch chatListWatch;
+};
+
+}  // namespace kibo
