@@ -10,7 +10,7 @@
 #include "app/database.h"
 #include "app/settings.h"
 #include "browser/element_table.h"
-#include "engine/step_machine.h"
+#include "engine/gateway.h"
 #include "fake_page.h"
 
 namespace kibo::test {
@@ -62,7 +62,7 @@ class Engine : public ::testing::Test {
     }
 
     void tick() {
-        machine.Timer_KIBO_Timer();
+        gateway.machine.Timer_KIBO_Timer();
         clock.wait(500);
     }
     /// Ticks until the queue is empty and nothing is going on any more.
@@ -84,13 +84,8 @@ class Engine : public ::testing::Test {
     ErrorPolicy policy;
     Database database{clock, policy};
     FakePage page{clock};
-    Pacing pacing{state, settings, clock};
-    ChatOpener opener{state, settings, page, clock, pacing};
-    OutboxQueue outbox{state, settings, database, clock};
-    MessageSender sender{state, page, elements, clock, pacing, opener, outbox};
+    Gateway gateway{{state, settings, elements, database, page, clock, [] { return 0.0; }}};
     std::mt19937 generator{4711};
-    StepMachine machine{
-        {state, settings, elements, database, page, clock, pacing, opener, outbox, sender, [] { return 0.0; }, {}}};
 };
 
 }  // namespace kibo::test

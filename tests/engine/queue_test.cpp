@@ -28,23 +28,23 @@ TEST_F(Queue, ShowsDueRowsOldestFirst) {
     queue(QStringLiteral("6283"), QStringLiteral("later"));
     settings.LimitSelect = QStringLiteral("Y");  // no effect on the local store
     settings.Scheduled = QStringLiteral("Y");
-    outbox.cmd_OutboxRefresh_Click();
+    gateway.queue.cmd_OutboxRefresh_Click();
     EXPECT_EQ(ids(), QStringList({QStringLiteral("1"), QStringLiteral("3")}));
     EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("2"));
     EXPECT_EQ(settings.Scheduled, QStringLiteral("N")) << "the local store has no schedule";
     EXPECT_EQ(state.ms_out.text(1, OutboxQueue::Text), QStringLiteral("a b")) << "a grid line is tab-separated";
-    EXPECT_EQ(outbox.readText(QStringLiteral("1")), QStringLiteral("a\tb")) << "but the stored text is sent";
+    EXPECT_EQ(gateway.queue.readText(QStringLiteral("1")), QStringLiteral("a\tb")) << "but the stored text is sent";
 }
 
 TEST_F(Queue, TakingMovesTheRowInOnePiece) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_TRUE(outbox.take(QString::number(id)));
+    EXPECT_TRUE(gateway.queue.take(QString::number(id)));
     EXPECT_EQ(count(QStringLiteral("outbox")), 0);
     EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0),
               QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_FALSE(outbox.take(QString::number(id))) << "it has gone";
+    EXPECT_FALSE(gateway.queue.take(QString::number(id))) << "it has gone";
     EXPECT_EQ(count(QStringLiteral("sent")), 1);
-    EXPECT_TRUE(outbox.markFailed(QString::number(id)));
+    EXPECT_TRUE(gateway.queue.markFailed(QString::number(id)));
     EXPECT_EQ(status(id), QStringLiteral("fail"));
 }
 
@@ -52,7 +52,7 @@ TEST_F(Queue, RefusedDeleteUndoesTheCopy) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
     ASSERT_TRUE(database.Execute(
         QStringLiteral("create trigger refuse before delete on outbox begin select raise(abort, 'refused'); end")));
-    EXPECT_FALSE(outbox.take(QString::number(id)));
+    EXPECT_FALSE(gateway.queue.take(QString::number(id)));
     EXPECT_EQ(count(QStringLiteral("outbox")), 1);
     EXPECT_EQ(count(QStringLiteral("sent")), 0);
 }
@@ -65,12 +65,12 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     add("multi", columns,
         {QStringLiteral("O"), QStringLiteral("8"), 0, QStringLiteral("6282"), QStringLiteral("other")});
     add("multi", columns, {QStringLiteral("I"), QStringLiteral("7"), 0, QStringLiteral("6283"), QStringLiteral("in")});
-    outbox.cmd_OutboxRefresh_Click();
+    gateway.queue.cmd_OutboxRefresh_Click();
     EXPECT_EQ(ids(), QStringList(QStringLiteral("1")));
-    EXPECT_EQ(outbox.readText(QStringLiteral("1")), QStringLiteral("mine"));
-    EXPECT_FALSE(outbox.take(QStringLiteral("2"))) << "another instance's";
-    EXPECT_TRUE(outbox.take(QStringLiteral("1")));
-    EXPECT_TRUE(outbox.markFailed(QStringLiteral("1")));
+    EXPECT_EQ(gateway.queue.readText(QStringLiteral("1")), QStringLiteral("mine"));
+    EXPECT_FALSE(gateway.queue.take(QStringLiteral("2"))) << "another instance's";
+    EXPECT_TRUE(gateway.queue.take(QStringLiteral("1")));
+    EXPECT_TRUE(gateway.queue.markFailed(QStringLiteral("1")));
     const auto sent = database.OpenRecordset(QStringLiteral("select * from multi where tipe = 'S'"));
     EXPECT_EQ(sent.recordCount(), 1);
     EXPECT_EQ(sent.field(QStringLiteral("id_outbox")), QStringLiteral("1"));

@@ -37,12 +37,12 @@ TEST_F(Sending, MessageReachesItsChatAsWritten) {
 TEST_F(Sending, TakesFewCommandsAndTheDemandedWaitsOnly) {
     queue(kAni, QStringLiteral("hello"));
     const qint64 before = clock.waited();
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_LE(page.commands.size(), 12) << page.commands.join(QLatin1Char(' ')).toStdString();
     // Escape 2 × 100, link 500 + 50, dwell 300, readiness 100, after sending 500, dummy 500 + 50.
     EXPECT_EQ(clock.waited() - before, 2200);
     page.commands.clear();
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_LE(page.commands.size(), 2) << "an idle tick";
 }
 
@@ -89,7 +89,7 @@ TEST_F(Sending, NothingIsTakenWhileAnEarlierChatMayStillComeUp) {
     page.openDelay = [](const QString& number) { return number == kAni ? 8000 : 0; };
     EXPECT_EQ(sendOne(kAni, QStringLiteral("x")), QStringLiteral("fail"));
     const qint64 next = queue(QStringLiteral("6282222222222"), QStringLiteral("y"));
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(status(next), QStringLiteral("(no row)")) << "still waiting in the queue";
     EXPECT_EQ(state.step, QStringLiteral("Waiting for an earlier chat to open"));
     runQueue();
@@ -126,7 +126,7 @@ TEST_F(Sending, DraftInTheBoxDoesNotBecomePartOfTheMessage) {
 TEST_F(Sending, SilentPageFailsTheMessageAndLosesNothing) {
     queue(kAni, QStringLiteral("x"));
     clock.at(clock.monotonicMs() + 150, [this] { page.silent = true; });
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(status(1), QStringLiteral("fail"));
     EXPECT_TRUE(page.delivered.empty());
     page.silent = false;
@@ -136,11 +136,11 @@ TEST_F(Sending, SilentPageFailsTheMessageAndLosesNothing) {
 TEST_F(Sending, StopBeforeEnterMarksTheMessage) {
     queue(kAni, QStringLiteral("x"));
     clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(status(1), QStringLiteral("fail"));
     EXPECT_TRUE(page.delivered.empty());
     queue(kAni, QStringLiteral("y"));
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "nothing more is taken";
 }
 
@@ -148,7 +148,7 @@ TEST_F(Sending, SurfacedErrorLeavesTheMessageMarked) {
     policy.setDebugMode(true);
     queue(kAni, QStringLiteral("x"));
     page.beforeEnter = [] { throw SurfacedError(Failure{FailureKind::Remote, "boom"}); };
-    EXPECT_THROW(machine.Timer_KIBO_Timer(), SurfacedError);
+    EXPECT_THROW(gateway.machine.Timer_KIBO_Timer(), SurfacedError);
     EXPECT_EQ(status(1), QStringLiteral("fail"));
     EXPECT_FALSE(state.stepRunning);
 }

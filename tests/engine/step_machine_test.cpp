@@ -17,21 +17,21 @@ class Steps : public Engine {
 
 TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     page.loggedIn = false;
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(publishedQr(), QStringLiteral("wait"));
     EXPECT_EQ(state.status.background, colour::kRed);
     page.qrCodes = 1;
     page.qrData = QStringLiteral("2@it's,a=code");
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(publishedQr(), page.qrData);
     page.qrReloads = 2;
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 0) << "two reload controls are left alone";
     page.qrReloads = 1;
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 1);
     page.loggedIn = true;
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
     EXPECT_EQ(state.status.background, colour::kGreen);
     EXPECT_FALSE(state.cmd_OpenWA.enabled);
@@ -64,7 +64,7 @@ TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
     state.Timer_KIBO.setEnabled(true);
     page.presence = PageLook::Presence::Gone;
     queue(kAni, QStringLiteral("x"));
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.ended, 1);
     EXPECT_FALSE(state.Timer_KIBO.enabled());
     EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
@@ -76,10 +76,10 @@ TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
 TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
     tick();
     queue(kAni, QStringLiteral("x"));
-    pacing.cmd_Pause_Click();
+    gateway.pacing.cmd_Pause_Click();
     tick();
     EXPECT_EQ(state.step, QStringLiteral("Paused"));
-    pacing.cmd_Pause_Click();
+    gateway.pacing.cmd_Pause_Click();
     state.waitread.visible = true;
     tick();
     state.waitread.visible = false;
@@ -125,7 +125,7 @@ TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
     tick();
     EXPECT_EQ(page.delivered.size(), 1u);
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table outbox rename to away")));
-    machine.Timer_KIBO_Timer();
+    gateway.machine.Timer_KIBO_Timer();
     EXPECT_TRUE(state.dboff.visible);
 }
 
