@@ -41,7 +41,11 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementStore_(clock_, policy_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_) {}
+      browser_(programFolder_, clock_) {
+    // Already while a box of the start-up routine waits for its answer.
+    QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
+    heartbeat_.start(kHeartbeatMs);
+}
 
 GatewayApplication::~GatewayApplication() = default;
 
@@ -58,6 +62,7 @@ bool GatewayApplication::start() {
             .field(0);
     });
     state_.dboff.visible = !database_.isOpen();
+    if (clock_.waitingStopped()) return false;
     buildEngine();
     return showWindow();
 }
@@ -98,8 +103,6 @@ bool GatewayApplication::showWindow() {
         });
     }
     addTimers();
-    QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
-    heartbeat_.start(kHeartbeatMs);
     window_->showState();
     window_->show();
     log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));
@@ -215,7 +218,7 @@ void GatewayApplication::endProgram() {
     if (clock_.waitingStopped()) return;
     // Waits of a running tick end now, so that it unwinds to the event loop and the program can leave.
     clock_.stopWaiting();
-    timers_->stopAll();
+    if (timers_) timers_->stopAll();
     heartbeat_.stop();
     browser_.quit();
     log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));

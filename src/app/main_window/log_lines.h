@@ -11,11 +11,12 @@ class LogLines : public QPlainTextEdit {
  public:
     explicit LogLines(QWidget* parent);
 
-    /// Appends what was logged since the last call.
+    /// Appends what was logged since the last call, and keeps the newest line in view.
     void refresh();
 
  private:
     quint64 revision_ = 0;
+    bool follows_ = true;
 };
 
 }  // namespace kibo

@@ -247,6 +247,9 @@ void MainWindow::showHead() {
 
 void MainWindow::showMessageInProgress() {
     WindowControls& c = *controls_;
+    // The fields keep a message until the next one is taken.
+    const bool ended = !state_.wait.visible && !state_.txtid.text.isEmpty();
+    setText(c.lblMessage, ended ? QStringLiteral("Last message") : QStringLiteral("Message in progress"));
     setText(c.txtid, state_.txtid.text);
     setText(c.txtNo, state_.txtNo.text);
     setText(c.txtMedia, state_.txtMedia.text);

@@ -106,6 +106,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cb_DummyContact->setEditable(true);
     cb_DummyContact->setInsertPolicy(QComboBox::NoInsert);
     txt_DUMMY = cb_DummyContact->lineEdit();
+    cb_DummyContact->setToolTip(QStringLiteral("Number whose chat is opened between messages"));
     txt_DUMMY->setObjectName(QStringLiteral("txt_DUMMY"));
     lblDummy->setBuddy(cb_DummyContact);
     HideChrome = build.place(new QCheckBox(QStringLiteral("Hid&e Chrome"), area), "HideChrome", 862, 16, 130, kLine);
@@ -133,7 +134,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(ms, "ms", 22, 400, 432, 136);
 
     build.card("shapUnsent", 474, 368, 452, 176);
-    ms2 = new QueueGrid(state.ms2, {30, 28, 18, 24}, -1, QStringLiteral("Every message was sent"), area);
+    ms2 = new QueueGrid(state.ms2, {30, 28, 18, 24}, -1, QStringLiteral("No message has failed"), area);
     build.heading("lblUnsent", "&Unsent", 486, 373, 120, ms2);
     build.place(ms2, "ms2", 484, 400, 432, 136);
 
@@ -144,7 +145,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     // Message in progress
     build.card("shapMessage", kRight, 66, kRightWidth, 294);
-    build.heading("lblMessage", "Message in progress", 950, 72, 240);
+    lblMessage = build.heading("lblMessage", "Message in progress", 950, 72, 240);
     build.caption("lblId", "Id", 950, 102, 48);
     txtid = build.field("txtid", 1000, 102, 76);
     build.caption("lblNo", "To", 1086, 102, 26);

@@ -44,6 +44,7 @@ struct WindowControls {
     LogLines* log;
 
     // Message in progress
+    QLabel* lblMessage;
     QLineEdit* txtid;
     QLineEdit* txtNo;
     QPlainTextEdit* txtMsg2;
