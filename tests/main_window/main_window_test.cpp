@@ -3,14 +3,20 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
+#include <QTemporaryDir>
 
+#include "app/log.h"
 #include "main_window/colour_label.h"
 #include "main_window/setting_indicators.h"
+#include "main_window/window_picture.h"
 #include "window_fixture.h"
 
 namespace kibo::test {
@@ -143,6 +149,85 @@ TEST_F(MainWindowTest, marksFollowTheirSettings) {
     }
     EXPECT_EQ(lit.join(QLatin1Char(',')).toStdString(), "UseMDB,DisableRead");
     EXPECT_EQ(find<QLabel>("lb14")->text(), QStringLiteral("SLOW"));
+}
+
+TEST_F(MainWindowTest, logShowsItsNewestLineUntilTheOperatorScrollsUp) {
+    build();
+    auto* lines = find<QPlainTextEdit>("log");
+    const auto logMany = [&] {
+        for (int i = 0; i < 30; ++i) log::info("window", QStringLiteral("line %1").arg(i));
+        window->showState();
+    };
+    QScrollBar* bar = lines->verticalScrollBar();
+    logMany();
+    window->resize(1000, 640);
+    window->showState();
+    ASSERT_GT(bar->maximum(), 0);
+    EXPECT_EQ(bar->value(), bar->maximum());
+    QTest::keyClick(lines, Qt::Key_Home, Qt::ControlModifier);
+    bar->triggerAction(QAbstractSlider::SliderToMinimum);
+    logMany();
+    EXPECT_EQ(bar->value(), 0);
+    bar->triggerAction(QAbstractSlider::SliderToMaximum);
+    logMany();
+    EXPECT_EQ(bar->value(), bar->maximum());
+}
+
+TEST_F(MainWindowTest, loginCodeFollowsItsFileAndOutlivesAHalfWrittenOne) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("qr000001.jpg"));
+    const auto write = [&](Qt::GlobalColor colour, const QDateTime& time) {
+        QImage picture(40, 40, QImage::Format_RGB32);
+        picture.fill(colour);
+        picture.save(file, "JPG");
+        QFile changed(file);
+        ASSERT_TRUE(changed.open(QIODevice::ReadWrite));
+        changed.setFileTime(time, QFileDevice::FileModificationTime);
+    };
+    const QDateTime start = QDateTime::currentDateTime();
+    build();
+    auto* box = find<QWidget>("pQR");
+    auto* image = find<QLabel>("Image1");
+    EXPECT_FALSE(box->isVisible());
+    const auto shown = [&] {
+        window->showState();
+        return QColor(image->pixmap().toImage().pixel(9, 9));
+    };
+    state.pQR = {true, file};
+    write(Qt::black, start);
+    EXPECT_LT(shown().lightness(), 20);
+    EXPECT_TRUE(box->isVisible());
+    EXPECT_GE(image->pixmap().width(), 260) << "a phone must read it";
+    write(Qt::white, start.addSecs(20));
+    EXPECT_GT(shown().lightness(), 230);
+    QFile::resize(file, 20);
+    EXPECT_GT(shown().lightness(), 230);
+    write(Qt::black, start.addSecs(40));
+    EXPECT_LT(shown().lightness(), 20);
+    state.pQR.visible = false;
+    window->showState();
+    EXPECT_FALSE(box->isVisible());
+}
+
+TEST_F(MainWindowTest, picturesAreWrittenWhenSomethingHasEnded) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("window.png"));
+    build();
+    int pages = 0;
+    WindowPicture picture(*window, state, folder.path(), [&](const QString&) { ++pages; });
+    picture.look();
+    EXPECT_FALSE(QFile::exists(file));
+    state.ms_out.setRows(std::make_shared<GeneratedRows>(2));
+    picture.look();
+    EXPECT_EQ(pages, 0);
+    state.failedCount = 1;
+    picture.look();
+    picture.look();
+    EXPECT_EQ(pages, 1);
+    EXPECT_EQ(QImage(file).size(), window->size());
+    state.ms_out.setRows(std::make_shared<ListRows>());
+    picture.look();
+    EXPECT_EQ(pages, 2);
 }
 
 TEST_F(MainWindowTest, everyControlIsReachedByKeyAndHasAName) {

@@ -107,6 +107,18 @@ TEST_F(StartUpTest, answersBoxesWithTheSafeChoiceWhereNobodyCan) {
     EXPECT_FALSE(application.start());
 }
 
+TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
+    set("kibo", "Multi", "Y");
+    GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});
+    ASSERT_TRUE(application.start());
+    EXPECT_EQ(application.window()->windowTitle(), QStringLiteral("KB App [ 12 ]"));
+    EXPECT_TRUE(application.window()->isVisible());
+    set("kibo", "HIDE_ME", "Y");
+    QTRY_VERIFY_WITH_TIMEOUT(!application.window()->isVisible(), 5000);
+    set("kibo", "HIDE_ME", "N");
+    QTRY_VERIFY_WITH_TIMEOUT(application.window()->isVisible(), 5000);
+}
+
 class FormLoadTest : public ProgramFolder {
  protected:
     void SetUp() override {

@@ -103,6 +103,7 @@ bool GatewayApplication::showWindow() {
         });
     }
     addTimers();
+    state_.step = QStringLiteral("WhatsApp is not open");
     window_->showState();
     window_->show();
     log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));

@@ -97,7 +97,6 @@ MainWindow::MainWindow(GatewayState& state, const Settings& settings, Dialogs& d
     resize(kDesignWidth, kDesignHeight + menuBar()->sizeHint().height());
     connect(&repaint_, &QTimer::timeout, this, &MainWindow::showState);
     repaint_.start(kRepaintMs);
-    showTitle();
     showState();
 }
 
@@ -166,8 +165,8 @@ void MainWindow::connectControls() {
     connect(c.cb_Profil, &QComboBox::textActivated, this, [this](const QString& profile) {
         if (profile == state_.cb_Profil.text) return;
         state_.cb_Profil.text = profile;
-        showTitle();
-        if (actions_.profileChanged) click([this, profile] { actions_.profileChanged(profile); });
+        click(actions_.profileChanged ? [this, profile] { actions_.profileChanged(profile); }
+                                      : std::function<void()>());
     });
     connect(c.cb_DummyContact, &QComboBox::editTextChanged, this, [this](const QString& number) {
         state_.cb_DummyContact.text = number;
@@ -195,6 +194,7 @@ void MainWindow::showTitle() {
 
 void MainWindow::showState() {
     WindowControls& c = *controls_;
+    showTitle();
     showHead();
     setText(c.step, state_.step);
     setHint(c.step, state_.step);
@@ -286,8 +286,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() != QEvent::ActivationChange || !isActiveWindow() || controls_ == nullptr) return;
-    showTitle();
-    if (actions_.activated) click(actions_.activated);
+    click(actions_.activated);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
