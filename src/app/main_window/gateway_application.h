@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <memory>
+
+#include "app/clock.h"
+#include "app/database.h"
+#include "app/dialogs.h"
+#include "app/error_policy.h"
+#include "app/settings.h"
+#include "browser/browser.h"
+#include "browser/element_table.h"
+#include "browser/web_page.h"
+#include "engine/gateway.h"
+#include "engine/gateway_state.h"
+#include "main_window/instance_rows.h"
+#include "main_window/main_window.h"
+#include "main_window/start_up.h"
+#include "main_window/timer_runner.h"
+#include "main_window/window_picture.h"
+
+namespace kibo {
+
+/// The program put together: it owns settings, stores, state, engine and main window, and wires them.
+class GatewayApplication {
+ public:
+    /// `dialogs` must outlive the application. `arguments`: the command line without the program's name.
+    GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments);
+    ~GatewayApplication();
+    GatewayApplication(const GatewayApplication&) = delete;
+    GatewayApplication& operator=(const GatewayApplication&) = delete;
+
+    /// The start-up routine, up to the shown window. False when the program must end; the operator knows why.
+    bool start();
+    /// `cmd_STOP`: ends the browser session, then the program.
+    void cmd_STOP_Click();
+
+    GatewayState& state() { return state_; }
+    const Settings& settings() const { return settings_; }
+    MainWindow* window() { return window_.get(); }
+
+ private:
+    void startLog() const;
+    void buildEngine();
+    bool showWindow();
+    MainWindowActions actions();
+    std::function<void()> guarded(std::function<void()> step);
+    void addTimers();
+
+    void cmd_OpenWA_Click();
+    void timer_start_Timer();
+    void Timer1_Timer();
+    void HideChrome_Click(bool hide);
+    void cb_Profil_Change(const QString& profile);
+    void mncloseall_Click();
+    void refreshOutbox();
+    void applyHideMe();
+    void activate();
+    void unload();
+    void endProgram();
+    void heartbeat();
+
+    Dialogs& dialogs_;
+    const QString programFolder_;
+    const QString commandLine_;
+
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    Settings settings_;
+    GatewayState state_;
+    Database database_;
+    Database elementStore_;
+    InstanceRows instanceRows_;
+    StartUp startUp_;
+    ElementTable elements_;
+    Browser browser_;
+    std::unique_ptr<WebPage> page_;
+    std::unique_ptr<Gateway> gateway_;
+    std::unique_ptr<ErrorEdge> edge_;
+    std::unique_ptr<TimerRunner> timers_;
+    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<WindowPicture> picture_;
+    QTimer heartbeat_;
+    bool opening_ = false;
+};
+
+}  // namespace kibo

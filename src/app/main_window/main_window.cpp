@@ -1,0 +1,300 @@
+#include "main_window/main_window.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QEvent>
+#include <QMenuBar>
+
+#include "main_window/icons.h"
+#include "main_window/window_controls.h"
+#include "main_window/window_look.h"
+
+namespace kibo {
+namespace {
+
+constexpr int kRepaintMs = 100;
+constexpr QSize kSmallestWindow(960, 600);
+/// A message may have 65,000 characters; the field shows as many as a person reads in passing.
+constexpr int kShownCharacters = 4000;
+/// The pause button's caption in the symbol font that the state speaks of.
+constexpr char16_t kPausedCaption = u'4';
+
+void setText(QLabel* label, const QString& text) {
+    if (label->text() != text) label->setText(text);
+}
+
+void setText(QLineEdit* edit, const QString& text) {
+    if (edit->text() == text) return;
+    edit->setText(text);
+    edit->setCursorPosition(0);
+}
+
+void setShown(QWidget* widget, bool shown) {
+    if (widget->isHidden() == shown) widget->setVisible(shown);
+}
+
+void setUsable(QWidget* widget, bool usable) {
+    if (widget->isEnabled() != usable) widget->setEnabled(usable);
+}
+
+void setHint(QWidget* widget, const QString& hint) {
+    if (widget->toolTip() != hint) widget->setToolTip(hint);
+}
+
+void setBackground(QWidget* widget, Colour background) {
+    const QColor colour = QColor::fromRgb(background);
+    QPalette palette = widget->palette();
+    if (palette.color(QPalette::Active, QPalette::Button) == colour) return;
+    palette.setColor(QPalette::Active, QPalette::Button, colour);
+    palette.setColor(QPalette::Inactive, QPalette::Button, colour);
+    widget->setPalette(palette);
+}
+
+void showLabel(ColourLabel* mark, const Label& label) {
+    setShown(mark, label.visible);
+    setText(mark, label.caption);
+    mark->setColours(label.background, label.foreground);
+}
+
+void showList(QComboBox* box, const ComboBox& state) {
+    QStringList items;
+    for (int i = 0; i < box->count(); ++i) items.append(box->itemText(i));
+    if (items != state.items) {
+        const QSignalBlocker quiet(box);
+        box->clear();
+        box->addItems(state.items);
+        box->setCurrentIndex(-1);
+    }
+    if (box->currentText() != state.text) {
+        const QSignalBlocker quiet(box);
+        if (box->isEditable()) {
+            box->setEditText(state.text);
+        } else {
+            box->setCurrentIndex(box->findText(state.text));
+        }
+    }
+    setBackground(box, state.background);
+}
+
+}  // namespace
+
+MainWindow::MainWindow(GatewayState& state, const Settings& settings, Dialogs& dialogs, MainWindowActions actions)
+    : state_(state),
+      settings_(settings),
+      dialogs_(dialogs),
+      actions_(std::move(actions)),
+      scaler_(QSize(kDesignWidth, kDesignHeight)) {
+    setObjectName(QStringLiteral("frm_Gateway2"));
+    setWindowIcon(applicationIcon());
+    auto* area = new QWidget(this);
+    area->resize(kDesignWidth, kDesignHeight);
+    controls_ = std::make_unique<WindowControls>(area, state_);
+    setCentralWidget(area);
+    area->installEventFilter(this);
+    buildMenus();
+    connectControls();
+    setMinimumSize(kSmallestWindow);
+    resize(kDesignWidth, kDesignHeight + menuBar()->sizeHint().height());
+    connect(&repaint_, &QTimer::timeout, this, &MainWindow::showState);
+    repaint_.start(kRepaintMs);
+    showState();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::hideDiagnostics() {
+    controls_->lblDiagnostic->hide();
+    controls_->HitungKirim->hide();
+    controls_->DetikBreak->hide();
+    state_.wait2.visible = false;
+}
+
+void MainWindow::recordControls() {
+    scaler_.record(*centralWidget());
+    scaler_.scale(centralWidget()->size());
+}
+
+void MainWindow::buildMenus() {
+    const auto add = [this](QMenu* menu, const char* name, const char* text, const std::function<void()>& action,
+                            const QKeySequence& shortcut = {}) {
+        QAction* entry = menu->addAction(QString::fromUtf8(text));
+        entry->setObjectName(QLatin1String(name));
+        entry->setShortcut(shortcut);
+        entry->setEnabled(static_cast<bool>(action));
+        connect(entry, &QAction::triggered, this, [this, action] { click(action); });
+        return entry;
+    };
+
+    QMenu* gateway = menuBar()->addMenu(QStringLiteral("&Gateway"));
+    mnOpenWA_ = add(gateway, "mnOpenWA", "&Open WhatsApp", actions_.openWhatsApp, QKeySequence(Qt::CTRL | Qt::Key_O));
+    mnPause_ = add(gateway, "mnPause", "&Pause", actions_.pause, QKeySequence(Qt::Key_F8));
+    add(gateway, "mnRefresh", "&Refresh Outbox", actions_.refreshOutbox, QKeySequence(Qt::Key_F5));
+    gateway->addSeparator();
+    mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
+    add(gateway, "mncloseall", "&Close All", actions_.closeAll);
+    add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
+
+    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    const auto focus = [](QWidget* control) { return [control] { control->setFocus(Qt::ShortcutFocusReason); }; };
+    add(view, "mnViewOutbox", "&Outbox", focus(controls_->ms_out), QKeySequence(Qt::CTRL | Qt::Key_1));
+    add(view, "mnViewInbox", "&Inbox", focus(controls_->ms), QKeySequence(Qt::CTRL | Qt::Key_2));
+    add(view, "mnViewUnsent", "&Unsent", focus(controls_->ms2), QKeySequence(Qt::CTRL | Qt::Key_3));
+    view->addSeparator();
+    add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
+    add(view, "mnLogFile", "&Log file", actions_.openLogFile);
+
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    add(help, "mnAbout", "&About", [this] { showAbout(); });
+}
+
+void MainWindow::connectControls() {
+    const auto connectButton = [this](QPushButton* button, const std::function<void()>& action) {
+        button->setEnabled(static_cast<bool>(action));
+        connect(button, &QPushButton::clicked, this, [this, action] { click(action); });
+    };
+    WindowControls& c = *controls_;
+    connectButton(c.cmd_OpenWA, actions_.openWhatsApp);
+    connectButton(c.cmd_Pause, actions_.pause);
+    connectButton(c.cmd_STOP, actions_.stop);
+    connectButton(c.cmd_OutboxRefresh, actions_.refreshOutbox);
+    c.HideChrome->setEnabled(static_cast<bool>(actions_.hideChrome));
+    connect(c.HideChrome, &QCheckBox::clicked, this, [this](bool on) {
+        state_.HideChrome.checked = on;
+        click([this, on] { actions_.hideChrome(on); });
+    });
+    connect(c.cb_Profil, &QComboBox::textActivated, this, [this](const QString& profile) {
+        if (profile == state_.cb_Profil.text) return;
+        state_.cb_Profil.text = profile;
+        click(actions_.profileChanged ? [this, profile] { actions_.profileChanged(profile); }
+                                      : std::function<void()>());
+    });
+    connect(c.cb_DummyContact, &QComboBox::editTextChanged, this, [this](const QString& number) {
+        state_.cb_DummyContact.text = number;
+        state_.txt_DUMMY.text = number;
+    });
+}
+
+void MainWindow::click(const std::function<void()>& action) {
+    if (action) action();
+    showState();
+}
+
+void MainWindow::showAbout() {
+    dialogs_.show({settings_.applicationName,
+                   QStringLiteral("%1\nVersion %2\nBuild date %3")
+                       .arg(settings_.applicationName, QStringLiteral(KIBO_VERSION), settings_.buildDate),
+                   MessageBox::Icon::Information});
+}
+
+void MainWindow::showTitle() {
+    QString title = settings_.applicationName;
+    if (isYes(settings_.Multi)) title += QStringLiteral(" [ ") + state_.cb_Profil.text + QStringLiteral(" ]");
+    if (windowTitle() != title) setWindowTitle(title);
+}
+
+void MainWindow::showState() {
+    WindowControls& c = *controls_;
+    showTitle();
+    showHead();
+    setText(c.step, state_.step);
+    setHint(c.step, state_.step);
+    setShown(c.wait, state_.wait.visible);
+    setShown(c.waitread, state_.waitread.visible);
+    setShown(c.l_disableread, state_.l_disableread.visible);
+    c.ms_out->refresh();
+    c.ms->refresh();
+    c.ms2->refresh();
+    c.log->refresh();
+    showMessageInProgress();
+    showPace();
+    for (std::size_t i = 0; i < std::size(c.lb); ++i) showLabel(c.lb[i], state_.lb[i]);
+    setShown(c.pQR, state_.pQR.visible);
+    if (state_.pQR.visible) c.pQR->showFile(state_.pQR.caption);
+}
+
+void MainWindow::showHead() {
+    WindowControls& c = *controls_;
+    setUsable(c.cmd_OpenWA, state_.cmd_OpenWA.enabled && actions_.openWhatsApp);
+    setUsable(c.cmd_STOP, state_.cmd_STOP.enabled && actions_.stop);
+    setHint(c.cmd_OpenWA, state_.cmd_OpenWA.hint);
+    setHint(c.cmd_STOP, state_.cmd_STOP.hint);
+    mnOpenWA_->setEnabled(c.cmd_OpenWA->isEnabled());
+    mnStop_->setEnabled(c.cmd_STOP->isEnabled());
+
+    const bool paused = state_.cmd_Pause.caption == QChar(kPausedCaption);
+    const QString pauseText = paused ? QStringLiteral("&Continue") : QStringLiteral("&Pause");
+    if (c.cmd_Pause->text() != pauseText || c.cmd_Pause->icon().isNull()) {
+        c.cmd_Pause->setText(pauseText);
+        c.cmd_Pause->setIcon(paused ? playIcon() : pauseIcon());
+        mnPause_->setText(pauseText);
+    }
+    setHint(c.cmd_Pause, state_.cmd_Pause.hint);
+    setUsable(c.cmd_Pause, state_.cmd_Pause.enabled && actions_.pause);
+    mnPause_->setEnabled(c.cmd_Pause->isEnabled());
+    setBackground(c.cmd_Pause, state_.cmd_Pause.background);
+
+    showList(c.cb_Profil, state_.cb_Profil);
+    setUsable(c.cb_Profil, state_.cb_Profil.enabled);
+    ComboBox dummy = state_.cb_DummyContact;
+    dummy.background = palette().color(QPalette::Button).rgb() & 0xFFFFFF;
+    showList(c.cb_DummyContact, dummy);
+    setUsable(c.cb_DummyContact, state_.cb_DummyContact.enabled);
+    if (c.HideChrome->isChecked() != state_.HideChrome.checked) c.HideChrome->setChecked(state_.HideChrome.checked);
+    setUsable(c.HideChrome, state_.HideChrome.enabled && actions_.hideChrome);
+    setShown(c.dboff, state_.dboff.visible);
+    showLabel(c.status, state_.status);
+}
+
+void MainWindow::showMessageInProgress() {
+    WindowControls& c = *controls_;
+    // The fields keep a message until the next one is taken.
+    const bool ended = !state_.wait.visible && !state_.txtid.text.isEmpty();
+    setText(c.lblMessage, ended ? QStringLiteral("Last message") : QStringLiteral("Message in progress"));
+    setText(c.txtid, state_.txtid.text);
+    setText(c.txtNo, state_.txtNo.text);
+    setText(c.txtMedia, state_.txtMedia.text);
+    setText(c.txtFile, state_.txtFile.text);
+    const QString& text = state_.txtMsg2.text;
+    if (text == shownText_) return;
+    shownText_ = text;
+    c.txtMsg2->setPlainText(text.size() <= kShownCharacters ? text : text.left(kShownCharacters) + QChar(0x2026));
+}
+
+void MainWindow::showPace() {
+    WindowControls& c = *controls_;
+    setText(c.Sent_Cnt, QString::number(state_.sentCount));
+    setText(c.Failed_Cnt, QString::number(state_.failedCount));
+    setText(c.Outbox_Cnt, state_.Outbox_Cnt.caption);
+    setText(c.Kirim_Cnt, state_.Kirim_Cnt.caption);
+    setShown(c.lblBatch, !state_.Kirim_Cnt.caption.isEmpty());
+    setText(c.HitungKirim, state_.HitungKirim.text);
+    setText(c.DetikBreak, state_.DetikBreak.text);
+    setText(c.wait2, state_.wait2.caption);
+    setShown(c.wait2, state_.wait2.visible);
+    setShown(c.BreakProgress, state_.BreakTime.enabled());
+    if (!state_.BreakTime.enabled()) return;
+    // Both texts may hold a fraction; the bar needs whole seconds and a range that isn't empty.
+    c.BreakProgress->setMaximum(qMax(1, static_cast<int>(settings_.Break.toDouble())));
+    c.BreakProgress->setValue(qMin(c.BreakProgress->maximum(), static_cast<int>(state_.DetikBreak.text.toDouble())));
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == centralWidget() && event->type() == QEvent::Resize) scaler_.scale(centralWidget()->size());
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || controls_ == nullptr) return;
+    click(actions_.activated);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    if (unloaded_) return;
+    unloaded_ = true;
+    repaint_.stop();
+    if (actions_.unloaded) actions_.unloaded();
+}
+
+}  // namespace kibo

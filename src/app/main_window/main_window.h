@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+#include "app/dialogs.h"
+#include "app/settings.h"
+#include "engine/gateway_state.h"
+#include "main_window/control_scaler.h"
+
+class QAction;
+
+namespace kibo {
+
+struct WindowControls;
+
+/// What the window's controls and menu entries do. The controls of an empty function are greyed out.
+struct MainWindowActions {
+    std::function<void()> openWhatsApp;
+    std::function<void()> stop;
+    std::function<void()> pause;
+    std::function<void()> refreshOutbox;
+    std::function<void(bool hide)> hideChrome;
+    std::function<void(const QString& profile)> profileChanged;
+    std::function<void()> closeAll;
+    std::function<void()> exitProgram;
+    std::function<void()> openProgramFolder;
+    std::function<void()> openLogFile;
+    std::function<void()> activated;  ///< the window has come to the front
+    std::function<void()> unloaded;   ///< the window is being closed; called once
+};
+
+/// The main window. It shows the gateway's state, ten times a second and after every click, and sends clicks
+/// back; it decides nothing about sending. `state` and the settings must outlive it.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+ public:
+    MainWindow(GatewayState& state, const Settings& settings, Dialogs& dialogs, MainWindowActions actions);
+    ~MainWindow() override;
+
+    /// Hides the labels that only help to find faults.
+    void hideDiagnostics();
+    /// Records the design places of all controls; from here on they scale with the window.
+    void recordControls();
+
+    /// Brings the controls in line with the state. Writes only what differs, so it is cheap and changes neither
+    /// selection nor scroll position nor focus.
+    void showState();
+
+ protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+ private:
+    void buildMenus();
+    void connectControls();
+    void click(const std::function<void()>& action);
+    void showAbout();
+    void showTitle();
+    void showHead();
+    void showMessageInProgress();
+    void showPace();
+
+    GatewayState& state_;
+    const Settings& settings_;
+    Dialogs& dialogs_;
+    MainWindowActions actions_;
+    std::unique_ptr<WindowControls> controls_;
+    ControlScaler scaler_;
+    QTimer repaint_;
+    QAction* mnOpenWA_ = nullptr;
+    QAction* mnStop_ = nullptr;
+    QAction* mnPause_ = nullptr;
+    QString shownText_;
+    bool unloaded_ = false;
+};
+
+}  // namespace kibo

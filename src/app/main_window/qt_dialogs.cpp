@@ -1,0 +1,52 @@
+#include "main_window/qt_dialogs.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <iostream>
+
+#include "app/log.h"
+
+namespace kibo {
+namespace {
+
+QMessageBox::Icon iconOf(MessageBox::Icon icon) {
+    switch (icon) {
+        case MessageBox::Icon::Information:
+            return QMessageBox::Information;
+        case MessageBox::Icon::Question:
+            return QMessageBox::Question;
+        case MessageBox::Icon::Critical:
+            return QMessageBox::Critical;
+        case MessageBox::Icon::None:
+            break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+}  // namespace
+
+bool QtDialogs::show(const MessageBox& box) {
+    QMessageBox message(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, QApplication::activeWindow());
+    message.setTextFormat(Qt::PlainText);
+    message.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    if (box.buttons == MessageBox::Buttons::Ok) {
+        message.setStandardButtons(QMessageBox::Ok);
+    } else {
+        message.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        message.setDefaultButton(box.defaultIsNo ? QMessageBox::No : QMessageBox::Yes);
+        message.setEscapeButton(QMessageBox::No);
+    }
+    const int answer = message.exec();
+    return answer == QMessageBox::Yes || answer == QMessageBox::Ok;
+}
+
+bool UnattendedDialogs::show(const MessageBox& box) {
+    const bool yes = box.buttons == MessageBox::Buttons::Ok;
+    const QString answer = yes ? QString() : QStringLiteral(" (answered No: there is nobody to ask)");
+    const QString line = QStringLiteral("%1: %2%3").arg(box.title, box.text.simplified(), answer);
+    log::warning("window", line);
+    std::cerr << line.toStdString() << std::endl;
+    return yes;
+}
+
+}  // namespace kibo

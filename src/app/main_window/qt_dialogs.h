@@ -1,0 +1,20 @@
+#pragma once
+
+#include "app/dialogs.h"
+
+namespace kibo {
+
+/// Message boxes on the screen. They stand above the active window.
+class QtDialogs : public Dialogs {
+ public:
+    bool show(const MessageBox& box) override;
+};
+
+/// For a start without a display: nobody could answer, so no box may block. A box goes to the log and to
+/// standard error, and a question is answered with "No", which changes nothing.
+class UnattendedDialogs : public Dialogs {
+ public:
+    bool show(const MessageBox& box) override;
+};
+
+}  // namespace kibo

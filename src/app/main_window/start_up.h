@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include "app/database.h"
+#include "app/dialogs.h"
+#include "app/settings.h"
+
+namespace kibo {
+
+/// The steps of the start-up routine that can end the program, with their boxes. The other steps never fail
+/// visibly.
+class StartUp {
+ public:
+    /// All must outlive it. `programFolder` holds settings and stores.
+    StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
+
+    QString settingsFile() const;
+
+    /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
+    void reportSettingsProblem(const QString& applicationName);
+    /// False: the operator chose to end the program. True with a closed database: the settings are to be mended.
+    bool openDatabase(Database& database, const Settings& settings);
+    /// False: the program can't run without its element store.
+    bool openElementStore(Database& elementStore);
+
+ private:
+    Dialogs& dialogs_;
+    QString programFolder_;
+};
+
+}  // namespace kibo

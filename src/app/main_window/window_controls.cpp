@@ -1,0 +1,192 @@
+#include "main_window/window_controls.h"
+
+#include "main_window/setting_indicators.h"
+#include "main_window/window_look.h"
+
+namespace kibo {
+namespace {
+
+// Places are design pixels: the window is drawn for kDesignWidth by kDesignHeight and scaled from there.
+constexpr int kLeft = 12, kLeftWidth = 914;
+constexpr int kRight = 938, kRightWidth = 330;
+constexpr int kLine = 26;
+
+constexpr Colour kPaper = 0xFFFFFF, kDark = 0x2B3138, kOutline = 0xD3DAE0;
+constexpr Colour kBusy = 0x2B7A66, kNotice = 0xFFE9B8, kNoticeText = 0x5A4300;
+
+/// Creates controls in the order in which they stand in the window; that is also the order of the tab key.
+class Builder {
+ public:
+    explicit Builder(QWidget* area) : area_(area) {}
+
+    template <class Control>
+    Control* place(Control* control, const char* name, int x, int y, int width, int height) const {
+        control->setObjectName(QLatin1String(name));
+        control->setGeometry(x, y, width, height);
+        return control;
+    }
+
+    /// A panel behind other controls.
+    void panel(const char* name, int x, int y, int width, int height, Colour fill, Colour outline) const {
+        auto* shape = place(new ColourPanel(area_, fill, outline), name, x, y, width, height);
+        shape->lower();
+    }
+    void card(const char* name, int x, int y, int width, int height) const {
+        panel(name, x, y, width, height, kPaper, kOutline);
+    }
+
+    QLabel* caption(const char* name, const char* text, int x, int y, int width, int height = kLine) const {
+        auto* label = place(new QLabel(QString::fromUtf8(text), area_), name, x, y, width, height);
+        label->setForegroundRole(QPalette::PlaceholderText);
+        return label;
+    }
+    QLabel* heading(const char* name, const char* text, int x, int y, int width, QWidget* buddy = nullptr) const {
+        QLabel* label = caption(name, text, x, y, width, 24);
+        label->setForegroundRole(QPalette::WindowText);
+        label->setFont(sized(label->font(), 14, true));
+        label->setBuddy(buddy);
+        return label;
+    }
+    QLabel* text(const char* name, int x, int y, int width, int height = kLine) const {
+        return place(new ElidedLabel(area_), name, x, y, width, height);
+    }
+    ColourLabel* mark(const char* name, const char* text, int x, int y, int width, int height, Colour background,
+                      Colour foreground) const {
+        auto* label = place(new ColourLabel(area_), name, x, y, width, height);
+        label->setText(QString::fromUtf8(text));
+        label->setColours(background, foreground);
+        return label;
+    }
+    QPushButton* button(const char* name, const char* text, int x, int y, int width, int height) const {
+        auto* control = place(new QPushButton(QString::fromUtf8(text), area_), name, x, y, width, height);
+        control->setAutoDefault(false);
+        return control;
+    }
+    QLineEdit* field(const char* name, int x, int y, int width) const {
+        auto* edit = place(new QLineEdit(area_), name, x, y, width, kLine);
+        edit->setReadOnly(true);
+        return edit;
+    }
+    /// A large number over a small caption.
+    QLabel* counter(const char* name, const char* captionName, const char* text, int x, int y) const {
+        constexpr int width = 102;
+        auto* number = place(new QLabel(QStringLiteral("0"), area_), name, x, y, width, 34);
+        number->setTextFormat(Qt::PlainText);
+        number->setAlignment(Qt::AlignCenter);
+        number->setFont(sized(number->font(), 22, true));
+        caption(captionName, text, x, y + 34, width, 20)->setAlignment(Qt::AlignCenter);
+        return number;
+    }
+
+    static QFont sized(QFont font, int pixels, bool bold) {
+        font.setPixelSize(pixels);
+        font.setBold(bold);
+        return font;
+    }
+
+ private:
+    QWidget* area_;
+};
+
+}  // namespace
+
+WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
+    const Builder build(area);
+
+    // Head
+    build.panel("shapHead", 0, 0, kDesignWidth, 58, kPaper, kPaper);
+    cmd_OpenWA = build.button("cmd_OpenWA", "&Open WhatsApp", 12, 10, 150, 38);
+    cmd_Pause = build.button("cmd_Pause", "&Pause", 170, 10, 124, 38);
+    cmd_STOP = build.button("cmd_STOP", "&Stop", 302, 10, 90, 38);
+    QLabel* lblProfil = build.caption("lblProfil", "P&rofile", 408, 16, 56);
+    cb_Profil = build.place(new QComboBox(area), "cb_Profil", 466, 14, 130, 30);
+    lblProfil->setBuddy(cb_Profil);
+    QLabel* lblDummy = build.caption("lblDummy", "Du&mmy", 612, 16, 58);
+    cb_DummyContact = build.place(new QComboBox(area), "cb_DummyContact", 672, 14, 170, 30);
+    cb_DummyContact->setEditable(true);
+    cb_DummyContact->setInsertPolicy(QComboBox::NoInsert);
+    txt_DUMMY = cb_DummyContact->lineEdit();
+    cb_DummyContact->setToolTip(QStringLiteral("Number whose chat is opened between messages"));
+    txt_DUMMY->setObjectName(QStringLiteral("txt_DUMMY"));
+    lblDummy->setBuddy(cb_DummyContact);
+    HideChrome = build.place(new QCheckBox(QStringLiteral("Hid&e Chrome"), area), "HideChrome", 862, 16, 130, kLine);
+    dboff = build.mark("dboff", "Database off", 1008, 10, 122, 38, colour::kRed, colour::kYellow);
+    status = build.mark("status", "", 1140, 10, 128, 38, colour::kRed, colour::kYellow);
+    status->setFont(Builder::sized(status->font(), 15, true));
+
+    // What the engine does
+    step = build.text("step", kLeft + 4, 65, 740);
+    step->setFont(Builder::sized(step->font(), 14, false));
+    wait = build.mark("wait", "Sending", 758, 67, 80, 22, kBusy, 0xFFFFFF);
+    waitread = build.mark("waitread", "Reading", 846, 67, 80, 22, kBusy, 0xFFFFFF);
+
+    // Queues
+    build.card("shapOutbox", kLeft, 98, kLeftWidth, 262);
+    ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, QStringLiteral("No message is waiting"), area);
+    build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
+    cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
+    build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
+
+    build.card("shapInbox", kLeft, 368, 452, 176);
+    ms = new QueueGrid(state.ms, {30, 31, 26, 13}, -1, QStringLiteral("No message has arrived"), area);
+    build.heading("lblInbox", "&Inbox", 24, 373, 120, ms);
+    l_disableread = build.mark("l_disableread", "Reading is off", 334, 374, 120, 22, kNotice, kNoticeText);
+    build.place(ms, "ms", 22, 400, 432, 136);
+
+    build.card("shapUnsent", 474, 368, 452, 176);
+    ms2 = new QueueGrid(state.ms2, {30, 28, 18, 24}, -1, QStringLiteral("No message has failed"), area);
+    build.heading("lblUnsent", "&Unsent", 486, 373, 120, ms2);
+    build.place(ms2, "ms2", 484, 400, 432, 136);
+
+    build.card("shapLog", kLeft, 552, kLeftWidth, 98);
+    log = new LogLines(area);
+    build.heading("lblLog", "&Log", 24, 555, 120, log);
+    build.place(log, "log", 22, 580, kLeftWidth - 20, 62);
+
+    // Message in progress
+    build.card("shapMessage", kRight, 66, kRightWidth, 294);
+    lblMessage = build.heading("lblMessage", "Message in progress", 950, 72, 240);
+    build.caption("lblId", "Id", 950, 102, 48);
+    txtid = build.field("txtid", 1000, 102, 76);
+    build.caption("lblNo", "To", 1086, 102, 26);
+    txtNo = build.field("txtNo", 1112, 102, 144);
+    txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 950, 136, 306, 148);
+    txtMsg2->setReadOnly(true);
+    txtMsg2->setTabChangesFocus(true);
+    txtMsg2->setPlaceholderText(QStringLiteral("Nothing is being sent"));
+    build.caption("lblMedia", "Media", 950, 292, 48);
+    txtMedia = build.field("txtMedia", 1000, 292, 256);
+    build.caption("lblFile", "File", 950, 325, 48);
+    txtFile = build.field("txtFile", 1000, 325, 256);
+
+    // Pace
+    build.card("shapPace", kRight, 368, kRightWidth, 282);
+    build.heading("lblPace", "Pace", 950, 373, 160);
+    Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 950, 404);
+    Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1052, 404);
+    Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1154, 404);
+    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 474, 130);
+    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 474, 170);
+    Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
+    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 508, 306, 18);
+    BreakProgress->setTextVisible(false);
+    wait2 = build.text("wait2", 950, 532, 306);
+    lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
+    HitungKirim = build.field("HitungKirim", 1126, 612, 62);
+    DetikBreak = build.field("DetikBreak", 1194, 612, 62);
+
+    // Settings in force
+    build.panel("shapSettings", 0, 658, kDesignWidth, 36, kDark, kDark);
+    constexpr int kMarkStep = 90;
+    for (std::size_t i = 0; i < settingIndicators().size(); ++i) {
+        const QByteArray name = "lb" + QByteArray::number(static_cast<int>(i) + 1);
+        lb[i] = build.mark(name.constData(), "", 12 + static_cast<int>(i) * kMarkStep, 665, kMarkStep - 6, 22,
+                           colour::kGrey, 0xFFFFFF);
+        lb[i]->setToolTip(QLatin1String(settingIndicators()[i].setting));
+    }
+
+    // Above the right half while a login is awaited: nothing is sent then.
+    pQR = build.place(new QrBox(area), "pQR", kRight, 66, kRightWidth, 584);
+}
+
+}  // namespace kibo

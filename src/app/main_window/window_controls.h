@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+
+#include "main_window/colour_label.h"
+#include "main_window/log_lines.h"
+#include "main_window/qr_box.h"
+#include "main_window/queue_grid.h"
+
+namespace kibo {
+
+/// The controls of the main window, created at their design places as children of `area` and owned by it. Each
+/// one's object name is the name of the value it shows.
+struct WindowControls {
+    WindowControls(QWidget* area, const GatewayState& state);
+
+    // Head: what the operator does
+    QPushButton* cmd_OpenWA;
+    QPushButton* cmd_Pause;
+    QPushButton* cmd_STOP;
+    QComboBox* cb_Profil;
+    QComboBox* cb_DummyContact;
+    QLineEdit* txt_DUMMY;  ///< the edit field of `cb_DummyContact`
+    QCheckBox* HideChrome;
+    ColourLabel* dboff;
+    ColourLabel* status;
+
+    // What the engine does
+    QLabel* step;
+    ColourLabel* wait;
+    ColourLabel* waitread;
+
+    // Queues
+    QPushButton* cmd_OutboxRefresh;
+    ColourLabel* l_disableread;
+    QueueGrid* ms_out;
+    QueueGrid* ms;
+    QueueGrid* ms2;
+    LogLines* log;
+
+    // Message in progress
+    QLabel* lblMessage;
+    QLineEdit* txtid;
+    QLineEdit* txtNo;
+    QPlainTextEdit* txtMsg2;
+    QLineEdit* txtMedia;
+    QLineEdit* txtFile;
+
+    // Pace
+    QLabel* Sent_Cnt;
+    QLabel* Failed_Cnt;
+    QLabel* Outbox_Cnt;
+    QLabel* Kirim_Cnt;
+    QLabel* lblBatch;
+    QProgressBar* BreakProgress;
+    QLabel* wait2;
+    QLabel* lblDiagnostic;
+    QLineEdit* HitungKirim;
+    QLineEdit* DetikBreak;
+
+    ColourLabel* lb[14];
+    QrBox* pQR;
+};
+
+}  // namespace kibo

@@ -1,0 +1,69 @@
+#include "main_window/control_scaler.h"
+
+#include <gtest/gtest.h>
+
+#include <QFontInfo>
+#include <QLabel>
+
+namespace kibo::test {
+namespace {
+
+class ControlScalerTest : public testing::Test {
+ protected:
+    QLabel* add(const char* name, const QRect& place) {
+        auto* label = new QLabel(&area);
+        label->setObjectName(QLatin1String(name));
+        label->setGeometry(place);
+        QFont font;
+        font.setPixelSize(13);
+        label->setFont(font);
+        return label;
+    }
+    static std::string tag(const QWidget* control) { return control->property("tag").toString().toStdString(); }
+
+    QWidget area;
+    ControlScaler scaler{QSize(1000, 500)};
+};
+
+TEST_F(ControlScalerTest, recordsPlaceAndFontInTheTag) {
+    QLabel* control = add("txtNo", {10, 20, 300, 40});
+    QLabel* shape = add("shapHead", {0, 0, 1000, 58});
+    QLabel* timer = add("timer_start", {1, 1, 1, 1});
+    QLabel* menu = add("mnPause", {1, 1, 1, 1});
+    scaler.record(area);
+    EXPECT_EQ(tag(control), "10 20 300 40 13");
+    EXPECT_EQ(tag(shape), "0 0 1000 58");
+    EXPECT_EQ(tag(timer), "");
+    EXPECT_EQ(tag(menu), "");
+}
+
+TEST_F(ControlScalerTest, scalesFromTheDesignEveryTime) {
+    QLabel* left = add("lbLeft", {10, 20, 303, 40});
+    QLabel* right = add("lbRight", {313, 20, 100, 40});
+    QLabel* timer = add("timer_start", {1, 2, 3, 4});
+    scaler.record(area);
+    for (int width = 2400; width >= 700; width -= 17) {
+        scaler.scale(QSize(width, width / 2));
+        EXPECT_EQ(left->x() + left->width(), right->x()) << "neighbours that touch keep touching";
+    }
+    scaler.scale(QSize(2000, 1000));
+    EXPECT_EQ(left->geometry(), QRect(20, 40, 606, 80));
+    EXPECT_EQ(timer->geometry(), QRect(1, 2, 3, 4));
+    scaler.scale(QSize(1000, 500));
+    EXPECT_EQ(left->geometry(), QRect(10, 20, 303, 40)) << "no size leaves a trace";
+    EXPECT_EQ(QFontInfo(left->font()).pixelSize(), 13);
+}
+
+TEST_F(ControlScalerTest, keepsFontsReadable) {
+    QLabel* control = add("txtNo", {0, 0, 100, 20});
+    scaler.record(area);
+    scaler.scale(QSize(100, 50));
+    EXPECT_EQ(QFontInfo(control->font()).pixelSize(), ControlScaler::kSmallestFont);
+    scaler.scale(QSize(9000, 4500));
+    EXPECT_EQ(QFontInfo(control->font()).pixelSize(), ControlScaler::kLargestFont);
+    scaler.scale(QSize(9000, 500));
+    EXPECT_EQ(QFontInfo(control->font()).pixelSize(), 13) << "the narrower direction decides";
+}
+
+}  // namespace
+}  // namespace kibo::test

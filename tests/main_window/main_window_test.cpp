@@ -1,0 +1,254 @@
+#include "main_window/main_window.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTableView>
+#include <QTemporaryDir>
+
+#include "app/log.h"
+#include "main_window/colour_label.h"
+#include "main_window/setting_indicators.h"
+#include "main_window/window_picture.h"
+#include "window_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+class MainWindowTest : public WindowFixture {
+ protected:
+    MainWindowActions recorded() {
+        MainWindowActions actions;
+        actions.openWhatsApp = [this] { calls.append(QStringLiteral("open")); };
+        actions.stop = [this] { calls.append(QStringLiteral("stop")); };
+        actions.pause = [this] {
+            calls.append(QStringLiteral("pause"));
+            state.cmd_Pause = {QStringLiteral("4"), QStringLiteral("Continue Sending.."), colour::kLightRed, true};
+        };
+        actions.refreshOutbox = [this] { calls.append(QStringLiteral("refresh")); };
+        actions.hideChrome = [this](bool on) { calls.append(on ? QStringLiteral("hide") : QStringLiteral("show")); };
+        actions.profileChanged = [this](const QString& profile) { calls.append(QStringLiteral("profile ") + profile); };
+        actions.exitProgram = [this] { calls.append(QStringLiteral("exit")); };
+        actions.unloaded = [this] { calls.append(QStringLiteral("unloaded")); };
+        return actions;
+    }
+    static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+    QStringList calls;
+};
+
+TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
+    state.cmd_Pause.caption = QStringLiteral(";");
+    state.cb_Profil.items = QStringList{QStringLiteral("1"), QStringLiteral("2")};
+    state.cb_Profil.text = QStringLiteral("1");
+    build(recorded());
+    click(find<QPushButton>("cmd_OpenWA"));
+    click(find<QPushButton>("cmd_OutboxRefresh"));
+    find<QAction>("mnRefresh")->trigger();
+    QTest::mouseClick(find<QCheckBox>("HideChrome"), Qt::LeftButton, {}, QPoint(8, 12));
+    auto* profiles = find<QComboBox>("cb_Profil");
+    profiles->setFocus();
+    QTest::keyClick(profiles, Qt::Key_Down);
+    click(find<QPushButton>("cmd_STOP"));
+    find<QAction>("mnexit")->trigger();
+    EXPECT_EQ(calls.join(QLatin1Char(',')).toStdString(), "open,refresh,refresh,hide,profile 2,stop,exit");
+    EXPECT_TRUE(state.HideChrome.checked);
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("2"));
+    EXPECT_FALSE(find<QAction>("mncloseall")->isEnabled()) << "an entry without an action is greyed out";
+}
+
+TEST_F(MainWindowTest, showsThePauseLooksAtOnceAfterTheClick) {
+    state.cmd_Pause = {QStringLiteral(";"), QStringLiteral("Pause.."), colour::kLightGreen, true};
+    build(recorded());
+    auto* button = find<QPushButton>("cmd_Pause");
+    EXPECT_EQ(button->toolTip(), QStringLiteral("Pause.."));
+    EXPECT_EQ(button->palette().color(QPalette::Button).rgb() & 0xFFFFFF, colour::kLightGreen);
+    find<QAction>("mnPause")->trigger();
+    EXPECT_EQ(button->text(), QStringLiteral("&Continue"));
+    EXPECT_EQ(button->toolTip(), QStringLiteral("Continue Sending.."));
+    EXPECT_EQ(button->palette().color(QPalette::Button).rgb() & 0xFFFFFF, colour::kLightRed);
+    EXPECT_EQ(find<QAction>("mnPause")->text(), QStringLiteral("&Continue"));
+}
+
+TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
+    settings.Break = QStringLiteral("30");
+    build(recorded());
+    state.status = {QStringLiteral("Ready"), colour::kGreen, colour::kBlack};
+    state.cmd_OpenWA.enabled = false;
+    state.wait.visible = state.dboff.visible = true;
+    state.txtNo.text = QStringLiteral("628123");
+    state.sentCount = 7;
+    state.BreakTime.setEnabled(true);
+    state.DetikBreak.text = QStringLiteral("12");
+    state.wait2 = {true, QStringLiteral("BREAK - 12 / 30")};
+    QTRY_COMPARE_WITH_TIMEOUT(find<QLabel>("status")->text(), QStringLiteral("Ready"), 2000);
+    EXPECT_EQ(find<ColourLabel>("status")->background(), colour::kGreen);
+    EXPECT_FALSE(find<QPushButton>("cmd_OpenWA")->isEnabled());
+    EXPECT_FALSE(find<QAction>("mnOpenWA")->isEnabled());
+    EXPECT_TRUE(find<QLabel>("wait")->isVisible());
+    EXPECT_TRUE(find<QLabel>("dboff")->isVisible());
+    EXPECT_FALSE(find<QLabel>("waitread")->isVisible());
+    EXPECT_EQ(find<QLineEdit>("txtNo")->text(), QStringLiteral("628123"));
+    EXPECT_EQ(find<QLabel>("Sent_Cnt")->text(), QStringLiteral("7"));
+    EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);
+    EXPECT_EQ(find<QLabel>("wait2")->text(), QStringLiteral("BREAK - 12 / 30"));
+    state.BreakTime.setEnabled(false);
+    window->showState();
+    EXPECT_FALSE(find<QProgressBar>("BreakProgress")->isVisible());
+}
+
+TEST_F(MainWindowTest, leavesTheDummyNumberToWhoeverTypesIt) {
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("111");
+    build();
+    auto* field = find<QLineEdit>("txt_DUMMY");
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("6281"));
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("6281"));
+    EXPECT_EQ(state.txt_DUMMY.text, QStringLiteral("6281"));
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("222");
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("222"));
+}
+
+TEST_F(MainWindowTest, titlesAndAboutNameTheProgramAndItsProfile) {
+    settings.Multi = QStringLiteral("Y");
+    state.cb_Profil.text = QStringLiteral("3");
+    build();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("KB App [ 3 ]"));
+    find<QAction>("mnAbout")->trigger();
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_TRUE(dialogs.shown[0].text.contains(QStringLiteral("2023-09-20")));
+}
+
+TEST_F(MainWindowTest, unloadsOnce) {
+    build(recorded());
+    window->close();
+    window->close();
+    EXPECT_EQ(calls, QStringList{QStringLiteral("unloaded")});
+}
+
+TEST_F(MainWindowTest, marksFollowTheirSettings) {
+    settings.AutoStart = settings.Multi = QStringLiteral("y");  // only "Y" counts
+    settings.UseMDB = settings.NoAgent = QStringLiteral("Y");
+    settings.DisableRead = QStringLiteral("N");
+    settings.Speed = QStringLiteral("SLOW");
+    refreshSettingIndicators(settings, state);
+    build();
+    QStringList lit;
+    for (int i = 1; i <= 14; ++i) {
+        auto* mark = find<ColourLabel>(("lb" + QByteArray::number(i)).constData());
+        if (mark->background() == colour::kYellow) lit.append(mark->toolTip());
+    }
+    EXPECT_EQ(lit.join(QLatin1Char(',')).toStdString(), "UseMDB,DisableRead");
+    EXPECT_EQ(find<QLabel>("lb14")->text(), QStringLiteral("SLOW"));
+}
+
+TEST_F(MainWindowTest, logShowsItsNewestLineUntilTheOperatorScrollsUp) {
+    build();
+    auto* lines = find<QPlainTextEdit>("log");
+    const auto logMany = [&] {
+        for (int i = 0; i < 30; ++i) log::info("window", QStringLiteral("line %1").arg(i));
+        window->showState();
+    };
+    QScrollBar* bar = lines->verticalScrollBar();
+    logMany();
+    window->resize(1000, 640);
+    window->showState();
+    ASSERT_GT(bar->maximum(), 0);
+    EXPECT_EQ(bar->value(), bar->maximum());
+    QTest::keyClick(lines, Qt::Key_Home, Qt::ControlModifier);
+    bar->triggerAction(QAbstractSlider::SliderToMinimum);
+    logMany();
+    EXPECT_EQ(bar->value(), 0);
+    bar->triggerAction(QAbstractSlider::SliderToMaximum);
+    logMany();
+    EXPECT_EQ(bar->value(), bar->maximum());
+}
+
+TEST_F(MainWindowTest, loginCodeFollowsItsFileAndOutlivesAHalfWrittenOne) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("qr000001.jpg"));
+    const auto write = [&](Qt::GlobalColor colour, const QDateTime& time) {
+        QImage picture(40, 40, QImage::Format_RGB32);
+        picture.fill(colour);
+        picture.save(file, "JPG");
+        QFile changed(file);
+        ASSERT_TRUE(changed.open(QIODevice::ReadWrite));
+        changed.setFileTime(time, QFileDevice::FileModificationTime);
+    };
+    const QDateTime start = QDateTime::currentDateTime();
+    build();
+    auto* box = find<QWidget>("pQR");
+    auto* image = find<QLabel>("Image1");
+    EXPECT_FALSE(box->isVisible());
+    const auto shown = [&] {
+        window->showState();
+        return QColor(image->pixmap().toImage().pixel(9, 9));
+    };
+    state.pQR = {true, file};
+    write(Qt::black, start);
+    EXPECT_LT(shown().lightness(), 20);
+    EXPECT_TRUE(box->isVisible());
+    EXPECT_GE(image->pixmap().width(), 260) << "a phone must read it";
+    write(Qt::white, start.addSecs(20));
+    EXPECT_GT(shown().lightness(), 230);
+    QFile::resize(file, 20);
+    EXPECT_GT(shown().lightness(), 230);
+    write(Qt::black, start.addSecs(40));
+    EXPECT_LT(shown().lightness(), 20);
+    state.pQR.visible = false;
+    window->showState();
+    EXPECT_FALSE(box->isVisible());
+}
+
+TEST_F(MainWindowTest, picturesAreWrittenWhenSomethingHasEnded) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("window.png"));
+    build();
+    int pages = 0;
+    WindowPicture picture(*window, state, folder.path(), [&](const QString&) { ++pages; });
+    picture.look();
+    EXPECT_FALSE(QFile::exists(file));
+    state.ms_out.setRows(std::make_shared<GeneratedRows>(2));
+    picture.look();
+    EXPECT_EQ(pages, 0);
+    state.failedCount = 1;
+    picture.look();
+    picture.look();
+    EXPECT_EQ(pages, 1);
+    EXPECT_EQ(QImage(file).size(), window->size());
+    state.ms_out.setRows(std::make_shared<ListRows>());
+    picture.look();
+    EXPECT_EQ(pages, 2);
+}
+
+TEST_F(MainWindowTest, everyControlIsReachedByKeyAndHasAName) {
+    build(recorded());
+    QStringList reached;
+    QWidget* control = find<QPushButton>("cmd_OpenWA");
+    QWidget* const first = control;
+    first->setFocus();
+    for (int i = 0; i < 40; ++i) {
+        reached.append(control->objectName());
+        QTest::keyClick(control, Qt::Key_Tab);
+        control = QApplication::focusWidget();
+        ASSERT_NE(control, nullptr);
+        if (control == first) break;
+    }
+    EXPECT_EQ(control, first) << "the tab key goes round";
+    for (const char* name : {"cmd_Pause", "cmd_STOP", "cb_Profil", "HideChrome", "cmd_OutboxRefresh", "ms_out", "ms",
+                             "ms2", "log", "txtMsg2"}) {
+        EXPECT_TRUE(reached.contains(QLatin1String(name))) << name << " is not in " << reached.join(u' ').toStdString();
+    }
+}
+
+}  // namespace
+}  // namespace kibo::test

@@ -1,0 +1,247 @@
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "app/settings_file.h"
+#include "main_window/close_all.h"
+#include "main_window/form_load.h"
+#include "main_window/gateway_application.h"
+#include "main_window/qt_dialogs.h"
+#include "window_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+/// A program folder with real stores; each test takes away or changes what it is about.
+class ProgramFolder : public WindowFixture {
+ protected:
+    void SetUp() override {
+        ASSERT_TRUE(folder.isValid());
+        ASSERT_EQ(QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {folder.path()}), 0);
+        set("DB", "UseMDB", "Y");
+    }
+    void set(const char* section, const char* key, const char* value) const {
+        WriteIni(QLatin1String(section), QLatin1String(key), QLatin1String(value), file("kibo.ini"));
+    }
+    QString ini(const char* key) const { return ReadIni(QStringLiteral("kibo"), QLatin1String(key), file("kibo.ini")); }
+    QString file(const char* name) const { return folder.filePath(QLatin1String(name)); }
+    QString shown(std::size_t i) const { return i < dialogs.shown.size() ? dialogs.shown[i].text : QString(); }
+
+    QTemporaryDir folder;
+};
+
+using StartUpTest = ProgramFolder;
+
+TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
+    set("kibo", "Profil", "7");
+    set("kibo", "DummyContact", "6281");
+    QDir(folder.path()).mkpath(QStringLiteral("profil/2"));
+    GatewayApplication application(dialogs, folder.path(), {});
+    ASSERT_TRUE(application.start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    EXPECT_TRUE(application.window()->isVisible());
+    EXPECT_EQ(application.state().cb_Profil.items.join(u' ').toStdString(), "2 7");
+    EXPECT_EQ(application.state().cb_Profil.text, QStringLiteral("7"));
+    EXPECT_EQ(application.state().txt_DUMMY.text, QStringLiteral("6281"));
+    EXPECT_EQ(application.state().cmd_Pause.caption, QStringLiteral(";"));
+    EXPECT_FALSE(application.state().dboff.visible);
+}
+
+TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
+    QFile::remove(file("kb.mdb"));
+    dialogs.answers = {false};
+    {
+        GatewayApplication application(dialogs, folder.path(), {});
+        EXPECT_FALSE(application.start());
+    }
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    const MessageBox& box = dialogs.shown[0];
+    EXPECT_EQ(box.title, QStringLiteral("Connection Error"));
+    EXPECT_EQ(box.icon, MessageBox::Icon::Critical);
+    EXPECT_EQ(box.buttons, MessageBox::Buttons::YesNo);
+    const QStringList lines = box.text.split(u'\n');
+    ASSERT_GE(lines.size(), 4);
+    EXPECT_EQ(lines.first(), QStringLiteral("Connection cannot be made, "));
+    EXPECT_TRUE(lines[1].contains(QStringLiteral("kb.mdb"))) << lines[1].toStdString();
+    EXPECT_EQ(lines[lines.size() - 2],
+              QStringLiteral("Please recheck the parameters of the server name, User ID and password entered."));
+    EXPECT_EQ(lines.last(), QStringLiteral("Are you want to Edit Config ?"));
+
+    dialogs.shown.clear();
+    dialogs.answers = {true};
+    GatewayApplication application(dialogs, folder.path(), {});
+    EXPECT_TRUE(application.start());
+    ASSERT_EQ(dialogs.shown.size(), 2U);
+    EXPECT_TRUE(shown(1).contains(QDir::toNativeSeparators(file("kibo.ini")))) << shown(1).toStdString();
+    EXPECT_TRUE(application.state().dboff.visible);
+    EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";
+}
+
+TEST_F(StartUpTest, endsWithoutElementStore) {
+    QFile::remove(file("element.sys"));
+    GatewayApplication application(dialogs, folder.path(), {});
+    EXPECT_FALSE(application.start());
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Error :("));
+    EXPECT_EQ(shown(0), QStringLiteral("Sorry..\nApplication can not start.."));
+    EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
+}
+
+TEST_F(StartUpTest, saysThatTheSettingsCantBeRead) {
+    QFile::remove(file("kibo.ini"));
+    QDir(folder.path()).mkdir(QStringLiteral("kibo.ini"));
+    dialogs.answers = {true, false};
+    GatewayApplication application(dialogs, folder.path(), {});
+    EXPECT_FALSE(application.start()) << "without settings there is no database";
+    ASSERT_EQ(dialogs.shown.size(), 2U);
+    EXPECT_TRUE(shown(0).contains(QStringLiteral("kibo.ini"))) << shown(0).toStdString();
+    EXPECT_EQ(dialogs.shown[1].title, QStringLiteral("Connection Error"));
+}
+
+TEST_F(StartUpTest, answersBoxesWithTheSafeChoiceWhereNobodyCan) {
+    UnattendedDialogs unattended;
+    EXPECT_FALSE(unattended.show({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
+    EXPECT_TRUE(unattended.show({QStringLiteral("t"), QStringLiteral("x")}));
+    QFile::remove(file("element.sys"));
+    GatewayApplication application(unattended, folder.path(), {});
+    EXPECT_FALSE(application.start());
+}
+
+TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
+    set("kibo", "Multi", "Y");
+    GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});
+    ASSERT_TRUE(application.start());
+    EXPECT_EQ(application.window()->windowTitle(), QStringLiteral("KB App [ 12 ]"));
+    EXPECT_TRUE(application.window()->isVisible());
+    set("kibo", "HIDE_ME", "Y");
+    QTRY_VERIFY_WITH_TIMEOUT(!application.window()->isVisible(), 5000);
+    set("kibo", "HIDE_ME", "N");
+    QTRY_VERIFY_WITH_TIMEOUT(application.window()->isVisible(), 5000);
+}
+
+class FormLoadTest : public ProgramFolder {
+ protected:
+    void SetUp() override {
+        ProgramFolder::SetUp();
+        settings.UseMDB = QStringLiteral("Y");
+        ASSERT_TRUE(database.OpenDatabase(settings, folder.path()).ok());
+        window = std::make_unique<MainWindow>(state, settings, dialogs, MainWindowActions{});
+    }
+    bool load(const QString& commandLine = QStringLiteral("0"), bool mySql = false) {
+        FormLoad form{*window, state, settings, rows, dialogs, folder.path(), file("kibo.ini"), commandLine, mySql};
+        form.machineProblem = [this] { return machineProblem; };
+        form.startAgent = [this](const QString& program) { agents.append(program); };
+        const bool go = form.Form_Load();
+        window->show();
+        window->showState();
+        return go;
+    }
+    QStringList tmpRows() {
+        QStringList found;
+        for (Recordset r = database.OpenRecordset(QStringLiteral("select * from tmp order by tmp_cd")); !r.eof();
+             r.moveNext()) {
+            found.append(r.field(QStringLiteral("tmp_cd")) + u'=' + r.field(QStringLiteral("tmp_val")));
+        }
+        return found;
+    }
+    void insertTmp(const char* key) {
+        ASSERT_TRUE(database.execute(QStringLiteral("insert into tmp values (?, 'x')"), {QLatin1String(key)}));
+    }
+
+    SystemClock clock;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    InstanceRows rows{database};
+    QString machineProblem;
+    QStringList agents;
+};
+
+TEST_F(FormLoadTest, multiSessionAnnouncesTheInstanceAndKeepsTheBrowserVisible) {
+    settings.Multi = settings.HideChrome = QStringLiteral("Y");
+    machineProblem = QStringLiteral("never asked in this mode");
+    insertTmp("appname");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), QStringList{QStringLiteral("appname=KB App")});
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
+    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
+    EXPECT_FALSE(state.HideChrome.checked);
+    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
+    EXPECT_TRUE(dialogs.shown.empty());
+    EXPECT_TRUE(agents.isEmpty());
+}
+
+TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
+    settings.HideChrome = settings.Incognito = QStringLiteral("Y");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), QStringList());
+    EXPECT_EQ(state.cb_Profil.text, QString()) << "the command line names a profile in multi-session mode only";
+    EXPECT_TRUE(state.HideChrome.checked);
+    EXPECT_FALSE(find<QWidget>("cb_Profil")->isEnabled()) << "no profile is used in incognito mode";
+    EXPECT_EQ(ini("HideChrome"), QString());
+
+    machineProblem = QStringLiteral(".NET Framework 3.5 must be installed on this machine!");
+    EXPECT_FALSE(load());
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Application can not start"));
+    EXPECT_EQ(shown(0), machineProblem);
+}
+
+TEST_F(FormLoadTest, diagnosticsAreShownInDebugModeOnly) {
+    ASSERT_TRUE(load());
+    EXPECT_FALSE(find<QWidget>("HitungKirim")->isVisible());
+    EXPECT_FALSE(find<QWidget>("DetikBreak")->isVisible());
+    EXPECT_FALSE(find<QWidget>("wait2")->isVisible());
+    settings.DebugMode = QStringLiteral("Y");
+    window = std::make_unique<MainWindow>(state, settings, dialogs, MainWindowActions{});
+    ASSERT_TRUE(load());
+    EXPECT_TRUE(find<QWidget>("HitungKirim")->isVisible());
+    EXPECT_TRUE(find<QWidget>("DetikBreak")->isVisible());
+    EXPECT_TRUE(find<QWidget>("wait2")->isVisible());
+}
+
+TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {
+    settings.Multi = QStringLiteral("Y");
+    for (const char* noAgent : {"", "Y", "n"}) {
+        settings.NoAgent = QLatin1String(noAgent);
+        load({}, true);
+    }
+    settings.NoAgent = QStringLiteral("N");
+    load({}, false);
+    settings.Multi.clear();
+    load({}, true);
+    EXPECT_EQ(agents, QStringList());
+    settings.Multi = QStringLiteral("Y");
+    load({}, true);
+    ASSERT_EQ(agents.size(), 1);
+    EXPECT_EQ(agents[0], folder.path() + QDir::separator() + QStringLiteral("Tarro.exe"));
+}
+
+TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
+    for (const char* key :
+         {"off000012", "off000013", "restart", "restart000012", "status", "status000012", "status000013"}) {
+        insertTmp(key);
+    }
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("insert into web_user (id, qr) values ('12', 'code'), ('13', 'code')")));
+    EXPECT_EQ(rows.statusRows(QStringLiteral("12")), 1);
+    rows.withdraw(QStringLiteral("12"));
+    EXPECT_EQ(tmpRows().join(u' ').toStdString(), "off000013=x restart=x restart000012=x status000013=x");
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select qr from web_user where id = '12'")).field(0), QString());
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select qr from web_user where id = '13'")).field(0),
+              QStringLiteral("code"));
+
+    bool ended = false;
+    dialogs.answers = {false, true};
+    EXPECT_FALSE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    EXPECT_FALSE(ended);
+    EXPECT_EQ(tmpRows().size(), 4);
+    EXPECT_TRUE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(tmpRows().join(u' ').toStdString(), "restart=x restart000012=x");
+    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Close All"));
+    EXPECT_EQ(shown(0), QStringLiteral("Are You Sure ??"));
+    EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
+}
+
+}  // namespace
+}  // namespace kibo::test

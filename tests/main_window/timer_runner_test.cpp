@@ -1,0 +1,114 @@
+#include "main_window/timer_runner.h"
+
+#include <QElapsedTimer>
+
+#include "app/clock.h"
+#include "app/error_policy.h"
+#include "window_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+class TimerRunnerTest : public testing::Test {
+ protected:
+    AnsweringDialogs dialogs;
+    ErrorEdge edge{dialogs, QStringLiteral("KB App")};
+    SystemClock clock;
+};
+
+TEST_F(TimerRunnerTest, runsTicksOnlyWhileSwitchedOn) {
+    StateTimer timer(20, false);
+    int ticks = 0;
+    TimerRunner runner(edge);
+    runner.add(timer, [&] { ++ticks; });
+    clock.wait(100);
+    EXPECT_EQ(ticks, 0);
+    timer.setEnabled(true);
+    QTRY_VERIFY_WITH_TIMEOUT(ticks >= 3, 5000);
+    timer.setEnabled(false);
+    const int until = ticks;
+    clock.wait(100);
+    EXPECT_EQ(ticks, until);
+}
+
+TEST_F(TimerRunnerTest, switchingOnStartsAFullInterval) {
+    StateTimer timer(300, true);
+    int ticks = 0;
+    TimerRunner runner(edge);
+    runner.add(timer, [&] { ++ticks; });
+    for (int i = 0; i < 8; ++i) {
+        clock.wait(100);
+        timer.setEnabled(true);
+    }
+    EXPECT_EQ(ticks, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(ticks > 0, 5000);
+}
+
+TEST_F(TimerRunnerTest, neverEntersATickAgainButLetsOthersRunInItsWait) {
+    StateTimer slow(10, true);
+    StateTimer quick(10, true);
+    int inside = 0;
+    int deepest = 0;
+    int slowTicks = 0;
+    int quickInsideSlow = 0;
+    TimerRunner runner(edge);
+    runner.add(slow, [&] {
+        deepest = std::max(deepest, ++inside);
+        ++slowTicks;
+        clock.wait(80);
+        // Off and on again inside the tick must not start a second one either.
+        slow.setEnabled(false);
+        slow.setEnabled(true);
+        clock.wait(80);
+        --inside;
+    });
+    runner.add(quick, [&] { quickInsideSlow += inside; });
+    QTRY_VERIFY_WITH_TIMEOUT(slowTicks >= 3, 10000);
+    EXPECT_EQ(deepest, 1);
+    EXPECT_GT(quickInsideSlow, 3);
+}
+
+TEST_F(TimerRunnerTest, showsOneBoxAtATimeForErrorsThatSurface) {
+    StateTimer first(10, true);
+    StateTimer second(10, true);
+    int firstTicks = 0;
+    int secondTicks = 0;
+    int firstWhileOpen = 0;
+    TimerRunner runner(edge);
+    runner.add(first, [&] {
+        ++firstTicks;
+        throw SurfacedError({FailureKind::Database, "no such table: outbox"});
+    });
+    runner.add(second, [&] {
+        ++secondTicks;
+        throw SurfacedError({FailureKind::Transport, "no answer"});
+    });
+    dialogs.whileOpen = [&] {
+        const int firstBefore = firstTicks;
+        const int secondBefore = secondTicks;
+        const std::size_t boxes = dialogs.shown.size();
+        clock.wait(100);
+        EXPECT_EQ(dialogs.shown.size(), boxes);
+        // The timer whose box is open is held; the other runs on.
+        EXPECT_NE(firstTicks == firstBefore, secondTicks == secondBefore);
+        ++firstWhileOpen;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(firstWhileOpen >= 2, 10000);
+    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("KB App"));
+    EXPECT_EQ(dialogs.shown[0].text, QStringLiteral("no such table: outbox"));
+    EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
+}
+
+TEST_F(TimerRunnerTest, stopsAllForGood) {
+    StateTimer timer(10, true);
+    int ticks = 0;
+    TimerRunner runner(edge);
+    runner.add(timer, [&] { ++ticks; });
+    runner.stopAll();
+    timer.setEnabled(true);
+    clock.wait(100);
+    EXPECT_EQ(ticks, 0);
+}
+
+}  // namespace
+}  // namespace kibo::test
