@@ -284,7 +284,9 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, co
 }
 
 int Database::countOf(const QString& sql, const Values& values) {
-    return OpenRecordset(QStringLiteral("select count(*) from (") + sql + QStringLiteral(") counted"), values).field(0).toInt();
+    return OpenRecordset(QStringLiteral("select count(*) from (") + sql + QStringLiteral(") counted"), values)
+        .field(0)
+        .toInt();
 }
 
 std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> rows) {

@@ -59,7 +59,9 @@ QString start(const QString& file) {
     }
 }
 
-void setVerbose(bool on) { state().verbose = on; }
+void setVerbose(bool on) {
+    state().verbose = on;
+}
 
 void debug(const char* category, const QString& line) {
     write(spdlog::level::debug, category, line);

@@ -160,8 +160,8 @@ bool WebPage::typeText(const QString& text) {
 
 std::optional<BoxLook> WebPage::awaitBoxText(const QString& text, int milliseconds) {
     static const QString script = scripts::awaitBoxText();
-    const auto answer = runOrSkip("await the message box", script,
-                                  {text, std::min(milliseconds, kLongestScriptWaitMs)}, true);
+    const auto answer =
+        runOrSkip("await the message box", script, {text, std::min(milliseconds, kLongestScriptWaitMs)}, true);
     if (!answer) return std::nullopt;
     const QJsonObject box = answer->toObject();
     return BoxLook{box[QStringLiteral("asExpected")].toBool(), box[QStringLiteral("chatSerial")].toInt()};
@@ -174,9 +174,13 @@ bool WebPage::clearBox() {
            sendOrSkip("clear the message box", keyPress(kBackspace));
 }
 
-bool WebPage::pressEnter() { return sendOrSkip("press Enter", keyPress(kEnter)); }
+bool WebPage::pressEnter() {
+    return sendOrSkip("press Enter", keyPress(kEnter));
+}
 
-bool WebPage::pressEscape() { return sendOrSkip("press Escape", keyPress(kEscape)); }
+bool WebPage::pressEscape() {
+    return sendOrSkip("press Escape", keyPress(kEscape));
+}
 
 std::optional<int> WebPage::watchChatList(const QString& title) {
     static const QString script = scripts::watchChatList();
@@ -199,7 +203,9 @@ QByteArray WebPage::qrPicture() {
     return picture ? QByteArray::fromBase64(picture.value().toString().toLatin1()) : QByteArray();
 }
 
-QByteArray WebPage::pagePicture() { return browser_.screenshot().valueOr({}); }
+QByteArray WebPage::pagePicture() {
+    return browser_.screenshot().valueOr({});
+}
 
 int WebPage::closeStrayTabs() {
     const auto closed = browser_.closeStrayWindows();
@@ -207,6 +213,8 @@ int WebPage::closeStrayTabs() {
     return closed.valueOr(0);
 }
 
-void WebPage::end() { browser_.quit(); }
+void WebPage::end() {
+    browser_.quit();
+}
 
 }  // namespace kibo

@@ -22,8 +22,8 @@ struct Gateway {
         ChatPage& page;
         Clock& clock;
         RandomSource random;
-        std::function<void()> BACA_WA = {};      ///< reads the inbox; may be empty
-        std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
+        std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
+        std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
     };
 
     explicit Gateway(const Needs& n)

@@ -80,8 +80,8 @@ void OpenLedger::recognise(const OpenChat& chat) {
         if (contradicts(chat, number)) return;
         const QString name = names_.value(number);
         QStringList& numbers = isNamed(chat, number) || (!name.isEmpty() && name == chat.title) ? seen
-                               : name.isEmpty()                                                ? possible
-                                                                                               : unlikely;
+                               : name.isEmpty()                                                 ? possible
+                                                                                                : unlikely;
         if (!numbers.contains(number)) numbers.append(number);
     };
     for (const Click& click : waiting_) consider(click.number);

@@ -90,7 +90,10 @@ TEST_F(RealBrowser, NumberThatIsNotKnownFailsInEitherWording) {
 }
 
 TEST_F(RealBrowser, DisturbancesCostAtMostTheirOwnMessage) {
-    struct { const char* behaviour; const char* what; } const disturbances[] = {
+    struct {
+        const char* behaviour;
+        const char* what;
+    } const disturbances[] = {
         {R"({"strayTab": 1})", "a tab of the page's own"},
         {R"({"loseFocus": 1})", "focus jumps away"},
         {R"({"swallowEnter": 1})", "Enter is ignored"},
@@ -98,7 +101,8 @@ TEST_F(RealBrowser, DisturbancesCostAtMostTheirOwnMessage) {
         {R"({"editDelayMs": 120, "sendDelayMs": 400})", "slow editor"},
         {R"({"reuseConversation": true})", "conversation element stays"},
         {R"({"messageIds": "none", "editDelayMs": 0, "sendDelayMs": 0})", "nothing names the chat"},
-        {R"({"chatOpenDelayMs": {"min": 120, "max": 120}, "startingPopup": true, "reuseConversation": false, "messageIds": "phone"})", "slow chat"},
+        {R"({"chatOpenDelayMs": {"min": 120, "max": 120}, "startingPopup": true, "reuseConversation": false, "messageIds": "phone"})",
+         "slow chat"},
     };
     int sent = 0;
     for (const auto& disturbance : disturbances) {
