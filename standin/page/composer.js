@@ -45,14 +45,23 @@ export class Composer {
     /** Replaces everything, at once; edits under way are dropped. */
     set text(text) {
         this.#pending = this.#pending.map(() => () => {});
-        this.#model.set(text);
-        this.#draw();
-        this.#onChange();
+        this.#set(text);
+    }
+
+    /** Empties the box, as after sending; edits under way come into it. */
+    clear() {
+        this.#set('');
     }
 
     focus() {
         this.box.focus();
         this.#drawSelection();
+    }
+
+    #set(text) {
+        this.#model.set(text);
+        this.#draw();
+        this.#onChange();
     }
 
     #onKey(event) {

@@ -180,7 +180,7 @@ export class Conversation {
         const linkPreview = this.#preview.shown;
         const send = () => {
             this.#chats.keepDraft(chat, '');
-            if (this.#chat === chat) this.#composer.text = '';
+            if (this.#chat === chat) this.#composer.clear();
             this.#post({id: newMessageId(), number: chat.number, kind: 'text', text, linkPreview});
         };
         const {sendDelayMs} = this.#behaviour();

@@ -285,6 +285,7 @@ TEST_F(PageTest, EditsShowLateAndAHastyEnterOvertakesThem) {
     chrome().press({key::kEnter});
     ASSERT_TRUE(standIn().waitForReceived(1, std::chrono::seconds(5)));
     EXPECT_EQ(standIn().received()[0].text, "one");
+    EXPECT_TRUE(boxBecomes(" two"));
 }
 
 TEST_F(PageTest, MessagesReachTheServerInOrderAndSurviveAReload) {
