@@ -29,11 +29,15 @@ function(kibo_module folder)
 endfunction()
 
 # kibo_test(<name> SOURCES ... LINK ... [TIMEOUT s] [LABELS ...]): one GoogleTest program, one CTest entry.
-# Tests run without a display; those of one program share a process, so servers are started once.
+# Tests run without a display; those of one program share a process, so servers are started once. A build with
+# sanitizers has only the tests labelled "sanitize".
 function(kibo_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
+    endif()
+    if(KIBO_SANITIZE AND NOT "sanitize" IN_LIST ARG_LABELS)
+        return()
     endif()
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LINK})

@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 
+#include "standin/json_fields.h"
 #include "standin/page_files.h"
 #include "standin/received_table.h"
 #include "standin/world.h"
@@ -111,7 +112,7 @@ void addPageCalls(httplib::Server& server, World& world) {
         const json body = bodyOf(request, response);
         if (body.is_discarded()) return;
         if (!body.is_object()) return refuse(response, "an event is an object");
-        world.report(body.value("kind", ""), body.value("number", ""), body.value("detail", ""));
+        world.report(textOf(body, "kind"), textOf(body, "number"), textOf(body, "detail"));
         answer(response, json::object());
     });
     server.Post(R"(/page/spend/(\w+))", [&world](const Request& request, Response& response) {
@@ -141,8 +142,8 @@ void addControl(httplib::Server& server, World& world) {
         if (body.is_discarded()) return;
         if (!body.is_array()) body = json::array({body});
         for (const json& contact : body) {
-            const bool fits = contact.is_object() && contact.size() == 2 && contact.contains("number") &&
-                              contact.contains("name") && contact["number"].is_string() && contact["name"].is_string();
+            const bool fits = contact.is_object() && contact.size() == 2 && isNumber(textOf(contact, "number")) &&
+                              contact.contains("name") && contact["name"].is_string();
             if (!fits)
                 return refuse(response, R"(a contact is {"number": "digits", "name": "text"}, or a list of these)");
         }

@@ -99,6 +99,10 @@ void StandIn::reset() {
     parts_->world.reset();
 }
 
+bool StandIn::waitUntilPageKnows(std::chrono::milliseconds timeout) const {
+    return parts_->world.waitUntilPageKnows(timeout);
+}
+
 std::vector<ReceivedMessage> StandIn::received() const {
     return parts_->world.received();
 }

@@ -39,6 +39,9 @@ class StandIn {
     /// An action of the control interface by name, e.g. "incoming" with {"number": "62…", "text": "hi"}.
     Result<void> act(const std::string& name, const std::string& jsonDetails = "{}");
     void reset();
+    /// Pages learn of changes a moment later. False when within `timeout` no open page has taken over all changes made
+    /// before this call.
+    bool waitUntilPageKnows(std::chrono::milliseconds timeout) const;
 
     /// What pages sent since start or reset, in order of arrival.
     std::vector<ReceivedMessage> received() const;

@@ -1,6 +1,6 @@
 #include "standin/world.h"
 
-#include <functional>
+#include "standin/json_fields.h"
 
 namespace kibo::standin {
 namespace {
@@ -15,21 +15,20 @@ int64_t nowMs() {
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-std::string textOf(const json& object, const char* key) {
-    const auto found = object.find(key);
-    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
-
 int64_t numberOf(const json& object, const char* key, int64_t otherwise) {
     const auto found = object.find(key);
     return found != object.end() && found->is_number_integer() ? found->get<int64_t>() : otherwise;
 }
 
 Failure missing(const std::string& action, const char* detail) {
-    return {FailureKind::InvalidArgument, "action \"" + action + "\" needs \"" + detail + "\""};
+    return {FailureKind::InvalidArgument, "action \"" + action + "\" needs " + detail};
 }
 
 }  // namespace
+
+bool isNumber(const std::string& text) {
+    return !text.empty() && text.size() <= 20 && text.find_first_not_of("0123456789") == std::string::npos;
+}
 
 Behaviour World::behaviour() const {
     const std::lock_guard lock(mutex_);
@@ -72,6 +71,11 @@ bool World::waitForReceived(size_t count, std::chrono::milliseconds timeout) con
     return changed_.wait_for(lock, timeout, [&] { return received_.size() >= count; });
 }
 
+bool World::waitUntilPageKnows(std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, timeout, [&, wanted = revision_] { return knownRevision_ >= wanted; });
+}
+
 Result<void> World::act(const std::string& name, const json& details) {
     const auto behave = [this](json update) { return updateBehaviour(update); };
     if (name == "login") return behave({{"loggedIn", true}});
@@ -81,12 +85,12 @@ Result<void> World::act(const std::string& name, const json& details) {
     if (name == "loseFocus") return behave({{"loseFocus", numberOf(details, "times", 1)}});
     if (name == "freeze") return behave({{"frozenMs", numberOf(details, "ms", 1000)}});
     if (name == "incoming") {
-        if (textOf(details, "number").empty()) return missing(name, "number");
-        if (textOf(details, "text").empty()) return missing(name, "text");
+        if (!isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
+        if (textOf(details, "text").empty()) return missing(name, R"("text")");
         addIncoming(details);
         return {};
     }
-    if (name == "openChat" && textOf(details, "number").empty()) return missing(name, "number");
+    if (name == "openChat" && !isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
     if (name == "openChat" || name == "closeChat" || name == "reload" || name == "strayTab") {
         const std::lock_guard lock(mutex_);
         push({{"name", name}, {"number", textOf(details, "number")}});
@@ -112,8 +116,13 @@ json World::pageState() const {
         {"revision", revision_}, {"behaviour", toJson(behaviour_)}, {"contacts", contacts_}, {"messages", history_}};
 }
 
-json World::updatesAfter(int64_t revision, std::chrono::milliseconds timeout) const {
+json World::updatesAfter(int64_t revision, std::chrono::milliseconds timeout) {
     std::unique_lock lock(mutex_);
+    if (revision > revision_) return {{"revision", revision_}, {"actions", json::array({{{"name", "reload"}}})}};
+    if (revision > knownRevision_) {
+        knownRevision_ = revision;
+        changed_.notify_all();
+    }
     changed_.wait_for(lock, timeout, [&] { return closed_ || revision_ > revision; });
     json answer = {{"revision", revision_}, {"actions", json::array()}};
     if (behaviourRevision_ > revision) answer["behaviour"] = toJson(behaviour_);
@@ -130,7 +139,7 @@ Result<void> World::receive(const json& message) {
     received.caption = textOf(message, "caption");
     received.fileName = textOf(message, "fileName");
     received.fileSize = numberOf(message, "fileSize", 0);
-    received.linkPreview = message.value("linkPreview", false);
+    received.linkPreview = message.contains("linkPreview") && message["linkPreview"] == true;
     received.timeMs = nowMs();
     if (received.number.empty() || received.kind.empty())
         return Failure{FailureKind::InvalidArgument, "a message has a number and a kind"};

@@ -15,6 +15,9 @@
 
 namespace kibo::standin {
 
+/// Digits with country code, at most 20, as chat links take them.
+bool isNumber(const std::string& text);
+
 /// Everything the pages share and what outlives their reloads: behaviour, contacts, chats, reports. Thread-safe.
 ///
 /// Pages learn of changes through revisions: each change gets the next number, and a page asks for what came after
@@ -34,6 +37,8 @@ class World {
     std::vector<PageEvent> events() const;
     /// False when fewer than `count` messages have come within `timeout`.
     bool waitForReceived(size_t count, std::chrono::milliseconds timeout) const;
+    /// False when within `timeout` no page has taken over everything that was changed before this call.
+    bool waitUntilPageKnows(std::chrono::milliseconds timeout) const;
     /// Does one of the actions of docs/stand-in.md; InvalidArgument for an unknown name or missing details.
     Result<void> act(const std::string& name, const nlohmann::json& details);
     /// Back to the start: default behaviour, no contacts, messages or events; open pages reload.
@@ -42,8 +47,9 @@ class World {
     // For pages
     /// What a page needs to begin: revision, behaviour, contacts, messages of all chats.
     nlohmann::json pageState() const;
-    /// What came after `revision`; waits up to `timeout` for something to come.
-    nlohmann::json updatesAfter(int64_t revision, std::chrono::milliseconds timeout) const;
+    /// What came after `revision`; waits up to `timeout` for something to come. A page that knows more than there is
+    /// comes from an earlier server on this port: it is told to reload.
+    nlohmann::json updatesAfter(int64_t revision, std::chrono::milliseconds timeout);
     /// A page's message; the stored form goes back to the page.
     Result<void> receive(const nlohmann::json& message);
     void report(const std::string& kind, const std::string& number, const std::string& detail);
@@ -66,6 +72,7 @@ class World {
     Behaviour behaviour_;
     int64_t behaviourRevision_ = 0;
     int64_t revision_ = 0;
+    int64_t knownRevision_ = 0;  // the newest that a page has
     std::deque<Update> updates_;
     std::map<std::string, std::string> contacts_;       // number -> name
     nlohmann::json history_ = nlohmann::json::array();  // every chat's messages as the page shows them

@@ -7,10 +7,10 @@
 namespace kibo {
 
 void SystemClock::wait(int milliseconds) {
-    const qint64 end = monotonicMs() + milliseconds;
+    const qint64 end = elapsed_.elapsed() + milliseconds;
     runPendingEvents();
     while (!waitingStopped_) {
-        const qint64 left = end - monotonicMs();
+        const qint64 left = end - elapsed_.elapsed();
         if (left <= 0) return;
         // The timer wakes the event loop at the end of the wait; whatever else happens before only runs.
         QTimer wake;

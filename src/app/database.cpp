@@ -17,9 +17,19 @@ namespace {
 constexpr qint64 kSlowMs = 200;
 // A SQLite file up to this size is checked page by page when it is opened (about 0.1 s); a larger one is not.
 constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
+// https://www.sqlite.org/rescode.html
+constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
 
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
+}
+
+/// A value in the form that every store takes: a time as text, and a null QString as an empty text, not as NULL.
+QVariant plain(const QVariant& value) {
+    if (value.typeId() == QMetaType::QDateTime)
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (value.typeId() == QMetaType::QString && value.toString().isNull()) return QStringLiteral("");
+    return value;
 }
 
 }  // namespace
@@ -32,8 +42,9 @@ Database::~Database() {
 }
 
 Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
-    return open(mainStoreRequest(settings, programFolder),
-                {QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")});
+    // A server may hold only what its mode of use needs, e.g. "multi" alone; a local file is always the whole store.
+    const QStringList whole{QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")};
+    return open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
 }
 
 Result<void> Database::OpenElementStore(const QString& file) {
@@ -94,25 +105,32 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     path_.clear();
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
-    QString name;
-    for (const auto& [key, value] : target.attributes())
-        name += key + u'=' +
-                (key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0 ? u'{' + value + u'}'
-                                                                                 : ConnectionString::quoted(value)) +
-                u';';
+    QStringList parts;
+    for (const auto& [key, value] : target.attributes()) {
+        const bool driver = key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0;
+        const QString part = key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value));
+        // QODBC puts "DSN=" before a name that holds neither driver nor server, so the source's own name leads.
+        if (key.compare(QStringLiteral("DSN"), Qt::CaseInsensitive) == 0)
+            parts.prepend(part);
+        else
+            parts.append(part);
+    }
     if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
-        name += QStringLiteral("UID=") + ConnectionString::quoted(request.user) + u';';
+        parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
     if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
-        name += QStringLiteral("PWD=") + ConnectionString::quoted(request.password) + u';';
-    // QODBC takes a name that holds one of these words as it stands, and puts "DSN=" before any other.
+        parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
+    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. In
+    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout.
+    for (const QString& extra : {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"),
+                                 QStringLiteral("READ_TIMEOUT=10"), QStringLiteral("WRITE_TIMEOUT=10")})
+        if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
+    // Joined without a last semicolon: MariaDB's driver refuses one.
+    QString name = parts.join(u';');
+    // With one of these words QODBC takes the name as it stands.
     const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
                             name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
     if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
-    if (Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
-        !connected)
-        return connected;
-    // Every Unicode character, whatever the server's own default is.
-    return runPlain(QStringLiteral("SET NAMES utf8mb4"));
+    return connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
 }
 
 Result<void> Database::connect(const QString& driver, const QString& databaseName, const QString& options) {
@@ -128,21 +146,27 @@ Result<void> Database::connect(const QString& driver, const QString& databaseNam
 }
 
 Result<void> Database::prepareSqlite(const QString& path) {
-    const auto damaged = [&path](const QString& what) {
+    const auto problem = [&path](const QString& what) {
         return Failure{FailureKind::InvalidArgument,
-                       QStringLiteral("%1 is damaged: %2").arg(QDir::toNativeSeparators(path), what).toStdString()};
+                       QStringLiteral("%1 %2").arg(QDir::toNativeSeparators(path), what).toStdString()};
+    };
+    const auto refused = [&problem](const Failure& failure) {
+        const bool damaged = failure.code == kSqliteCorrupt || failure.code == kSqliteNotADatabase;
+        return problem((damaged ? QStringLiteral("is damaged: ") : QStringLiteral("cannot be used: ")) +
+                       QString::fromStdString(failure.text));
     };
     QSqlQuery query(QSqlDatabase::database(name_, false));
     // Other programs read while this one writes, and the other way round.
-    if (Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
-        return damaged(QString::fromStdString(done.failure().text));
+    if (const Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
+        return refused(done.failure());
     if (!query.next() || query.value(0).toString() != QStringLiteral("wal"))
-        log::warning("app", QStringLiteral(
-                                "the local store can't keep a write-ahead log; readers and writers block each other"));
+        log::warning("app",
+                     QStringLiteral("the local store keeps no write-ahead log: readers and writers block each other"));
     if (QFileInfo(path).size() > kCheckedBytes) return {};
-    if (Result<void> done = run(query, QStringLiteral("PRAGMA quick_check(1)")); !done)
-        return damaged(QString::fromStdString(done.failure().text));
-    if (query.next() && query.value(0).toString() != QStringLiteral("ok")) return damaged(query.value(0).toString());
+    if (const Result<void> done = run(query, QStringLiteral("PRAGMA quick_check(1)")); !done)
+        return refused(done.failure());
+    const QString found = query.next() ? query.value(0).toString() : QString();
+    if (found != QStringLiteral("ok")) return problem(QStringLiteral("is damaged: ") + found);
     return {};
 }
 
@@ -170,14 +194,13 @@ void Database::close() {
 Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& values) {
     if (!open_) return notConnected();
     const qint64 start = clock_.monotonicMs();
-    const QString text = dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql;
+    Values plainValues;
+    for (const QVariant& value : values) plainValues.append(plain(value));
     bool done = false;
-    if (values.isEmpty()) {
-        done = query.exec(text);
-    } else if (query.prepare(text)) {
-        for (const QVariant& value : values)  // a null QString means an empty text; NULL is an invalid QVariant
-            query.addBindValue(value.typeId() == QMetaType::QString && value.isNull() ? QVariant(QStringLiteral(""))
-                                                                                      : value);
+    if (dialect_ == Dialect::MySql) {
+        done = query.exec(withMySqlValues(sql, plainValues));
+    } else if (query.prepare(dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql)) {
+        for (const QVariant& value : plainValues) query.addBindValue(value);
         done = query.exec();
     }
     const qint64 took = clock_.monotonicMs() - start;
@@ -209,7 +232,7 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
     set.table_ = tableOf(sql);
     const QSqlRecord record = query.record();
     for (int column = 0; column < record.count(); ++column) set.fields_.append(record.fieldName(column));
-    while (query.next()) set.rows_.push_back(rowText(query));
+    while (query.next()) set.rows_.push_back(rowText(query, record.count()));
     return set;
 }
 
@@ -245,16 +268,23 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, co
     query.setForwardOnly(dialect_ == Dialect::Sqlite);
     if (const Result<void> done = run(query, sql, values); !done) return done.failure();
     auto few = std::make_shared<ListRows>();
-    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query));
+    const int columns = query.record().count();
+    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query, columns));
     if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
     if (dialect_ != Dialect::Sqlite) {
-        const int count = query.last() ? query.at() + 1 : 0;
+        // A driver that keeps the result on this side knows the count without being asked row by row.
+        const int known = query.numRowsAffected();
+        const int count = known >= 0 ? known : countOf(sql, values);
         return handOut(std::make_shared<CursorRows>(std::move(query), count));
     }
     query.finish();
     auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), values);
     if (snapshot->error().isValid()) return sqlFailure(snapshot->error());
     return handOut(std::move(snapshot));
+}
+
+int Database::countOf(const QString& sql, const Values& values) {
+    return OpenRecordset(QStringLiteral("select count(*) from (") + sql + QStringLiteral(") counted"), values).field(0).toInt();
 }
 
 std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> rows) {

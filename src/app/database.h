@@ -49,7 +49,8 @@ class Database {
     bool isOpen() const { return open_; }
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
 
-    /// Runs a query; after a failure the set is closed. `values` are bound to the question marks of `sql`.
+    /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an
+    /// invalid QVariant is a NULL, a null QString an empty text.
     Recordset OpenRecordset(const QString& sql, const Values& values = {});
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
@@ -78,6 +79,7 @@ class Database {
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
     Result<void> runPlain(const QString& sql);
     Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
+    int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
     void skip(const QString& sql, const Failure& failure);
 

@@ -21,6 +21,7 @@ struct State {
     std::shared_ptr<spdlog::sinks::sink> sink = std::make_shared<spdlog::sinks::stderr_sink_mt>();
     QStringList newest;
     quint64 revision = 0;
+    bool verbose = false;
 
     State() { sink->set_pattern(kPattern); }
 };
@@ -32,6 +33,7 @@ State& state() {
 
 void write(spdlog::level::level_enum level, const char* category, const QString& line) {
     State& s = state();
+    if (level == spdlog::level::debug && !s.verbose) return;
     spdlog::logger logger(category, s.sink);
     logger.set_level(spdlog::level::trace);
     logger.flush_on(spdlog::level::info);
@@ -56,6 +58,8 @@ QString start(const QString& file) {
         return QString::fromUtf8(e.what());
     }
 }
+
+void setVerbose(bool on) { state().verbose = on; }
 
 void debug(const char* category, const QString& line) {
     write(spdlog::level::debug, category, line);

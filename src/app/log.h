@@ -11,6 +11,9 @@ namespace kibo::log {
 /// start, and after a failed one, lines go to standard error. A full disk later loses lines, never the program.
 QString start(const QString& file);
 
+/// Whether debug lines are written; off at first.
+void setVerbose(bool on);
+
 void debug(const char* category, const QString& line);
 void info(const char* category, const QString& line);
 void warning(const char* category, const QString& line);

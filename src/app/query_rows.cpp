@@ -8,8 +8,14 @@
 namespace kibo {
 namespace {
 
-constexpr int kPageRows = 64;
+constexpr size_t kPageRows = 64;
 constexpr size_t kPagesKept = 8;
+
+bool run(QSqlQuery& query, const QString& sql, const QVariantList& values) {
+    if (!query.prepare(sql)) return false;
+    for (const QVariant& value : values) query.addBindValue(value);
+    return query.exec();
+}
 
 }  // namespace
 
@@ -30,9 +36,8 @@ QString fieldText(const QSqlQuery& query, int column) {
     return text.isNull() ? QStringLiteral("") : text;
 }
 
-QStringList rowText(const QSqlQuery& query) {
+QStringList rowText(const QSqlQuery& query, int columns) {
     QStringList row;
-    const int columns = query.record().count();
     row.reserve(columns);
     for (int column = 0; column < columns; ++column) row.append(fieldText(query, column));
     return row;
@@ -54,8 +59,8 @@ SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVarian
     QSqlQuery count(connection);
     count.setForwardOnly(true);
     // The read transaction takes its state of the store with the first query and keeps it for all later ones.
-    if (count.exec(QStringLiteral("BEGIN")) &&
-        run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')')) && count.next())
+    if (count.exec(QStringLiteral("BEGIN")) && run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')'), values_) &&
+        count.next())
         rowCount_ = count.value(0).toInt();
     error_ = count.lastError();
 }
@@ -66,14 +71,9 @@ SnapshotRows::~SnapshotRows() {
 
 void SnapshotRows::detach() {
     pages_.clear();
+    running_ = QSqlQuery();
     if (!name_.isEmpty()) QSqlDatabase::removeDatabase(name_);
     name_.clear();
-}
-
-bool SnapshotRows::run(QSqlQuery& query, const QString& sql) const {
-    if (!query.prepare(sql)) return false;
-    for (const QVariant& value : values_) query.addBindValue(value);
-    return query.exec();
 }
 
 const SnapshotRows::Page& SnapshotRows::page(int number) const {
@@ -82,18 +82,34 @@ const SnapshotRows::Page& SnapshotRows::page(int number) const {
         const bool first = number - pages_.begin()->first > pages_.rbegin()->first - number;
         pages_.erase(first ? pages_.begin() : std::prev(pages_.end()));
     }
-    Page& page = pages_[number];
-    QSqlQuery query(QSqlDatabase::database(name_, false));
-    query.setForwardOnly(true);
-    if (run(query, sql_ + QStringLiteral(" limit %1 offset %2").arg(kPageRows).arg(qint64(number) * kPageRows)))
-        while (query.next()) page.push_back(rowText(query));
+    return pages_[number] = read(number);
+}
+
+SnapshotRows::Page SnapshotRows::read(int number) const {
+    // A page out of turn is cheapest with a limit, which spares sorting what is not shown. A page that follows the
+    // last one announces many more, as when a grid is copied: one query then runs through all of them.
+    const bool inTurn = number == nextPage_;
+    if (!inTurn || !runs_) {
+        running_ = QSqlQuery(QSqlDatabase::database(name_, false));
+        running_.setForwardOnly(true);
+        run(running_,
+            sql_ + QStringLiteral(" limit %1 offset %2")
+                       .arg(inTurn ? -1 : static_cast<int>(kPageRows))
+                       .arg(static_cast<size_t>(number) * kPageRows),
+            values_);
+        runs_ = inTurn;
+    }
+    Page page;
+    const int columns = running_.record().count();
+    while (page.size() < kPageRows && running_.next()) page.push_back(rowText(running_, columns));
+    nextPage_ = number + 1;
     return page;
 }
 
 QString SnapshotRows::text(int row, int column) const {
     if (name_.isEmpty() || row < 0 || row >= rowCount_) return {};
-    const Page& rows = page(row / kPageRows);
-    const auto at = static_cast<size_t>(row % kPageRows);
+    const Page& rows = page(row / static_cast<int>(kPageRows));
+    const auto at = static_cast<size_t>(row) % kPageRows;
     return at < rows.size() ? rows[at].value(column) : QString();
 }
 

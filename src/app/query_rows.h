@@ -15,8 +15,8 @@ namespace kibo {
 /// one that is not null.
 QString fieldText(const QSqlQuery& query, int column);
 
-/// All fields of the current row.
-QStringList rowText(const QSqlQuery& query);
+/// The first `columns` fields of the current row.
+QStringList rowText(const QSqlQuery& query, int columns);
 
 /// Rows that are read from a connection when they are asked for.
 class QueryRows : public RowSource {
@@ -59,7 +59,7 @@ class SnapshotRows : public QueryRows {
     using Page = std::vector<QStringList>;
 
     const Page& page(int number) const;
-    bool run(QSqlQuery& query, const QString& sql) const;
+    Page read(int number) const;
 
     QString name_;
     QString sql_;
@@ -67,6 +67,9 @@ class SnapshotRows : public QueryRows {
     QSqlError error_;
     int rowCount_ = 0;
     mutable std::map<int, Page> pages_;
+    mutable QSqlQuery running_;  // goes on to the end of the rows while pages are read one after another
+    mutable int nextPage_ = -1;  // the one after the page read last
+    mutable bool runs_ = false;  // running_ stands before nextPage_
 };
 
 }  // namespace kibo

@@ -36,8 +36,8 @@ class Recordset {
     /// Starts a new row of the table the query named; set its fields, then update.
     void addNew();
     void set(const QString& name, const QVariant& value);
-    /// Inserts the new row with the fields that were set; the others get the table's defaults. A failure goes to the
-    /// error policy of the database; false then, and the row can be neither read nor updated again.
+    /// Inserts the new row with the fields that were set; the others get the table's defaults. The rows read so far
+    /// stay as they are. A failure goes to the error policy of the database, and the new row is dropped; false then.
     bool update();
     /// Auto-increment key of the row inserted last; 0 where there is none.
     qint64 lastInsertId() const { return lastInsertId_; }

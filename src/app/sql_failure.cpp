@@ -2,16 +2,31 @@
 
 #include <QRegularExpression>
 #include <QString>
+#include <algorithm>
+#include <initializer_list>
 
 namespace kibo {
 namespace {
 
+using Codes = std::initializer_list<const char16_t*>;
+
 // Client and server error numbers of MySQL and MariaDB after which the connection is of no more use: can't connect,
 // gone away, lost during query, lost (extended), server shutdown, killed, disconnected by timeout.
-bool meansConnectionLost(const QString& code) {
-    for (const char16_t* lost : {u"2002", u"2003", u"2006", u"2013", u"2055", u"1053", u"1927", u"4031"})
-        if (code == QString::fromUtf16(lost)) return true;
-    return false;
+constexpr Codes kLost = {u"2002", u"2003", u"2006", u"2013", u"2055", u"1053", u"1927", u"4031"};
+// Those that quote only names of the schema or the user: access denied, unknown database, column can't be null,
+// number of values, no table privilege, no such table, field without default, data too long for a column.
+constexpr Codes kQuoteNamesOnly = {u"1044", u"1045", u"1049", u"1048", u"1136",
+                                   u"1142", u"1143", u"1146", u"1364", u"1406"};
+
+bool among(Codes codes, const QString& code) {
+    return std::any_of(codes.begin(), codes.end(),
+                       [&code](const char16_t* known) { return code == QString::fromUtf16(known); });
+}
+
+QString withoutQuotedPieces(QString text) {
+    static const QRegularExpression kQuoted(QStringLiteral("'.*'|\".*\"|'.*$|(?<=no such column: ).*"),
+                                            QRegularExpression::DotMatchesEverythingOption);
+    return text.replace(kQuoted, QStringLiteral("…"));
 }
 
 }  // namespace
@@ -19,12 +34,12 @@ bool meansConnectionLost(const QString& code) {
 Failure sqlFailure(const QSqlError& error) {
     static const QRegularExpression kPrefixes(QStringLiteral("(?:\\[[^\\]]*\\])+"));
     QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
-    text.replace(kPrefixes, QStringLiteral(" "));
-    // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.
+    text = text.replace(kPrefixes, QStringLiteral(" ")).simplified();
     const QString code = error.nativeErrorCode();
-    const bool lost = meansConnectionLost(code) || (error.type() == QSqlError::ConnectionError && code.isEmpty());
-    return {lost ? FailureKind::ConnectionLost : FailureKind::Database, text.simplified().toStdString(),
-            error.nativeErrorCode().toStdString()};
+    // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.
+    const bool lost = among(kLost, code) || (error.type() == QSqlError::ConnectionError && code.isEmpty());
+    if (!lost && !among(kQuoteNamesOnly, code)) text = withoutQuotedPieces(text);
+    return {lost ? FailureKind::ConnectionLost : FailureKind::Database, text.toStdString(), code.toStdString()};
 }
 
 }  // namespace kibo

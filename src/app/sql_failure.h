@@ -7,7 +7,8 @@
 namespace kibo {
 
 /// A failure in the driver's own words, without the driver manager's "[…]" prefixes; `code` is the native error
-/// number, since Qt doesn't hand on the SQLSTATE. A connection that is gone becomes FailureKind::ConnectionLost.
+/// number, since Qt doesn't hand on the SQLSTATE. A connection that is gone becomes FailureKind::ConnectionLost. Pieces
+/// of a refused statement that the driver quotes are left out: they may be message texts.
 Failure sqlFailure(const QSqlError& error);
 
 }  // namespace kibo

@@ -16,6 +16,22 @@ QString sqliteDate(QStringView literal) {
         .arg(match.captured(1), digits(2), digits(3), digits(4), digits(5), digits(6));
 }
 
+QString mySqlLiteral(const QVariant& value) {
+    if (!value.isValid()) return QStringLiteral("NULL");
+    switch (value.typeId()) {
+        case QMetaType::Bool:
+            return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+        case QMetaType::Int:
+        case QMetaType::UInt:
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Double:
+            return value.toString();
+        default:
+            return QStringLiteral("_utf8mb4 X'%1'").arg(QString::fromLatin1(value.toString().toUtf8().toHex()));
+    }
+}
+
 }  // namespace
 
 QString tableOf(const QString& sql) {
@@ -25,7 +41,8 @@ QString tableOf(const QString& sql) {
 }
 
 QString statementName(const QString& sql) {
-    const QString verb = sql.trimmed().section(u' ', 0, 0).left(12).toLower();
+    static const QRegularExpression kVerb(QStringLiteral("^\\s*([a-zA-Z]+)"));
+    const QString verb = kVerb.match(sql).captured(1).toLower();
     const QString table = tableOf(sql);
     return table.isEmpty() ? verb : verb + u' ' + table;
 }
@@ -47,6 +64,30 @@ QString withSqliteDateLiterals(const QString& sql) {
                 at = end;
                 continue;
             }
+        }
+        result += c;
+    }
+    return result;
+}
+
+QString withMySqlValues(const QString& sql, const QList<QVariant>& values) {
+    QString result;
+    QChar quote;
+    auto value = values.begin();
+    for (qsizetype at = 0; at < sql.size(); ++at) {
+        const QChar c = sql[at];
+        if (!quote.isNull()) {
+            if (c == u'\\' && quote != u'`' && at + 1 < sql.size()) {
+                result += c;
+                result += sql[++at];
+                continue;
+            }
+            if (c == quote) quote = QChar();
+        } else if (c == u'\'' || c == u'"' || c == u'`') {
+            quote = c;
+        } else if (c == u'?' && value != values.end()) {
+            result += mySqlLiteral(*value++);
+            continue;
         }
         result += c;
     }

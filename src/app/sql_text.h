@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+#include <QVariant>
 
 namespace kibo {
 
@@ -13,5 +15,10 @@ QString tableOf(const QString& sql);
 /// Access date literals, #2020-11-27  23:59#, as SQLite needs them: '2020-11-27 23:59:00', so that comparing texts
 /// compares times. Number signs inside quotes, and those that enclose no date, stay as they are.
 QString withSqliteDateLiterals(const QString& sql);
+
+/// `sql` with each question mark outside of quotes replaced by its value: a text as a hexadecimal literal, which needs
+/// no escaping whatever it holds and whatever the server's quoting mode is. Used in place of the driver's parameters,
+/// since QODBC of Qt 6.4 hands on its own terminating NUL as the last character of every bound text.
+QString withMySqlValues(const QString& sql, const QList<QVariant>& values);
 
 }  // namespace kibo

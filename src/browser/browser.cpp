@@ -155,13 +155,17 @@ bool Browser::windowExists() {
     if (session_->driver && !session_->driver->isRunning()) return false;
     const Result<QJsonValue> handles = client_.send(GetWindowHandles{});
     if (handles) {
-        session_->silentSinceMs.reset();
-        return handles.value().toArray().contains(session_->windowHandle);
+        if (!handles.value().toArray().contains(session_->windowHandle)) return false;
+    } else {
+        const Failure& failure = handles.failure();
+        log::warning(kLog, QString::fromStdString(failure.text));
+        const bool connectionBroken = failure.kind == FailureKind::Transport && !isTimeout(failure);
+        if (isSessionGone(failure) || connectionBroken) return false;
     }
-    const Failure& failure = handles.failure();
-    log::warning(kLog, QString::fromStdString(failure.text));
-    const bool connectionBroken = failure.kind == FailureKind::Transport && !isTimeout(failure);
-    if (isSessionGone(failure) || connectionBroken) return false;
+    if (handles && client_.unansweredInARow() == 0) {
+        session_->silentSinceMs.reset();
+        return true;
+    }
     // Busy or confused: it may come round.
     if (!session_->silentSinceMs) session_->silentSinceMs = clock_.monotonicMs();
     return clock_.monotonicMs() - *session_->silentSinceMs < kHungMs;

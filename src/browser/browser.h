@@ -49,8 +49,8 @@ class Browser {
     /// ConnectionLost.
     webdriver::Client& client() { return client_; }
 
-    /// Whether the gateway's browser window is there. Also false when the driver is gone, and when the browser has
-    /// answered nothing for a minute: it must be started anew then.
+    /// Whether the gateway's browser window is there. Also false when the driver is gone, and when a look a minute ago
+    /// found the page answering nothing and it still doesn't: the browser must be started anew then.
     bool windowExists();
 
     /// Closes every window and tab but the gateway's own (pages open them) and returns their number.

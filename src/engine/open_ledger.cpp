@@ -74,16 +74,20 @@ bool OpenLedger::settled(qint64 nowMs) const {
 /// Finds the click that this conversation answers: the one that it is seen to be, else the only one that it can be.
 void OpenLedger::recognise(const OpenChat& chat) {
     if (chat.title.isEmpty() && chat.number.isEmpty()) return;
-    QStringList seen, possible;
+    // A number that was seen to have no name can hardly have got one by now, so it comes last.
+    QStringList seen, possible, unlikely;
     const auto consider = [&](const QString& number) {
-        if (possible.contains(number) || contradicts(chat, number)) return;
-        possible.append(number);
-        if (isNamed(chat, number) || names_.value(number) == chat.title) seen.append(number);
+        if (contradicts(chat, number)) return;
+        const QString name = names_.value(number);
+        QStringList& numbers = isNamed(chat, number) || (!name.isEmpty() && name == chat.title) ? seen
+                               : name.isEmpty()                                                ? possible
+                                                                                               : unlikely;
+        if (!numbers.contains(number)) numbers.append(number);
     };
     for (const Click& click : waiting_) consider(click.number);
     // A page that draws the same chat anew has come up again without a click.
     if (names_.contains(lastClicked_)) consider(lastClicked_);
-    const QStringList& candidates = seen.isEmpty() ? possible : seen;
+    const QStringList& candidates = !seen.isEmpty() ? seen : !possible.isEmpty() ? possible : unlikely;
     if (candidates.size() != 1) return;
     current_ = candidates.first();
     if (!chat.title.isEmpty()) names_.insert(current_, chat.title);

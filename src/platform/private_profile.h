@@ -17,7 +17,9 @@ namespace kibo::platform {
 /// name the first wins. A write keeps every other line, their order and the file's line ends.
 ///
 /// Beyond what Windows does, the posix side replaces the file in one step (a crash leaves the old or the new
-/// file, never half of one), gives it mode 0600 because it holds a password, and follows a symbolic link.
+/// file, never half of one), gives it mode 0600 because it holds a password, and follows a symbolic link. It also
+/// leaves blank lines and line feeds as they are, where Windows' call may drop the former and turns the latter into
+/// pairs of carriage return and line feed. UTF-16 files are read by Windows only.
 ///
 /// Text is UTF-8 on posix and in the ANSI code page on Windows. `file` is a full path: Windows looks for any
 /// other in its own folder.

@@ -20,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kLineEnds = "\r\n";
 constexpr std::string_view kBlanks = " \t\r\n\v\f";
 
 Failure ioFailure(const std::string& what, int error) {
@@ -41,6 +42,10 @@ class Descriptor {
  private:
     int number_;
 };
+
+bool endsLine(char c) {
+    return kLineEnds.find(c) != std::string_view::npos;
+}
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
@@ -73,19 +78,21 @@ struct Place {
 };
 
 Place find(std::string_view text, std::string_view section, std::string_view key) {
+    section = trimmed(section);
+    key = trimmed(key);
     Place place;
     bool inSection = false;
     std::size_t next = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     while (next < text.size()) {
         const std::size_t begin = next;
-        const std::size_t newline = text.find('\n', begin);
-        next = newline == std::string_view::npos ? text.size() : newline + 1;
+        next = std::min(text.find_first_of(kLineEnds, begin), text.size() - 1) + 1;
+        if (text[next - 1] == '\r' && next < text.size() && text[next] == '\n') ++next;
         const std::string_view line = trimmed(text.substr(begin, next - begin));
         if (line.empty()) continue;
         if (line.front() == '[') {
             if (inSection) break;
             const std::size_t close = line.rfind(']');
-            inSection = close != std::string_view::npos && sameName(line.substr(1, close - 1), section);
+            inSection = close != std::string_view::npos && sameName(trimmed(line.substr(1, close - 1)), section);
             place.sectionFound = inSection;
         }
         if (!inSection) continue;
@@ -97,7 +104,7 @@ Place find(std::string_view text, std::string_view section, std::string_view key
         place.name = name;
         place.value = trimmed(line.substr(equals + 1));
         place.assignedBegin = begin;
-        place.assignedEnd = text.find_last_not_of("\r\n", next - 1) + 1;
+        place.assignedEnd = text.find_last_not_of(kLineEnds, next - 1) + 1;
         break;
     }
     return place;
@@ -116,10 +123,10 @@ std::string withKey(const std::string& text, std::string_view section, std::stri
                                std::string(place.name) + assigned);
     const std::string line = std::string(key) + assigned + lineEnd;
     if (place.sectionFound) {
-        const bool openEnd = changed[place.insertAt - 1] != '\n';
-        return changed.insert(place.insertAt, openEnd ? lineEnd + line : line);
+        const bool open = !endsLine(changed[place.insertAt - 1]);
+        return changed.insert(place.insertAt, open ? lineEnd + line : line);
     }
-    if (!changed.empty() && changed.back() != '\n') changed += lineEnd;
+    if (!changed.empty() && !endsLine(changed.back())) changed += lineEnd;
     return changed.append("[").append(section).append("]").append(lineEnd).append(line);
 }
 

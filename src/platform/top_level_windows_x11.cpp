@@ -71,7 +71,7 @@ class Display {
 std::vector<xcb_window_t> managedWindows(const Display& display) {
     const std::string list = display.property(display.root(), display.atom("_NET_CLIENT_LIST"));
     std::vector<xcb_window_t> windows(list.size() / sizeof(xcb_window_t));
-    std::memcpy(windows.data(), list.data(), windows.size() * sizeof(xcb_window_t));
+    if (!windows.empty()) std::memcpy(windows.data(), list.data(), windows.size() * sizeof(xcb_window_t));
     return windows;
 }
 

@@ -13,14 +13,16 @@ const sorts = [
 export class Attachments {
     #behaviour;
     #onSend;
+    #onClosed;
     #layer = el('div', {class: 'attachments'});
     #menu = null;
     #preview = null;
 
-    /** `onSend(files, kind, caption)`: `kind` is "media", "document" or "sticker". */
-    constructor({behaviour, onSend}) {
+    /** `onSend(files, kind, caption)`: `kind` is "media", "document" or "sticker". `onClosed`: the preview is gone. */
+    constructor({behaviour, onSend, onClosed}) {
         this.#behaviour = behaviour;
         this.#onSend = onSend;
+        this.#onClosed = onClosed;
         document.addEventListener('pointerdown', (event) => {
             if (this.#menu && !this.#menu.contains(event.target)) this.closeMenu();
         });
@@ -48,6 +50,7 @@ export class Attachments {
         const wasOpen = this.#preview !== null;
         this.#preview?.remove();
         this.#preview = null;
+        if (wasOpen) this.#onClosed();
         return wasOpen;
     }
 

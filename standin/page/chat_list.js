@@ -105,7 +105,9 @@ const oneLine = (text) => text.replace(/\s+/g, ' ').slice(0, 120);
 
 /** One row element that shows one chat after another. */
 class Row {
-    #element = el('div', {class: 'chat-row', tabindex: '-1'});
+    #avatar = el('div', {class: 'avatar'}, icon('default-contact-refreshed'));
+    #text = el('div', {class: 'chat-row-text'});
+    #element = el('div', {class: 'chat-row', tabindex: '-1'}, this.#avatar, this.#text);
     #shown = '';
     #number = '';
 
@@ -127,17 +129,15 @@ class Row {
         this.#element.style.transform = `translateY(${entry.top}px)`;
         this.#element.classList.toggle('open', entry.open);
 
-        const avatar = el('div', {class: 'avatar'}, icon('default-contact-refreshed'));
-        avatar.style.background = colourOf(entry.number);
-        this.#element.replaceChildren(avatar,
-            el('div', {class: 'chat-row-text'},
-                el('div', {class: 'chat-row-line'},
-                    el('span', {dir: 'auto', title: entry.title, class: 'chat-row-title'}, entry.title),
-                    entry.time && el('div', {class: 'chat-row-time'}, entry.time)),
-                el('div', {class: 'chat-row-line'},
-                    entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, entry.preview),
-                    entry.unread > 0 && el('span', {
-                        'aria-label': `${entry.unread} unread message${entry.unread > 1 ? 's' : ''}`,
-                        'data-testid': 'icon-unread-count', class: 'badge'}, String(entry.unread)))));
+        this.#avatar.style.background = colourOf(entry.number);
+        this.#text.replaceChildren(
+            el('div', {class: 'chat-row-line'},
+                el('span', {dir: 'auto', title: entry.title, class: 'chat-row-title'}, entry.title),
+                entry.time && el('div', {class: 'chat-row-time'}, entry.time)),
+            el('div', {class: 'chat-row-line'},
+                entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, entry.preview),
+                entry.unread > 0 && el('span', {
+                    'aria-label': `${entry.unread} unread message${entry.unread > 1 ? 's' : ''}`,
+                    'data-testid': 'icon-unread-count', class: 'badge'}, String(entry.unread))));
     }
 }

@@ -67,6 +67,10 @@ export class Conversation {
         return true;
     }
 
+    focus() {
+        this.#composer?.focus();
+    }
+
     /** Builds the open chat anew, after a change of behaviour that shows in it. */
     rebuild() {
         if (this.#chat) {

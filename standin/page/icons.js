@@ -6,7 +6,7 @@ const shapes = {
     'chats': 'M4 5h13v9H8l-4 4zM9 17h7l4 3V9',
     'settings': 'M4 7h16M4 12h16M4 17h16M8 5v4M15 10v4M10 15v4',
     'plus-rounded': 'M12 5v14M5 12h14',
-    'mic-outlined': 'M12 4a2.500 2.500 0 0 1 2.500 2.500v5a2.500 2.500 0 0 1-5 0v-5A2.500 2.500 0 0 1 12 4zM6.500 12a5.500 5.500 0 0 0 11 0M12 17.500V21',
+    'mic-outlined': 'M12 4a2.5 2.5 0 0 1 2.5 2.5v5a2.5 2.5 0 0 1-5 0v-5A2.5 2.5 0 0 1 12 4zM6.5 12a5.5 5.5 0 0 0 11 0M12 17.5V21',
     'wds-ic-send-filled': 'M5 5l15 7-15 7 3-7z',
     'msg-time': 'M12 5a7 7 0 1 0 0 14 7 7 0 0 0 0-14zM12 8v4l3 2',
     'msg-check': 'M5 12l5 5 9-10',
@@ -18,9 +18,14 @@ const shapes = {
     'x': 'M6 6l12 12M18 6L6 18',
 };
 
+const drawn = new Map();
+
 /** A line drawing named by `data-icon`. Its title is text of the page, as with the icons of today's real page. */
 export function icon(name) {
-    const holder = el('span', {'data-icon': name, 'aria-hidden': 'true', class: 'icon'});
-    holder.innerHTML = `<svg viewBox="0 0 24 24"><title>${name}</title><path d="${shapes[name]}"/></svg>`;
-    return holder;
+    if (!drawn.has(name)) {
+        const holder = el('span', {'data-icon': name, 'aria-hidden': 'true', class: 'icon'});
+        holder.innerHTML = `<svg viewBox="0 0 24 24"><title>${name}</title><path d="${shapes[name]}"/></svg>`;
+        drawn.set(name, holder);
+    }
+    return drawn.get(name).cloneNode(true);
 }

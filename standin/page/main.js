@@ -41,6 +41,7 @@ class App {
         this.#build();
         this.#listen();
         this.#followLogin();
+        this.#freezeIfAsked();
         this.#server.follow(state.revision, (news) => this.#take(news));
     }
 
@@ -50,7 +51,8 @@ class App {
         const common = {behaviour, spend, server: this.#server, chats: this.#chats};
         this.#list = new ChatList({...common, onChoose: (number) => this.#openings.request(number)});
         this.#attachments = new Attachments({
-            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption)});
+            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
+            onClosed: () => this.#conversation.focus()});
         this.#conversation = new Conversation({...common, onAttach: () => this.#attachments.toggleMenu()});
         this.#openings = new Openings({...common, dialogs: this.#dialogs,
                                        onOpen: (number, tookMs) => this.#open(number, tookMs)});
@@ -146,7 +148,12 @@ class App {
         }
         if (conversationKeys.some((key) => values[key] !== before[key])) this.#conversation.rebuild();
         this.#refresh();
-        if (values.frozenMs > 0) this.#disturbances.freeze(values.frozenMs);
+        this.#freezeIfAsked();
+    }
+
+    #freezeIfAsked() {
+        const {frozenMs} = this.#current.values;
+        if (frozenMs > 0) this.#disturbances.freeze(frozenMs);
     }
 
     #act(action) {

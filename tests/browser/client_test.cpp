@@ -165,8 +165,12 @@ TEST(Client, ABusyDriverCostsTheFullTimeLimitOnce) {
     for (const std::string& request : server.requests()) {
         EXPECT_EQ(request.find("/click"), std::string::npos) << "would be carried out whenever the driver is free";
     }
+    EXPECT_EQ(client.unansweredInARow(), 2);
     busy = false;
+    EXPECT_TRUE(client.send(GetWindowHandles{}));
+    EXPECT_EQ(client.unansweredInARow(), 2) << "the driver is free, the page has said nothing yet";
     EXPECT_TRUE(client.send(ElementClick{{QStringLiteral("e")}}));
+    EXPECT_EQ(client.unansweredInARow(), 0);
 }
 
 TEST(Client, TellsTheDriversErrorsFromAnswersThatArentAny) {
@@ -207,12 +211,13 @@ TEST(Client, FailureTextsQuoteNeitherPageNorLocator) {
     // What keeps the browser from starting is the operator's business.
     RawServer server([](int) {
         return Reply{RawServer::answer(
-            R"({"value":{"error":"session not created","message":"only supports Chrome 115\n#0 0x55"}})", 500)};
+            R"({"value":{"error":"session not created","message":"from unknown error:\n  only supports Chrome 115"}})",
+            500)};
     });
     Client client(transportTo(server));
     const auto started = client.start({});
     ASSERT_FALSE(started);
-    EXPECT_EQ(started.failure().text, "NewSession: session not created: only supports Chrome 115");
+    EXPECT_EQ(started.failure().text, "NewSession: session not created: from unknown error: only supports Chrome 115");
     EXPECT_FALSE(client.isOpen());
 }
 

@@ -73,6 +73,19 @@ TEST_F(Ledger, NameSeenBeforeTellsThemApart) {
     EXPECT_TRUE(ledger.settled(1300));
 }
 
+TEST_F(Ledger, NumberWithoutNameIsNotTakenForAName) {
+    ledger.clicked(kDummy, closed(), 0);
+    ledger.observe(comesUp(QStringLiteral("+62 899-9999-9999")), 100);
+    ledger.clicked(kAni, closed(), 1000);
+    ledger.clicked(kDummy, closed(), 3000);
+    ledger.observe(comesUp(QStringLiteral("Ani")), 4000);
+    EXPECT_TRUE(ledger.isOpen(kAni));
+    ledger.observe(comesUp(QStringLiteral("+62 899-9999-9999")), 4100);
+    EXPECT_TRUE(ledger.settled(4100));
+    ledger.observe(comesUp(QStringLiteral("Dummy's name, drawn late")), 4200);
+    EXPECT_TRUE(ledger.isOpen(kDummy));
+}
+
 TEST_F(Ledger, ChatsThatCameAndWentBetweenTwoLooksAreSettled) {
     ledger.clicked(kDummy, closed(), 0);
     ledger.observe(comesUp(QStringLiteral("Our dummy")), 100);

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
@@ -29,7 +30,8 @@ class VirtualDisplay {
         pid_ = ::fork();
         if (pid_ == 0) {
             const int null = ::open("/dev/null", O_RDWR);
-            ::dup2(null, STDERR_FILENO);
+            for (int standard : {STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, standard);
+            ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // a test that crashes must not leave a server behind
             ::execl(server.c_str(), "Xvfb", "-displayfd", reportTo.c_str(), "-screen", "0", "640x480x24", "-nolisten",
                     "tcp", nullptr);
             ::_exit(127);

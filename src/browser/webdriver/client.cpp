@@ -15,9 +15,21 @@ constexpr int kPageLoadMs = 30'000;
 // A driver that is free answers within a few milliseconds.
 constexpr int kProbeMs = 250;
 constexpr int kErrorStatus = 400;
+constexpr int kLongestMessage = 400;
+
+template <class... Commands>
+bool isAnyOf(const Command& command) {
+    return (std::holds_alternative<Commands>(command) || ...);
+}
 
 bool isOutsideSession(const Command& command) {
-    return std::holds_alternative<Status>(command) || std::holds_alternative<NewSession>(command);
+    return isAnyOf<Status, NewSession>(command);
+}
+
+/// Whether the answer comes from the page, so that it proves the page alive.
+bool isAnsweredByPage(const Command& command) {
+    return isAnyOf<ExecuteScript, FindElement, FindElements, GetTitle, ElementClick, ElementClear, ElementSendKeys,
+                   GetElementText, GetElementAttribute>(command);
 }
 
 Failure nonConforming(const Request& request, const HttpAnswer& answer, const char* what) {
@@ -29,11 +41,18 @@ Failure refused(const Request& request, const std::string& error, const QString&
     std::string text = std::string(request.name) + ": " + error;
     // Messages of other commands quote the page and locators: people's texts and numbers.
     if (request.path == "/session") {
-        // ChromeDriver puts the name in front of its message.
-        const QString words = message.section(u'\n', 0, 0).remove(QString::fromStdString(error + ": "));
-        text.append(": ").append(words.toStdString());
+        text.append(": ").append(message.simplified().left(kLongestMessage).toStdString());
     }
     return {FailureKind::Remote, std::move(text), error};
+}
+
+Result<QJsonValue> stillBusy(const Request& request) {
+    return Failure{FailureKind::Transport, std::string(request.name) + ": the browser is still busy",
+                   std::string(kTimeoutCode)};
+}
+
+bool ranOutOfTime(const Failure& failure) {
+    return isTimeout(failure) || isError(failure, ErrorCode::ScriptTimeout) || isError(failure, ErrorCode::Timeout);
 }
 
 Result<QJsonValue> valueOf(const Request& request, const HttpAnswer& answer) {
@@ -59,6 +78,7 @@ void Client::connectTo(std::unique_ptr<Transport> transport) {
     transport_ = std::move(transport);
     sessionId_.clear();
     stuck_ = false;
+    unansweredInARow_ = 0;
 }
 
 Result<QJsonObject> Client::start(const QJsonObject& capabilities) {
@@ -84,11 +104,9 @@ Result<QJsonValue> Client::send(const Command& command) {
         return Failure{FailureKind::ConnectionLost, "no browser session is open"};
     }
     const Request request = requestFor(command, sessionId_);
-    if (stuck_ && !answersAgain()) {
-        return Failure{FailureKind::Transport, std::string(request.name) + ": the browser is still busy",
-                       std::string(kTimeoutCode)};
-    }
-    return exchange(request);
+    Result<QJsonValue> answer = stuck_ && !answersAgain() ? stillBusy(request) : exchange(request);
+    noteAnswer(command, answer);
+    return answer;
 }
 
 /// Asks for something that needs neither page nor browser; no harm is done when it is answered later.
@@ -99,11 +117,20 @@ bool Client::answersAgain() {
     return answer || !isTimeout(answer.failure());
 }
 
+void Client::noteAnswer(const Command& command, const Result<QJsonValue>& answer) {
+    if (!answer && ranOutOfTime(answer.failure())) {
+        ++unansweredInARow_;
+    } else if (isAnsweredByPage(command) && (answer || answer.failure().kind == FailureKind::Remote)) {
+        unansweredInARow_ = 0;
+    }
+}
+
 Result<void> Client::quit() {
     if (!isOpen()) return {};
     const Result<QJsonValue> answer = send(DeleteSession{});
     sessionId_.clear();
     stuck_ = false;
+    unansweredInARow_ = 0;
     if (!answer) return answer.failure();
     return {};
 }

@@ -41,16 +41,22 @@ class Client {
     /// Ends the session and its browser. Afterwards none is open, whatever the driver answered.
     Result<void> quit();
 
+    /// How many commands ran out of time, the driver's or ours, since the page last answered one. What the driver
+    /// answers by itself (window handles, say) doesn't count: a page that hangs leaves it in good health.
+    int unansweredInARow() const { return unansweredInARow_; }
+
     /// Commands given to the transport since construction.
     quint64 commandsSent() const { return commandsSent_; }
 
  private:
     Result<QJsonValue> exchange(const Request& request);
     bool answersAgain();
+    void noteAnswer(const Command& command, const Result<QJsonValue>& answer);
 
     std::unique_ptr<Transport> transport_;
     QString sessionId_;
     bool stuck_ = false;  ///< the last command ran out of time
+    int unansweredInARow_ = 0;
     quint64 commandsSent_ = 0;
 };
 

@@ -15,6 +15,8 @@ constexpr int kAnswerMs = 5'000;
 // Starting a browser with a large profile on a slow disk.
 constexpr int kNewSessionMs = 60'000;
 constexpr int kScreenshotMs = 10'000;
+// ChromeDriver presses and releases a key for each character: about 1 ms each on an idle computer.
+constexpr int kCharacterMs = 10;
 
 QByteArray encoded(const QString& segment) {
     return QUrl::toPercentEncoding(segment);
@@ -67,7 +69,9 @@ class RequestBuilder {
     Request operator()(const ElementClick& c) const { return post("ElementClick", on(c.element, "/click")); }
     Request operator()(const ElementClear& c) const { return post("ElementClear", on(c.element, "/clear")); }
     Request operator()(const ElementSendKeys& c) const {
-        return post("ElementSendKeys", on(c.element, "/value"), {{QStringLiteral("text"), c.text}});
+        Request request = post("ElementSendKeys", on(c.element, "/value"), {{QStringLiteral("text"), c.text}});
+        request.timeoutMs += kCharacterMs * static_cast<int>(c.text.size());
+        return request;
     }
     Request operator()(const GetElementText& c) const { return get("GetElementText", on(c.element, "/text")); }
     Request operator()(const GetElementAttribute& c) const {

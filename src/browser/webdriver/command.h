@@ -58,7 +58,7 @@ struct SetWindowRect {
 /// that ends it.
 struct ExecuteScript {
     QString script;
-    QJsonArray arguments;
+    QJsonArray arguments = {};
     bool async = false;
 };
 /// Without `within` the whole page is searched.
@@ -103,7 +103,7 @@ struct DismissAlert {};
 /// A command of the Chrome DevTools protocol, passed on by ChromeDriver (not W3C).
 struct ChromeExecuteCdp {
     QString method;
-    QJsonObject parameters;
+    QJsonObject parameters = {};
 };
 
 using Command =

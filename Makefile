@@ -1,0 +1,30 @@
+# A thin front: each target makes sure that what it needs is installed, then runs CMake's presets or a script.
+# The presets (CMakePresets.json) work without this file.
+
+.PHONY: build demo test bench lint clean deps
+.DEFAULT_GOAL := build
+
+CONFIGURE = cmake -DCMAKE_CXX_COMPILER_LAUNCHER=$$(command -v ccache || true) --preset
+
+build: deps
+	$(CONFIGURE) release
+	cmake --build --preset release
+
+demo: build
+	scripts/demo
+
+test: deps
+	scripts/test
+
+bench: build
+	scripts/bench
+
+lint: deps
+	$(CONFIGURE) release
+	scripts/lint
+
+clean:
+	rm -rf build build-asan build-windows-platform
+
+deps:
+	@scripts/install-deps

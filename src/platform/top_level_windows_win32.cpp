@@ -1,0 +1,34 @@
+#include <windows.h>
+
+#include <string>
+
+#include "platform/title_match.h"
+#include "platform/top_level_windows.h"
+
+namespace kibo::platform {
+namespace {
+
+std::string titleOf(HWND window) {
+    std::string title(static_cast<std::size_t>(::GetWindowTextLengthA(window)) + 1, '\0');
+    const int count = ::GetWindowTextA(window, title.data(), static_cast<int>(title.size()));
+    title.resize(static_cast<std::size_t>(count));
+    return title;
+}
+
+}  // namespace
+
+bool canHideWindows() {
+    return true;
+}
+
+std::optional<WindowHandle> FindWindowByTitle(std::string_view text) {
+    for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT))
+        if (titleContains(titleOf(window), text)) return reinterpret_cast<WindowHandle>(window);
+    return std::nullopt;
+}
+
+void showWindow(WindowHandle window, bool visible) {
+    ::ShowWindow(reinterpret_cast<HWND>(window), visible ? SW_SHOWNORMAL : SW_HIDE);
+}
+
+}  // namespace kibo::platform

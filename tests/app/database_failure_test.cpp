@@ -1,0 +1,216 @@
+// What opening tells the operator, and connection texts.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "app/database.h"
+#include "app/sql_text.h"
+
+namespace kibo {
+namespace {
+
+Settings localStore() {
+    Settings settings;
+    settings.UseMDB = QStringLiteral("Y");
+    return settings;
+}
+
+Settings mySql() {
+    Settings settings;
+    settings.MySQL_WithoutDSN = QStringLiteral("Y");
+    settings.MySQL_Server = QStringLiteral("db.example");
+    settings.MySQL_DB = QStringLiteral("wa");
+    settings.Port = QStringLiteral("3306");
+    settings.user = QStringLiteral("me");
+    settings.password = QStringLiteral("secret");
+    return settings;
+}
+
+TEST(ConnectionRequestTest, ModeFollowsTheSettings) {
+    Settings settings = mySql();
+    EXPECT_EQ(mainStoreRequest(settings, {}).text,
+              QStringLiteral(
+                  "DRIVER={MYSQL ODBC 5.1 Driver};SERVER=db.example;DATABASE=wa;UID=me;PWD=secret;PORT=3306;OPTION=3"));
+    EXPECT_TRUE(mainStoreRequest(settings, {}).user.isEmpty());
+
+    settings.MySQL_WithoutDSN = QStringLiteral("y");  // only "Y" means yes
+    settings.dsn = QStringLiteral("wa_dsn");
+    const ConnectionRequest dsn = mainStoreRequest(settings, {});
+    EXPECT_EQ(dsn.text + u'|' + dsn.user + u'|' + dsn.password, QStringLiteral("wa_dsn|me|secret"));
+
+    settings.UseMDB = QStringLiteral("Y");
+    EXPECT_EQ(mainStoreRequest(settings, QStringLiteral("C:\\Kibo\\App")).text,
+              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security "
+                             "Info=False;Jet OLEDB:Database Password="));
+    EXPECT_EQ(elementStoreRequest(inProgramFolder(QStringLiteral("/opt/kibo"), QStringLiteral("element.sys"))).text,
+              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/opt/kibo\\element.sys;Persist Security "
+                             "Info=False;Jet OLEDB:Database Password=Pelangibiru7!"));
+}
+
+TEST(ConnectionStringTest, ReadsQuotedBlankAndRepeatedValues) {
+    const ConnectionString text = ConnectionString::parse(QStringLiteral(
+        " driver = {My; Driver} ;SERVER=a;server=b;PWD={p;}}w} ; Empty=;junk;x=\"a\"\"b;c\" ;y='d;e'; Last = z "));
+    EXPECT_EQ(text.value(QStringLiteral("DRIVER")), QStringLiteral("My; Driver"));
+    EXPECT_EQ(text.value(QStringLiteral("Server")), QStringLiteral("a"));
+    EXPECT_EQ(text.value(QStringLiteral("pwd")), QStringLiteral("p;}w"));
+    EXPECT_TRUE(text.has(QStringLiteral("empty")));
+    EXPECT_EQ(text.value(QStringLiteral("x")), QStringLiteral("a\"b;c"));
+    EXPECT_EQ(text.value(QStringLiteral("y")), QStringLiteral("d;e"));
+    EXPECT_EQ(text.value(QStringLiteral("last")), QStringLiteral("z"));
+    EXPECT_EQ(text.attributes().size(), 8);
+    EXPECT_EQ(ConnectionString::parse(QStringLiteral(" my source ")).value(QStringLiteral("DSN")),
+              QStringLiteral("my source"));
+    EXPECT_TRUE(ConnectionString::parse(QStringLiteral("  ")).attributes().isEmpty());
+    for (const char16_t* broken : {u"x={never closed", u"x=\"", u"=", u";;=;", u"x=y={"})
+        (void)ConnectionString::parse(QString::fromUtf16(broken));  // must end
+}
+
+TEST(ConnectionStringTest, AnyPasswordSurvivesTheTrip) {
+    for (const char16_t* password :
+         {u"", u"plain", u"a;b", u"a}b", u"{a", u"a{b}c", u"\"a", u"'a'", u" a ", u"a=b;PWD=c"}) {
+        Settings settings = mySql();
+        settings.password = QString::fromUtf16(password);
+        const ConnectionString text = ConnectionString::parse(mainStoreRequest(settings, {}).text);
+        EXPECT_EQ(text.value(QStringLiteral("PWD")), settings.password);
+        EXPECT_EQ(text.value(QStringLiteral("OPTION")), QStringLiteral("3"));
+    }
+}
+
+TEST(SqlTextTest, OnlyDatesOutsideOfQuotesAreRewritten) {
+    const auto rewritten = [](const char16_t* sql) { return withSqliteDateLiterals(QString::fromUtf16(sql)); };
+    EXPECT_EQ(rewritten(u"a between #2020-11-27  00:01# and #2020-1-2#"),
+              QStringLiteral("a between '2020-11-27 00:01:00' and '2020-01-02 00:00:00'"));
+    EXPECT_EQ(rewritten(u"x like '%#2020-11-27#%' and y = \"#2020-11-27#\" and z = 'it''s #2020-11-27#'"),
+              QStringLiteral("x like '%#2020-11-27#%' and y = \"#2020-11-27#\" and z = 'it''s #2020-11-27#'"));
+    EXPECT_EQ(rewritten(u"select 1 # 2 #2020-01-01 01:02:03#"), QStringLiteral("select 1 # 2 '2020-01-01 01:02:03'"));
+    EXPECT_EQ(rewritten(u"#"), QStringLiteral("#"));
+}
+
+TEST(SqlTextTest, ValuesTakeThePlacesOfMarksOutsideOfQuotes) {
+    EXPECT_EQ(withMySqlValues(QStringLiteral("a='?\\'?' and `b?`=? and c=? and d=? and e=\"?\" and f=?"),
+                              {QStringLiteral("it's ?"), 5, QVariant()}),
+              QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
+}
+
+TEST(SqlTextTest, LogNamesHoldNoValues) {
+    EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
+              QStringLiteral("insert tmp"));
+    EXPECT_EQ(statementName(QStringLiteral("update web_user set qr = 'secret'")), QStringLiteral("update web_user"));
+    EXPECT_EQ(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")), false);
+}
+
+class OpenFailureTest : public testing::Test {
+ protected:
+    void put(const QByteArray& content) {
+        QFile file(path_);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    QByteArray shippedStore() {
+        QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {folder_.path()});
+        QFile file(path_);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// What opening says; empty when it succeeded.
+    QString complaint(const Settings& settings = localStore()) {
+        Database database(clock_, policy_);
+        const Result<void> opened = database.OpenDatabase(settings, folder_.path());
+        EXPECT_EQ(database.isOpen(), opened.ok());
+        return opened ? QString() : QString::fromStdString(opened.failure().text);
+    }
+    void expectComplaint(const QString& part) {
+        EXPECT_TRUE(complaint().contains(part)) << "said: " << complaint().toStdString();
+    }
+
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    QTemporaryDir folder_;
+    const QString path_ = folder_.filePath(QStringLiteral("kb.mdb"));
+};
+
+TEST_F(OpenFailureTest, WhatIsNoStoreIsNamed) {
+    expectComplaint(QStringLiteral("does not exist"));
+    EXPECT_FALSE(QFile::exists(path_)) << "a missing store was created";
+    put({});
+    expectComplaint(QStringLiteral("is empty"));
+    put("wa_no;wa_text\n62811;hello\n");
+    expectComplaint(QStringLiteral("is not a database"));
+    put(QByteArray("\x00\x01\x00\x00Standard Jet DB\x00\x01\x00\x00\x00", 24) + QByteArray(4096, 'x'));
+    expectComplaint(QStringLiteral("is an Access file"));
+    QFile::remove(path_);
+    QDir(folder_.path()).mkdir(QStringLiteral("kb.mdb"));
+    expectComplaint(QStringLiteral("is a folder"));
+}
+
+TEST_F(OpenFailureTest, DamageIsFoundAtOnce) {
+    const QByteArray whole = shippedStore();
+    ASSERT_EQ(complaint(), QString());
+    put(whole.left(50));
+    expectComplaint(QStringLiteral("its end is missing"));
+    put(whole.left(whole.size() - 4096));
+    expectComplaint(QStringLiteral("its end is missing"));
+    QByteArray holed = whole;
+    holed.replace(4096, 8192, QByteArray(8192, '\x5a'));
+    put(holed);
+    expectComplaint(QStringLiteral("is damaged"));
+    // Another program's database.
+    QFile::remove(path_);
+    QProcess::execute(QStringLiteral("sqlite3"),
+                      {path_, QStringLiteral("create table sent (id); create table other (id)")});
+    expectComplaint(QStringLiteral("no table outbox, inbox"));
+}
+
+TEST_F(OpenFailureTest, StoreIsFoundInAnyFolder) {
+    QTemporaryDir odd(QDir::tempPath() + QStringLiteral("/kibo %41?#é;x XXXXXX"));
+    QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {odd.path()});
+    Database database(clock_, policy_);
+    const Result<void> opened = database.OpenDatabase(localStore(), odd.path());
+    EXPECT_TRUE(opened) << opened.failure().text;
+    Database elements(clock_, policy_);
+    ASSERT_TRUE(elements.OpenElementStore(inProgramFolder(odd.path(), QStringLiteral("element.sys"))));
+    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatList'"))
+                  .field(QStringLiteral("isi")),
+              QStringLiteral("//*[@id='pane-side']"));
+    EXPECT_TRUE(elements.Execute(QStringLiteral("delete from element where nama = 'XX_ChatBox'")));
+    EXPECT_TRUE(elements.Execute(QStringLiteral("INSERT INTO element VALUES ('XX_ChatBox', \"//*[@id='x']\")")));
+    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatBox'")).field(0),
+              QStringLiteral("//*[@id='x']"));
+}
+
+TEST_F(OpenFailureTest, OutsideWriterIsWaitedForButDoesNotKeepReadersWaiting) {
+    shippedStore();
+    Database database(clock_, policy_);
+    ASSERT_TRUE(database.OpenDatabase(localStore(), folder_.path()));
+    QProcess outside;
+    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), path_});
+    outside.write(
+        "begin immediate;\ninsert into outbox (wa_no) values ('1');\n.shell echo locked; sleep 0.4\ncommit;\n.quit\n");
+    ASSERT_TRUE(outside.waitForReadyRead());
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select count(*) from outbox")).field(0), QStringLiteral("0"));
+    EXPECT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no) values ('2')")));
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_no from outbox order by id desc")).field(0),
+              QStringLiteral("2"));
+    EXPECT_TRUE(outside.waitForFinished());
+}
+
+TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
+    Settings settings = mySql();
+    settings.MySQL_Server = QStringLiteral("127.0.0.1");
+    settings.Port = QStringLiteral("1");
+    for (const bool dsn : {false, true}) {
+        settings.MySQL_WithoutDSN = dsn ? QStringLiteral("N") : QStringLiteral("Y");
+        settings.dsn = QStringLiteral("no_such_source");
+        const QString said = complaint(settings);
+        EXPECT_FALSE(said.isEmpty());
+        EXPECT_FALSE(said.contains(QStringLiteral("secret")));
+        EXPECT_FALSE(said.contains(u'[')) << said.toStdString();
+    }
+    settings.dsn.clear();
+    EXPECT_TRUE(complaint(settings).contains(QStringLiteral("DSN")));
+}
+
+}  // namespace
+}  // namespace kibo

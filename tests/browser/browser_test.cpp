@@ -1,0 +1,312 @@
+#include "browser/browser.h"
+
+#include <gtest/gtest.h>
+
+#include <xcb/xcb.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+#include <cstdlib>
+
+#include "browser/webdriver/error.h"
+#include "platform/top_level_windows.h"
+#include "raw_server.h"
+
+/// With the real browser and driver, headless, each test in a program folder of its own.
+namespace kibo {
+namespace {
+
+using namespace webdriver;
+
+class ShiftedClock : public SystemClock {
+ public:
+    qint64 monotonicMs() const override { return SystemClock::monotonicMs() + shiftMs; }
+    qint64 shiftMs = 0;
+};
+
+class BrowserTest : public ::testing::Test {
+ protected:
+    BrowserTest() {
+        settings_.Headless = QStringLiteral("Y");
+        settings_.StartAddress = QStringLiteral("data:text/html,<title>start</title><p id=a>text</p>");
+    }
+    void TearDown() override {
+        browser_.quit();
+        EXPECT_TRUE(isGone()) << "processes are left behind";
+    }
+
+    Result<void> open() { return browser_.open({.settings = settings_, .profile = QStringLiteral("1")}); }
+
+    QJsonValue run(const char* script, QJsonArray arguments = {}) {
+        const auto value = browser_.client().send(ExecuteScript{QString::fromUtf8(script), std::move(arguments)});
+        EXPECT_TRUE(value) << value.failure().text;
+        return value.valueOr({});
+    }
+
+    /// Processes that have this test's program folder in their command line: the whole browser.
+    std::vector<platform::Process> browserProcesses() const {
+        std::vector<platform::Process> found;
+        const QByteArray folder = folder_.path().toLocal8Bit();
+        for (const QString& entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+            const platform::ProcessId pid = entry.toLongLong();
+            QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(entry));
+            if (pid > 0 && pid != platform::ownProcessId() && commandLine.open(QIODevice::ReadOnly) &&
+                commandLine.readAll().contains(folder)) {
+                found.push_back({pid, platform::processStartTime(pid)});
+            }
+        }
+        return found;
+    }
+
+    template <class Condition>
+    static bool eventually(Condition condition, int withinMs = 10'000) {
+        QElapsedTimer waited;
+        waited.start();
+        while (!condition()) {
+            if (waited.elapsed() > withinMs) return false;
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            QThread::msleep(10);
+        }
+        return true;
+    }
+    bool isGone() const {
+        return eventually([this] { return browserProcesses().empty(); });
+    }
+    /// What the session recorded for the next start.
+    platform::Process recorded(const char* which) const {
+        const QDir folder(folder_.filePath(QStringLiteral("profil/1")));
+        QFile file(folder.filePath(profileFiles("kibo-session-*").value(0)));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QJsonValue process = QJsonDocument::fromJson(file.readAll())[QLatin1String(which)];
+        return {process[QLatin1String("pid")].toInteger(), process[QLatin1String("started")].toString().toULongLong()};
+    }
+    QStringList profileFiles(const char* pattern) const {
+        return QDir(folder_.filePath(QStringLiteral("profil/1")))
+            .entryList({QString::fromLatin1(pattern)}, QDir::Files | QDir::System);
+    }
+
+    QTemporaryDir folder_;
+    Settings settings_;
+    ShiftedClock clock_;
+    Browser browser_{folder_.path(), clock_};
+};
+
+TEST_F(BrowserTest, OpensTheStartAddressAsTheSettingsSay) {
+    settings_.Headless = QStringLiteral("N");
+    settings_.Multi = QStringLiteral("Y");
+    QStringList order;
+    const QString profile = QStringLiteral("it's \"1\"");
+    const auto opened = browser_.open({.settings = settings_,
+                                       .profile = profile,
+                                       .readProfile =
+                                           [&] {
+                                               order << QStringLiteral("profile");
+                                               settings_.Headless =
+                                                   QStringLiteral("Y");  // without it the browser finds no display here
+                                           },
+                                       .armStepMachine =
+                                           [&] {
+                                               order << QStringLiteral("arm");
+                                               EXPECT_TRUE(browser_.windowExists());
+                                           }});
+    ASSERT_TRUE(opened) << opened.failure().text;
+    EXPECT_EQ(order, QStringList({QStringLiteral("profile"), QStringLiteral("arm")}));
+    EXPECT_EQ(run("return document.title").toString(), QStringLiteral("[it's \"1\"]"));
+    EXPECT_EQ(run("return [outerWidth, outerHeight]").toArray(), QJsonArray({800, 700}));
+    EXPECT_TRUE(run("return navigator.userAgent").toString().contains(QStringLiteral("Chrome/86.0.4240.111")));
+    EXPECT_TRUE(QDir(folder_.filePath(QStringLiteral("profil/") + profile)).exists(QStringLiteral("Default")));
+
+    const auto picture = browser_.screenshot();
+    ASSERT_TRUE(picture);
+    EXPECT_TRUE(picture.value().startsWith("\x89PNG"));
+}
+
+TEST_F(BrowserTest, QuitLeavesNothingAndTheNextSessionUsesTheSameClient) {
+    Client& client = browser_.client();
+    EXPECT_FALSE(browser_.windowExists());
+    EXPECT_TRUE(isSessionGone(client.send(GetTitle{}).failure()));
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(open());
+        EXPECT_TRUE(client.send(FindElement{{Using::Css, QStringLiteral("#a")}}));
+        EXPECT_EQ(profileFiles("kibo-session-*").size(), 1);
+        browser_.quit();
+        EXPECT_FALSE(browser_.isOpen());
+        EXPECT_TRUE(isGone());
+        EXPECT_TRUE(profileFiles("kibo-session-*").isEmpty());
+    }
+    EXPECT_TRUE(isSessionGone(client.send(GetTitle{}).failure()));
+}
+
+TEST_F(BrowserTest, ClosesWindowsThatAreNotItsOwn) {
+    ASSERT_TRUE(open());
+    run("open('data:text/html,x'); open('data:text/html,y', '', 'width=300,height=300')");
+    const auto closed = browser_.closeStrayWindows();
+    ASSERT_TRUE(closed) << closed.failure().text;
+    EXPECT_EQ(closed.value(), 2);
+    EXPECT_EQ(run("return document.title").toString(), QStringLiteral("start"));
+    EXPECT_EQ(browser_.closeStrayWindows().valueOr(-1), 0);
+
+    // Its own one closed by the operator, another one still open.
+    run("open('data:text/html,x')");
+    ASSERT_TRUE(browser_.client().send(CloseWindow{}));
+    EXPECT_FALSE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, AnIncognitoSessionUsesNoProfile) {
+    settings_.Incognito = QStringLiteral("Y");
+    ASSERT_TRUE(open());
+    EXPECT_EQ(run("return document.title").toString(), QStringLiteral("start"));
+    EXPECT_FALSE(QDir(folder_.filePath(QStringLiteral("profil"))).exists());
+    browser_.quit();
+    EXPECT_TRUE(QDir(folder_.path()).isEmpty());
+}
+
+TEST_F(BrowserTest, UsesADriverThatRunsAlready) {
+    DriverProcess driver(QStringLiteral("chromedriver"));
+    const auto address = driver.start();
+    ASSERT_TRUE(address);
+    settings_.ChromeDriver = QString::fromLatin1(address.value());
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(browser_.windowExists());
+    browser_.quit();
+    EXPECT_TRUE(isGone());
+    EXPECT_TRUE(driver.isRunning());
+}
+
+TEST_F(BrowserTest, APageThatHangsCostsItsLimitsAndIsGivenUpAfterAMinute) {
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(browser_.windowExists());
+    const auto script = browser_.client().send(ExecuteScript{QStringLiteral("for (;;) {}")});
+    ASSERT_FALSE(script);
+    EXPECT_TRUE(isError(script.failure(), ErrorCode::ScriptTimeout)) << script.failure().text;
+    // The driver itself is well: a page that only hangs its scripts is given up all the same.
+    EXPECT_TRUE(browser_.windowExists());
+    clock_.shiftMs += 61'000;
+    EXPECT_FALSE(browser_.windowExists());
+
+    // This keeps the driver busy too.
+    const auto element = browser_.client().send(FindElement{{Using::Css, QStringLiteral("#a")}});
+    ASSERT_FALSE(element);
+    EXPECT_TRUE(isTimeout(element.failure())) << element.failure().text;
+    EXPECT_FALSE(browser_.windowExists());
+    ASSERT_TRUE(open()) << "a new session takes its place";
+    EXPECT_TRUE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, AServerThatDoesntAnswerDoesntHoldTheStartUp) {
+    test::RawServer silent([](int) { return test::RawServer::Reply{}; });
+    settings_.StartAddress = QString::fromStdString(silent.address());
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, ABrowserThatCrashedIsNoticedAndReplaced) {
+    ASSERT_TRUE(open());
+    const platform::Process chrome = recorded("browser");
+    ASSERT_TRUE(platform::isRunning(chrome.id, chrome.startTime));
+    ASSERT_TRUE(platform::terminate(chrome.id, chrome.startTime, 0));
+    EXPECT_TRUE(eventually([this] { return !browser_.windowExists(); }));
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, ADriverThatCrashedTakesItsBrowserAlong) {
+    ASSERT_TRUE(open());
+    const platform::Process driver = recorded("driver");
+    ASSERT_TRUE(platform::terminate(driver.id, driver.startTime, 0));
+    EXPECT_TRUE(isGone()) << "the browser outlives its driver";
+    EXPECT_FALSE(browser_.windowExists());
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, WhatAKilledGatewayLeftIsEndedByTheNextStart) {
+    QProcess holder;
+    holder.start(QStringLiteral(KIBO_SESSION_HOLDER), {folder_.path()});
+    ASSERT_TRUE(holder.waitForReadyRead(30'000));
+    ASSERT_EQ(holder.readLine().trimmed(), QByteArray("open"));
+
+    const auto refused = open();
+    ASSERT_FALSE(refused) << "two gateways can't share a profile";
+    EXPECT_EQ(refused.failure().kind, FailureKind::InvalidArgument);
+
+    const platform::Process driver = recorded("driver");
+    const platform::Process chrome = recorded("browser");
+    holder.kill();
+    ASSERT_TRUE(holder.waitForFinished());
+    EXPECT_TRUE(platform::isRunning(chrome.id, chrome.startTime)) << "nothing to clean up: the test tests nothing";
+
+    const auto opened = open();
+    ASSERT_TRUE(opened) << opened.failure().text;
+    EXPECT_FALSE(platform::isRunning(chrome.id, chrome.startTime));
+    EXPECT_FALSE(platform::isRunning(driver.id, driver.startTime));
+    EXPECT_EQ(profileFiles("kibo-session-*").size(), 1);
+    EXPECT_TRUE(browser_.windowExists());
+}
+
+/// A display of its own, for as long as it lives.
+class VirtualDisplay {
+ public:
+    VirtualDisplay() {
+        server_.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
+        if (server_.waitForReadyRead(10'000)) qputenv("DISPLAY", ":" + server_.readLine().trimmed());
+    }
+    ~VirtualDisplay() {
+        qputenv("DISPLAY", former_);
+        server_.terminate();
+        server_.waitForFinished();
+    }
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+
+    bool shows(const char* title) const {
+        const auto window = platform::FindWindowByTitle(title);
+        if (!window) return false;
+        xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+        const auto cookie = xcb_get_window_attributes(connection, static_cast<xcb_window_t>(*window));
+        auto* attributes = xcb_get_window_attributes_reply(connection, cookie, nullptr);
+        const bool shown = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        std::free(attributes);
+        xcb_disconnect(connection);
+        return shown;
+    }
+
+ private:
+    QProcess server_;
+    QByteArray former_ = qgetenv("DISPLAY");
+};
+
+TEST_F(BrowserTest, HidesAndShowsTheBrowsersWindow) {
+    const VirtualDisplay display;
+    settings_.Headless = QStringLiteral("N");
+    settings_.StartAddress = QStringLiteral("data:text/html,<title>WhatsApp</title>");
+    ASSERT_TRUE(open());
+    ASSERT_TRUE(eventually([this] { return browser_.hideWindow(true); })) << "the window isn't found by its title";
+    EXPECT_FALSE(display.shows("WhatsApp - "));
+    EXPECT_TRUE(browser_.hideWindow(false)) << "a hidden window is found too";
+    EXPECT_TRUE(display.shows("WhatsApp - "));
+
+    run("document.title = 'another page'");
+    EXPECT_TRUE(eventually([this] { return !browser_.hideWindow(true); }));
+    browser_.quit();
+}
+
+TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
+    settings_.ChromePortable = QStringLiteral("Y");
+    settings_.ChromeBinary = QStringLiteral("/nowhere/chrome");
+    const auto opened = open();
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.failure().code, errorName(ErrorCode::SessionNotCreated)) << opened.failure().text;
+    EXPECT_NE(opened.failure().text.find("/nowhere/chrome"), std::string::npos) << opened.failure().text;
+    EXPECT_FALSE(browser_.isOpen());
+    EXPECT_TRUE(profileFiles("kibo-session-*").isEmpty());
+}
+
+}  // namespace
+}  // namespace kibo

@@ -1,0 +1,165 @@
+#include "support/mariadb_server.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+#include <stdexcept>
+
+namespace kibo::test {
+namespace {
+
+int freePort() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ::bind(fd, reinterpret_cast<sockaddr*>(&address), size);
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+    ::close(fd);
+    return ntohs(address.sin_port);
+}
+
+void write(const QString& path, const QString& text) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+        throw std::runtime_error("can't write " + path.toStdString());
+}
+
+/// Runs a program to its end and gives its output.
+QString output(const QString& program, const QStringList& arguments, const QByteArray& input = {}) {
+    QProcess process;
+    process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000) || process.exitCode() != 0)
+        throw std::runtime_error((program + u' ' + QString::fromUtf8(process.readAllStandardError())).toStdString());
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+/// The server refuses to run as root unless told to.
+QStringList asThisUser() {
+    return ::geteuid() == 0 ? QStringList{QStringLiteral("--user=root")} : QStringList{};
+}
+
+}  // namespace
+
+QString MariaDbServer::password() {
+    return QStringLiteral("pa;ss}w{örd");
+}
+
+MariaDbServer& MariaDbServer::shared() {
+    static MariaDbServer server;
+    return server;
+}
+
+MariaDbServer::MariaDbServer() : port_(freePort()) {
+    const QString data = QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data"));
+    output(QStringLiteral("mariadb-install-db"),
+           QStringList{QStringLiteral("--no-defaults"), data, QStringLiteral("--skip-test-db"),
+                       QStringLiteral("--auth-root-authentication-method=normal")} +
+               asThisUser());
+    start();
+    registerOdbc();
+    QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/app/schema/mysql.sql"));
+    if (!schema.open(QIODevice::ReadOnly)) throw std::runtime_error("no schema");
+    run(QStringLiteral(
+            "CREATE USER kibo@'%' IDENTIFIED BY '%1'; CREATE DATABASE kibo; GRANT ALL ON kibo.* TO kibo@'%'; "
+            "USE kibo;")
+            .arg(password()) +
+        QString::fromUtf8(schema.readAll()));
+}
+
+MariaDbServer::~MariaDbServer() {
+    stop();
+}
+
+void MariaDbServer::registerOdbc() {
+    write(folder_.filePath(QStringLiteral("odbcinst.ini")),
+          QStringLiteral("[MYSQL ODBC 5.1 Driver]\nDriver=libmaodbc.so\nThreading=0\n"));
+    write(folder_.filePath(QStringLiteral("odbc.ini")),
+          QStringLiteral("[kibo_test]\nDriver=MYSQL ODBC 5.1 Driver\nSERVER=127.0.0.1\nPORT=%1\nDATABASE=kibo\n")
+              .arg(port_));
+    qputenv("ODBCSYSINI", folder_.path().toUtf8());
+    qputenv("ODBCINI", folder_.filePath(QStringLiteral("odbc.ini")).toUtf8());
+}
+
+void MariaDbServer::start() {
+    // setpriv lets the kernel end the server when this program ends in any way.
+    server_.setStandardOutputFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
+    server_.setStandardErrorFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
+    server_.start(
+        QStringLiteral("setpriv"),
+        QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("mariadbd"),
+                    QStringLiteral("--no-defaults"),
+                    QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data")),
+                    QStringLiteral("--socket=") + socket(), QStringLiteral("--port=%1").arg(port_),
+                    QStringLiteral("--bind-address=127.0.0.1"), QStringLiteral("--skip-name-resolve"),
+                    QStringLiteral("--innodb-buffer-pool-size=32M"), QStringLiteral("--innodb-log-file-size=16M"),
+                    // Nothing here must survive the computer.
+                    QStringLiteral("--innodb-flush-log-at-trx-commit=0"),
+                    QStringLiteral("--innodb-flush-method=nosync"), QStringLiteral("--sync-frm=0")} +
+            asThisUser());
+    QElapsedTimer waited;
+    waited.start();
+    while (true) {
+        QProcess ping;
+        ping.start(QStringLiteral("mariadb-admin"), {QStringLiteral("--no-defaults"), QStringLiteral("-S"), socket(),
+                                                     QStringLiteral("-uroot"), QStringLiteral("ping")});
+        if (ping.waitForFinished() && ping.exitCode() == 0) return;
+        if (waited.elapsed() > 60000 || server_.state() == QProcess::NotRunning) break;
+        QThread::msleep(50);
+    }
+    QFile log(folder_.filePath(QStringLiteral("log")));
+    if (!log.open(QIODevice::ReadOnly)) throw std::runtime_error("the server wrote no log");
+    throw std::runtime_error("the server does not start: " + log.readAll().right(2000).toStdString());
+}
+
+void MariaDbServer::stop() {
+    server_.terminate();
+    if (!server_.waitForFinished(30000)) {
+        server_.kill();
+        server_.waitForFinished();
+    }
+}
+
+Settings MariaDbServer::settings(bool dsn) const {
+    Settings settings;
+    settings.UseMDB = QStringLiteral("N");
+    settings.user = QStringLiteral("kibo");
+    settings.password = password();
+    settings.MySQL_WithoutDSN = dsn ? QStringLiteral("N") : QStringLiteral("Y");
+    if (dsn) {
+        settings.dsn = QStringLiteral("kibo_test");
+        return settings;
+    }
+    settings.MySQL_Server = QStringLiteral("127.0.0.1");
+    settings.MySQL_DB = QStringLiteral("kibo");
+    settings.Port = QString::number(port_);
+    return settings;
+}
+
+QString MariaDbServer::run(const QString& sql) {
+    QStringList arguments{QStringLiteral("--no-defaults"),
+                          QStringLiteral("-S"),
+                          socket(),
+                          QStringLiteral("-uroot"),
+                          QStringLiteral("-N"),
+                          QStringLiteral("-B"),
+                          QStringLiteral("--default-character-set=utf8mb4")};
+    if (QFile::exists(folder_.filePath(QStringLiteral("data/kibo")))) arguments.append(QStringLiteral("kibo"));
+    return output(QStringLiteral("mariadb"), arguments, sql.toUtf8());
+}
+
+void MariaDbServer::empty() {
+    QString sql;
+    for (const QString& table : run(QStringLiteral("SHOW TABLES")).split(u'\n', Qt::SkipEmptyParts))
+        sql += QStringLiteral("TRUNCATE TABLE %1;").arg(table);
+    run(sql);
+}
+
+}  // namespace kibo::test

@@ -1,0 +1,184 @@
+#include <QElapsedTimer>
+
+#include "real_gateway.h"
+
+namespace kibo {
+namespace {
+
+const QString kAni = QStringLiteral("6281234567890");
+
+/// One browser for all tests here: starting it takes seconds.
+class RealBrowser : public ::testing::Test {
+ protected:
+    static void SetUpTestSuite() {
+        real = new test::RealGateway;
+        real->openStore();
+        real->connect();
+    }
+    static void TearDownTestSuite() {
+        delete real;
+        real = nullptr;
+    }
+    void SetUp() override {
+        ASSERT_NE(real, nullptr);
+        first = real->standIn.received().size();
+        failed = real->state.failedCount;
+    }
+
+    /// Texts that reached `number` since this test began.
+    QStringList arrived(const QString& number = kAni) {
+        QStringList texts;
+        const auto all = real->standIn.received();
+        for (size_t i = first; i < all.size(); ++i)
+            if (all[i].number == number.toStdString()) texts.append(QString::fromStdString(all[i].text));
+        return texts;
+    }
+    QStringList send(const QString& text) {
+        real->queue(kAni, text);
+        real->runQueue();
+        real->standIn.waitForReceived(first + 1, std::chrono::milliseconds(300));
+        return arrived();
+    }
+    int newFailures() const { return real->state.failedCount - failed; }
+    QString lastReason() const { return real->state.ms2.text(real->state.ms2.rowCount() - 1, 3); }
+
+    static inline test::RealGateway* real = nullptr;
+    size_t first = 0;
+    int failed = 0;
+};
+
+TEST_F(RealBrowser, TextsArriveAsWritten) {
+    const QString texts[] = {
+        QStringLiteral("plain"),
+        QStringLiteral("several\nlines\n\nand one empty"),
+        QStringLiteral("quotes ' \" ` \\ <b>&amp;</b> ${x} %41"),
+        QString::fromUtf8("emoji 😀👩‍👩‍👧🇮🇩 and é ﷺ"),
+        QString::fromUtf8("مرحبا بالعالم — שלום"),
+        QStringLiteral("  inner   blanks  "),
+        QString(4000, QLatin1Char('x')) + QString::fromUtf8(" 😀 end"),
+    };
+    for (const QString& text : texts) real->queue(kAni, text);
+    real->runQueue();
+    real->standIn.waitForReceived(first + std::size(texts), std::chrono::seconds(5));
+    const QStringList got = arrived();
+    ASSERT_EQ(got.size(), static_cast<qsizetype>(std::size(texts))) << newFailures() << lastReason().toStdString();
+    for (qsizetype i = 0; i < got.size(); ++i) EXPECT_EQ(got[i].trimmed(), texts[i].trimmed()) << i;
+    EXPECT_EQ(newFailures(), 0);
+}
+
+TEST_F(RealBrowser, MessageTakesFewCommands) {
+    send(QStringLiteral("warm"));
+    real->queue(kAni, QStringLiteral("counted"));
+    const quint64 before = real->browser.client().commandsSent();
+    real->gateway->machine.Timer_KIBO_Timer();
+    EXPECT_LE(real->browser.client().commandsSent() - before, 12u);
+    const quint64 idle = real->browser.client().commandsSent();
+    real->gateway->machine.Timer_KIBO_Timer();
+    EXPECT_LE(real->browser.client().commandsSent() - idle, 2u);
+}
+
+TEST_F(RealBrowser, NumberThatIsNotKnownFailsInEitherWording) {
+    for (const char* wording : {"new", "old"}) {
+        real->behave(qPrintable(QStringLiteral(R"({"unknownNumbers": ["6280000000000"], "unknownText": "%1"})")
+                                    .arg(QString::fromLatin1(wording))));
+        real->queue(QStringLiteral("6280000000000"), QStringLiteral("x"));
+        real->runQueue();
+        EXPECT_EQ(lastReason(), QStringLiteral("the number is not on WhatsApp")) << wording;
+    }
+    EXPECT_EQ(send(QStringLiteral("and goes on")).size(), 1);
+    EXPECT_EQ(newFailures(), 2);
+}
+
+TEST_F(RealBrowser, DisturbancesCostAtMostTheirOwnMessage) {
+    struct { const char* behaviour; const char* what; } const disturbances[] = {
+        {R"({"strayTab": 1})", "a tab of the page's own"},
+        {R"({"loseFocus": 1})", "focus jumps away"},
+        {R"({"swallowEnter": 1})", "Enter is ignored"},
+        {R"({"reloadAfterOpen": 1})", "page reloads in the middle"},
+        {R"({"editDelayMs": 120, "sendDelayMs": 400})", "slow editor"},
+        {R"({"reuseConversation": true})", "conversation element stays"},
+        {R"({"messageIds": "none", "editDelayMs": 0, "sendDelayMs": 0})", "nothing names the chat"},
+        {R"({"chatOpenDelayMs": {"min": 120, "max": 120}, "startingPopup": true, "reuseConversation": false, "messageIds": "phone"})", "slow chat"},
+    };
+    int sent = 0;
+    for (const auto& disturbance : disturbances) {
+        real->behave(disturbance.behaviour);
+        const size_t before = real->standIn.received().size();
+        const int failedBefore = real->state.failedCount;
+        const QString text = QString::fromLatin1(disturbance.what);
+        real->queue(kAni, text);
+        real->runQueue();
+        real->standIn.waitForReceived(before + 1, std::chrono::milliseconds(500));
+        const auto all = real->standIn.received();
+        const bool marked = real->state.failedCount > failedBefore;
+        EXPECT_EQ(all.size() - before, marked ? 0u : 1u) << disturbance.what;
+        if (all.size() > before) {
+            EXPECT_EQ(all.back().number, kAni.toStdString()) << disturbance.what;
+            EXPECT_EQ(all.back().text, disturbance.what);
+            ++sent;
+        }
+    }
+    EXPECT_GE(sent, 5);
+    real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 0}})");
+    real->tick();
+    EXPECT_EQ(real->browser.closeStrayWindows().valueOr(-1), 0) << "stray tabs have been closed";
+}
+
+TEST_F(RealBrowser, HungPageCostsALoggedSkip) {
+    real->behave(R"({"frozenMs": 4500})");
+    QElapsedTimer timer;
+    timer.start();
+    real->gateway->machine.Timer_KIBO_Timer();
+    EXPECT_LT(timer.elapsed(), 6000);
+    for (int i = 0; i < 100 && real->state.step != QStringLiteral("Queue empty"); ++i) {
+        real->tick();
+        real->clock.SystemClock::wait(100);
+    }
+    EXPECT_EQ(send(QStringLiteral("alive again")).size(), 1) << lastReason().toStdString();
+}
+
+TEST_F(RealBrowser, BannerOfAPhoneThatIsOffHoldsTheQueue) {
+    real->behave(R"({"banner": "Phone not connected"})");
+    for (int i = 0; i < 50 && real->state.status.caption == QStringLiteral("Ready"); ++i) real->tick();
+    EXPECT_EQ(real->state.status.caption, QStringLiteral("Not Connect"));
+    real->queue(kAni, QStringLiteral("held"));
+    for (int i = 0; i < 5; ++i) real->tick();
+    EXPECT_EQ(real->count("select count(*) from outbox"), 1);
+    real->behave(R"({"banner": ""})");
+    real->runQueue();
+    EXPECT_EQ(arrived(), QStringList(QStringLiteral("held")));
+}
+
+// The page opens chats after 0 to 6 s (here all times are a tenth), each opening on its own, so that chats come up
+// under later messages; most are saved contacts whose chats show a name only.
+TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {
+    real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 600}, "messageIds": "none"})");
+    for (int i = 0; i < 25; ++i) {
+        if (i % 4)
+            real->standIn.addContact(QStringLiteral("62855000%1").arg(i, 4, 10, QLatin1Char('0')).toStdString(),
+                                     "Contact " + std::to_string(i));
+    }
+    QHash<QString, QString> numberOf;
+    for (int i = 0; i < 100; ++i) {
+        const QString number = QStringLiteral("62855000%1").arg(i % 25, 4, 10, QLatin1Char('0'));
+        const QString text = QStringLiteral("message %1").arg(i);
+        numberOf[text] = number;
+        real->queue(number, text);
+    }
+    real->runQueue(20'000);
+    real->standIn.waitForReceived(first + 100 - static_cast<size_t>(newFailures()), std::chrono::seconds(3));
+    const auto all = real->standIn.received();
+    QSet<QString> seen;
+    for (size_t i = first; i < all.size(); ++i) {
+        const QString text = QString::fromStdString(all[i].text);
+        EXPECT_EQ(all[i].number, numberOf.value(text).toStdString()) << all[i].text;
+        EXPECT_FALSE(seen.contains(text)) << "twice: " << all[i].text;
+        seen.insert(text);
+    }
+    EXPECT_EQ(seen.size() + newFailures(), 100);
+    EXPECT_GT(seen.size(), 20);
+    RecordProperty("sent", static_cast<int>(seen.size()));
+}
+
+}  // namespace
+}  // namespace kibo

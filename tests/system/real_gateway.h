@@ -1,0 +1,108 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <functional>
+
+#include "app/database.h"
+#include "browser/browser.h"
+#include "browser/element_table.h"
+#include "browser/web_page.h"
+#include "engine/gateway.h"
+#include "standin/stand_in.h"
+
+namespace kibo::test {
+
+/// The system's clock, with the waits that pace the gateway shortened: what is waited for here is a page on this
+/// computer, and the stand-in's delays are shortened alike.
+class FastClock : public SystemClock {
+ public:
+    explicit FastClock(int divisor) : divisor_(divisor) {}
+    void wait(int milliseconds) override { SystemClock::wait(milliseconds / divisor_); }
+    qint64 monotonicMs() const override { return SystemClock::monotonicMs() * divisor_; }
+
+ private:
+    int divisor_;
+};
+
+/// The engine on a real store, driving a real Chrome on the stand-in page. Everything lives in one temporary folder
+/// and ends with the object.
+class RealGateway {
+ public:
+    explicit RealGateway(int divisor = 10) : clock(divisor) {
+        settings.UseMDB = QStringLiteral("Y");
+        settings.Headless = QStringLiteral("Y");
+        settings.Speed = QStringLiteral("NORMAL");
+        settings.Profil = QStringLiteral("1");
+        settings.StartAddress = QString::fromStdString(standIn.address());
+        settings.ChatAddress = QString::fromStdString(standIn.chatAddress());
+        state.cb_Profil.text = settings.Profil;
+        state.txt_DUMMY.text = kDummy;
+        QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {folder.path()});
+        standin::Behaviour behaviour = standIn.behaviour();
+        behaviour.chatOpenDelayMs = {0, 0};
+        behaviour.readyDelayMs = 0;
+        behaviour.noticeDelayMs = 0;
+        standIn.setBehaviour(behaviour);
+    }
+
+    /// Opens the embedded store.
+    void openStore() {
+        const auto opened = database.OpenDatabase(settings, folder.path());
+        ASSERT_TRUE(opened.ok()) << opened.failure().text;
+    }
+
+    /// Starts the browser and waits until the gateway is connected.
+    void connect() {
+        Database store(clock, policy);
+        const auto opened = store.OpenElementStore(folder.filePath(QStringLiteral("element.sys")));
+        ASSERT_TRUE(opened.ok()) << opened.failure().text;
+        elements = ElementTable([&store](const QString& name) {
+            return store.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
+        });
+        page.emplace(browser, elements, policy);
+        gateway.emplace(Gateway::Needs{state, settings, elements, database, *page, clock, [] { return 0.0; }});
+        const auto started = browser.open({settings, settings.Profil});
+        ASSERT_TRUE(started.ok()) << started.failure().text;
+        for (int i = 0; i < 200 && state.status.caption != QStringLiteral("Ready"); ++i) tick();
+        ASSERT_EQ(state.status.caption, QStringLiteral("Ready"));
+    }
+
+    void tick() {
+        gateway->machine.Timer_KIBO_Timer();
+        clock.wait(500);
+    }
+    int count(const char* sql) { return database.OpenRecordset(QString::fromLatin1(sql)).field(0).toInt(); }
+    void queue(const QString& number, const QString& text, int mode = 0) {
+        ASSERT_TRUE(database.execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (?, ?, ?)"),
+                                     {mode, number, text}));
+    }
+    void runQueue(int mostTicks = 2000) {
+        for (int i = 0; i < mostTicks && count("select count(*) from outbox") > 0; ++i) tick();
+        EXPECT_EQ(count("select count(*) from outbox"), 0);
+    }
+    void behave(const char* json) {
+        const auto changed = standIn.updateBehaviour(json);
+        ASSERT_TRUE(changed.ok()) << changed.failure().text;
+        clock.SystemClock::wait(300);  // the page learns of it by itself
+    }
+
+    static inline const QString kDummy = QStringLiteral("6281200009999");
+
+    QTemporaryDir folder;
+    standin::StandIn standIn;
+    FastClock clock;
+    Settings settings;
+    GatewayState state;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    ElementTable elements;
+    Browser browser{folder.path(), clock};
+    std::optional<WebPage> page;
+    std::optional<Gateway> gateway;
+};
+
+}  // namespace kibo::test
