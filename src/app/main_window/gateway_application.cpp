@@ -2,8 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QRandomGenerator>
+#include <QSaveFile>
 #include <QScopedValueRollback>
 
 #include "app/log.h"
@@ -98,8 +98,11 @@ bool GatewayApplication::showWindow() {
     if (!pictures.isEmpty()) {
         picture_ = std::make_unique<WindowPicture>(*window_, state_, pictures, [this](const QString& name) {
             if (!browser_.isOpen()) return;
-            QFile file(name);
-            if (file.open(QIODevice::WriteOnly)) file.write(page_->pagePicture());
+            const QByteArray picture = page_->pagePicture();
+            QSaveFile file(name);
+            if (picture.isEmpty() || !file.open(QIODevice::WriteOnly)) return;
+            file.write(picture);
+            file.commit();
         });
     }
     addTimers();
@@ -150,6 +153,7 @@ void GatewayApplication::cmd_OpenWA_Click() {
     state_.waurl.text.clear();
     state_.step = QStringLiteral("Starting the browser");
     window_->showState();
+    clock_.runPendingEvents();
     LaunchOptions options{settings_, state_.cb_Profil.text, state_.HideChrome.checked};
     options.armStepMachine = [this] { state_.Timer_KIBO.setEnabled(true); };
     const Result<void> opened = browser_.open(options);
@@ -232,7 +236,7 @@ void GatewayApplication::heartbeat() {
         cmd_STOP_Click();
         return;
     }
-    if (picture_) picture_->look();
+    if (picture_) edge_->run([this] { picture_->look(); });
 }
 
 }  // namespace kibo

@@ -7,6 +7,8 @@ namespace kibo {
 namespace {
 
 constexpr int kMargin = 12;
+/// White around the code, without which a phone does not find it.
+constexpr int kQuietZone = 16;
 
 }  // namespace
 
@@ -39,7 +41,7 @@ void QrBox::resizeEvent(QResizeEvent* event) {
     const int line = fontMetrics().height();
     const int width = this->width() - 2 * kMargin;
     const int texts = 4 * line + 3 * kMargin;
-    const int side = std::min(width, height() - 2 * kMargin - texts);
+    const int side = std::min(width - 2 * kQuietZone, height() - 2 * kMargin - texts);
     int top = (height() - side - texts) / 2;
     heading_.setGeometry(kMargin, top, width, line);
     top += line + kMargin;

@@ -12,7 +12,7 @@ namespace kibo {
 /// visibly.
 class StartUp {
  public:
-    /// All must outlive it. `programFolder` holds settings and stores.
+    /// `dialogs` must outlive it. `programFolder` holds settings and stores.
     StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
     QString settingsFile() const;
