@@ -62,8 +62,7 @@ TEST_P(StoreRun, EveryMessageArrivesOnceAndInOrder) {
     EXPECT_EQ(real->count("select count(distinct id) from sent"), count);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stores, StoreRun,
-                         ::testing::Values(Store::Embedded, Store::MySqlByDriver, Store::MySqlByDsn),
+INSTANTIATE_TEST_SUITE_P(Stores, StoreRun, ::testing::Values(Store::Embedded, Store::MySqlByDriver, Store::MySqlByDsn),
                          [](const auto& run) {
                              switch (run.param) {
                                  case Store::Embedded:
