@@ -134,7 +134,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(ms, "ms", 22, 400, 342, 136);
 
     build.card("shapUnsent", 384, 368, 542, 176);
-    ms2 = new QueueGrid(state.ms2, {20, 17, 27, 36}, -1, QStringLiteral("No message has failed"), area);
+    ms2 = new QueueGrid(state.ms2, {22, 11, 27, 40}, -1, QStringLiteral("No message has failed"), area);
     build.heading("lblUnsent", "&Unsent", 396, 373, 120, ms2);
     build.place(ms2, "ms2", 394, 400, 522, 136);
 
