@@ -21,7 +21,7 @@ TimerRunner::~TimerRunner() {
 }
 
 void TimerRunner::add(StateTimer& timer, std::function<void()> tick) {
-    entries_.emplace_back(new Entry{timer, std::move(tick)});
+    entries_.push_back(std::make_unique<Entry>(timer, std::move(tick)));
     Entry& entry = *entries_.back();
     entry.timer.setInterval(timer.interval());
     entry.timer.setTimerType(Qt::CoarseTimer);
