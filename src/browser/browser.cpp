@@ -20,14 +20,13 @@ constexpr int kWindowWidth = 800;
 constexpr int kWindowHeight = 700;
 
 // Chromium, which Debian has in Chrome's place, puts its own name into the titles.
-constexpr const char* kNewTabTitles[] = {"New Tab - Google Chrome", "New Tab - Chromium"};
-constexpr const char* kChatTitles[] = {"WhatsApp - Google Chrome", "WhatsApp - Chromium"};
+constexpr const char* kBrowserNames[] = {" - Google Chrome", " - Chromium"};
 
-template <std::size_t N>
-bool setVisible(const char* const (&titles)[N], bool visible) {
+/// Shows or hides the browser's window whose page has this title.
+bool setVisible(const std::string& pageTitle, bool visible) {
     if (!platform::canHideWindows()) return false;
-    for (const char* title : titles) {
-        if (const auto window = platform::FindWindowByTitle(title)) {
+    for (const char* browser : kBrowserNames) {
+        if (const auto window = platform::FindWindowByTitle(pageTitle + browser)) {
             platform::showWindow(*window, visible);
             return true;
         }
@@ -74,7 +73,7 @@ Result<void> Browser::open(const LaunchOptions& options) {
     }
     if (!incognito) removeStaleProfileLock(profile.value());
 
-    session_.emplace(Session{nullptr, records, {}, {}, {}});
+    session_.emplace(Session{nullptr, options.profile, records, {}, {}, {}});
     if (const Result<void> started = start(*session_, settings, profile.value()); !started) {
         quit();
         return started;
@@ -83,10 +82,10 @@ Result<void> Browser::open(const LaunchOptions& options) {
     if (isYes(settings.Multi)) {
         attempt(client_, ExecuteScript{QStringLiteral("document.title = '[' + arguments[0] + ']'"), {options.profile}});
     }
-    setVisible(kNewTabTitles, !options.hideWindow);
+    setVisible("New Tab", !options.hideWindow);
     attempt(client_, SetWindowRect{.x = 0, .y = 0, .width = kWindowWidth, .height = kWindowHeight});
     if (options.armStepMachine) options.armStepMachine();
-    setVisible(kChatTitles, !options.hideWindow);
+    setVisible("WhatsApp", !options.hideWindow);
     return {};
 }
 
@@ -188,7 +187,9 @@ Result<int> Browser::closeStrayWindows() {
 }
 
 bool Browser::hideWindow(bool hide) {
-    return setVisible(kChatTitles, !hide);
+    // Once connected, the gateway keeps the profile in the title.
+    return setVisible("WhatsApp", !hide) ||
+           (session_ && setVisible('[' + session_->profile.toStdString() + ']', !hide));
 }
 
 Result<QByteArray> Browser::screenshot() {

@@ -66,6 +66,7 @@ class Browser {
  private:
     struct Session {
         std::unique_ptr<DriverProcess> driver;  ///< none: the driver ran already
+        QString profile;
         SessionRecords records;
         SessionRecord record;
         QString windowHandle;  ///< of the gateway's own window

@@ -38,7 +38,9 @@ struct PageLook {
     bool hasBanner = false;
     QString banner;
     bool linkPlanted = false;
-    QString ownPicture;  ///< address of the account's own picture; empty when there is none
+    QString ownPicture;      ///< address of the account's own picture; empty when there is none
+    bool hasNotice = false;  ///< something matches XX_InvalidNumber
+    QString notice;
     OpenChat chat;
 };
 

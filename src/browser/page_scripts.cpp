@@ -86,6 +86,7 @@ QString look() {
 const qr = all('XX_QR');
 const banner = all('XX_Info');
 const own = one('XX_OwnPicture');
+const notice = one('XX_InvalidNumber');
 return {
   newChatControls: all('XX_NewChat').length,
   qrCodes: qr.length,
@@ -95,6 +96,8 @@ return {
   banner: visibleText(banner[0]).trim(),
   linkPlanted: !!link(),
   ownPicture: own ? own.getAttribute('src') || '' : '',
+  hasNotice: !!notice,
+  notice: visibleText(notice).trim(),
   chat: openChat()
 };
 )js");

@@ -104,6 +104,8 @@ PageLook WebPage::look() {
     look.banner = seen[QStringLiteral("banner")].toString();
     look.linkPlanted = seen[QStringLiteral("linkPlanted")].toBool();
     look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
+    look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
+    look.notice = seen[QStringLiteral("notice")].toString();
     look.chat = openChat(seen[QStringLiteral("chat")].toObject());
     return look;
 }

@@ -48,8 +48,8 @@ class ChatOpener {
     bool isOpen(const QString& number) const { return ledger_.isOpen(number); }
     /// False while a chat that was asked for earlier may still come up.
     bool settled() const { return ledger_.settled(clock_.monotonicMs()); }
-    /// The page refused to open `number`.
-    void refused(const QString& number) { ledger_.refused(number); }
+    /// The page shows a notice that a number can't be opened. Returns the number it is about.
+    QString refusedBy(const QString& notice) { return ledger_.refusedBy(notice); }
     /// The chat of `number` was not recognised in time.
     void notRecognised(const QString& number) { ledger_.forgetName(number); }
 

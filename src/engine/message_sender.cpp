@@ -92,8 +92,7 @@ bool MessageSender::awaitChat() {
         if (look && look->hasNotice && matchesNotice(elements_[QStringLiteral("XXInfo3")], look->notice)) {
             page_.pressEscape();
             pacing_.WA_WAIT(kSmallWaitMs);
-            if (!isNoticeForOther(look->notice)) {
-                opener_.refused(number_);
+            if (opener_.refusedBy(look->notice) == number_) {
                 SEND_FAIL(QStringLiteral("the number is not on WhatsApp"));
                 return false;
             }
@@ -119,14 +118,6 @@ bool MessageSender::CEK_FAIL(const ChatLook& look) {
         return false;
     }
     return look.hasBox && look.boxFocused && opener_.isOpen(number_);
-}
-
-bool MessageSender::isNoticeForOther(const QString& notice) const {
-    QString named;
-    for (const QChar c : notice) {
-        if (c.isDigit()) named += c;
-    }
-    return named.size() >= ChatOpener::kShortestNumber && !sameSubscriber(named, number_);
 }
 
 bool MessageSender::typeAndSend(QString text) {

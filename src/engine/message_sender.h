@@ -39,7 +39,6 @@ class MessageSender {
     bool pressEnterAndConfirm();
     bool awaitChat();
     void ESC();
-    bool isNoticeForOther(const QString& notice) const;
 
     GatewayState& state_;
     ChatPage& page_;

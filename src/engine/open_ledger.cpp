@@ -7,6 +7,9 @@
 namespace kibo {
 namespace {
 
+/// A notice with fewer digits names no number.
+constexpr int kShortestNamed = 5;
+
 /// Whether the conversation itself names this number.
 bool isNamed(const OpenChat& chat, const QString& number) {
     if (!chat.number.isEmpty()) return sameSubscriber(chat.number, number);
@@ -64,6 +67,18 @@ void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
     }
     if (!current_.isEmpty() && contradicts(chat, current_)) current_.clear();
     if (current_.isEmpty() && cameUpSinceClick_) recognise(chat);
+}
+
+QString OpenLedger::refusedBy(const QString& notice) {
+    QString number = waiting_.size() == 1 ? waiting_.front().number : lastClicked_;
+    const QString named = digitsIn(notice);
+    if (named.size() >= kShortestNamed) {
+        number = named;
+        for (const Click& click : waiting_)
+            if (sameSubscriber(named, click.number)) number = click.number;
+    }
+    settle(number);
+    return number;
 }
 
 bool OpenLedger::settled(qint64 nowMs) const {

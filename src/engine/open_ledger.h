@@ -31,8 +31,9 @@ class OpenLedger {
     void clickedBlindly(const QString& number, qint64 nowMs);
     /// The page showed this. Call with every look.
     void observe(const OpenChat& chat, qint64 nowMs);
-    /// The page said that `number` can't be opened, so nothing is awaited from that click any more.
-    void refused(const QString& number) { settle(number); }
+    /// The page says that a number can't be opened, so nothing is awaited from that click any more. Returns which:
+    /// the number that the notice names, else the only one waiting, else the one clicked last.
+    QString refusedBy(const QString& notice);
     /// `number` could not be recognised: its contact may have got another name since.
     void forgetName(const QString& number) { names_.remove(number); }
 

@@ -11,20 +11,20 @@ bool isAsciiDigit(QChar c) {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
 }
 
-QString digitsOf(const QString& text) {
-    QString digits;
-    for (const QChar c : text) {
-        if (isAsciiDigit(c)) digits += c;
-    }
-    return digits;
-}
-
 QString withoutLeadingZeros(QString digits) {
     while (digits.startsWith(QLatin1Char('0'))) digits.remove(0, 1);
     return digits;
 }
 
 }  // namespace
+
+QString digitsIn(const QString& text) {
+    QString digits;
+    for (const QChar c : text) {
+        if (isAsciiDigit(c)) digits += c;
+    }
+    return digits;
+}
 
 QString cleanedNumber(const QString& number) {
     QString cleaned = number;
@@ -49,13 +49,13 @@ bool looksLikeNumber(const QString& title) {
         return c.isSpace() || c == QLatin1Char('+') || c == QLatin1Char('-') || c == QChar(0x2011) ||
                c == QLatin1Char('(') || c == QLatin1Char(')') || c.category() == QChar::Other_Format;
     };
-    return digitsOf(title).size() >= kShortestNational &&
+    return digitsIn(title).size() >= kShortestNational &&
            std::all_of(title.begin(), title.end(), [&](QChar c) { return isAsciiDigit(c) || isFormatting(c); });
 }
 
 bool sameSubscriber(const QString& one, const QString& other) {
-    QString longer = digitsOf(one);
-    QString shorter = digitsOf(other);
+    QString longer = digitsIn(one);
+    QString shorter = digitsIn(other);
     if (longer == shorter) return !longer.isEmpty();
     if (longer.size() < shorter.size()) std::swap(longer, shorter);
     shorter = withoutLeadingZeros(shorter);

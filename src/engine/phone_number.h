@@ -13,6 +13,9 @@ QString destinationNumber(const QString& number, const QString& trunkPrefix, con
 /// Digits only, and greater than 0.
 bool isPositiveNumber(const QString& cleaned);
 
+/// The ASCII digits of a text, joined.
+QString digitsIn(const QString& text);
+
 /// Whether a chat title is a phone number rather than a name.
 bool looksLikeNumber(const QString& title);
 

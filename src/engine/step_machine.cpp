@@ -104,6 +104,12 @@ bool StepMachine::loggedIn(const PageLook& look) {
     s.cmd_STOP.enabled = true;
     s.cmd_OpenWA.enabled = false;
     s.cb_DummyContact.enabled = true;
+    // Nobody waits for this one: the dummy contact is not on WhatsApp, or a notice came late.
+    if (look.hasNotice && matchesNotice(p_.elements[QStringLiteral("XXInfo3")], look.notice)) {
+        log::warning("engine",
+                     QStringLiteral("the page can't open %1").arg(log::maskedNumber(p_.opener.refusedBy(look.notice))));
+        p_.page.pressEscape();
+    }
     if (!s.dummyOpened) {
         p_.opener.KE_DUMMY(look.ownPicture);
         s.Timer_cekURL.setEnabled(true);

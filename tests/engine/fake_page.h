@@ -74,6 +74,8 @@ class FakePage : public ChatPage {
         look.hasBanner = !banner.isEmpty();
         look.banner = banner;
         look.linkPlanted = planted_;
+        look.hasNotice = !notice_.isEmpty();
+        look.notice = notice_;
         look.chat = chat();
         return look;
     }

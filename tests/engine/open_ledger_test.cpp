@@ -131,6 +131,16 @@ TEST_F(Ledger, NameDrawnLateIsAwaitedAndAChangedOneIsNotTrusted) {
     EXPECT_FALSE(ledger.isOpen(kAni));
 }
 
+TEST_F(Ledger, NoticeIsAboutTheNumberItNames) {
+    ledger.clicked(kAni, closed(), 0);
+    ledger.clicked(kBudi, closed(), 100);
+    EXPECT_EQ(ledger.refusedBy(QStringLiteral("The number +62 811-1111-1111 isn't on WhatsApp.")), kAni);
+    EXPECT_FALSE(ledger.settled(100));
+    EXPECT_EQ(ledger.refusedBy(QStringLiteral("Phone number shared via url is invalid.")), kBudi)
+        << "the only one left";
+    EXPECT_TRUE(ledger.settled(100));
+}
+
 TEST_F(Ledger, ReloadedPageOwesNothing) {
     ledger.observe(comesUp(QStringLiteral("Somebody")), 0);
     ledger.clicked(kAni, closed(), 100);

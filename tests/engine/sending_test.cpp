@@ -98,6 +98,15 @@ TEST_F(Sending, NothingIsTakenWhileAnEarlierChatMayStillComeUp) {
     EXPECT_EQ(page.delivered[0].number, QStringLiteral("6282222222222"));
 }
 
+TEST_F(Sending, DummyThatIsNotOnWhatsAppDoesNotHoldUpTheQueue) {
+    page.unknown = {kDummy};
+    const qint64 before = clock.monotonicMs();
+    for (int i = 0; i < 5; ++i) queue(kAni, QStringLiteral("x"));
+    runQueue();
+    EXPECT_EQ(page.delivered.size(), 5u);
+    EXPECT_LT(clock.monotonicMs() - before, 5 * 4000);
+}
+
 TEST_F(Sending, TextGoesOutOnlyWhenReadBackInTheSameChat) {
     page.loseTexts = 1;
     EXPECT_EQ(sendOne(kAni, QStringLiteral("lost")), QStringLiteral("fail"));

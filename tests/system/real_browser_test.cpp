@@ -56,7 +56,7 @@ TEST_F(RealBrowser, TextsArriveAsWritten) {
         QString::fromUtf8("emoji 😀👩‍👩‍👧🇮🇩 and é ﷺ"),
         QString::fromUtf8("مرحبا بالعالم — שלום"),
         QStringLiteral("  inner   blanks  "),
-        QString(4000, QLatin1Char('x')) + QString::fromUtf8(" 😀 end"),
+        QString(65'000, QLatin1Char('x')),
     };
     for (const QString& text : texts) real->queue(kAni, text);
     real->runQueue();
