@@ -56,6 +56,8 @@ void FormLoad::fillProfileList() {
     // An instance that was started by another has its profile on the command line.
     const bool given = isYes(settings.Multi) && commandLine != QStringLiteral("0");
     state.cb_Profil.text = given ? commandLine : settings.Profil;
+    // The first start has neither a setting nor a folder, and must still be able to open the browser.
+    if (state.cb_Profil.text.isEmpty()) state.cb_Profil.text = state.cb_Profil.items.value(0, QStringLiteral("1"));
     // A new profile gets its folder only when the browser first starts with it.
     if (!state.cb_Profil.text.isEmpty() && !state.cb_Profil.items.contains(state.cb_Profil.text)) {
         state.cb_Profil.items.append(state.cb_Profil.text);
