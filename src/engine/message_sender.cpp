@@ -14,6 +14,7 @@ constexpr int kReadBackMs = 1500;
 constexpr int kReadBackMsPer1000 = 100;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 3;
+const QString kStopped = QStringLiteral("stopped by the operator");
 
 }  // namespace
 
@@ -82,6 +83,10 @@ bool MessageSender::openChat() {
 bool MessageSender::awaitChat() {
     for (int tries = 1;; ++tries) {
         pacing_.WA_WAIT(kSmallWaitMs);
+        if (clock_.waitingStopped()) {
+            SEND_FAIL(kStopped);
+            return false;
+        }
         const auto look = page_.lookAtChat(true);
         if (look) opener_.observe(look->chat, look->linkPlanted);
         if (look && look->hasNotice && matchesNotice(elements_[QStringLiteral("XXInfo3")], look->notice)) {
@@ -146,7 +151,7 @@ bool MessageSender::typeAndSend(QString text) {
         if (!box || !box->asExpected) return giveUp(QStringLiteral("the message box changed before Enter"));
     }
     if (box->chatSerial != chat_.chat.serial) return giveUp(QStringLiteral("another chat came up before Enter"));
-    if (clock_.waitingStopped()) return giveUp(QStringLiteral("stopped by the operator"));
+    if (clock_.waitingStopped()) return giveUp(kStopped);
     if (!pressEnterAndConfirm()) return giveUp(QStringLiteral("the message did not leave the message box"));
     return true;
 }

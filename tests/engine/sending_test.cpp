@@ -138,6 +138,7 @@ TEST_F(Sending, StopBeforeEnterMarksTheMessage) {
     clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(status(1), QStringLiteral("fail"));
+    EXPECT_EQ(lastReason(), QStringLiteral("stopped by the operator"));
     EXPECT_TRUE(page.delivered.empty());
     queue(kAni, QStringLiteral("y"));
     gateway.machine.Timer_KIBO_Timer();

@@ -45,6 +45,8 @@ class TimerRunner {
 
  private:
     struct Entry {
+        Entry(StateTimer& theState, std::function<void()> theTick) : state(theState), tick(std::move(theTick)) {}
+
         StateTimer& state;
         std::function<void()> tick;
         QTimer timer;
