@@ -14,6 +14,8 @@ CREATE TABLE outbox (
     wa_time DATETIME DEFAULT CURRENT_TIMESTAMP
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX outbox_due ON outbox (wa_mode, wa_time);
+-- Finds the few rows that are due before the many that are scheduled for later.
+CREATE INDEX outbox_schedule ON outbox (wa_time, wa_mode);
 
 CREATE TABLE sent (
     id BIGINT,
@@ -55,6 +57,7 @@ CREATE TABLE multi (
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX multi_queue ON multi (tipe, profil, id);
 CREATE INDEX multi_due ON multi (tipe, profil, wa_mode, wa_time);
+CREATE INDEX multi_schedule ON multi (tipe, profil, wa_time, wa_mode);
 CREATE INDEX multi_time ON multi (tipe, wa_time);
 CREATE INDEX multi_outbox ON multi (id_outbox);
 CREATE INDEX multi_no ON multi (wa_no);

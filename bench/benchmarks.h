@@ -1,0 +1,21 @@
+#pragma once
+
+#include "bench/table.h"
+
+namespace kibo::bench {
+
+/// The parts of a run. Each starts what it needs, adds its figures to the table and ends what it started. They throw
+/// std::runtime_error where something can't be measured at all.
+
+/// Loading a queue of 100,000 messages, against the database programs' own reading of it.
+void measureQueue(Table& table);
+/// A text message, against the waits that its pace demands.
+void measureMessages(Table& table);
+/// A browser command, against the same bytes sent by bare libcurl.
+void measureRoundTrips(Table& table);
+/// A long text into the message box.
+void measureComposer(Table& table);
+/// The program itself: start, and what it takes while it has nothing to do.
+void measureProgram(Table& table);
+
+}  // namespace kibo::bench
