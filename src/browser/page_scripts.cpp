@@ -44,8 +44,8 @@ const openChat = () => {
   const rows = all('XX_MessageRow');
   const ids = rows.length ? [rows[rows.length - 1].dataset.id || ''] : [];
   const picture = one('XX_HeaderPicture');
-  if (picture) ids.push(decodeURIComponent((picture.getAttribute('src') || '').split('&u=')[1] || ''));
-  const named = ids.map((id) => /(?:^|_)(\d{5,20})@c\.us/.exec(id)).filter(Boolean);
+  if (picture) ids.push(picture.getAttribute('src') || '');
+  const named = ids.map((id) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(id)).filter(Boolean);
   if (named.length) shown.number = named[0][1];
   return shown;
 };

@@ -174,7 +174,8 @@ TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
     settings.HideChrome = settings.Incognito = QStringLiteral("Y");
     ASSERT_TRUE(load(QStringLiteral("12")));
     EXPECT_EQ(tmpRows(), QStringList());
-    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("1")) << "the command line names a profile in multi-session mode only";
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("1"))
+        << "the command line names a profile in multi-session mode only";
     EXPECT_TRUE(state.HideChrome.checked);
     EXPECT_FALSE(find<QWidget>("cb_Profil")->isEnabled()) << "no profile is used in incognito mode";
     EXPECT_EQ(ini("HideChrome"), QString());
