@@ -1,20 +1,14 @@
-#include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
-#include <stdexcept>
 
 #include "store_under_test.h"
+#include "support/stores.h"
 
 namespace kibo::test {
 namespace {
 
 class SqliteStore : public StoreUnderTest {
  public:
-    SqliteStore() {
-        QProcess script;
-        script.start(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {folder_.path()});
-        if (!script.waitForFinished() || script.exitCode() != 0) throw std::runtime_error("create-stores failed");
-    }
+    SqliteStore() { createStores(folder_.path()); }
 
     Settings settings() const override {
         Settings settings;
@@ -22,17 +16,7 @@ class SqliteStore : public StoreUnderTest {
         return settings;
     }
     QString programFolder() const override { return folder_.path(); }
-    QString outside(const QString& sql) override {
-        QProcess sqlite;
-        sqlite.start(QStringLiteral("sqlite3"),
-                     {QStringLiteral("-bail"), QStringLiteral("-tabs"), QStringLiteral("-cmd"),
-                      QStringLiteral(".timeout 5000"), folder_.filePath(QStringLiteral("kb.mdb"))});
-        sqlite.write(sql.toUtf8());
-        sqlite.closeWriteChannel();
-        if (!sqlite.waitForFinished() || sqlite.exitCode() != 0)
-            throw std::runtime_error(sqlite.readAllStandardError().toStdString());
-        return QString::fromUtf8(sqlite.readAllStandardOutput());
-    }
+    QString outside(const QString& sql) override { return sqlite(folder_.filePath(QStringLiteral("kb.mdb")), sql); }
 
  private:
     QTemporaryDir folder_;

@@ -2,27 +2,25 @@
 
 #include <gtest/gtest.h>
 
-#include <xcb/xcb.h>
-
-#include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
-#include <cstdlib>
 
 #include "browser/webdriver/error.h"
 #include "platform/top_level_windows.h"
 #include "raw_server.h"
+#include "support/eventually.h"
+#include "support/processes.h"
+#include "support/virtual_display.h"
 
 /// With the real browser and driver, headless, each test in a program folder of its own.
 namespace kibo {
 namespace {
 
 using namespace webdriver;
+using test::eventually;
 
 class ShiftedClock : public SystemClock {
  public:
@@ -49,34 +47,8 @@ class BrowserTest : public ::testing::Test {
         return value.valueOr({});
     }
 
-    /// Processes that have this test's program folder in their command line: the whole browser.
-    std::vector<platform::Process> browserProcesses() const {
-        std::vector<platform::Process> found;
-        const QByteArray folder = folder_.path().toLocal8Bit();
-        for (const QString& entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-            const platform::ProcessId pid = entry.toLongLong();
-            QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(entry));
-            if (pid > 0 && pid != platform::ownProcessId() && commandLine.open(QIODevice::ReadOnly) &&
-                commandLine.readAll().contains(folder)) {
-                found.push_back({pid, platform::processStartTime(pid)});
-            }
-        }
-        return found;
-    }
-
-    template <class Condition>
-    static bool eventually(Condition condition, int withinMs = 10'000) {
-        QElapsedTimer waited;
-        waited.start();
-        while (!condition()) {
-            if (waited.elapsed() > withinMs) return false;
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(10);
-        }
-        return true;
-    }
     bool isGone() const {
-        return eventually([this] { return browserProcesses().empty(); });
+        return eventually([this] { return test::processesNaming(folder_.path()).empty(); });
     }
     /// What the session recorded for the next start.
     platform::Process recorded(const char* which) const {
@@ -195,29 +167,22 @@ TEST_F(BrowserTest, APageThatHangsCostsItsLimitsAndIsGivenUpAfterAMinute) {
     ASSERT_FALSE(element);
     EXPECT_TRUE(isTimeout(element.failure())) << element.failure().text;
     EXPECT_FALSE(browser_.windowExists());
-    ASSERT_TRUE(open()) << "a new session takes its place";
-    EXPECT_TRUE(browser_.windowExists());
-}
 
-TEST_F(BrowserTest, AServerThatDoesntAnswerDoesntHoldTheStartUp) {
     test::RawServer silent([](int) { return test::RawServer::Reply{}; });
     settings_.StartAddress = QString::fromStdString(silent.address());
-    ASSERT_TRUE(open());
+    ASSERT_TRUE(open()) << "a new session takes its place; a server that doesn't answer doesn't hold the start-up";
     EXPECT_TRUE(browser_.windowExists());
 }
 
-TEST_F(BrowserTest, ABrowserThatCrashedIsNoticedAndReplaced) {
+TEST_F(BrowserTest, ABrowserOrDriverThatCrashedIsNoticedAndReplaced) {
     ASSERT_TRUE(open());
     const platform::Process chrome = recorded("browser");
     ASSERT_TRUE(platform::isRunning(chrome.id, chrome.startTime));
     ASSERT_TRUE(platform::terminate(chrome.id, chrome.startTime, 0));
     EXPECT_TRUE(eventually([this] { return !browser_.windowExists(); }));
+
     ASSERT_TRUE(open());
     EXPECT_TRUE(browser_.windowExists());
-}
-
-TEST_F(BrowserTest, ADriverThatCrashedTakesItsBrowserAlong) {
-    ASSERT_TRUE(open());
     const platform::Process driver = recorded("driver");
     ASSERT_TRUE(platform::terminate(driver.id, driver.startTime, 0));
     EXPECT_TRUE(isGone()) << "the browser outlives its driver";
@@ -250,47 +215,19 @@ TEST_F(BrowserTest, WhatAKilledGatewayLeftIsEndedByTheNextStart) {
     EXPECT_TRUE(browser_.windowExists());
 }
 
-/// A display of its own, for as long as it lives.
-class VirtualDisplay {
- public:
-    VirtualDisplay() {
-        server_.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
-        if (server_.waitForReadyRead(10'000)) qputenv("DISPLAY", ":" + server_.readLine().trimmed());
-    }
-    ~VirtualDisplay() {
-        qputenv("DISPLAY", former_);
-        server_.terminate();
-        server_.waitForFinished();
-    }
-    VirtualDisplay(const VirtualDisplay&) = delete;
-    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
-
-    bool shows(const char* title) const {
-        const auto window = platform::FindWindowByTitle(title);
-        if (!window) return false;
-        xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-        const auto cookie = xcb_get_window_attributes(connection, static_cast<xcb_window_t>(*window));
-        auto* attributes = xcb_get_window_attributes_reply(connection, cookie, nullptr);
-        const bool shown = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-        std::free(attributes);
-        xcb_disconnect(connection);
-        return shown;
-    }
-
- private:
-    QProcess server_;
-    QByteArray former_ = qgetenv("DISPLAY");
-};
-
 TEST_F(BrowserTest, HidesAndShowsTheBrowsersWindow) {
-    const VirtualDisplay display;
+    const test::VirtualDisplay display;
     settings_.Headless = QStringLiteral("N");
     settings_.StartAddress = QStringLiteral("data:text/html,<title>WhatsApp</title>");
     ASSERT_TRUE(open());
+    const auto shown = [](const char* title) {
+        const auto window = platform::FindWindowByTitle(title);
+        return window && test::XClient().isViewable(static_cast<xcb_window_t>(*window));
+    };
     ASSERT_TRUE(eventually([this] { return browser_.hideWindow(true); })) << "the window isn't found by its title";
-    EXPECT_FALSE(display.shows("WhatsApp - "));
+    EXPECT_FALSE(shown("WhatsApp - "));
     EXPECT_TRUE(browser_.hideWindow(false)) << "a hidden window is found too";
-    EXPECT_TRUE(display.shows("WhatsApp - "));
+    EXPECT_TRUE(shown("WhatsApp - "));
 
     run("document.title = '[1]'");  // as the gateway keeps it once connected
     EXPECT_TRUE(eventually([this] { return browser_.hideWindow(false); }));

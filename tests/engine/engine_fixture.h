@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <random>
 
@@ -12,6 +11,7 @@
 #include "browser/element_table.h"
 #include "engine/gateway.h"
 #include "fake_page.h"
+#include "support/stores.h"
 
 namespace kibo::test {
 
@@ -35,8 +35,7 @@ class Engine : public ::testing::Test {
     static QString emptyStore() {
         static const QTemporaryDir made;
         const QString file = made.filePath(QStringLiteral("kb.mdb"));
-        if (!QFile::exists(file))
-            QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {made.path()});
+        if (!QFile::exists(file)) createStores(made.path());
         return file;
     }
 

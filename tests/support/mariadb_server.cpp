@@ -9,6 +9,8 @@
 #include <QThread>
 #include <stdexcept>
 
+#include "support/stores.h"
+
 namespace kibo::test {
 namespace {
 
@@ -30,17 +32,6 @@ void write(const QString& path, const QString& text) {
         throw std::runtime_error("can't write " + path.toStdString());
 }
 
-/// Runs a program to its end and gives its output.
-QString output(const QString& program, const QStringList& arguments, const QByteArray& input = {}) {
-    QProcess process;
-    process.start(program, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitCode() != 0)
-        throw std::runtime_error((program + u' ' + QString::fromUtf8(process.readAllStandardError())).toStdString());
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
 /// The server refuses to run as root unless told to.
 QStringList asThisUser() {
     return ::geteuid() == 0 ? QStringList{QStringLiteral("--user=root")} : QStringList{};
@@ -59,10 +50,10 @@ MariaDbServer& MariaDbServer::shared() {
 
 MariaDbServer::MariaDbServer() : port_(freePort()) {
     const QString data = QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data"));
-    output(QStringLiteral("mariadb-install-db"),
-           QStringList{QStringLiteral("--no-defaults"), data, QStringLiteral("--skip-test-db"),
-                       QStringLiteral("--auth-root-authentication-method=normal")} +
-               asThisUser());
+    outputOf(QStringLiteral("mariadb-install-db"),
+             QStringList{QStringLiteral("--no-defaults"), data, QStringLiteral("--skip-test-db"),
+                         QStringLiteral("--auth-root-authentication-method=normal")} +
+                 asThisUser());
     start();
     registerOdbc();
     QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/app/schema/mysql.sql"));
@@ -127,8 +118,7 @@ void MariaDbServer::stop() {
     }
 }
 
-Settings MariaDbServer::settings(bool dsn) const {
-    Settings settings;
+Settings MariaDbServer::settings(bool dsn, Settings settings) const {
     settings.UseMDB = QStringLiteral("N");
     settings.user = QStringLiteral("kibo");
     settings.password = password();
@@ -152,7 +142,7 @@ QString MariaDbServer::run(const QString& sql) {
                           QStringLiteral("-B"),
                           QStringLiteral("--default-character-set=utf8mb4")};
     if (QFile::exists(folder_.filePath(QStringLiteral("data/kibo")))) arguments.append(QStringLiteral("kibo"));
-    return output(QStringLiteral("mariadb"), arguments, sql.toUtf8());
+    return outputOf(QStringLiteral("mariadb"), arguments, sql);
 }
 
 void MariaDbServer::empty() {

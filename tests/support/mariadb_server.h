@@ -20,8 +20,8 @@ class MariaDbServer {
     MariaDbServer();
     ~MariaDbServer();
 
-    /// Settings of the main store: with data source name, or with driver name and server.
-    Settings settings(bool dsn) const;
+    /// `settings` with this server as the main store: with data source name, or with driver name and server.
+    Settings settings(bool dsn, Settings settings = {}) const;
 
     /// Runs statements in the mariadb program, as outside programs do; gives its output (tab-separated).
     QString run(const QString& sql);

@@ -1,15 +1,14 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
-#include <functional>
 
 #include "standin/stand_in.h"
+#include "support/eventually.h"
+#include "support/processes.h"
+#include "support/stores.h"
 
 namespace kibo {
 namespace {
@@ -21,7 +20,7 @@ class Program : public ::testing::Test {
         standin::Behaviour behaviour = standIn_.behaviour();
         behaviour.chatOpenDelayMs = {0, 0};
         standIn_.setBehaviour(behaviour);
-        QProcess::execute(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {home_.path()});
+        test::createStores(home_.path());
         QFile ini(home_.filePath(QStringLiteral("kibo.ini")));
         EXPECT_TRUE(ini.open(QIODevice::WriteOnly));
         ini.write(QByteArrayLiteral("[DB]\nUseMDB=Y\n[kibo]\nProfil=1\nAutoStart=Y\nHeadless=Y\nSpeed=NORMAL\n"));
@@ -31,7 +30,7 @@ class Program : public ::testing::Test {
     ~Program() override {
         program_.kill();
         program_.waitForFinished();
-        for (const qint64 left : processes()) ::kill(static_cast<pid_t>(left), SIGKILL);
+        for (const auto& left : processes()) ::kill(static_cast<pid_t>(left.id), SIGKILL);
     }
 
     void start() {
@@ -44,31 +43,9 @@ class Program : public ::testing::Test {
     }
     void insert(const char* text) {
         const QString sql = QStringLiteral("insert into outbox (wa_no, wa_text) values ('6281234567890', '%1')");
-        ASSERT_EQ(QProcess::execute(QStringLiteral("sqlite3"),
-                                    {QStringLiteral("-cmd"), QStringLiteral(".timeout 5000"),
-                                     home_.filePath(QStringLiteral("kb.mdb")), sql.arg(QString::fromLatin1(text))}),
-                  0);
+        test::sqlite(home_.filePath(QStringLiteral("kb.mdb")), sql.arg(QString::fromLatin1(text)));
     }
-    /// Processes that name the program's folder on their command line: drivers, browsers and their helpers.
-    QList<qint64> processes() const {
-        QList<qint64> found;
-        const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-        for (const QString& entry : entries) {
-            QFile line(QStringLiteral("/proc/%1/cmdline").arg(entry));
-            if (entry.toLongLong() > 0 && line.open(QIODevice::ReadOnly) && line.readAll().contains(home_.path().toUtf8()))
-                found.append(entry.toLongLong());
-        }
-        return found;
-    }
-    static bool eventually(const std::function<bool()>& condition, int seconds) {
-        QElapsedTimer timer;
-        timer.start();
-        while (!condition()) {
-            if (timer.elapsed() > seconds * 1000) return false;
-            QThread::msleep(50);
-        }
-        return true;
-    }
+    std::vector<platform::Process> processes() const { return test::processesNaming(home_.path()); }
     QByteArray log() const {
         QFile file(home_.filePath(QStringLiteral("kibo.log")));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -83,23 +60,24 @@ TEST_F(Program, SendsWhatIsInsertedStopsCleanlyAndRecoversFromBeingKilled) {
     start();
     insert("a private text");
     ASSERT_TRUE(standIn_.waitForReceived(1, std::chrono::seconds(60))) << log().toStdString();
-    EXPECT_FALSE(processes().isEmpty());
+    EXPECT_FALSE(processes().empty());
 
     // Killed, it leaves its browser behind; the next start of the profile ends that one and goes on.
     program_.kill();
     program_.waitForFinished();
-    const QList<qint64> left = processes();
-    ASSERT_FALSE(left.isEmpty());
+    const auto left = processes();
+    ASSERT_FALSE(left.empty());
     start();
     insert("second");
     ASSERT_TRUE(standIn_.waitForReceived(2, std::chrono::seconds(60))) << log().toStdString();
-    for (const qint64 id : processes()) EXPECT_FALSE(left.contains(id)) << "left over from before: " << id;
+    for (const auto& old : left) EXPECT_FALSE(platform::isRunning(old.id, old.startTime)) << "left over from before";
 
     program_.terminate();
     ASSERT_TRUE(program_.waitForFinished(15'000));
     EXPECT_EQ(program_.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program_.exitCode(), 0);
-    EXPECT_TRUE(eventually([this] { return processes().isEmpty(); }, 5)) << processes().size() << " processes left";
+    EXPECT_TRUE(test::eventually([this] { return processes().empty(); }, 5'000))
+        << processes().size() << " processes left";
     EXPECT_EQ(standIn_.received().size(), 2u);
 
     // The log names ids and durations, never texts or whole numbers.

@@ -8,20 +8,9 @@ namespace {
 
 const QString kAni = QStringLiteral("6281234567890");
 
-/// One browser for all tests here: starting it takes seconds.
-class RealBrowser : public ::testing::Test {
+class RealBrowser : public test::OnRealGateway<10> {
  protected:
-    static void SetUpTestSuite() {
-        real = new test::RealGateway;
-        real->openStore();
-        real->connect();
-    }
-    static void TearDownTestSuite() {
-        delete real;
-        real = nullptr;
-    }
     void SetUp() override {
-        ASSERT_NE(real, nullptr);
         first = real->standIn.received().size();
         failed = real->state.failedCount;
     }
@@ -43,7 +32,6 @@ class RealBrowser : public ::testing::Test {
     int newFailures() const { return real->state.failedCount - failed; }
     QString lastReason() const { return real->state.ms2.text(real->state.ms2.rowCount() - 1, 3); }
 
-    static inline test::RealGateway* real = nullptr;
     size_t first = 0;
     int failed = 0;
 };
@@ -124,6 +112,8 @@ TEST_F(RealBrowser, DisturbancesCostAtMostTheirOwnMessage) {
         }
     }
     EXPECT_GE(sent, 5);
+    const standin::Behaviour left = real->standIn.behaviour();
+    EXPECT_EQ(left.strayTab + left.loseFocus + left.swallowEnter + left.reloadAfterOpen, 0) << "not disturbed at all";
     real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 0}})");
     real->tick();
     EXPECT_EQ(real->browser.closeStrayWindows().valueOr(-1), 0) << "stray tabs have been closed";

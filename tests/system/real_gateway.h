@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
-#include <functional>
+#include <memory>
 
 #include "app/database.h"
 #include "browser/browser.h"
@@ -13,6 +12,7 @@
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "standin/stand_in.h"
+#include "support/stores.h"
 
 namespace kibo::test {
 
@@ -38,7 +38,7 @@ class RealGateway {
         return wanted > 0 ? wanted : usual;
     }
 
-    explicit RealGateway(int divisor = speed(10)) : clock(divisor) {
+    explicit RealGateway(int divisor) : clock(divisor) {
         settings.UseMDB = QStringLiteral("Y");
         settings.Headless = QStringLiteral("Y");
         settings.Speed = QStringLiteral("NORMAL");
@@ -47,9 +47,7 @@ class RealGateway {
         settings.ChatAddress = QString::fromStdString(standIn.chatAddress());
         state.cb_Profil.text = settings.Profil;
         state.txt_DUMMY.text = kDummy;
-        QProcess create;  // says what it made
-        create.start(QStringLiteral(KIBO_SOURCE_DIR "/scripts/create-stores"), {folder.path()});
-        create.waitForFinished();
+        createStores(folder.path());
         standin::Behaviour behaviour = standIn.behaviour();
         behaviour.chatOpenDelayMs = {0, 0};
         behaviour.readyDelayMs = 0;
@@ -111,6 +109,22 @@ class RealGateway {
     Browser browser{folder.path(), clock};
     std::optional<WebPage> page;
     std::optional<Gateway> gateway;
+};
+
+/// Tests that share one connected gateway, since starting its browser takes seconds. `usualSpeed`: see
+/// RealGateway::speed.
+template <int usualSpeed, class Base = ::testing::Test>
+class OnRealGateway : public Base {
+ protected:
+    static void SetUpTestSuite() {
+        real = std::make_unique<RealGateway>(RealGateway::speed(usualSpeed));
+        real->openStore();
+        real->connect();
+        ASSERT_EQ(real->state.status.caption, QStringLiteral("Ready"));
+    }
+    static void TearDownTestSuite() { real.reset(); }
+
+    static inline std::unique_ptr<RealGateway> real;
 };
 
 }  // namespace kibo::test

@@ -10,40 +10,21 @@ int messages() {
     return wanted > 0 ? wanted : 40;
 }
 
-enum class Store { Embedded, MySqlByDriver, MySqlByDsn };
+enum Store { Embedded, MySqlByDriver, MySqlByDsn };
+constexpr const char* kStoreNames[] = {"Embedded", "MySqlByDriver", "MySqlByDsn"};
 
-/// One browser and one page for all stores; the gateway changes the store under them.
-class StoreRun : public ::testing::TestWithParam<Store> {
+/// The gateway changes the store under its browser and page.
+class StoreRun : public test::OnRealGateway<100, ::testing::TestWithParam<Store>> {
  protected:
-    static void SetUpTestSuite() {
-        real = new test::RealGateway(test::RealGateway::speed(100));
-        real->openStore();
-        real->connect();
-    }
-    static void TearDownTestSuite() {
-        delete real;
-        real = nullptr;
-    }
     void SetUp() override {
-        ASSERT_NE(real, nullptr);
         real->standIn.reset();
         real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 0}, "readyDelayMs": 0})");
-        if (GetParam() == Store::Embedded) return;
+        if (GetParam() == Embedded) return;
         test::MariaDbServer& server = test::MariaDbServer::shared();
         server.empty();
-        const Settings store = server.settings(GetParam() == Store::MySqlByDsn);
-        real->settings.UseMDB = store.UseMDB;
-        real->settings.dsn = store.dsn;
-        real->settings.user = store.user;
-        real->settings.password = store.password;
-        real->settings.MySQL_WithoutDSN = store.MySQL_WithoutDSN;
-        real->settings.MySQL_Server = store.MySQL_Server;
-        real->settings.MySQL_DB = store.MySQL_DB;
-        real->settings.Port = store.Port;
+        real->settings = server.settings(GetParam() == MySqlByDsn, real->settings);
         real->openStore();
     }
-
-    static inline test::RealGateway* real = nullptr;
 };
 
 TEST_P(StoreRun, EveryMessageArrivesOnceAndInOrder) {
@@ -62,18 +43,8 @@ TEST_P(StoreRun, EveryMessageArrivesOnceAndInOrder) {
     EXPECT_EQ(real->count("select count(distinct id) from sent"), count);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stores, StoreRun, ::testing::Values(Store::Embedded, Store::MySqlByDriver, Store::MySqlByDsn),
-                         [](const auto& run) {
-                             switch (run.param) {
-                                 case Store::Embedded:
-                                     return "Embedded";
-                                 case Store::MySqlByDriver:
-                                     return "MySqlByDriver";
-                                 case Store::MySqlByDsn:
-                                     return "MySqlByDsn";
-                             }
-                             return "";
-                         });
+INSTANTIATE_TEST_SUITE_P(Stores, StoreRun, ::testing::Values(Embedded, MySqlByDriver, MySqlByDsn),
+                         [](const auto& store) { return kStoreNames[store.param]; });
 
 }  // namespace
 }  // namespace kibo
