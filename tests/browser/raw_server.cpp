@@ -85,12 +85,10 @@ void RawServer::serve(int connection) {
     for (;;) {
         std::string request = readRequest(connection);
         if (request.empty()) return;
-        int number = 0;
-        {
-            const std::lock_guard lock(mutex_);
-            number = static_cast<int>(requests_.size());
-            requests_.push_back(std::move(request));
-        }
+        std::unique_lock lock(mutex_);
+        const int number = static_cast<int>(requests_.size());
+        requests_.push_back(std::move(request));
+        lock.unlock();
         const Reply reply = handler_(number);
         ::send(connection, reply.bytes.data(), reply.bytes.size(), MSG_NOSIGNAL);
         if (reply.then == Reply::Then::Close) {

@@ -7,24 +7,19 @@
 namespace kibo::platform {
 namespace {
 
-TEST(Machine, joinsWithOneSeparator) {
+TEST(Machine, joinsPathsAndKnowsItsOwnFileAndMemory) {
     const std::string joined = std::string("folder") + pathSeparator() + "kibo.ini";
     EXPECT_EQ(joinPath("folder", "kibo.ini"), joined);
     EXPECT_EQ(joinPath("folder/", "kibo.ini"), joined);
     EXPECT_EQ(joinPath("folder", std::string(1, pathSeparator()) + "kibo.ini"), joined);
     EXPECT_EQ(joinPath("", "kibo.ini"), "kibo.ini");
     EXPECT_EQ(joinPath("/", "kibo.ini"), "/kibo.ini");
-}
 
-TEST(Machine, knowsItsOwnFileAndFolder) {
     ASSERT_EQ(environment("KIBO_HOME"), "");
     const std::filesystem::path file = executableFile();
     EXPECT_TRUE(std::filesystem::exists(file)) << file;
     EXPECT_EQ(file.stem(), "platform_test");
     EXPECT_EQ(programFolder(), file.parent_path().string());
-}
-
-TEST(Machine, reportsItsMemory) {
     EXPECT_GT(residentMemoryBytes(), 100u * 1024);
     EXPECT_LT(residentMemoryBytes(), std::uint64_t{4} << 30);
 }

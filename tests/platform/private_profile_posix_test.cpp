@@ -15,18 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(PrivateProfileFile, neverCutsInsideACharacter) {
-    const TemporaryFolder folder;
-    const std::string file = folder.file("kibo.ini");
-    // 48 single bytes, then a character of two and one of four.
-    const std::string ascii(48, 'x');
-    writeContent(file, "[kibo]\nA=" + ascii + "\xC3\xA9\nB=" + ascii + "\xF0\x9F\x98\x80\nC=" + ascii + "yz\n");
-    EXPECT_EQ(readPrivateProfileString("kibo", "A", file, 49), ascii);
-    EXPECT_EQ(readPrivateProfileString("kibo", "A", file, 50), ascii + "\xC3\xA9");
-    EXPECT_EQ(readPrivateProfileString("kibo", "B", file, 51), ascii);
-    EXPECT_EQ(readPrivateProfileString("kibo", "C", file, 49), ascii + "y");
-}
-
 TEST(PrivateProfileFile, keepsLineFeedsBlankLinesAndTheByteOrderMark) {
     const TemporaryFolder folder;
     const std::string file = folder.file("kibo.ini");

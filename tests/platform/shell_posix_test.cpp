@@ -60,15 +60,13 @@ TEST_F(Shell, tellsAProgramThatCannotStart) {
     EXPECT_EQ(startProgram("broken").failure().kind, FailureKind::Io);
 }
 
-TEST_F(Shell, asksForRightsBeforeAnElevatedStart) {
+TEST_F(Shell, asksForRightsAndOpensThroughTheDesktop) {
     addScript("pkexec", reporting());
     ASSERT_TRUE(runElevated("/opt/check", "one \"two  words\" \"\"", ShowMode::Hidden).ok());
     EXPECT_EQ(awaitContent(folder_.file("said")), "[/opt/check][one][two  words][]");
-}
-
-TEST_F(Shell, opensThroughTheDesktopAndTakesNoOptions) {
+    std::filesystem::remove(folder_.file("said"));
     addScript("xdg-open", reporting());
-    EXPECT_EQ(openForOperator("--help").failure().kind, FailureKind::InvalidArgument);
+    EXPECT_EQ(openForOperator("--help").failure().kind, FailureKind::InvalidArgument) << "no options are taken";
     EXPECT_FALSE(openForOperator("").ok());
     ASSERT_TRUE(openForOperator("https://example.org/?a=1&b=2").ok());
     EXPECT_EQ(awaitContent(folder_.file("said")), "[https://example.org/?a=1&b=2]");
