@@ -4,24 +4,16 @@
 namespace kibo::test {
 namespace {
 
-class MySqlStore : public StoreUnderTest {
- public:
-    explicit MySqlStore(bool dsn) : dsn_(dsn) { server_.empty(); }
-
-    Settings settings() const override { return server_.settings(dsn_); }
-    QString programFolder() const override { return QStringLiteral("/nowhere"); }
-    QString outside(const QString& sql) override { return server_.run(sql); }
-
- private:
-    MariaDbServer& server_ = MariaDbServer::shared();
-    const bool dsn_;
-};
+StoreUnderTest emptied(bool dsn) {
+    MariaDbServer& server = MariaDbServer::shared();
+    server.empty();
+    return {server.settings(dsn), QStringLiteral("/nowhere"), [&](const QString& sql) { return server.run(sql); }};
+}
 
 }  // namespace
 
 std::vector<StoreChoice> storeChoices() {
-    return {{"MySqlDriver", [] { return std::unique_ptr<StoreUnderTest>(new MySqlStore(false)); }},
-            {"MySqlDsn", [] { return std::unique_ptr<StoreUnderTest>(new MySqlStore(true)); }}};
+    return {{"MySqlDriver", [] { return emptied(false); }}, {"MySqlDsn", [] { return emptied(true); }}};
 }
 
 }  // namespace kibo::test

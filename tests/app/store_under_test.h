@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include <QString>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,23 +9,17 @@
 
 namespace kibo::test {
 
-/// One kind of main store, as the shared cases see it.
-class StoreUnderTest {
- public:
-    StoreUnderTest() = default;
-    StoreUnderTest(const StoreUnderTest&) = delete;
-    StoreUnderTest& operator=(const StoreUnderTest&) = delete;
-    virtual ~StoreUnderTest() = default;
-
-    virtual Settings settings() const = 0;
-    virtual QString programFolder() const = 0;
+/// One kind of main store, with the shipped schema and no rows, as the shared cases see it.
+struct StoreUnderTest {
+    Settings settings;
+    QString programFolder;
     /// Runs statements in the store's own program, as outside programs do; gives its output (tab-separated).
-    virtual QString outside(const QString& sql) = 0;
+    std::function<QString(const QString& sql)> outside;
 };
 
 struct StoreChoice {
     std::string name;
-    std::unique_ptr<StoreUnderTest> (*make)();  ///< with the shipped schema and no rows
+    StoreUnderTest (*make)();
 };
 
 /// The stores that this test program was linked for.

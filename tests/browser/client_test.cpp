@@ -72,18 +72,14 @@ TEST(CurlTransport, RepeatsWhatHasNoEffectWhenItsConnectionBreaksAndNothingElse)
     EXPECT_EQ(idle.requests().size(), 3u);
 }
 
-TEST(CurlTransport, SilenceCostsTheTimeLimitAndNoMore) {
-    RawServer server([](int number) { return number == 0 ? Reply{} : Reply{ok()}; });
-    const auto transport = transportTo(server);
-    const auto begin = std::chrono::steady_clock::now();
-    const auto silent = transport->send(Method::Post, "/a", "{}", 150);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
-    ASSERT_FALSE(silent);
-    EXPECT_TRUE(isTimeout(silent.failure()));
+TEST(CurlTransport, FailsOnSilenceInTimeOnBrokenAnswersAndWhereNobodyListens) {
+    RawServer silent([](int number) { return number == 0 ? Reply{} : Reply{ok()}; });
+    const auto transport = transportTo(silent);
+    const auto unanswered = transport->send(Method::Post, "/a", "{}", 150);
+    ASSERT_FALSE(unanswered);
+    EXPECT_TRUE(isTimeout(unanswered.failure()));
     EXPECT_TRUE(transport->send(Method::Post, "/b", "{}", 2000)) << "a late answer isn't taken for the next one";
-}
 
-TEST(CurlTransport, FailsWhereNobodyListensOrTheAnswerBreaksOff) {
     std::string address;
     {
         const RawServer gone([](int) { return Reply{}; });

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include "support/eventually.h"
 
 namespace kibo {
 namespace {
@@ -82,10 +82,7 @@ TEST_F(DriverProcessTest, ChromeDriverStartsAndItsDeathIsNoticed) {
     const platform::Process process = driver.process();
     ASSERT_TRUE(platform::terminate(process.id, process.startTime, 0));
     EXPECT_FALSE(driver.isRunning());
-    QElapsedTimer waited;
-    waited.start();
-    while (!exited && waited.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    EXPECT_TRUE(exited);
+    EXPECT_TRUE(test::eventually([&] { return exited; }));
 
     EXPECT_TRUE(driver.start()) << "it can be started anew";
 }

@@ -12,27 +12,18 @@ const QString kProfile = QStringLiteral("/k/profil/1");
 
 TEST(Launch, ArgumentsFollowTheSettings) {
     Settings settings;
-    const QStringList always =
-        QStringLiteral(
-            "--no-sandbox --disable-gpu --disable-extensions --disable-plugins --process-per-site --process-per-tab "
-            "--site-per-process --disable-setuid-sandbox --disable-dev-shm-usage --disable-accelerated-2d-canvas "
-            "--no-first-run")
-            .split(u' ');
-    const QString profile = QStringLiteral("--user-data-dir=/k/profil/1");
-    EXPECT_EQ(launchArguments(settings, kProfile), always + QStringList{profile});
-
+    const QStringList usual = launchArguments(settings, kProfile);
+    EXPECT_EQ(usual.first(), QStringLiteral("--no-sandbox"));
+    EXPECT_EQ(usual.last(), QStringLiteral("--user-data-dir=/k/profil/1"));
     settings.NoSandBox = kYes;
-    const QStringList again{QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu")};
-    EXPECT_EQ(launchArguments(settings, kProfile), always + again + QStringList{profile});
+    EXPECT_EQ(launchArguments(settings, kProfile).size(), usual.size() + 2);
 
     // Headless replaces the other set, and incognito leaves the profile out.
-    settings.Headless = kYes;
-    settings.Incognito = kYes;
-    const QStringList headless = launchArguments(settings, kProfile).mid(always.size());
-    ASSERT_EQ(headless.size(), 4);
-    EXPECT_EQ(headless.mid(0, 3), QStringList({QStringLiteral("--headless"), QStringLiteral("--disable-gpu"),
-                                               QStringLiteral("--no-sandbox")}));
-    EXPECT_TRUE(headless[3].startsWith(QStringLiteral("user-agent=Mozilla/5.0 (Windows NT 6.3; Win64; x64) ")));
+    settings.Headless = settings.Incognito = kYes;
+    const QStringList headless = launchArguments(settings, kProfile);
+    EXPECT_EQ(headless.size(), usual.size() + 3);
+    EXPECT_TRUE(headless.contains(QStringLiteral("--headless")));
+    EXPECT_TRUE(headless.last().startsWith(QStringLiteral("user-agent=Mozilla/5.0 (Windows NT 6.3; Win64; x64) ")));
 }
 
 TEST(Launch, BinaryIsSetForAPortableChromeOnly) {

@@ -37,20 +37,14 @@ class GeneratedRows : public RowSource {
     QString text(int row, int column) const override {
         ++reads;
         const int id = firstId_ + row;
-        switch (column) {
-            case 0:
-                return QStringLiteral("0");
-            case 1:
-                return QStringLiteral("62812%1").arg(id, 8, 10, QLatin1Char('0'));
-            case 2:
-                return QStringLiteral("Message %1\nsecond line").arg(id);
-            case 5:
-                return QStringLiteral("2026-01-05 10:00:00");
-            case 6:
-                return QString::number(id);
-            default:
-                return {};
-        }
+        const QString texts[] = {QStringLiteral("0"),
+                                 QStringLiteral("62812%1").arg(id, 8, 10, QLatin1Char('0')),
+                                 QStringLiteral("Message %1\nsecond line").arg(id),
+                                 {},
+                                 {},
+                                 {},
+                                 QString::number(id)};
+        return texts[column];
     }
 
     mutable int reads = 0;

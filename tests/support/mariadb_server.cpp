@@ -83,24 +83,21 @@ void MariaDbServer::start() {
     // setpriv lets the kernel end the server when this program ends in any way.
     server_.setStandardOutputFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
     server_.setStandardErrorFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
-    server_.start(
-        QStringLiteral("setpriv"),
-        QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("mariadbd"),
-                    QStringLiteral("--no-defaults"),
-                    QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data")),
-                    QStringLiteral("--socket=") + socket(), QStringLiteral("--port=%1").arg(port_),
-                    QStringLiteral("--bind-address=127.0.0.1"), QStringLiteral("--skip-name-resolve"),
-                    QStringLiteral("--innodb-buffer-pool-size=32M"), QStringLiteral("--innodb-log-file-size=16M"),
-                    // Nothing here must survive the computer.
-                    QStringLiteral("--innodb-flush-log-at-trx-commit=0"),
-                    QStringLiteral("--innodb-flush-method=nosync"), QStringLiteral("--sync-frm=0")} +
-            asThisUser());
+    // Nothing here must survive the computer, so nothing is flushed.
+    const QString arguments = QStringLiteral(
+        "--pdeathsig KILL mariadbd --no-defaults --bind-address=127.0.0.1 --skip-name-resolve --port=%1 "
+        "--innodb-buffer-pool-size=32M --innodb-log-file-size=16M --innodb-flush-log-at-trx-commit=0 "
+        "--innodb-flush-method=nosync --sync-frm=0");
+    server_.start(QStringLiteral("setpriv"),
+                  arguments.arg(port_).split(u' ') +
+                      QStringList{QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data")),
+                                  QStringLiteral("--socket=") + socket()} +
+                      asThisUser());
     QElapsedTimer waited;
     waited.start();
-    while (true) {
+    for (;;) {
         QProcess ping;
-        ping.start(QStringLiteral("mariadb-admin"), {QStringLiteral("--no-defaults"), QStringLiteral("-S"), socket(),
-                                                     QStringLiteral("-uroot"), QStringLiteral("ping")});
+        ping.start(QStringLiteral("mariadb-admin"), client() + QStringList{QStringLiteral("ping")});
         if (ping.waitForFinished() && ping.exitCode() == 0) return;
         if (waited.elapsed() > 60000 || server_.state() == QProcess::NotRunning) break;
         QThread::msleep(50);
@@ -134,13 +131,8 @@ Settings MariaDbServer::settings(bool dsn, Settings settings) const {
 }
 
 QString MariaDbServer::run(const QString& sql) {
-    QStringList arguments{QStringLiteral("--no-defaults"),
-                          QStringLiteral("-S"),
-                          socket(),
-                          QStringLiteral("-uroot"),
-                          QStringLiteral("-N"),
-                          QStringLiteral("-B"),
-                          QStringLiteral("--default-character-set=utf8mb4")};
+    QStringList arguments = client();
+    arguments << QStringLiteral("-N") << QStringLiteral("-B") << QStringLiteral("--default-character-set=utf8mb4");
     if (QFile::exists(folder_.filePath(QStringLiteral("data/kibo")))) arguments.append(QStringLiteral("kibo"));
     return outputOf(QStringLiteral("mariadb"), arguments, sql);
 }

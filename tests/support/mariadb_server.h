@@ -37,6 +37,10 @@ class MariaDbServer {
 
  private:
     QString socket() const { return folder_.filePath(QStringLiteral("s")); }
+    /// How client programs reach the server.
+    QStringList client() const {
+        return {QStringLiteral("--no-defaults"), QStringLiteral("-S"), socket(), QStringLiteral("-uroot")};
+    }
     void registerOdbc();
 
     QTemporaryDir folder_;

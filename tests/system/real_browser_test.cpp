@@ -132,18 +132,6 @@ TEST_F(RealBrowser, HungPageCostsALoggedSkip) {
     EXPECT_EQ(send(QStringLiteral("alive again")).size(), 1) << lastReason().toStdString();
 }
 
-TEST_F(RealBrowser, BannerOfAPhoneThatIsOffHoldsTheQueue) {
-    real->behave(R"({"banner": "Phone not connected"})");
-    for (int i = 0; i < 50 && real->state.status.caption == QStringLiteral("Ready"); ++i) real->tick();
-    EXPECT_EQ(real->state.status.caption, QStringLiteral("Not Connect"));
-    real->queue(kAni, QStringLiteral("held"));
-    for (int i = 0; i < 5; ++i) real->tick();
-    EXPECT_EQ(real->count("select count(*) from outbox"), 1);
-    real->behave(R"({"banner": ""})");
-    real->runQueue();
-    EXPECT_EQ(arrived(), QStringList(QStringLiteral("held")));
-}
-
 // The page opens chats after 0 to 6 s (in tests all times are a tenth), each opening on its own, so that chats come up
 // under later messages; most are saved contacts whose chats show a name only.
 TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {

@@ -41,6 +41,8 @@ TEST_P(StoreRun, EveryMessageArrivesOnceAndInOrder) {
                   QStringLiteral("number %1 of many, it's \"quoted\" \\ 😀").arg(i));
     EXPECT_EQ(real->count("select count(*) from sent where coalesce(status, '') <> 'fail'"), count);
     EXPECT_EQ(real->count("select count(distinct id) from sent"), count);
+    EXPECT_TRUE(real->gateway->queue.markFailed(QStringLiteral("1")));
+    EXPECT_EQ(real->count("select count(*) from sent where status = 'fail'"), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, StoreRun, ::testing::Values(Embedded, MySqlByDriver, MySqlByDsn),
