@@ -1,5 +1,7 @@
 #include "engine/chat_opener.h"
 
+#include <exception>
+
 #include "app/log.h"
 #include "engine/phone_number.h"
 
@@ -39,6 +41,14 @@ void ChatOpener::plantLink(const QString& number) {
 }
 
 bool ChatOpener::GOTONOMOR(const QString& number) {
+    // An error that surfaces from here leaves nobody who could switch the timers on again.
+    struct SwitchOnWhenBrokenOff {
+        ChatOpener& opener;
+        int exceptions = std::uncaught_exceptions();
+        ~SwitchOnWhenBrokenOff() {
+            if (std::uncaught_exceptions() > exceptions) opener.enableTimers();
+        }
+    } const timers{*this};
     state_.Timer_KIBO.setEnabled(false);
     state_.Timer1.setEnabled(false);
     const QString cleaned = cleanedNumber(number);
