@@ -11,6 +11,8 @@ namespace kibo {
 namespace {
 
 constexpr int kAfterSendMs = 500;
+constexpr qint64 kLongestSilenceMs = 60'000;
+constexpr qint64 kStartPagePauseMs = 5'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
 const QString kLoginCode = QStringLiteral("update web_user set qr = ? where id = ?");
@@ -31,22 +33,37 @@ void StepMachine::Timer_KIBO_Timer() {
     const QScopedValueRollback<bool> inTick(s.stepRunning, true);
     s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
     const PageLook look = p_.page.look();
-    if (look.presence == PageLook::Presence::Silent) {
+    const bool givenUp = silentTooLong(look);
+    if (look.presence == PageLook::Presence::Silent && !givenUp) {
         idle(QStringLiteral("The page does not answer"));
         return;
     }
-    if (look.presence == PageLook::Presence::Gone) {
+    if (look.presence == PageLook::Presence::Gone || givenUp) {
         log::warning("engine", QStringLiteral("the browser has gone"));
         TUTUP_WA();
         s.Timer_KIBO.setEnabled(false);
         s.waurl.text = QStringLiteral("!!");
         s.cmd_OpenWA.enabled = true;
         s.dummyOpened = false;
+        s.cb_Profil.enabled = !isYes(p_.settings.Incognito);
     }
     p_.opener.observe(look.chat, look.linkPlanted);
     s.newChatCount = look.newChatControls;
     const bool sent = look.newChatControls == 0 ? publishQr(look) : loggedIn(look);
     if (!sent && look.presence == PageLook::Presence::Here) p_.page.closeStrayTabs();
+}
+
+/// A page that answers nothing for a minute, whatever the reason, must be opened anew.
+bool StepMachine::silentTooLong(const PageLook& look) {
+    if (look.presence != PageLook::Presence::Silent) {
+        silentSinceMs_.reset();
+        return false;
+    }
+    const qint64 now = p_.clock.monotonicMs();
+    if (!silentSinceMs_) silentSinceMs_ = now;
+    if (now - *silentSinceMs_ < kLongestSilenceMs) return false;
+    silentSinceMs_.reset();
+    return true;
 }
 
 void StepMachine::TUTUP_WA() {
@@ -58,6 +75,13 @@ bool StepMachine::publishQr(const PageLook& look) {
     showStatus(false);
     idle(look.presence == PageLook::Presence::Gone ? QStringLiteral("The browser has gone")
                                                    : QStringLiteral("Waiting for login"));
+    const qint64 now = p_.clock.monotonicMs();
+    if (look.noPage && (!startPageAskedMs_ || now - *startPageAskedMs_ >= kStartPagePauseMs)) {
+        idle(QStringLiteral("The page can't be reached, trying again"));
+        startPageAskedMs_ = now;
+        p_.page.openStartPage();
+        return false;
+    }
     if (look.qrCodes != 1) {
         setLoginCode(QStringLiteral("wait"));
         return false;
@@ -120,6 +144,10 @@ bool StepMachine::loggedIn(const PageLook& look) {
 
 bool StepMachine::KIRIM_WA(const PageLook& look) {
     GatewayState& s = p_.state;
+    if (!p_.opener.canBuildLinks()) {
+        idle(QStringLiteral("ChatAddress in kibo.ini can't be used: it may hold letters, digits and :/.-_?=%~ only"));
+        return false;
+    }
     if (!p_.opener.linkPlanted()) {
         p_.opener.plantLink(s.txtNo.text);
         return false;
@@ -197,16 +225,17 @@ void StepMachine::dispatch(const QString& mode) {
     // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
     struct Attempt {
         MessageSender& sender;
-        bool ended = false;
+        const GatewayState& state;
+        const int outcomes = state.sentCount + state.failedCount;
         ~Attempt() {
-            if (ended) return;
+            if (state.sentCount + state.failedCount > outcomes) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
                 log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
             }
         }
-    } attempt{p_.sender};
+    } const attempt{p_.sender, s};
 
     const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
     if (typableText(s.txtMsg2.text).trimmed().isEmpty() && s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) {
@@ -224,9 +253,8 @@ void StepMachine::dispatch(const QString& mode) {
     } else if (mode == QStringLiteral("2")) {
         p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
     } else {
-        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode));
+        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
     }
-    attempt.ended = true;
 }
 
 void StepMachine::finishMessage(const PageLook& look) {
