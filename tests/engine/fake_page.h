@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QRegularExpression>
 #include <QSet>
 #include <QStringList>
 #include <functional>
@@ -95,7 +96,7 @@ class FakePage : public ChatPage {
     std::optional<ClickedLink> clickLink(const QString& address) override {
         if (!answers("clickLink") || address != linkAddress_) return std::nullopt;
         const ClickedLink clicked{chat(), 42};
-        const QString number = address.section(QLatin1Char('/'), -1);
+        const QString number = address.section(QRegularExpression(QStringLiteral("[^0-9]")), -1);
         clicks.append(number);
         ++clicked_;
         clickedAddresses_.append(address);

@@ -55,7 +55,8 @@ class Program : public ::testing::Test {
         const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
         for (const QString& entry : entries) {
             QFile line(QStringLiteral("/proc/%1/cmdline").arg(entry));
-            if (entry.toLongLong() > 0 && line.open(QIODevice::ReadOnly) && line.readAll().contains(home_.path().toUtf8()))
+            if (entry.toLongLong() > 0 && line.open(QIODevice::ReadOnly) &&
+                line.readAll().contains(home_.path().toUtf8()))
                 found.append(entry.toLongLong());
         }
         return found;
