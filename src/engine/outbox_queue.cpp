@@ -124,9 +124,10 @@ bool OutboxQueue::take(const QString& id) {
 }
 
 bool OutboxQueue::markFailed(const QString& id) {
-    if (tryToMark(id)) return true;
-    unmarked_.append(id);
-    return false;
+    unmarked_.append(id);  // first, for the attempt itself may end in an error that surfaces
+    if (!tryToMark(id)) return false;
+    unmarked_.removeLast();
+    return true;
 }
 
 bool OutboxQueue::tryToMark(const QString& id) {
