@@ -247,7 +247,9 @@ void GatewayApplication::heartbeat() {
         cmd_STOP_Click();
         return;
     }
-    if (picture_) edge_->run([this] { picture_->look(); });
+    if (!picture_) return;
+    window_->showState();  // a picture shows the state of its moment
+    edge_->run([this] { picture_->look(); });
 }
 
 }  // namespace kibo
