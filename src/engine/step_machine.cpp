@@ -5,6 +5,7 @@
 #include <QScopedValueRollback>
 
 #include "app/log.h"
+#include "app/profile_number.h"
 #include "engine/phone_number.h"
 
 namespace kibo {
@@ -16,13 +17,6 @@ constexpr qint64 kStartPagePauseMs = 5'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
 const QString kLoginCode = QStringLiteral("update web_user set qr = ? where id = ?");
-
-/// A profile as file names and keys of shared tables have it: "3" as "000003". A name stays as it is.
-QString sixDigits(const QString& profile) {
-    bool isNumber = false;
-    const int number = profile.toInt(&isNumber);
-    return isNumber ? QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0')) : profile;
-}
 
 }  // namespace
 
@@ -89,7 +83,7 @@ bool StepMachine::publishQr(const PageLook& look) {
     setLoginCode(look.qrData);
     if (isYes(p_.settings.CaptureQR)) {
         const QString file =
-            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(sixDigits(s.cb_Profil.text)));
+            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(profile6(s.cb_Profil.text)));
         if (QImage::fromData(p_.page.qrPicture()).save(file, "JPG")) {
             s.pQR.caption = file;
             s.pQR.visible = true;

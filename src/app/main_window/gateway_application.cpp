@@ -94,6 +94,7 @@ bool GatewayApplication::showWindow() {
     if (!formLoad.Form_Load()) return false;
     // Start-up skips what fails; from here on `DebugMode` decides.
     policy_.setDebugMode(isYes(settings_.DebugMode));
+    log::setVerbose(isYes(settings_.DebugMode));
 
     const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
     if (!pictures.isEmpty()) {

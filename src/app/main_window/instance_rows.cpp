@@ -1,12 +1,8 @@
 #include "main_window/instance_rows.h"
 
-namespace kibo {
+#include "app/profile_number.h"
 
-QString InstanceRows::profile6(const QString& profile) {
-    bool isNumber = false;
-    const int number = profile.toInt(&isNumber);
-    return isNumber ? QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0')) : profile;
-}
+namespace kibo {
 
 void InstanceRows::announce(const QString& applicationName) {
     database_.Execute(QStringLiteral("delete from tmp where tmp_cd = 'appname' "));
