@@ -58,9 +58,7 @@ bool GatewayApplication::start() {
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementStore_)) return false;
     elements_ = ElementTable([this](const QString& name) {
-        return elementStore_
-            .OpenRecordset(QStringLiteral("select isi from element where nama = '") + name + QStringLiteral("'"))
-            .field(0);
+        return elementStore_.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
     });
     state_.dboff.visible = !database_.isOpen();
     if (clock_.waitingStopped()) return false;
