@@ -6,6 +6,9 @@
 #include <spdlog/spdlog.h>
 
 #include <QDateTime>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QRegularExpression>
 #include <QStringList>
 #include <mutex>
 
@@ -17,7 +20,16 @@ constexpr std::size_t kFiles = 5;
 constexpr int kNewest = 200;
 constexpr const char* kPattern = "%Y-%m-%d %H:%M:%S.%e %^%l%$ %n: %v";
 
+constexpr qint64 kRepeatMs = 60'000;
+constexpr int kRemembered = 200;
+
+struct Repeat {
+    QElapsedTimer since;
+    int times = 0;
+};
+
 struct State {
+    QHash<QString, Repeat> repeats;
     std::shared_ptr<spdlog::sinks::sink> sink = std::make_shared<spdlog::sinks::stderr_sink_mt>();
     QStringList newest;
     quint64 revision = 0;
@@ -31,8 +43,25 @@ State& state() {
     return instance;
 }
 
-void write(spdlog::level::level_enum level, const char* category, const QString& line) {
+/// The same trouble twice a second would push everything else out of the files: it is written once a minute, with the
+/// number of times. Empty when this one is only counted.
+QString thinnedOut(State& s, const QString& line) {
+    if (s.repeats.size() > kRemembered) s.repeats.clear();
+    Repeat& repeat = s.repeats[line];
+    if (repeat.since.isValid() && repeat.since.elapsed() < kRepeatMs) {
+        ++repeat.times;
+        return {};
+    }
+    const int more = std::exchange(repeat.times, 0);
+    repeat.since.start();
+    return more > 0 ? line + QStringLiteral(" (%1 times more in between)").arg(more) : line;
+}
+
+void write(spdlog::level::level_enum level, const char* category, const QString& text) {
     State& s = state();
+    QString line = text.simplified();  // one line stays one line, whatever a value holds
+    if (level == spdlog::level::warn) line = thinnedOut(s, line);
+    if (line.isEmpty()) return;
     if (level == spdlog::level::debug && !s.verbose) return;
     spdlog::logger logger(category, s.sink);
     logger.set_level(spdlog::level::trace);
@@ -84,7 +113,8 @@ quint64 revision() {
 }
 
 QString maskedNumber(const QString& number) {
-    return number.size() <= 3 ? QStringLiteral("…") : QStringLiteral("…") + number.right(3);
+    static const QRegularExpression kDigits(QRegularExpression::anchoredPattern(QStringLiteral("[0-9]{4,}")));
+    return QStringLiteral("…") + (kDigits.match(number).hasMatch() ? number.right(3) : QString());
 }
 
 }  // namespace kibo::log

@@ -11,7 +11,7 @@ namespace kibo::log {
 /// start, and after a failed one, lines go to standard error. A full disk later loses lines, never the program.
 QString start(const QString& file);
 
-/// Whether debug lines are written; off at first.
+/// Whether debug lines are written (`DebugMode` "Y"); off at first.
 void setVerbose(bool on);
 
 void debug(const char* category, const QString& line);

@@ -73,7 +73,7 @@ Result<void> Browser::open(const LaunchOptions& options) {
     }
     if (!incognito) removeStaleProfileLock(profile.value());
 
-    session_.emplace(Session{nullptr, options.profile, records, {}, {}, {}});
+    session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, {}, {}});
     if (const Result<void> started = start(*session_, settings, profile.value()); !started) {
         quit();
         return started;

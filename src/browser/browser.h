@@ -60,6 +60,9 @@ class Browser {
     /// is so without a display.
     bool hideWindow(bool hide);
 
+    /// The address that `open` went to; empty without a session.
+    QString startPage() const { return session_ ? session_->startPage : QString(); }
+
     /// Picture of the page as PNG.
     Result<QByteArray> screenshot();
 
@@ -67,6 +70,7 @@ class Browser {
     struct Session {
         std::unique_ptr<DriverProcess> driver;  ///< none: the driver ran already
         QString profile;
+        QString startPage;
         SessionRecords records;
         SessionRecord record;
         QString windowHandle;  ///< of the gateway's own window

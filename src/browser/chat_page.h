@@ -20,6 +20,8 @@ struct OpenChat {
     /// How often the planted link was clicked since the page was loaded, and the newest addresses, oldest first.
     int clicks = 0;
     QStringList clicked;
+    /// Clicks of a person in the page since it was loaded: they may have opened a chat.
+    int personClicks = 0;
 };
 
 /// What one tick of the step machine needs to know, read in one command.
@@ -31,6 +33,7 @@ struct PageLook {
     };
     Presence presence = Presence::Silent;
 
+    bool noPage = false;      ///< the browser shows its own error or empty page: the start page could not be loaded
     int newChatControls = 0;  ///< matches of XX_NewChat: 0 when not logged in
     int qrCodes = 0;
     QString qrData;  ///< attribute data-ref of the QR holder
@@ -104,6 +107,8 @@ class ChatPage {
 
     /// Sets the browser window's title; returns the length of the chat list's text.
     virtual std::optional<int> watchChatList(const QString& title) = 0;
+    /// Opens the start page once more.
+    virtual bool openStartPage() = 0;
     virtual bool clickQrReload() = 0;
     /// A PNG of the QR code, of the whole page; empty when it can't be taken.
     virtual QByteArray qrPicture() = 0;

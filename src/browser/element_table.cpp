@@ -64,13 +64,6 @@ QStringList ElementTable::names() {
     return names;
 }
 
-QString ElementTable::builtIn(const QString& name) {
-    for (const Element& element : kElements) {
-        if (name == QLatin1String(element.name)) return QString::fromLatin1(element.builtIn);
-    }
-    return {};
-}
-
 bool ElementTable::isXPath(const QString& locator) {
     const QString start = locator.trimmed();
     return start.startsWith(QLatin1Char('/')) || start.startsWith(QLatin1Char('(')) ||

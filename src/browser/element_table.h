@@ -23,7 +23,6 @@ class ElementTable {
     QString operator[](const QString& name) const { return values_.value(name); }
 
     static QStringList names();
-    static QString builtIn(const QString& name);
 
     /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath.
     static bool isXPath(const QString& locator);

@@ -9,17 +9,23 @@ namespace {
 // otherwise go unnoticed, and which chats came up since a click is what decides whether a text may be typed.
 constexpr const char* kPrelude = R"js(
 const locators = arguments[0];
-const all = (name) => {
-  const locator = locators[name];
-  if (!locator || !locator.text) return [];
+const misunderstood = [];
+const find = (locator) => {
   if (!locator.xpath) return Array.from(document.querySelectorAll(locator.text));
   const found = document.evaluate(locator.text, document, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
   return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));
 };
+const all = (name) => {
+  const locator = locators[name];
+  if (!locator || !locator.text) return [];
+  try { return find(locator); } catch (error) { misunderstood.push(name); return []; }
+};
 const one = (name) => all(name)[0] || null;
 const visibleText = (node) => node ? (node.innerText ?? node.textContent ?? '').replace(/\u00a0/g, ' ') : '';
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
-  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: []};
+  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0};
+  // Scripted clicks are not trusted ones, so these are a person's.
+  document.addEventListener('mousedown', (event) => { if (event.isTrusted) ++w.personClicks; }, true);
   w.update = () => {
     const node = one('XX_Conversation');
     const title = node ? visibleText(one('XX_To')).trim() : '';
@@ -39,7 +45,7 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
 const openChat = () => {
   watch.update();
   const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', titles: watch.titles,
-                 clicks: watch.clicks, clicked: watch.clicked};
+                 clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
   if (!shown.open) return shown;
   const rows = all('XX_MessageRow');
   const ids = rows.length ? [rows[rows.length - 1].dataset.id || ''] : [];
@@ -88,6 +94,8 @@ const banner = all('XX_Info');
 const own = one('XX_OwnPicture');
 const notice = one('XX_InvalidNumber');
 return {
+  noPage: /^(chrome-error|about|data):/.test(location.href) && !document.body?.childElementCount || location.protocol === 'chrome-error:',
+  misunderstood: misunderstood,
   newChatControls: all('XX_NewChat').length,
   qrCodes: qr.length,
   qrData: qr.length === 1 ? qr[0].getAttribute('data-ref') || '' : '',
@@ -108,7 +116,6 @@ QString plantLink() {
     return script(R"js(
 const address = arguments[1];
 if (link()) return true;
-if (!/^[\w:\/.-]*$/.test(address)) return false;
 var newNode = document.createElement('div'); newNode.className = 'textNode news content'; newNode.innerHTML = '<div id=kirim   style=z-index:999999;position:fixed;color:#F8F8F8;font-size:11px;><span dir=ltr class=_F7Vk selectable-text invisible-space copyable-text style=z-index:999999; ><span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span></div>'; document.body.appendChild(newNode);
 return true;
 )js");
@@ -117,7 +124,7 @@ return true;
 QString pointLink() {
     return script(R"js(
 const address = arguments[1];
-if (!link() || !/^[\w:\/.-]*$/.test(address)) return false;
+if (!link()) return false;
 document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
 return true;
 )js");

@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <algorithm>
 
+#include "app/log.h"
 #include "browser/page_scripts.h"
 #include "browser/webdriver/error.h"
 
@@ -31,6 +32,7 @@ OpenChat openChat(const QJsonObject& chat) {
     shown.number = chat[QStringLiteral("number")].toString();
     shown.titles = strings(chat[QStringLiteral("titles")]);
     shown.clicks = chat[QStringLiteral("clicks")].toInt();
+    shown.personClicks = chat[QStringLiteral("personClicks")].toInt();
     shown.clicked = strings(chat[QStringLiteral("clicked")]);
     return shown;
 }
@@ -96,6 +98,15 @@ PageLook WebPage::look() {
     }
     const QJsonObject seen = answer.value().toObject();
     look.presence = PageLook::Presence::Here;
+    look.noPage = seen[QStringLiteral("noPage")].toBool();
+    const QStringList misunderstood = strings(seen[QStringLiteral("misunderstood")]);
+    for (const QString& name : misunderstood) {
+        if (reported_.contains(name)) continue;
+        reported_.append(name);
+        log::error("browser", QStringLiteral("the locator %1 is neither XPath nor CSS and finds nothing: correct its "
+                                             "row in element.sys")
+                                  .arg(name));
+    }
     look.newChatControls = seen[QStringLiteral("newChatControls")].toInt();
     look.qrCodes = seen[QStringLiteral("qrCodes")].toInt();
     look.qrData = seen[QStringLiteral("qrData")].toString();
@@ -188,6 +199,10 @@ std::optional<int> WebPage::watchChatList(const QString& title) {
     static const QString script = scripts::watchChatList();
     const auto answer = runOrSkip("watch the chat list", script, {title});
     return answer ? std::optional(answer->toInt()) : std::nullopt;
+}
+
+bool WebPage::openStartPage() {
+    return sendOrSkip("open the start page", NavigateTo{browser_.startPage()});
 }
 
 bool WebPage::clickQrReload() {

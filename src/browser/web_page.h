@@ -27,6 +27,7 @@ class WebPage : public ChatPage {
     bool pressEnter() override;
     bool pressEscape() override;
     std::optional<int> watchChatList(const QString& title) override;
+    bool openStartPage() override;
     bool clickQrReload() override;
     QByteArray qrPicture() override;
     QByteArray pagePicture() override;
@@ -42,6 +43,7 @@ class WebPage : public ChatPage {
     Browser& browser_;
     const ErrorPolicy& policy_;
     QJsonObject locators_;
+    QStringList reported_;  // locators that the browser does not understand
 };
 
 }  // namespace kibo

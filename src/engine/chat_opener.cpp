@@ -1,5 +1,8 @@
 #include "engine/chat_opener.h"
 
+#include <QRegularExpression>
+#include <exception>
+
 #include "app/log.h"
 #include "engine/phone_number.h"
 
@@ -25,9 +28,15 @@ QString ChatOpener::chatAddress(const QString& number) const {
     return (settings_.ChatAddress.isEmpty() ? QString(kDefaultChatAddress) : settings_.ChatAddress) + number;
 }
 
+bool ChatOpener::canBuildLinks() const {
+    static const QRegularExpression kPlain(
+        QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9:/._?=%~-]+")));
+    return kPlain.match(chatAddress({})).hasMatch();
+}
+
 QString ChatOpener::dummyNumber() const {
-    const QString configured = cleanedNumber(state_.txt_DUMMY.text);
-    return configured.isEmpty() ? kBuiltInDummy : configured;
+    const QString configured = destinationNumber(state_.txt_DUMMY.text, settings_.Prefix, settings_.CountryCode);
+    return isPositiveNumber(configured) ? configured : kBuiltInDummy;
 }
 
 void ChatOpener::plantLink(const QString& number) {
@@ -39,11 +48,21 @@ void ChatOpener::plantLink(const QString& number) {
 }
 
 bool ChatOpener::GOTONOMOR(const QString& number) {
+    // An error that surfaces from here leaves nobody who could switch the timers on again.
+    struct SwitchOnWhenBrokenOff {
+        ChatOpener& opener;
+        int exceptions = std::uncaught_exceptions();
+        ~SwitchOnWhenBrokenOff() {
+            if (std::uncaught_exceptions() > exceptions) opener.enableTimers();
+        }
+    } const timers{*this};
+    const QString cleaned = cleanedNumber(number);
+    // What stands in the link becomes part of the page, so nothing but digits and a plain address may get there.
+    const bool usable = isPositiveNumber(cleaned) && canBuildLinks();
+    if (usable && !linkPlanted_) plantLink(cleaned);
     state_.Timer_KIBO.setEnabled(false);
     state_.Timer1.setEnabled(false);
-    const QString cleaned = cleanedNumber(number);
-    // What stands in the link is part of a script's text, so nothing but digits may get there.
-    if (!isPositiveNumber(cleaned)) return false;
+    if (!usable) return false;
 
     if (!page_.pointLink(chatAddress(cleaned))) {  // a new page, or one that was loaded anew
         plantLink(cleaned);

@@ -24,6 +24,9 @@ class ChatOpener {
     /// How long the page needs to notice a newly planted link.
     static constexpr int kPlantWaitMs = 6000;
 
+    /// Whether `ChatAddress` can stand in the link, whose text becomes part of the page: letters, digits, ":/.-_?=%~".
+    bool canBuildLinks() const;
+
     /// Adds the link element to the page and waits until the page has taken it. Anything but a number is left out.
     void plantLink(const QString& number);
 

@@ -10,10 +10,13 @@ namespace {
 constexpr int kSmallWaitMs = 100;
 constexpr int kLinkPreviewMs = 3000;
 // The editor applies what was typed asynchronously; long texts take longer.
-constexpr int kReadBackMs = 1500;
-constexpr int kReadBackMsPer1000 = 100;
+constexpr int kReadBackMs = 2000;
+constexpr int kCharactersPerReadBack = 10'000;
+// A person would have given up typing by then; so would the page.
+constexpr qint64 kLongestTypingMs = 30'000;
+constexpr int kLinesAtATime = 25;
 constexpr int kEmptiedMs = 1000;
-constexpr int kConfirmTries = 3;
+constexpr int kConfirmTries = 6;
 const QString kStopped = QStringLiteral("stopped by the operator");
 
 }  // namespace
@@ -133,8 +136,9 @@ bool MessageSender::typeAndSend(QString text) {
     if (!chat_.boxText.trimmed().isEmpty()) page_.clearBox();  // a draft would become part of the message
     KETIK(text);
 
-    const int readBackMs = kReadBackMs + static_cast<int>(wanted.size() / 1000) * kReadBackMsPer1000;
-    auto box = page_.awaitBoxText(wanted, readBackMs);
+    auto box = page_.awaitBoxText(wanted, kReadBackMs);
+    for (qsizetype more = wanted.size() / kCharactersPerReadBack; more > 0 && !(box && box->asExpected); --more)
+        box = page_.awaitBoxText(wanted, kReadBackMs);
     if (!box || !box->asExpected) return giveUp(QStringLiteral("the message box did not take the text"));
     if (wanted.contains(QStringLiteral("HTTP"), Qt::CaseInsensitive)) {
         pacing_.WA_WAIT(kLinkPreviewMs);  // the page builds its link preview
@@ -143,12 +147,20 @@ bool MessageSender::typeAndSend(QString text) {
     }
     if (box->chatSerial != chat_.chat.serial) return giveUp(QStringLiteral("another chat came up before Enter"));
     if (clock_.waitingStopped()) return giveUp(kStopped);
-    if (!pressEnterAndConfirm()) return giveUp(QStringLiteral("the message did not leave the message box"));
+    if (!pressEnterAndConfirm())
+        return giveUp(QStringLiteral("in doubt: Enter was pressed, but the message did not leave the message box"));
     return true;
 }
 
 void MessageSender::KETIK(QString& text) {
-    page_.typeText(text);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    const qint64 latest = clock_.monotonicMs() + kLongestTypingMs;
+    for (qsizetype i = 0; i < lines.size(); i += kLinesAtATime) {
+        if (i > 0) clock_.runPendingEvents();  // many lines take seconds, and the window stays alive
+        if (clock_.waitingStopped() || clock_.monotonicMs() > latest) break;
+        const QString some = lines.mid(i, kLinesAtATime).join(QLatin1Char('\n'));
+        if (!page_.typeText(i > 0 ? QLatin1Char('\n') + some : some)) break;
+    }
     text.replace(QLatin1Char('\n'), QChar(11));
     state_.txtMsg2.text = text;
 }
@@ -181,7 +193,9 @@ void MessageSender::recordFailure(const QString& reason) {
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3")
                                .arg(state_.txtid.text, log::maskedNumber(cleanedNumber(state_.txtNo.text)), reason));
     if (!queue_.markFailed(state_.txtid.text))
-        log::error("engine", QStringLiteral("message %1 could not be marked as failed").arg(state_.txtid.text));
+        log::error(
+            "engine",
+            QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(state_.txtid.text));
 }
 
 void MessageSender::ESC() {

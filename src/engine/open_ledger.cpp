@@ -25,6 +25,7 @@ void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 n
     clickedBlindly(number, nowMs);
     waiting_.back().clicksBefore = -1;
     clicks_ = before.clicks + 1;
+    personClicks_ = before.personClicks;
     if (!openAlready) return;
     settle(number);
     current_ = number;
@@ -57,6 +58,7 @@ void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
         if (serial == chat.serial && chat.open) break;  // the one on the page is judged by all that it shows
         OpenChat passed;
         passed.title = chat.titles.value(serial - firstTitled);
+        passed.personClicks = chat.personClicks;
         recognise(passed);
     }
     serial_ = chat.serial;
@@ -102,6 +104,7 @@ void OpenLedger::recognise(const OpenChat& chat) {
     for (const Click& click : waiting_) consider(click.number);
     // A page that draws the same chat anew has come up again without a click.
     if (names_.contains(lastClicked_)) consider(lastClicked_);
+    if (seen.isEmpty() && chat.personClicks != personClicks_) return;  // a person may have opened it
     const QStringList& candidates = !seen.isEmpty() ? seen : !possible.isEmpty() ? possible : unlikely;
     if (candidates.size() != 1) return;
     current_ = candidates.first();

@@ -14,8 +14,8 @@ namespace kibo {
 ///
 ///  - what the chat itself names: a title that is a number, numbers in its messages;
 ///  - the name that a number was seen to have before;
-///  - failing both, a chat is taken for the one asked for only when it came up after the click and no other
-///    click is waiting for a chat that it could be.
+///  - failing both, a chat is taken for the one asked for only when it came up after the click, no other click is
+///    waiting for a chat that it could be, and nobody has clicked in the page since.
 ///
 /// Times are milliseconds of the Clock's monotonic time.
 class OpenLedger {
@@ -62,6 +62,7 @@ class OpenLedger {
     bool cameUpSinceClick_ = false;  // the conversation on the page appeared after the last click
     int serial_ = 0;
     int clicks_ = 0;
+    int personClicks_ = 0;  // at our last click
 };
 
 }  // namespace kibo

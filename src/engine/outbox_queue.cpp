@@ -83,10 +83,12 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
         state_.ms_out.setRows(std::make_shared<ListRows>());
         state_.Outbox_Cnt.caption = QStringLiteral("0");
         state_.dboff.visible = true;
-        if (!localStore && database_.reopen()) log::info("engine", QStringLiteral("database connection is back"));
+        if (!localStore && !database_.isOpen() && database_.reopen())
+            log::info("engine", QStringLiteral("database connection is back"));
         return;
     }
     state_.dboff.visible = false;
+    unmarked_.removeIf([this](const QString& id) { return tryToMark(id); });
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
     const Recordset count = database_.OpenRecordset(selection.count, values);
     if (!count.eof()) state_.Outbox_Cnt.caption = count.field(0);
@@ -122,7 +124,16 @@ bool OutboxQueue::take(const QString& id) {
 }
 
 bool OutboxQueue::markFailed(const QString& id) {
-    return database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()}).value_or(0) > 0;
+    unmarked_.append(id);  // first, for the attempt itself may end in an error that surfaces
+    if (!tryToMark(id)) return false;
+    unmarked_.removeLast();
+    return true;
+}
+
+bool OutboxQueue::tryToMark(const QString& id) {
+    const auto marked = database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()});
+    if (marked == 0) log::error("engine", QStringLiteral("message %1 has no copy to be marked as failed").arg(id));
+    return marked.has_value();
 }
 
 }  // namespace kibo

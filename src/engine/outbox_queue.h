@@ -30,17 +30,20 @@ class OutboxQueue {
     /// in both and never in neither. False when the row was not there any more or the database refused.
     bool take(const QString& id);
 
-    /// Marks the sent copy of a message as failed.
+    /// Marks the sent copy of a message as failed. A store that refuses at the moment is asked again at each refresh;
+    /// false then.
     bool markFailed(const QString& id);
 
  private:
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
+    bool tryToMark(const QString& id);
 
     GatewayState& state_;
     Settings& settings_;
     Database& database_;
     Clock& clock_;
+    QStringList unmarked_;  // failed messages whose copies don't say so yet
 };
 
 /// The fixed texts of the queue's statements; "?" stands for a bound value.

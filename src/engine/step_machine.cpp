@@ -5,22 +5,18 @@
 #include <QScopedValueRollback>
 
 #include "app/log.h"
+#include "app/profile_number.h"
 #include "engine/phone_number.h"
 
 namespace kibo {
 namespace {
 
 constexpr int kAfterSendMs = 500;
+constexpr qint64 kLongestSilenceMs = 60'000;
+constexpr qint64 kStartPagePauseMs = 5'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
 const QString kLoginCode = QStringLiteral("update web_user set qr = ? where id = ?");
-
-/// A profile as file names and keys of shared tables have it: "3" as "000003". A name stays as it is.
-QString sixDigits(const QString& profile) {
-    bool isNumber = false;
-    const int number = profile.toInt(&isNumber);
-    return isNumber ? QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0')) : profile;
-}
 
 }  // namespace
 
@@ -31,22 +27,37 @@ void StepMachine::Timer_KIBO_Timer() {
     const QScopedValueRollback<bool> inTick(s.stepRunning, true);
     s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
     const PageLook look = p_.page.look();
-    if (look.presence == PageLook::Presence::Silent) {
+    const bool givenUp = silentTooLong(look);
+    if (look.presence == PageLook::Presence::Silent && !givenUp) {
         idle(QStringLiteral("The page does not answer"));
         return;
     }
-    if (look.presence == PageLook::Presence::Gone) {
+    if (look.presence == PageLook::Presence::Gone || givenUp) {
         log::warning("engine", QStringLiteral("the browser has gone"));
         TUTUP_WA();
         s.Timer_KIBO.setEnabled(false);
         s.waurl.text = QStringLiteral("!!");
         s.cmd_OpenWA.enabled = true;
         s.dummyOpened = false;
+        s.cb_Profil.enabled = !isYes(p_.settings.Incognito);
     }
     p_.opener.observe(look.chat, look.linkPlanted);
     s.newChatCount = look.newChatControls;
     const bool sent = look.newChatControls == 0 ? publishQr(look) : loggedIn(look);
     if (!sent && look.presence == PageLook::Presence::Here) p_.page.closeStrayTabs();
+}
+
+/// A page that answers nothing for a minute, whatever the reason, must be opened anew.
+bool StepMachine::silentTooLong(const PageLook& look) {
+    if (look.presence != PageLook::Presence::Silent) {
+        silentSinceMs_.reset();
+        return false;
+    }
+    const qint64 now = p_.clock.monotonicMs();
+    if (!silentSinceMs_) silentSinceMs_ = now;
+    if (now - *silentSinceMs_ < kLongestSilenceMs) return false;
+    silentSinceMs_.reset();
+    return true;
 }
 
 void StepMachine::TUTUP_WA() {
@@ -58,6 +69,13 @@ bool StepMachine::publishQr(const PageLook& look) {
     showStatus(false);
     idle(look.presence == PageLook::Presence::Gone ? QStringLiteral("The browser has gone")
                                                    : QStringLiteral("Waiting for login"));
+    const qint64 now = p_.clock.monotonicMs();
+    if (look.noPage && (!startPageAskedMs_ || now - *startPageAskedMs_ >= kStartPagePauseMs)) {
+        idle(QStringLiteral("The page can't be reached, trying again"));
+        startPageAskedMs_ = now;
+        p_.page.openStartPage();
+        return false;
+    }
     if (look.qrCodes != 1) {
         setLoginCode(QStringLiteral("wait"));
         return false;
@@ -65,7 +83,7 @@ bool StepMachine::publishQr(const PageLook& look) {
     setLoginCode(look.qrData);
     if (isYes(p_.settings.CaptureQR)) {
         const QString file =
-            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(sixDigits(s.cb_Profil.text)));
+            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(profile6(s.cb_Profil.text)));
         if (QImage::fromData(p_.page.qrPicture()).save(file, "JPG")) {
             s.pQR.caption = file;
             s.pQR.visible = true;
@@ -120,6 +138,10 @@ bool StepMachine::loggedIn(const PageLook& look) {
 
 bool StepMachine::KIRIM_WA(const PageLook& look) {
     GatewayState& s = p_.state;
+    if (!p_.opener.canBuildLinks()) {
+        idle(QStringLiteral("ChatAddress in kibo.ini can't be used: it may hold letters, digits and :/.-_?=%~ only"));
+        return false;
+    }
     if (!p_.opener.linkPlanted()) {
         p_.opener.plantLink(s.txtNo.text);
         return false;
@@ -197,16 +219,17 @@ void StepMachine::dispatch(const QString& mode) {
     // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
     struct Attempt {
         MessageSender& sender;
-        bool ended = false;
+        const GatewayState& state;
+        const int outcomes = state.sentCount + state.failedCount;
         ~Attempt() {
-            if (ended) return;
+            if (state.sentCount + state.failedCount > outcomes) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
                 log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
             }
         }
-    } attempt{p_.sender};
+    } const attempt{p_.sender, s};
 
     const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
     if (typableText(s.txtMsg2.text).trimmed().isEmpty() && s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) {
@@ -224,9 +247,8 @@ void StepMachine::dispatch(const QString& mode) {
     } else if (mode == QStringLiteral("2")) {
         p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
     } else {
-        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode));
+        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
     }
-    attempt.ended = true;
 }
 
 void StepMachine::finishMessage(const PageLook& look) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "app/clock.h"
 #include "app/database.h"
@@ -54,8 +55,11 @@ class StepMachine {
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);
+    bool silentTooLong(const PageLook& look);
 
     Parts p_;
+    std::optional<qint64> silentSinceMs_;
+    std::optional<qint64> startPageAskedMs_;
 };
 
 }  // namespace kibo

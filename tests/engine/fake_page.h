@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QRegularExpression>
 #include <QSet>
 #include <QStringList>
 #include <functional>
@@ -34,6 +35,7 @@ class FakePage : public ChatPage {
     PageLook::Presence presence = PageLook::Presence::Here;
     int swallowEnters = 0;  // so many presses of Enter do nothing
     int loseTexts = 0;      // so many typed texts end up elsewhere
+    bool noPage = false;    // the browser could not load the page
     bool silent = false;    // no command is answered
     std::function<void()> beforeEnter;
 
@@ -67,7 +69,8 @@ class FakePage : public ChatPage {
         PageLook look;
         look.presence = silent ? PageLook::Presence::Silent : presence;
         if (look.presence != PageLook::Presence::Here) return look;
-        look.newChatControls = loggedIn ? 1 : 0;
+        look.noPage = noPage;
+        look.newChatControls = loggedIn && !noPage ? 1 : 0;
         look.qrCodes = qrCodes;
         look.qrData = qrData;
         look.qrReloads = qrReloads;
@@ -93,7 +96,7 @@ class FakePage : public ChatPage {
     std::optional<ClickedLink> clickLink(const QString& address) override {
         if (!answers("clickLink") || address != linkAddress_) return std::nullopt;
         const ClickedLink clicked{chat(), 42};
-        const QString number = address.section(QLatin1Char('/'), -1);
+        const QString number = address.section(QRegularExpression(QStringLiteral("[^0-9]")), -1);
         clicks.append(number);
         ++clicked_;
         clickedAddresses_.append(address);
@@ -160,6 +163,11 @@ class FakePage : public ChatPage {
     std::optional<int> watchChatList(const QString&) override {
         commands.append(QStringLiteral("watchChatList"));
         return chatListLength;
+    }
+    bool openStartPage() override {
+        commands.append(QStringLiteral("openStartPage"));
+        noPage = false;
+        return true;
     }
     bool clickQrReload() override {
         ++reloadsClicked;

@@ -97,6 +97,18 @@ TEST_F(Ledger, ChatsThatCameAndWentBetweenTwoLooksAreSettled) {
     EXPECT_TRUE(ledger.isOpen(kDummy));
 }
 
+TEST_F(Ledger, ChatThatAPersonMayHaveOpenedIsNotTakenForOurs) {
+    ledger.clicked(kAni, closed(), 0);
+    chat.personClicks = 1;
+    ledger.observe(comesUp(QStringLiteral("Bob")), 100);
+    EXPECT_FALSE(ledger.isOpen(kAni));
+    ledger.observe(comesUp(QStringLiteral("Ani"), kAni), 4000);
+    EXPECT_TRUE(ledger.isOpen(kAni)) << "named by its messages";
+    ledger.clicked(kBudi, closed(), 5000);
+    ledger.observe(comesUp(QStringLiteral("Budi")), 5100);
+    EXPECT_TRUE(ledger.isOpen(kBudi)) << "the click was before";
+}
+
 TEST_F(Ledger, WhatTheChatNamesDecides) {
     ledger.clicked(kAni, closed(), 0);
     ledger.observe(comesUp(QStringLiteral("+62 822-2222-2222")), 100);

@@ -78,6 +78,18 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     EXPECT_EQ(sent.field(QStringLiteral("status")), QStringLiteral("fail"));
 }
 
+TEST_F(Queue, FailureThatCannotBeMarkedNowIsMarkedLater) {
+    const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
+    ASSERT_TRUE(gateway.queue.take(QString::number(id)));
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
+    EXPECT_FALSE(gateway.queue.markFailed(QString::number(id)));
+    gateway.queue.cmd_OutboxRefresh_Click();
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
+    EXPECT_EQ(status(id), QString());
+    gateway.queue.cmd_OutboxRefresh_Click();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+}
+
 // Outside programs and documentation rely on these texts, odd spacing included.
 TEST(QueueStatements, AreAsAgreed) {
     const QString profile = QStringLiteral("7"), now = QStringLiteral("2026-03-14 15:09:26");

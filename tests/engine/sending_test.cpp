@@ -161,6 +161,12 @@ TEST_F(Sending, SurfacedErrorLeavesTheMessageMarked) {
     EXPECT_THROW(gateway.machine.Timer_KIBO_Timer(), SurfacedError);
     EXPECT_EQ(status(1), QStringLiteral("fail"));
     EXPECT_FALSE(state.stepRunning);
+
+    queue(kAni, QStringLiteral("y"));
+    page.openDelay = [](const QString&) -> int { throw SurfacedError(Failure{FailureKind::Remote, "boom"}); };
+    EXPECT_THROW(gateway.machine.Timer_KIBO_Timer(), SurfacedError);
+    EXPECT_EQ(status(2), QStringLiteral("fail"));
+    EXPECT_TRUE(state.Timer_KIBO.enabled()) << "or nothing would ever be sent again";
 }
 
 // Chats open after 0 to 6 s, each on its own: some come up under a later message. Saved names hide the numbers.

@@ -73,6 +73,35 @@ TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
     EXPECT_EQ(count(QStringLiteral("outbox")), 1);
 }
 
+TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
+    page.noPage = true;
+    tick();
+    tick();
+    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
+    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
+}
+
+TEST_F(Steps, PageThatStaysSilentIsGivenUpAfterAMinute) {
+    tick();
+    page.silent = true;
+    for (int i = 0; i < 100; ++i) tick();
+    EXPECT_EQ(page.ended, 0);
+    for (int i = 0; i < 30; ++i) tick();
+    EXPECT_EQ(page.ended, 1);
+    EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
+}
+
+TEST_F(Steps, ChatAddressThatCannotStandInALinkIsNamed) {
+    settings.ChatAddress = QStringLiteral("https://x/\" onclick=");
+    queue(kAni, QStringLiteral("x"));
+    for (int i = 0; i < 3; ++i) tick();
+    EXPECT_TRUE(state.step.contains(QStringLiteral("ChatAddress"))) << state.step.toStdString();
+    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 0);
+    settings.ChatAddress = QStringLiteral("https://x/send?phone=");
+    runQueue();
+    EXPECT_EQ(page.delivered.size(), 1u);
+}
+
 TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
     tick();
     queue(kAni, QStringLiteral("x"));

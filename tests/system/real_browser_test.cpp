@@ -164,5 +164,15 @@ TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {
     std::cout << "sent " << seen.size() << ", marked as failed " << newFailures() << std::endl;
 }
 
+// The last one: it ends the session.
+TEST_F(RealBrowser, PageWhoseProcessDiesIsNoticed) {
+    const auto crashed = real->browser.client().send(webdriver::NavigateTo{QStringLiteral("chrome://crash")});
+    (void)crashed;  // the driver may or may not answer to this
+    for (int i = 0; i < 20 && real->state.waurl.text.isEmpty(); ++i) real->tick();
+    EXPECT_EQ(real->state.waurl.text, QStringLiteral("!!"));
+    EXPECT_FALSE(real->state.Timer_KIBO.enabled());
+    EXPECT_FALSE(real->browser.isOpen());
+}
+
 }  // namespace
 }  // namespace kibo

@@ -30,6 +30,10 @@ bool FormLoad::Form_Load() {
     if (!settings.DummyContact.isEmpty()) state.cb_DummyContact.items = QStringList{settings.DummyContact};
     // Without a profile folder there is no profile to choose: an incognito browser forgets its login.
     state.cb_Profil.enabled = !isYes(settings.Incognito);
+    if (settings.HideChrome.isEmpty()) {
+        settings.HideChrome = QStringLiteral("N");
+        WriteIni(QStringLiteral("kibo"), QStringLiteral("HideChrome"), settings.HideChrome, settingsFile);
+    }
     state.HideChrome.checked = isYes(settings.HideChrome);
 
     if (instanceRows.statusRows(state.cb_Profil.text) > 0) {

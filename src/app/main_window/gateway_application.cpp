@@ -21,6 +21,7 @@ namespace {
 
 /// How soon a termination signal and a due picture are noticed.
 constexpr int kHeartbeatMs = 100;
+constexpr qint64 kLongestReopenPauseMs = 300'000;
 const QString kSection = QStringLiteral("kibo");
 
 void logFailure(const Result<void>& result) {
@@ -57,9 +58,7 @@ bool GatewayApplication::start() {
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementStore_)) return false;
     elements_ = ElementTable([this](const QString& name) {
-        return elementStore_
-            .OpenRecordset(QStringLiteral("select isi from element where nama = '") + name + QStringLiteral("'"))
-            .field(0);
+        return elementStore_.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
     });
     state_.dboff.visible = !database_.isOpen();
     if (clock_.waitingStopped()) return false;
@@ -93,6 +92,7 @@ bool GatewayApplication::showWindow() {
     if (!formLoad.Form_Load()) return false;
     // Start-up skips what fails; from here on `DebugMode` decides.
     policy_.setDebugMode(isYes(settings_.DebugMode));
+    log::setVerbose(isYes(settings_.DebugMode));
 
     const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
     if (!pictures.isEmpty()) {
@@ -150,6 +150,7 @@ void GatewayApplication::cmd_OpenWA_Click() {
     // Starting the browser may let clicks run; the second one must not start another.
     if (opening_) return;
     const QScopedValueRollback<bool> opening(opening_, true);
+    const bool lost = state_.waurl.text == QStringLiteral("!!");
     state_.waurl.text.clear();
     state_.step = QStringLiteral("Starting the browser");
     window_->showState();
@@ -157,7 +158,16 @@ void GatewayApplication::cmd_OpenWA_Click() {
     LaunchOptions options{settings_, state_.cb_Profil.text, state_.HideChrome.checked};
     options.armStepMachine = [this] { state_.Timer_KIBO.setEnabled(true); };
     const Result<void> opened = browser_.open(options);
-    if (opened) return;
+    if (opened) {
+        reopenPauseMs_ = kShortestReopenPauseMs;
+        state_.cb_Profil.enabled = false;  // the queue belongs to the account that is logged in
+        return;
+    }
+    if (lost) {  // what ran before shall run again
+        state_.waurl.text = QStringLiteral("!!");
+        reopenAtMs_ = clock_.monotonicMs() + reopenPauseMs_;
+        reopenPauseMs_ = std::min(2 * reopenPauseMs_, kLongestReopenPauseMs);
+    }
     state_.step = QString::fromStdString(opened.failure().text);
     log::error("window", QStringLiteral("the browser can't be started: ") + state_.step);
 }
@@ -170,7 +180,7 @@ void GatewayApplication::timer_start_Timer() {
 void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
-    if (state_.waurl.text == QStringLiteral("!!")) cmd_OpenWA_Click();
+    if (state_.waurl.text == QStringLiteral("!!") && clock_.monotonicMs() >= reopenAtMs_) cmd_OpenWA_Click();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }
@@ -236,7 +246,9 @@ void GatewayApplication::heartbeat() {
         cmd_STOP_Click();
         return;
     }
-    if (picture_) edge_->run([this] { picture_->look(); });
+    if (!picture_) return;
+    window_->showState();  // a picture shows the state of its moment
+    edge_->run([this] { picture_->look(); });
 }
 
 }  // namespace kibo

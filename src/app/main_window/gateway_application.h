@@ -84,6 +84,9 @@ class GatewayApplication {
     std::unique_ptr<WindowPicture> picture_;
     QTimer heartbeat_;
     bool opening_ = false;
+    static constexpr qint64 kShortestReopenPauseMs = 5'000;
+    qint64 reopenPauseMs_ = kShortestReopenPauseMs;  // after the next start that fails
+    qint64 reopenAtMs_ = 0;
 };
 
 }  // namespace kibo

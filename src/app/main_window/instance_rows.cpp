@@ -1,33 +1,26 @@
 #include "main_window/instance_rows.h"
 
-namespace kibo {
+#include "app/profile_number.h"
 
-QString InstanceRows::profile6(const QString& profile) {
-    bool isNumber = false;
-    const int number = profile.toInt(&isNumber);
-    return isNumber ? QStringLiteral("%1").arg(number, 6, 10, QLatin1Char('0')) : profile;
-}
+namespace kibo {
 
 void InstanceRows::announce(const QString& applicationName) {
     database_.Execute(QStringLiteral("delete from tmp where tmp_cd = 'appname' "));
-    database_.Execute(QStringLiteral("insert into tmp (tmp_cd, tmp_val ) VALUES ('appname', '") + applicationName +
-                      QStringLiteral("' ) "));
+    database_.execute(QStringLiteral("insert into tmp (tmp_cd, tmp_val ) VALUES ('appname', ? ) "), {applicationName});
 }
 
 int InstanceRows::statusRows(const QString& profile) {
-    return database_
-        .OpenRecordset(QStringLiteral("select count(1) from tmp where tmp_cd = 'status") + profile6(profile) +
-                       QStringLiteral("'"))
-        .field(0)
-        .toInt();
+    const QString key = QStringLiteral("status") + profile6(profile);
+    return database_.OpenRecordset(QStringLiteral("select count(1) from tmp where tmp_cd = ?"), {key}).field(0).toInt();
 }
 
 void InstanceRows::withdraw(const QString& profile) {
-    const QString key = profile6(profile);
-    database_.Execute(QStringLiteral("delete from tmp where tmp_cd = 'off") + key + QStringLiteral("' "));
+    const QString deleteRow = QStringLiteral("delete from tmp where tmp_cd = ? ");
+    const QString number = profile6(profile);
+    database_.execute(deleteRow, {QString(QStringLiteral("off") + number)});
     database_.Execute(QStringLiteral("delete from tmp where tmp_cd = 'status'"));
-    database_.Execute(QStringLiteral("delete from tmp where tmp_cd = 'status") + key + QStringLiteral("' "));
-    database_.Execute(QStringLiteral("update web_user set qr = '' where id = '") + profile + QStringLiteral("'"));
+    database_.execute(deleteRow, {QString(QStringLiteral("status") + number)});
+    database_.execute(QStringLiteral("update web_user set qr = '' where id = ?"), {profile});
 }
 
 void InstanceRows::withdrawAll() {

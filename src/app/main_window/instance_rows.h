@@ -13,9 +13,6 @@ class InstanceRows {
     /// `database` must outlive it.
     explicit InstanceRows(Database& database) : database_(database) {}
 
-    /// A profile number as it stands in keys: six digits with leading zeros. Other texts stay as they are.
-    static QString profile6(const QString& profile);
-
     /// Puts the program's name where the control panel looks for it.
     void announce(const QString& applicationName);
     /// How many status rows `profile` has: 1 when an instance with it runs, or was ended without its unload.

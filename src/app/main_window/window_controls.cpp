@@ -127,16 +127,16 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
-    build.card("shapInbox", kLeft, 368, 362, 176);
+    build.card("shapInbox", kLeft, 368, 332, 176);
     ms = new QueueGrid(state.ms, {29, 30, 25, 16}, -1, QStringLiteral("No message has arrived"), area);
     build.heading("lblInbox", "&Inbox", 24, 373, 120, ms);
-    l_disableread = build.mark("l_disableread", "Reading is off", 244, 374, 120, 22, kNotice, kNoticeText);
-    build.place(ms, "ms", 22, 400, 342, 136);
+    l_disableread = build.mark("l_disableread", "Reading is off", 214, 374, 120, 22, kNotice, kNoticeText);
+    build.place(ms, "ms", 22, 400, 312, 136);
 
-    build.card("shapUnsent", 384, 368, 542, 176);
-    ms2 = new QueueGrid(state.ms2, {22, 11, 27, 40}, -1, QStringLiteral("No message has failed"), area);
-    build.heading("lblUnsent", "&Unsent", 396, 373, 120, ms2);
-    build.place(ms2, "ms2", 394, 400, 522, 136);
+    build.card("shapUnsent", 354, 368, 572, 176);
+    ms2 = new QueueGrid(state.ms2, {21, 11, 27, 41}, -1, QStringLiteral("No message has failed"), area);
+    build.heading("lblUnsent", "&Unsent", 366, 373, 120, ms2);
+    build.place(ms2, "ms2", 364, 400, 552, 136);
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);

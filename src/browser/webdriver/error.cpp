@@ -59,10 +59,12 @@ bool isError(const Failure& failure, ErrorCode code) {
 
 bool isSessionGone(const Failure& failure) {
     if (failure.kind == FailureKind::ConnectionLost) return true;
-    // The last two are ChromeDriver's own: its connection to Chrome broke before it noticed that Chrome ended.
+    // The last three are ChromeDriver's own: its connection to Chrome broke before it noticed that Chrome ended, or the
+    // page's process did.
     return isError(failure, ErrorCode::InvalidSessionId) ||
            (failure.kind == FailureKind::Remote &&
-            (failure.code == "disconnected" || failure.code == "chrome not reachable"));
+            (failure.code == "disconnected" || failure.code == "chrome not reachable" ||
+             failure.code == "tab crashed"));
 }
 
 bool isTimeout(const Failure& failure) {
