@@ -28,8 +28,8 @@ bool isOutsideSession(const Command& command) {
 
 /// Whether the answer comes from the page, so that it proves the page alive.
 bool isAnsweredByPage(const Command& command) {
-    return isAnyOf<ExecuteScript, FindElement, FindElements, GetTitle, ElementClick, ElementClear, ElementSendKeys,
-                   GetElementText, GetElementAttribute>(command);
+    return isAnyOf<ExecuteScript, FindElement, FindElements, GetTitle, ElementClick, ElementSendKeys,
+                   GetElementAttribute>(command);
 }
 
 Failure nonConforming(const Request& request, const HttpAnswer& answer, const char* what) {

@@ -45,7 +45,6 @@ class RequestBuilder {
     }
     Request operator()(const Refresh&) const { return post("Refresh", "/refresh"); }
     Request operator()(const GetTitle&) const { return get("GetTitle", "/title"); }
-    Request operator()(const GetCurrentUrl&) const { return get("GetCurrentUrl", "/url"); }
     Request operator()(const GetWindowHandle&) const { return get("GetWindowHandle", "/window"); }
     Request operator()(const GetWindowHandles&) const { return get("GetWindowHandles", "/window/handles"); }
     Request operator()(const SwitchToWindow& c) const {
@@ -65,28 +64,22 @@ class RequestBuilder {
     }
     Request operator()(const FindElement& c) const { return find("FindElement", "/element", c.locator, c.within); }
     Request operator()(const FindElements& c) const { return find("FindElements", "/elements", c.locator, c.within); }
-    Request operator()(const GetActiveElement&) const { return get("GetActiveElement", "/element/active"); }
     Request operator()(const ElementClick& c) const { return post("ElementClick", on(c.element, "/click")); }
-    Request operator()(const ElementClear& c) const { return post("ElementClear", on(c.element, "/clear")); }
     Request operator()(const ElementSendKeys& c) const {
         Request request = post("ElementSendKeys", on(c.element, "/value"), {{QStringLiteral("text"), c.text}});
         request.timeoutMs += kCharacterMs * static_cast<int>(c.text.size());
         return request;
     }
-    Request operator()(const GetElementText& c) const { return get("GetElementText", on(c.element, "/text")); }
     Request operator()(const GetElementAttribute& c) const {
         return get("GetElementAttribute", on(c.element, "/attribute/") + encoded(c.name));
     }
     Request operator()(const PerformActions& c) const {
         return post("PerformActions", "/actions", {{QStringLiteral("actions"), c.sources}});
     }
-    Request operator()(const ReleaseActions&) const { return del("ReleaseActions", "/actions"); }
     Request operator()(const TakeScreenshot&) const { return get("TakeScreenshot", "/screenshot", kScreenshotMs); }
     Request operator()(const ElementScreenshot& c) const {
         return get("ElementScreenshot", on(c.element, "/screenshot"), kScreenshotMs);
     }
-    Request operator()(const AcceptAlert&) const { return post("AcceptAlert", "/alert/accept"); }
-    Request operator()(const DismissAlert&) const { return post("DismissAlert", "/alert/dismiss"); }
     Request operator()(const ChromeExecuteCdp& c) const {
         return post("ChromeExecuteCdp", "/goog/cdp/execute",
                     {{QStringLiteral("cmd"), c.method}, {QStringLiteral("params"), c.parameters}});

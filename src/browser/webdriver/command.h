@@ -44,7 +44,6 @@ struct NavigateTo {
 };
 struct Refresh {};
 struct GetTitle {};
-struct GetCurrentUrl {};
 struct GetWindowHandle {};
 struct GetWindowHandles {};
 struct SwitchToWindow {
@@ -70,20 +69,13 @@ struct FindElements {
     Locator locator;
     std::optional<Element> within = {};
 };
-struct GetActiveElement {};
 struct ElementClick {
-    Element element;
-};
-struct ElementClear {
     Element element;
 };
 /// Types `text`, or gives the file paths in it (separated by line feeds) to a file chooser element.
 struct ElementSendKeys {
     Element element;
     QString text;
-};
-struct GetElementText {
-    Element element;
 };
 struct GetElementAttribute {
     Element element;
@@ -93,25 +85,20 @@ struct GetElementAttribute {
 struct PerformActions {
     QJsonArray sources;
 };
-struct ReleaseActions {};
 struct TakeScreenshot {};
 struct ElementScreenshot {
     Element element;
 };
-struct AcceptAlert {};
-struct DismissAlert {};
 /// A command of the Chrome DevTools protocol, passed on by ChromeDriver (not W3C).
 struct ChromeExecuteCdp {
     QString method;
     QJsonObject parameters = {};
 };
 
-using Command =
-    std::variant<Status, NewSession, DeleteSession, SetTimeouts, NavigateTo, Refresh, GetTitle, GetCurrentUrl,
-                 GetWindowHandle, GetWindowHandles, SwitchToWindow, CloseWindow, SetWindowRect, ExecuteScript,
-                 FindElement, FindElements, GetActiveElement, ElementClick, ElementClear, ElementSendKeys,
-                 GetElementText, GetElementAttribute, PerformActions, ReleaseActions, TakeScreenshot, ElementScreenshot,
-                 AcceptAlert, DismissAlert, ChromeExecuteCdp>;
+using Command = std::variant<Status, NewSession, DeleteSession, SetTimeouts, NavigateTo, Refresh, GetTitle,
+                             GetWindowHandle, GetWindowHandles, SwitchToWindow, CloseWindow, SetWindowRect,
+                             ExecuteScript, FindElement, FindElements, ElementClick, ElementSendKeys,
+                             GetElementAttribute, PerformActions, TakeScreenshot, ElementScreenshot, ChromeExecuteCdp>;
 
 enum class Method { Get, Post, Delete };
 
