@@ -70,11 +70,12 @@ bool StepMachine::publishQr(const PageLook& look) {
     idle(look.presence == PageLook::Presence::Gone ? QStringLiteral("The browser has gone")
                                                    : QStringLiteral("Waiting for login"));
     const qint64 now = p_.clock.monotonicMs();
-    if (look.noPage && (!startPageAskedMs_ || now - *startPageAskedMs_ >= kStartPagePauseMs)) {
+    if (look.noPage) {
         idle(QStringLiteral("The page can't be reached, trying again"));
-        startPageAskedMs_ = now;
-        p_.page.openStartPage();
-        return false;
+        if (!startPageAskedMs_ || now - *startPageAskedMs_ >= kStartPagePauseMs) {
+            startPageAskedMs_ = now;
+            p_.page.openStartPage();
+        }
     }
     if (look.qrCodes != 1) {
         setLoginCode(QStringLiteral("wait"));

@@ -76,6 +76,10 @@ TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
 TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
     page.noPage = true;
     tick();
+    page.noPage = true;  // still not
+    tick();
+    EXPECT_TRUE(state.step.contains(QStringLiteral("can't be reached"))) << state.step.toStdString();
+    page.noPage = false;
     tick();
     EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
     EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
