@@ -4,6 +4,8 @@
 
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
@@ -30,8 +32,10 @@ struct Gateway {
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue),
-          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
+          locators(n.state, n.clock),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, locators),
+          login(n.state, n.settings, n.database, n.page, n.clock),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, login,
                    n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
@@ -40,7 +44,9 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    LocatorCheck locators;
     MessageSender sender;
+    LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

@@ -43,8 +43,15 @@ QString typableText(const QString& text) {
 }
 
 MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue)
-    : state_(state), page_(page), elements_(elements), clock_(clock), pacing_(pacing), opener_(opener), queue_(queue) {}
+                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, LocatorCheck& locators)
+    : state_(state),
+      page_(page),
+      elements_(elements),
+      clock_(clock),
+      pacing_(pacing),
+      opener_(opener),
+      queue_(queue),
+      locators_(locators) {}
 
 bool MessageSender::KIRIM_MODE1() {
     const qint64 start = clock_.monotonicMs();
@@ -101,6 +108,13 @@ bool MessageSender::awaitChat() {
             }
         }
         if (tries > ChatOpener::kTryLimit) {
+            const bool recognised = opener_.isOpen(number_);
+            const QString missing = look ? LocatorCheck::missingIn(look->chat, look->hasBox) : QString();
+            if (!missing.isEmpty() && (recognised || missing != QStringLiteral("XX_ChatBox"))) {
+                locators_.missed(missing);
+                SEND_FAIL(QStringLiteral("Page changed: ") + missing);
+                return false;
+            }
             opener_.notRecognised(number_);
             SEND_FAIL(QStringLiteral("the chat did not open in time"));
             return false;

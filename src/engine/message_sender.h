@@ -7,6 +7,7 @@
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"
 #include "engine/gateway_state.h"
+#include "engine/locator_check.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 
@@ -20,7 +21,7 @@ namespace kibo {
 class MessageSender {
  public:
     MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-                  ChatOpener& opener, OutboxQueue& queue);
+                  ChatOpener& opener, OutboxQueue& queue, LocatorCheck& locators);
 
     /// Sends to a number. True when the message was seen to leave the message box.
     bool KIRIM_MODE1();
@@ -47,6 +48,7 @@ class MessageSender {
     Pacing& pacing_;
     ChatOpener& opener_;
     OutboxQueue& queue_;
+    LocatorCheck& locators_;
 
     QString number_;  // cleaned
     ChatLook chat_;   // as it was found ready

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <optional>
 
@@ -23,6 +24,12 @@ class OutboxQueue {
     /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff` and is reopened.
     void cmd_OutboxRefresh_Click();
 
+    /// How many messages are due, also beyond those that were loaded.
+    qint64 dueCount() const { return dueCount_; }
+    /// When the next row falls due that is scheduled for later; none without such a row. Asked of the store every
+    /// few seconds only.
+    std::optional<QDateTime> nextDue();
+
     /// The stored text of a queued message; empty optional when the row is gone or can't be read.
     std::optional<QString> readText(const QString& id);
 
@@ -43,6 +50,10 @@ class OutboxQueue {
     Settings& settings_;
     Database& database_;
     Clock& clock_;
+    qint64 dueCount_ = 0;
+    QString loadedMark_;  // the store's change mark when the rows were loaded; empty: not known
+    std::optional<QDateTime> nextDue_;
+    qint64 askNextDueMs_ = 0;
     QStringList unmarked_;  // failed messages whose copies don't say so yet
 };
 
