@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 namespace kibo {
 
@@ -16,6 +17,13 @@ struct MessageBox {
     bool defaultIsNo = false;
 };
 
+/// A question that is answered with a line of text.
+struct TextQuestion {
+    QString title;
+    QString text;
+    QString proposal = {};
+};
+
 /// Every modal box of the program is shown through this. The engine never opens one.
 class Dialogs {
  public:
@@ -26,6 +34,8 @@ class Dialogs {
 
     /// Blocks until answered. True for "Yes" and "OK", false for "No" and for a box closed without an answer.
     virtual bool show(const MessageBox& box) = 0;
+    /// The same for a text; nothing when it was cancelled, or where nobody can be asked.
+    virtual std::optional<QString> ask(const TextQuestion&) { return std::nullopt; }
 };
 
 }  // namespace kibo

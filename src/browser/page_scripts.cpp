@@ -96,6 +96,12 @@ const own = one('XX_OwnPicture');
 const notice = one('XX_InvalidNumber');
 return {
   noPage: /^(chrome-error|about|data):/.test(location.href) && !document.body?.childElementCount || location.protocol === 'chrome-error:',
+  errorPage: !!one('XX_ErrorPage'),
+  host: location.hostname,
+  useHereButtons: all('XX_UseHere').length,
+  hasUpdate: !!one('XX_Update'),
+  hasChatList: !!one('XX_ChatList'),
+  hasBox: !!one('XX_ChatBox'),
   misunderstood: misunderstood,
   newChatControls: all('XX_NewChat').length,
   qrCodes: qr.length,
@@ -211,6 +217,14 @@ const reload = all('XX_QRReload');
 if (reload.length !== 1) return false;
 reload[0].click();
 return true;
+)js");
+}
+
+QString clickUseHere() {
+    return script(R"js(
+const button = one('XX_UseHere');
+if (button) button.click();
+return !!button;
 )js");
 }
 

@@ -26,5 +26,7 @@ QString focusBox();
 QString watchChatList();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
+/// () → whether there was a control to click.
+QString clickUseHere();
 
 }  // namespace kibo::scripts

@@ -1,6 +1,7 @@
 #include "browser/web_page.h"
 
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
 
 #include "app/log.h"
@@ -100,8 +101,15 @@ PageLook WebPage::look() {
     const QJsonObject seen = answer.value().toObject();
     look.presence = PageLook::Presence::Here;
     look.noPage = seen[QStringLiteral("noPage")].toBool();
-    const QStringList misunderstood = strings(seen[QStringLiteral("misunderstood")]);
-    for (const QString& name : misunderstood) {
+    look.errorPage = seen[QStringLiteral("errorPage")].toBool();
+    const QString host = seen[QStringLiteral("host")].toString();
+    if (!look.noPage && host != QUrl(browser_.startPage()).host()) look.otherSite = host;
+    look.useHereButtons = seen[QStringLiteral("useHereButtons")].toInt();
+    look.hasUpdate = seen[QStringLiteral("hasUpdate")].toBool();
+    look.hasChatList = seen[QStringLiteral("hasChatList")].toBool();
+    look.hasBox = seen[QStringLiteral("hasBox")].toBool();
+    look.misunderstood = strings(seen[QStringLiteral("misunderstood")]);
+    for (const QString& name : std::as_const(look.misunderstood)) {
         if (reported_.contains(name)) continue;
         reported_.append(name);
         log::error("browser", QStringLiteral("the locator %1 is neither XPath nor CSS and finds nothing: correct its "
@@ -221,6 +229,11 @@ bool WebPage::openStartPage() {
 bool WebPage::clickQrReload() {
     static const QString script = scripts::clickQrReload();
     return runOrSkip("reload the QR code", script).value_or(QJsonValue()).toBool();
+}
+
+bool WebPage::clickUseHere() {
+    static const QString script = scripts::clickUseHere();
+    return runOrSkip("use the account here", script).value_or(QJsonValue()).toBool();
 }
 
 QByteArray WebPage::qrPicture() {

@@ -30,6 +30,7 @@ class WebPage : public ChatPage {
     std::optional<int> watchChatList(const QString& title) override;
     bool openStartPage() override;
     bool clickQrReload() override;
+    bool clickUseHere() override;
     QByteArray qrPicture() override;
     QByteArray pagePicture() override;
     int closeStrayTabs() override;

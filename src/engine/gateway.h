@@ -5,6 +5,8 @@
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
 #include "engine/delivery_check.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
@@ -34,11 +36,13 @@ struct Gateway {
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal),
+          locators(n.state, n.clock),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal, locators),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.journal, recovery, n.random, n.pageInUse}),
+          login(n.state, n.settings, n.database, n.page, n.clock),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
+                   recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -46,9 +50,11 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    LocatorCheck locators;
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;
+    LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

@@ -23,9 +23,12 @@ std::string programFolder();
 /// Windows: the .NET Framework 3.5 folder is missing.
 std::string machineProblem();
 
+/// Name of a program's file: "name.exe" on Windows, "name" elsewhere.
+std::string programFileName(const std::string& name);
+
 /// The installed browser's version ("116.0.5845.141"), empty when unknown.
 /// Windows: what Chrome left in the registry for this user. Elsewhere: `program` is asked (an empty name: the
-/// usual ones in turn), which takes about a tenth of a second and at most ten.
+/// usual ones in turn), which takes about a tenth of a second and at most three.
 std::string installedBrowserVersion(const std::string& program = {});
 
 /// Windows: deletes the lock file that a crashed run left beside the Access database in its fixed folder.

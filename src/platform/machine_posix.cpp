@@ -59,7 +59,7 @@ std::string versionText(const std::string& program) {
 
     std::string text;
     if (started) {
-        text = readFor(ends[0], 10s);
+        text = readFor(ends[0], 3s);
         // It may have stopped writing and yet not end, and so may what it has started itself.
         for (const Process& process : descendants(pid)) static_cast<void>(terminate(process.id, process.startTime, 0));
         static_cast<void>(terminate(pid, processStartTime(pid), 200));
@@ -103,6 +103,10 @@ std::string programFolder() {
 
 std::string machineProblem() {
     return {};
+}
+
+std::string programFileName(const std::string& name) {
+    return name;
 }
 
 std::string installedBrowserVersion(const std::string& program) {

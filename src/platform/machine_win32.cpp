@@ -40,6 +40,10 @@ std::string machineProblem() {
     return ".NET Framework 3.5 must be installed on this machine!";
 }
 
+std::string programFileName(const std::string& name) {
+    return name + ".exe";
+}
+
 std::string installedBrowserVersion(const std::string&) {
     HKEY key = nullptr;
     if (::RegOpenKeyExA(HKEY_CURRENT_USER, kChromeKey, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS) return {};

@@ -23,6 +23,11 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
 /// is present, else a plain start; the show mode has no meaning there.
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode);
 
+/// Starts the script `name` that stands in `folder`. Windows: NAME.bat through runElevated, hidden, since a program
+/// folder is an administrator's; arguments without double quotes. Elsewhere: NAME, with this process's rights. Does
+/// not wait for its end. Fails with NotFound when there is no such script.
+Result<void> startScript(const std::string& folder, const std::string& name, const std::vector<std::string>& arguments);
+
 /// Opens an address or a file with whatever the operator's desktop opens it with.
 /// Fails with InvalidArgument for a text that could be taken for an option or a second command.
 Result<void> openForOperator(const std::string& addressOrFile);

@@ -127,6 +127,12 @@ Result<void> runElevated(const std::string& file, const std::string& parameters,
     return started ? Result<void>() : started.failure();
 }
 
+Result<void> startScript(const std::string& folder, const std::string& name,
+                         const std::vector<std::string>& arguments) {
+    const Result<ProcessId> started = startProgram(joinPath(folder, name), arguments);
+    return started ? Result<void>() : started.failure();
+}
+
 Result<void> openForOperator(const std::string& addressOrFile) {
     if (addressOrFile.empty() || addressOrFile.front() == '-')
         return Failure{FailureKind::InvalidArgument, "there is nothing to open", {}};

@@ -2,6 +2,7 @@
 // windows.h first: shellapi.h builds on it.
 #include <shellapi.h>
 
+#include "platform/machine.h"
 #include "platform/one_line.h"
 #include "platform/shell.h"
 #include "platform/win32_call.h"
@@ -58,6 +59,16 @@ Result<void> runElevated(const std::string& file, const std::string& parameters,
     // Not an instance but a number: above 32 all went well.
     if (reinterpret_cast<INT_PTR>(result) > 32) return {};
     return lastFailure("can't start " + file);
+}
+
+Result<void> startScript(const std::string& folder, const std::string& name,
+                         const std::vector<std::string>& arguments) {
+    const std::string file = joinPath(folder, name + ".bat");
+    if (::GetFileAttributesA(file.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return Failure{FailureKind::NotFound, "there is no script " + file, {}};
+    std::string parameters;
+    for (const std::string& argument : arguments) parameters += '"' + argument + "\" ";
+    return runElevated(file, parameters, ShowMode::Hidden);
 }
 
 Result<void> openForOperator(const std::string& addressOrFile) {

@@ -24,7 +24,15 @@ class AnsweringDialogs : public Dialogs {
         return answer;
     }
 
+    std::optional<QString> ask(const TextQuestion&) override {
+        if (texts.empty()) return std::nullopt;
+        const std::optional<QString> text = texts.front();
+        texts.pop_front();
+        return text;
+    }
+
     std::deque<bool> answers;
+    std::deque<std::optional<QString>> texts;  // then every question is cancelled
     std::vector<MessageBox> shown;
     std::function<void()> whileOpen;
 };

@@ -24,6 +24,8 @@ struct MainWindowActions {
     std::function<void()> refreshOutbox;
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
+    std::function<void()> newProfile;  ///< the entry below the profiles
+    std::function<void()> runCleaner;
     std::function<void()> closeAll;
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;

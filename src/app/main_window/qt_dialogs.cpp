@@ -1,6 +1,7 @@
 #include "main_window/qt_dialogs.h"
 
 #include <QApplication>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <iostream>
 
@@ -38,6 +39,13 @@ bool QtDialogs::show(const MessageBox& box) {
     }
     const int answer = message.exec();
     return answer == QMessageBox::Yes || answer == QMessageBox::Ok;
+}
+
+std::optional<QString> QtDialogs::ask(const TextQuestion& question) {
+    bool given = false;
+    const QString text = QInputDialog::getText(QApplication::activeWindow(), question.title, question.text,
+                                               QLineEdit::Normal, question.proposal, &given);
+    return given ? std::optional(text) : std::nullopt;
 }
 
 bool UnattendedDialogs::show(const MessageBox& box) {

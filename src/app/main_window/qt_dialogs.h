@@ -8,6 +8,7 @@ namespace kibo {
 class QtDialogs : public Dialogs {
  public:
     bool show(const MessageBox& box) override;
+    std::optional<QString> ask(const TextQuestion& question) override;
 };
 
 /// For a start without a display: nobody could answer, so no box may block. A box goes to the log and to
