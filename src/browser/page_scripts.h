@@ -25,5 +25,7 @@ QString focusBox();
 QString watchChatList();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
+/// (locator {xpath, text}, milliseconds) → what Matches holds. Frames the matches for a while.
+QString outline();
 
 }  // namespace kibo::scripts

@@ -11,6 +11,7 @@
 #include "app/error_policy.h"
 #include "app/settings.h"
 #include "browser/browser.h"
+#include "browser/element_store.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"
 #include "engine/gateway.h"
@@ -20,6 +21,7 @@
 #include "main_window/start_up.h"
 #include "main_window/timer_runner.h"
 #include "main_window/window_picture.h"
+#include "screens/element_screen.h"
 
 namespace kibo {
 
@@ -56,6 +58,7 @@ class GatewayApplication {
     void cb_Profil_Change(const QString& profile);
     void mncloseall_Click();
     void refreshOutbox();
+    void mnElement_Click();
     void applyHideMe();
     void activate();
     void unload();
@@ -71,7 +74,8 @@ class GatewayApplication {
     Settings settings_;
     GatewayState state_;
     Database database_;
-    Database elementStore_;
+    Database elementDatabase_;
+    ElementStore elementStore_;
     InstanceRows instanceRows_;
     StartUp startUp_;
     ElementTable elements_;
@@ -81,6 +85,7 @@ class GatewayApplication {
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<ElementScreen> elementScreen_;  // from the first time it is asked for
     std::unique_ptr<WindowPicture> picture_;
     QTimer heartbeat_;
     bool opening_ = false;
