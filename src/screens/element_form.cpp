@@ -1,6 +1,7 @@
 #include "screens/element_form.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
@@ -17,13 +18,13 @@ constexpr QRgb kFound = 0xFF1F6B58, kMissing = 0xFFA8321F;
 
 QFont bold(QFont font, int largerBy = 0) {
     font.setBold(true);
-    font.setPixelSize(font.pixelSize() + largerBy);
+    font.setPixelSize(QFontInfo(font).pixelSize() + largerBy);
     return font;
 }
 
 QFont fixedPitch(const QFont& like) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(like.pixelSize() - 1);
+    font.setPixelSize(QFontInfo(like).pixelSize() - 1);
     return font;
 }
 
