@@ -84,10 +84,12 @@ void ElementForm::addRow(QGridLayout* grid, const ElementRow& row) {
     auto* test = new QPushButton(QStringLiteral("Test"));
     test->setObjectName(QStringLiteral("test_") + row.box.mid(3));
     test->setAccessibleName(QStringLiteral("Test ") + row.name);
+    test->setToolTip(QStringLiteral("Look for it on the open page"));
     test->setFixedWidth(kTestWidth);
     auto* verdict = new QLabel;
     verdict->setObjectName(QStringLiteral("verdict_") + row.box.mid(3));
     verdict->setTextFormat(Qt::PlainText);
+    verdict->setForegroundRole(QPalette::WindowText);
     verdict->setWordWrap(true);
     verdict->setFixedWidth(kVerdictWidth);
 
@@ -121,10 +123,6 @@ ElementForm::Values ElementForm::values() const {
 
 void ElementForm::setTestCaption(const QString& name, const QString& caption) {
     rows_[name].test->setText(caption);
-}
-
-void ElementForm::setTestsEnabled(bool enabled) {
-    for (const Row& row : std::as_const(rows_)) row.test->setEnabled(enabled);
 }
 
 void ElementForm::showVerdict(const QString& name, const Verdict& verdict) {

@@ -32,7 +32,6 @@ class ElementForm : public QScrollArea {
 
     /// Caption of a row's test button.
     void setTestCaption(const QString& name, const QString& caption);
-    void setTestsEnabled(bool enabled);
     /// What stands behind a row's test button, until its text is edited.
     void showVerdict(const QString& name, const Verdict& verdict);
     void clearVerdicts();

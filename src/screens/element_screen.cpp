@@ -50,8 +50,8 @@ ElementScreen::ElementScreen(Parts parts) : p_(std::move(parts)), form_(new Elem
     resize(1120, 760);
     setMinimumSize(820, 420);
     auto* intro = new QLabel(
-        QStringLiteral("Where things are on WhatsApp's page. A locator that begins with / ( or ./ is an XPath, any "
-                       "other a CSS selector. Test frames on the open page what the box finds, saved or not."),
+        QStringLiteral("Where things are on WhatsApp's page. Locators that begin with / ( or ./ are XPath, others CSS. "
+                       "Test frames what a box finds on the open page."),
         this);
     intro->setWordWrap(true);
     auto* bottom = new QWidget(this);
@@ -91,7 +91,6 @@ void ElementScreen::buildButtons(QWidget* row) {
     QPushButton* upload = add("cmd_Upload", "&Upload…", "Give the boxes' values to the element service");
     QPushButton* save = add("cmd_Save", "&Save", "Store all boxes");
     QPushButton* close = add("cmd_Close", "&Close", "Close this window");
-    buttons_ = {fetch, upload, save};
     connect(fetch, &QPushButton::clicked, this, &ElementScreen::cmd_Fetch_Click);
     connect(upload, &QPushButton::clicked, this, &ElementScreen::cmd_Upload_Click);
     connect(save, &QPushButton::clicked, this, [this] { p_.guarded([this] { cmd_Save_Click(); }); });
@@ -125,6 +124,7 @@ void ElementScreen::closeEvent(QCloseEvent* event) {
 }
 
 void ElementScreen::cmd_Save_Click() {
+    if (busy()) return;
     ElementForm::Values values = form_->values();
     for (auto& [name, text] : values) text = storable(text);
     if (!p_.store.saveAll(values)) {
@@ -142,7 +142,7 @@ void ElementScreen::cmd_Save_Click() {
 }
 
 void ElementScreen::cmd_Fetch_Click() {
-    if (serviceIsOff()) return;
+    if (busy() || serviceIsOff()) return;
     const auto fetch = [this](const QString& name) -> Result<void> {
         const Result<QString> answer = p_.service.FetchElement(name);
         if (!answer) return answer.failure();
@@ -161,7 +161,7 @@ void ElementScreen::cmd_Fetch_Click() {
 }
 
 void ElementScreen::cmd_Upload_Click() {
-    if (serviceIsOff()) return;
+    if (busy() || serviceIsOff()) return;
     const auto code = p_.dialogs.ask({QStringLiteral("Upload Update"), QStringLiteral("Password"), true});
     if (!code) return;
     if (*code != kAccessCode) {
@@ -196,7 +196,7 @@ bool ElementScreen::serviceIsOff() {
 void ElementScreen::transfer(Transfer transfer) {
     transfer_ = std::move(transfer);
     form_->clearVerdicts();
-    setBusy(true);
+    setCursor(Qt::BusyCursor);
     transferTurn_.start();
 }
 
@@ -228,12 +228,7 @@ void ElementScreen::transferNext() {
 void ElementScreen::endTransfer() {
     transferTurn_.stop();
     transfer_.reset();
-    setBusy(false);
-}
-
-void ElementScreen::setBusy(bool busy) {
-    for (QPushButton* button : std::as_const(buttons_)) button->setEnabled(!busy);
-    form_->setTestsEnabled(!busy);
+    unsetCursor();
 }
 
 std::optional<ElementScreen::NoticeTest> ElementScreen::noticeTestOf(const QString& name) {
@@ -248,6 +243,7 @@ std::optional<ElementScreen::NoticeTest> ElementScreen::noticeTestOf(const QStri
 }
 
 void ElementScreen::test(const QString& name) {
+    if (busy()) return;
     if (p_.state.stepRunning || p_.state.wait.visible || p_.state.waitread.visible) {
         inform(kTesting, QStringLiteral("Kibo is using the page right now. Press Pause in the main window, wait until "
                                         "the message is done, then test again."));
@@ -274,7 +270,6 @@ void ElementScreen::testNotice(NoticeTest test) {
     form_->setTestCaption(test.name, kTesting);
     // From here on no message begins, so that the page stays as the operator makes it.
     noticeTest_ = std::move(test);
-    setBusy(true);
     const QString request = noticeTest_->request;
     if (!outlined(noticeTest_->name, form_->text(noticeTest_->locator))) {
         endNoticeTest();
@@ -308,7 +303,6 @@ void ElementScreen::endNoticeTest() {
     status_->clear();
     form_->setTestCaption(noticeTest_->name, kTested);
     noticeTest_.reset();
-    setBusy(false);
 }
 
 std::optional<Matches> ElementScreen::outlined(const QString& name, const QString& locator) {

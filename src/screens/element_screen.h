@@ -14,7 +14,6 @@
 #include "screens/element_service.h"
 
 class QLabel;
-class QPushButton;
 
 namespace kibo {
 
@@ -68,6 +67,8 @@ class ElementScreen : public QWidget {
     };
 
     void buildButtons(QWidget* row);
+    /// Something goes on, which the status line tells; clicks are ignored meanwhile.
+    bool busy() const { return transfer_ || noticeTest_; }
     void cmd_Fetch_Click();
     void cmd_Save_Click();
     void cmd_Upload_Click();
@@ -75,7 +76,6 @@ class ElementScreen : public QWidget {
     void transfer(Transfer transfer);
     void transferNext();
     void endTransfer();
-    void setBusy(bool busy);
 
     void test(const QString& name);
     void testLocator(const QString& name);
@@ -91,7 +91,6 @@ class ElementScreen : public QWidget {
     Parts p_;
     ElementForm* form_;
     QLabel* status_;
-    QList<QPushButton*> buttons_;
     ElementForm::Values opened_;  // as shown when the screen was opened or saved
     std::optional<Transfer> transfer_;
     std::optional<NoticeTest> noticeTest_;
