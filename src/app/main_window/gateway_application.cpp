@@ -50,7 +50,8 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
       database_(clock_, policy_),
-      elementStore_(clock_, policy_),
+      elementDatabase_(clock_, policy_),
+      elementStore_(elementDatabase_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
       browser_(programFolder_, clock_) {
@@ -69,10 +70,8 @@ bool GatewayApplication::start() {
     // Never the working directory, which may be anywhere.
     if (settings_.CaptureImage.isEmpty()) settings_.CaptureImage = programFolder_;
     if (!startUp_.openDatabase(database_, settings_)) return false;
-    if (!startUp_.openElementStore(elementStore_)) return false;
-    elements_ = ElementTable([this](const QString& name) {
-        return elementStore_.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
-    });
+    if (!startUp_.openElementStore(elementDatabase_)) return false;
+    elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff.visible = !database_.isOpen();
     if (clock_.waitingStopped()) return false;
     buildEngine();
@@ -88,9 +87,10 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ =
-        std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_, journal_,
-                                                 [] { return QRandomGenerator::global()->generateDouble(); }});
+    const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
+    Gateway::Needs needs{state_, settings_, elements_, database_, *page_, clock_, journal_, random};
+    needs.pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); };
+    gateway_ = std::make_unique<Gateway>(needs);
 }
 
 bool GatewayApplication::showWindow() {
@@ -172,6 +172,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
+    actions.showElements = guarded([this] { mnElement_Click(); });
     actions.activated = guarded([this] { activate(); });
     actions.unloaded = [this] { unload(); };
     return actions;
@@ -220,6 +221,17 @@ void GatewayApplication::mncloseall_Click() {
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
     if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
+}
+
+void GatewayApplication::mnElement_Click() {
+    if (!elementScreen_) {
+        elementScreen_ = std::make_unique<ElementScreen>(
+            ElementScreen::Parts{elements_, elementStore_, *page_, state_, dialogs_,
+                                 ElementService(settings_.ElementServer, startUp_.settingsFile()),
+                                 startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }});
+        elementScreen_->setWindowIcon(window_->windowIcon());
+    }
+    elementScreen_->open();
 }
 
 void GatewayApplication::applyHideMe() {

@@ -11,6 +11,7 @@
 #include "app/error_policy.h"
 #include "app/settings.h"
 #include "browser/browser.h"
+#include "browser/element_store.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"
 #include "engine/gateway.h"
@@ -22,6 +23,7 @@
 #include "main_window/start_up.h"
 #include "main_window/timer_runner.h"
 #include "main_window/window_picture.h"
+#include "screens/element_screen.h"
 
 namespace kibo {
 
@@ -57,6 +59,7 @@ class GatewayApplication {
     void Timer1_Timer();
     void mncloseall_Click();
     void refreshOutbox();
+    void mnElement_Click();
     void applyHideMe();
     void activate();
     void unload();
@@ -72,7 +75,8 @@ class GatewayApplication {
     Settings settings_;
     GatewayState state_;
     Database database_;
-    Database elementStore_;
+    Database elementDatabase_;
+    ElementStore elementStore_;
     InstanceRows instanceRows_;
     StartUp startUp_;
     ElementTable elements_;
@@ -85,6 +89,7 @@ class GatewayApplication {
     std::unique_ptr<SessionKeeper> keeper_;
     std::unique_ptr<BrowserCare> care_;
     std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<ElementScreen> elementScreen_;  // from the first time it is asked for
     std::unique_ptr<WindowPicture> picture_;
     QTimer heartbeat_;
 };
