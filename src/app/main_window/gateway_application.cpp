@@ -8,6 +8,7 @@
 
 #include "app/log.h"
 #include "app/settings_file.h"
+#include "inbox/helper_installation.h"
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
 #include "main_window/setting_indicators.h"
@@ -42,7 +43,8 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementStore_(clock_, policy_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_) {
+      browser_(programFolder_, clock_),
+      mediaDownload_(settings_, clock_, programFolder_) {
     // Already while a box of the start-up routine waits for its answer.
     QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
     heartbeat_.start(kHeartbeatMs);
@@ -75,8 +77,15 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
-                                                        [] { return QRandomGenerator::global()->generateDouble(); }});
+    Gateway::Needs needs{state_,
+                         settings_,
+                         elements_,
+                         database_,
+                         *page_,
+                         clock_,
+                         [] { return QRandomGenerator::global()->generateDouble(); }};
+    needs.fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); };
+    gateway_ = std::make_unique<Gateway>(needs);
 }
 
 bool GatewayApplication::showWindow() {
@@ -85,6 +94,7 @@ bool GatewayApplication::showWindow() {
                       commandLine_};
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
+    formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
     formLoad.startAgent = [](const QString& program) {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));

@@ -15,6 +15,7 @@
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
+#include "inbox/media_download.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
 #include "main_window/start_up.h"
@@ -77,6 +78,7 @@ class GatewayApplication {
     ElementTable elements_;
     Browser browser_;
     std::unique_ptr<WebPage> page_;
+    MediaDownload mediaDownload_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
