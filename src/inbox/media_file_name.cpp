@@ -58,10 +58,11 @@ QString mediaFileName(const QString& address) {
     QString name;
     for (qsizetype at = 0; at < decoded.size(); ++at)
         if (isAllowed(decoded, at)) name += decoded[at];
-    name = shortened(name.trimmed());
-    // Windows drops dots and blanks at the end; "." and ".." are folders everywhere.
-    while (name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' '))) name.chop(1);
+    name = name.trimmed();
     if (isDeviceName(name)) name.prepend(QLatin1Char('_'));
+    name = shortened(name);
+    // Windows drops dots and blanks at the end; "." and ".." are folders everywhere.
+    while (!name.isEmpty() && (name.back() == QLatin1Char('.') || name.back().isSpace())) name.chop(1);
     return name.isEmpty() ? QStringLiteral("download") : name;
 }
 
