@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -34,7 +35,6 @@ class Input {
         return line;
     }
     std::string_view rest() const { return rest_; }
-    bool atEnd() const { return rest_.empty(); }
 
  private:
     std::string_view rest_;

@@ -1,6 +1,5 @@
 // Reader and writer of the settings file, on a file of any content.
 #include <QTemporaryDir>
-#include <algorithm>
 #include <fstream>
 #include <string>
 
