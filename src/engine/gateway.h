@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
 #include "engine/chat_list_watch.h"
@@ -13,6 +14,7 @@
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
+#include "platform/result.h"
 
 namespace kibo {
 
@@ -30,6 +32,8 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
+        /// Fetches the file at a web address; the value is its local path. May be empty.
+        std::function<Result<QString>(const QString& address)> fetchMedia = {};
     };
 
     explicit Gateway(const Needs& n)

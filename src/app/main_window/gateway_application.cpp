@@ -8,6 +8,7 @@
 
 #include "app/log.h"
 #include "app/settings_file.h"
+#include "inbox/helper_installation.h"
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
 #include "main_window/setting_indicators.h"
@@ -54,7 +55,8 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementStore_(elementDatabase_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_) {
+      browser_(programFolder_, clock_),
+      mediaDownload_(settings_, clock_, programFolder_) {
     // Already while a box of the start-up routine waits for its answer.
     QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
     heartbeat_.start(kHeartbeatMs);
@@ -87,10 +89,18 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    Gateway::Needs needs{state_, settings_, elements_, database_, *page_, clock_, journal_, random};
-    needs.pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); };
-    gateway_ = std::make_unique<Gateway>(needs);
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{
+        .state = state_,
+        .settings = settings_,
+        .elements = elements_,
+        .database = database_,
+        .page = *page_,
+        .clock = clock_,
+        .journal = journal_,
+        .random = [] { return QRandomGenerator::global()->generateDouble(); },
+        .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
+        .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+    });
 }
 
 bool GatewayApplication::showWindow() {
@@ -99,6 +109,7 @@ bool GatewayApplication::showWindow() {
                       commandLine_};
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
+    formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
     formLoad.startAgent = [](const QString& program) {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));

@@ -17,6 +17,7 @@
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
 #include "main_window/browser_care.h"
+#include "inbox/media_download.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
 #include "main_window/session_keeper.h"
@@ -82,6 +83,7 @@ class GatewayApplication {
     ElementTable elements_;
     Browser browser_;
     std::unique_ptr<WebPage> page_;
+    MediaDownload mediaDownload_;
     SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
