@@ -44,6 +44,9 @@ constexpr std::array kElements{
             "//*[@id='app']/div/div/div[3]/div[2]/span/div/span/div/div/div[2]/div/div[1]/div[3]/div/div/div[2]/"
             "div[1]/div[1]/p"},
     Element{"XX_SearchBox", "//*[@id='side']/div[1]/div/label/div/div[2]"},
+    // Inside a row of the chat list.
+    Element{"XX_EntryTitle", ".//span[@title]"},
+    Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
 };
 
 }  // namespace

@@ -33,7 +33,7 @@ struct Gateway {
           sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue),
           machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
                    n.random, n.pageInUse}),
-          chatListWatch(n.state, n.page, n.BACA_WA) {}
+          chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
 

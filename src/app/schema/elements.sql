@@ -31,3 +31,5 @@ INSERT INTO element VALUES ('XX_MediaInput', '//input[@type=''file''][contains(@
 INSERT INTO element VALUES ('XX_DocumentInput', '//input[@type=''file''][@accept=''*'' or not(@accept)]');
 INSERT INTO element VALUES ('XX_Caption', '//*[@data-testid=''media-caption-input-container'']/descendant-or-self::*[@contenteditable=''true''] | //*[@contenteditable=''true''][@data-tab=''10'' or @data-tab=''11''][not(ancestor::footer)]');
 INSERT INTO element VALUES ('XX_SearchBox', '//*[@id=''side'']//*[self::input or @contenteditable=''true''][@data-tab=''3'']');
+INSERT INTO element VALUES ('XX_EntryTitle', './/span[@title]');
+INSERT INTO element VALUES ('XX_UnreadBadge', './/*[@data-testid=''icon-unread-count'' or contains(@aria-label,''unread'')]');
