@@ -133,10 +133,10 @@ struct GatewayState {
     ComboBox cb_DummyContact;
     TextBox txt_DUMMY;
     CheckBox HideChrome;
-    TextBox len1;  ///< length of the chat list's text at the last look
+    TextBox len1;                ///< length of the chat list's text at the last look
     CheckBox newestFirst{true};  ///< order of the inbox grid
     Label Inbox_Cnt{QString()};  ///< how many received messages have no status yet; empty: none
-    Label lb[14];  ///< setting indicators lb1 to lb14
+    Label lb[14];                ///< setting indicators lb1 to lb14
     Indicator l_disableread;
 
     // Counters since the program started

@@ -19,6 +19,7 @@ INSERT INTO element VALUES ('XXInfo1', 'Phone not connected*|*Trying to reach ph
 INSERT INTO element VALUES ('XXInfo2', 'Computer not connected*|*No internet*|Connecting*');
 INSERT INTO element VALUES ('XXInfo3', 'Phone number shared via url is invalid.*|*isn''t on WhatsApp*|*isn’t on WhatsApp*');
 INSERT INTO element VALUES ('XXTyping', 'typing');
+INSERT INTO element VALUES ('XXDraft', 'Draft:');
 
 -- Further places of the page that the sender and the inbox reader use.
 INSERT INTO element VALUES ('XX_OwnPicture', '//*[@data-testid=''navbar-item-profile-photo'']//img');
