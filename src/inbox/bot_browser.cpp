@@ -1,7 +1,5 @@
 #include "inbox/bot_browser.h"
 
-#include "app/log.h"
-
 namespace kibo {
 namespace {
 
@@ -14,9 +12,15 @@ const QString kArrived =
 }  // namespace
 
 BotBrowser::BotBrowser(const QString& programFolder, const Settings& settings, Clock& clock)
-    : settings_(settings), clock_(clock), browser_(programFolder + QStringLiteral("/bot"), clock) {}
+    : settings_(settings), clock_(clock), browser_(programFolder + QStringLiteral("/bot-browser"), clock) {}
 
-Result<void> BotBrowser::ready(const QString& profile) {
+Result<void> BotBrowser::visit(const QString& address, const QString& profile) {
+    const Result<void> started = start(profile);
+    if (!started) return Failure{FailureKind::NotFound, started.failure().text};
+    return load(address);
+}
+
+Result<void> BotBrowser::start(const QString& profile) {
     const qint64 now = clock_.monotonicMs();
     if (browser_.isOpen() && now - startedAtMs_ > kLifeMs) browser_.quit();
     if (browser_.isOpen() && browser_.windowExists()) return {};
@@ -29,12 +33,11 @@ Result<void> BotBrowser::ready(const QString& profile) {
     own.StartAddress = QStringLiteral("about:blank");
     startedAtMs_ = now;
     Result<void> opened = browser_.open({own, profile});
-    failedAtMs_.reset();
-    if (!opened) failedAtMs_ = now;
+    failedAtMs_ = opened ? std::optional<qint64>() : now;
     return opened;
 }
 
-Result<void> BotBrowser::visit(const QString& address) {
+Result<void> BotBrowser::load(const QString& address) {
     using namespace webdriver;
     Client& client = browser_.client();
     (void)client.send(ExecuteScript{kLeave});  // a page that can't be marked is one that shows an error

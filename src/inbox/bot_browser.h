@@ -22,15 +22,17 @@ class BotBrowser {
     /// All must outlive the object.
     BotBrowser(const QString& programFolder, const Settings& settings, Clock& clock);
 
-    /// Starts the browser if need be. Fails where it can't be started, or lately couldn't.
-    Result<void> ready(const QString& profile);
-    /// Opens `address` and waits until its page is there. Fails with ConnectionLost when the browser has gone, and with
-    /// Transport when the page is not there in time or can't be loaded.
-    Result<void> visit(const QString& address);
+    /// Opens `address` and waits until its page is there; starts the browser of `profile` first if need be. Fails with
+    /// NotFound where the browser can't be started, or lately couldn't, and nothing was asked; with another kind where
+    /// the page is not there in time or can't be loaded.
+    Result<void> visit(const QString& address, const QString& profile);
 
     void quit() { browser_.quit(); }
 
  private:
+    Result<void> start(const QString& profile);
+    Result<void> load(const QString& address);
+
     const Settings& settings_;
     Clock& clock_;
     Browser browser_;

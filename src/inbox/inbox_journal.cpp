@@ -35,7 +35,7 @@ IncomingRow rowFrom(const QJsonObject& json) {
 
 Result<void> InboxJournal::open() {
     if (file_) return {};
-    auto file = platform::DurableFile::open(path_.toStdString());
+    auto file = platform::DurableFile::open(path_().toStdString());
     if (!file) return file.failure();
     const Result<std::string> content = file.value()->read();
     if (!content) return content.failure();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,10 +23,11 @@ class InboxJournal {
         bool doubtful;
     };
 
-    /// Opens `file` at the first use, with what an earlier run has left in it: that is doubtful.
-    explicit InboxJournal(QString file) : path_(std::move(file)) {}
+    /// `path` gives the file, asked once, when it is opened.
+    explicit InboxJournal(std::function<QString()> path) : path_(std::move(path)) {}
 
-    /// Reads the file. Fails with Io where it can't be opened; asked again, it tries again.
+    /// Opens the file, if it isn't open yet, with what an earlier run has left in it: that is doubtful. Fails with Io
+    /// where it can't be opened; asked again, it tries again.
     Result<void> open();
 
     /// Writes a row down, before the click. Its key; fails with Io when it can't be on the disk.
@@ -42,7 +44,7 @@ class InboxJournal {
     Entry* find(quint64 key);
     Result<void> write(const QJsonObject& line);
 
-    QString path_;
+    std::function<QString()> path_;
     std::unique_ptr<platform::DurableFile> file_;
     std::vector<Entry> entries_;
     quint64 lastKey_ = 0;

@@ -88,11 +88,20 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
         return Then::EndPass;
     }
     dropDoubtful(chat);
-    if (meetsAgain(chat.title + chat.text)) {
+    const QString signature = chat.title + chat.text;
+    meetings_ = signature == lastSignature_ ? meetings_ + 1 : 1;
+    if (meetings_ % kMostMeetings == 0) {
         recover();
         return Then::EndPass;
     }
-    return openAndStore(entry, chat);
+    if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
+    // Its rows are stored; what is left is a chat to be rid of.
+    if (const auto clicked = p_.page.clickEntry(entry)) {
+        p_.opener.clickedName(chat.title, clicked->before);
+        awaitChat(chat.title, clicked->before);
+    }
+    leave();
+    return Then::GoOn;
 }
 
 InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat chat) {
@@ -145,12 +154,6 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat c
                            .arg(p_.clock.monotonicMs() - began));
     leave();
     return stored ? Then::GoOn : Then::EndPass;
-}
-
-/// Counts on how many passes in a row a message was met; true when its chat has to be given up.
-bool InboxReader::meetsAgain(const QString& signature) {
-    meetings_ = signature == lastSignature_ ? meetings_ + 1 : 1;
-    return meetings_ >= kMostMeetings;
 }
 
 /// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.

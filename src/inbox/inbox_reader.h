@@ -55,6 +55,7 @@ class InboxReader {
     /// With messages to send, a pass ends after this time, so that both directions take turns.
     static constexpr qint64 kLongestPassMs = 5'000;
     /// A chat that shows the same message on so many passes in a row doesn't lose its mark: the page is loaded anew.
+    /// Met again after that, it is opened but not stored.
     static constexpr int kMostMeetings = 4;
 
  private:
@@ -64,7 +65,6 @@ class InboxReader {
     bool readList();
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, UnreadChat chat);
-    bool meetsAgain(const QString& signature);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
     QString numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const;
     QString textBehindDraft(const QString& title, const QString& draft);

@@ -116,6 +116,10 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     return ProcessId{result.pid};
 }
 
+Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
+    return startProgram(program, arguments);
+}
+
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode) {
     std::vector<std::string> arguments = splitParameters(parameters);
     std::string program = file;

@@ -2,6 +2,9 @@
 // windows.h first: shellapi.h builds on it.
 #include <shellapi.h>
 
+#include <algorithm>
+#include <cctype>
+
 #include "platform/one_line.h"
 #include "platform/shell.h"
 #include "platform/win32_call.h"
@@ -22,9 +25,13 @@ std::string quoted(const std::string& argument) {
     return text.append(backslashes, '\\') + '"';
 }
 
-Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags) {
+Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags, bool minimised = false) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
+    if (minimised) {
+        startup.dwFlags = STARTF_USESHOWWINDOW;
+        startup.wShowWindow = SW_SHOWMINIMIZED;
+    }
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &startup,
                           &process))
@@ -50,6 +57,18 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     std::string commandLine = quoted(path);
     for (const std::string& argument : arguments) commandLine += ' ' + quoted(argument);
     return start(program, commandLine, DETACHED_PROCESS);
+}
+
+Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
+    const std::string path = findProgram(program);
+    if (path.empty()) return Failure{FailureKind::NotFound, "there is no program " + program, {}};
+    std::string ending = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
+    for (char& c : ending) c = static_cast<char>(::tolower(static_cast<unsigned char>(c)));
+    if (ending == ".bat" || ending == ".cmd")
+        return Failure{FailureKind::InvalidArgument, "a command file can't be started: " + program, {}};
+    std::string commandLine = quoted(path);
+    for (const std::string& argument : arguments) commandLine += ' ' + quoted(argument);
+    return start(program, commandLine, 0, true);
 }
 
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode) {

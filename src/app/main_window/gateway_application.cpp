@@ -75,8 +75,11 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
-                                                        [] { return QRandomGenerator::global()->generateDouble(); }});
+    const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_, random,
+                                                        [this] { inbox_->reader.BACA_WA(); }});
+    inbox_ = std::make_unique<Inbox>(
+        Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
 }
 
 bool GatewayApplication::showWindow() {
@@ -117,6 +120,7 @@ MainWindowActions GatewayApplication::actions() {
     MainWindowActions actions;
     actions.openWhatsApp = guarded([this] { cmd_OpenWA_Click(); });
     actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
+    actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
@@ -179,6 +183,8 @@ void GatewayApplication::timer_start_Timer() {
 
 void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
+    inbox_->reader.storeWaiting();
+    inbox_->grid.keepFresh();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     if (state_.waurl.text == QStringLiteral("!!") && clock_.monotonicMs() >= reopenAtMs_) cmd_OpenWA_Click();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
@@ -235,6 +241,7 @@ void GatewayApplication::endProgram() {
     clock_.stopWaiting();
     if (timers_) timers_->stopAll();
     heartbeat_.stop();
+    if (inbox_) inbox_->botBrowser.quit();
     browser_.quit();
     log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));
     // Not quit(): it would close the window first, which is the operator's way to unload it.

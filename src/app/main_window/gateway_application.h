@@ -15,6 +15,7 @@
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
+#include "inbox/inbox.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
 #include "main_window/start_up.h"
@@ -78,6 +79,7 @@ class GatewayApplication {
     Browser browser_;
     std::unique_ptr<WebPage> page_;
     std::unique_ptr<Gateway> gateway_;
+    std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<MainWindow> window_;

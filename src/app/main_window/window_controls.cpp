@@ -129,8 +129,13 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     build.card("shapInbox", kLeft, 368, 332, 176);
     ms = new QueueGrid(state.ms, {29, 30, 25, 16}, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 373, 120, ms);
-    l_disableread = build.mark("l_disableread", "Reading is off", 214, 374, 120, 22, kNotice, kNoticeText);
+    build.heading("lblInbox", "&Inbox", 24, 373, 48, ms);
+    Inbox_Cnt = build.mark("Inbox_Cnt", "", 74, 376, 40, 18, kBusy, 0xFFFFFF);
+    Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
+    l_disableread = build.mark("l_disableread", "Reading off", 118, 375, 76, 20, kNotice, kNoticeText);
+    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 198, 373, 74, 24);
+    newestFirst->setToolTip(QStringLiteral("Newest first"));
+    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refres&h", 274, 373, 62, 24);
     build.place(ms, "ms", 22, 400, 312, 136);
 
     build.card("shapUnsent", 354, 368, 572, 176);
