@@ -259,7 +259,7 @@ void StepMachine::dispatch(const QString& mode) {
 }
 
 void StepMachine::finishMessage(const PageLook& look) {
-    p_.state.step = QStringLiteral("Leaving the chat");
+    p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
     if (p_.settings.AfterSend.toInt() <= 0) {
