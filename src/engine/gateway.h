@@ -4,11 +4,14 @@
 
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
+#include "engine/delivery_check.h"
 #include "engine/locator_check.h"
 #include "engine/login_watch.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
+#include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 
 namespace kibo {
@@ -23,6 +26,7 @@ struct Gateway {
         Database& database;
         ChatPage& page;
         Clock& clock;
+        SendJournal& journal;  ///< nothing is sent until it is open
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
@@ -33,10 +37,12 @@ struct Gateway {
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
           locators(n.state, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, locators),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal, locators),
+          deliveryCheck(n.page, n.clock, pacing, opener),
+          recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, login,
-                   n.random, n.pageInUse}),
+                   n.journal, recovery, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -46,6 +52,8 @@ struct Gateway {
     OutboxQueue queue;
     LocatorCheck locators;
     MessageSender sender;
+    DeliveryCheck deliveryCheck;
+    SendRecovery recovery;
     LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;

@@ -43,7 +43,8 @@ QString typableText(const QString& text) {
 }
 
 MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, LocatorCheck& locators)
+                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, SendJournal& journal,
+                             LocatorCheck& locators)
     : state_(state),
       page_(page),
       elements_(elements),
@@ -51,6 +52,7 @@ MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementT
       pacing_(pacing),
       opener_(opener),
       queue_(queue),
+      journal_(journal),
       locators_(locators) {}
 
 bool MessageSender::KIRIM_MODE1() {
@@ -67,6 +69,7 @@ bool MessageSender::KIRIM_MODE1() {
     if (!typeAndSend(typableText(insertContactName(state_.txtMsg2.text, chat_.chat.title)))) return false;
 
     ++state_.sentCount;
+    journal_.ended(state_.txtid.text);
     log::info("engine", QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
                             .arg(state_.txtid.text, log::maskedNumber(number_))
                             .arg(opened - start)
@@ -161,6 +164,8 @@ bool MessageSender::typeAndSend(QString text) {
     }
     if (box->chatSerial != chat_.chat.serial) return giveUp(QStringLiteral("another chat came up before Enter"));
     if (clock_.waitingStopped()) return giveUp(kStopped);
+    if (!journal_.typed(state_.txtid.text, wanted, chat_.chat.lastMessageId))
+        return giveUp(QStringLiteral("the journal can't be written, so the message was not sent"));
     if (!pressEnterAndConfirm())
         return giveUp(QStringLiteral("in doubt: Enter was pressed, but the message did not leave the message box"));
     return true;
@@ -206,7 +211,10 @@ void MessageSender::recordFailure(const QString& reason) {
     state_.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3")
                                .arg(state_.txtid.text, log::maskedNumber(cleanedNumber(state_.txtNo.text)), reason));
-    if (!queue_.markFailed(state_.txtid.text))
+    journal_.failed(state_.txtid.text, reason);
+    if (queue_.markFailed(state_.txtid.text))
+        journal_.ended(state_.txtid.text);
+    else
         log::error(
             "engine",
             QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(state_.txtid.text));

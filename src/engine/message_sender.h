@@ -10,6 +10,7 @@
 #include "engine/locator_check.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
 
 namespace kibo {
 
@@ -21,7 +22,7 @@ namespace kibo {
 class MessageSender {
  public:
     MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-                  ChatOpener& opener, OutboxQueue& queue, LocatorCheck& locators);
+                  ChatOpener& opener, OutboxQueue& queue, SendJournal& journal, LocatorCheck& locators);
 
     /// Sends to a number. True when the message was seen to leave the message box.
     bool KIRIM_MODE1();
@@ -48,6 +49,7 @@ class MessageSender {
     Pacing& pacing_;
     ChatOpener& opener_;
     OutboxQueue& queue_;
+    SendJournal& journal_;
     LocatorCheck& locators_;
 
     QString number_;  // cleaned

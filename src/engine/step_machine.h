@@ -15,6 +15,8 @@
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/queue_forecast.h"
+#include "engine/send_journal.h"
+#include "engine/send_recovery.h"
 #include "engine/text_expansion.h"
 
 namespace kibo {
@@ -36,6 +38,8 @@ class StepMachine {
         LocatorCheck& locators;
         MessageSender& sender;
         LoginWatch& login;
+        SendJournal& journal;
+        SendRecovery& recovery;
         RandomSource random;
         /// Whether another screen drives the page at the moment.
         std::function<bool()> pageInUse;

@@ -88,8 +88,9 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
-                                                        [] { return QRandomGenerator::global()->generateDouble(); }});
+    gateway_ =
+        std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_, journal_,
+                                                 [] { return QRandomGenerator::global()->generateDouble(); }});
 }
 
 bool GatewayApplication::showWindow() {
@@ -103,6 +104,13 @@ bool GatewayApplication::showWindow() {
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
     };
     if (!formLoad.Form_Load()) return false;
+    if (const Result<void> opened = openJournal(); !opened) {
+        log::error("window", QString::fromStdString(opened.failure().text));
+        dialogs_.show({settings_.applicationName,
+                       QStringLiteral("Nothing can be sent: the journal in the program folder can't be written.\n%1")
+                           .arg(QString::fromStdString(opened.failure().text)),
+                       MessageBox::Icon::Critical});
+    }
     // Start-up skips what fails; from here on `DebugMode` decides.
     policy_.setDebugMode(isYes(settings_.DebugMode));
     log::setVerbose(isYes(settings_.DebugMode));
@@ -132,7 +140,7 @@ void GatewayApplication::buildBrowserParts() {
         .state = state_,
         .settings = settings_,
         .clock = clock_,
-        .openBrowser = [this](const LaunchOptions& options) { return browser_.open(options); },
+        .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
         .closeBrowser = [this] { browser_.quit(); },
         .showState = [this] { window_->showState(); },
     });
@@ -183,6 +191,18 @@ void GatewayApplication::addTimers() {
     // Ticks without work: whether these two are on is what counts.
     timers_->add(state_.Timer_cekURL, [] {});
     timers_->add(state_.timer_QR, [] {});
+}
+
+Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
+    // From here on the profile and the store stay as they are.
+    if (const Result<void> opened = openJournal(); !opened)
+        return Failure{opened.failure().kind, "nothing can be sent: " + opened.failure().text};
+    return browser_.open(options);
+}
+
+Result<void> GatewayApplication::openJournal() {
+    return journal_.open(
+        QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
 }
 
 void GatewayApplication::Timer1_Timer() {

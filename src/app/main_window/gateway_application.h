@@ -52,6 +52,8 @@ class GatewayApplication {
     void addTimers();
 
     void buildBrowserParts();
+    Result<void> openBrowser(const LaunchOptions& options);
+    Result<void> openJournal();
     void Timer1_Timer();
     void mncloseall_Click();
     void refreshOutbox();
@@ -76,6 +78,7 @@ class GatewayApplication {
     ElementTable elements_;
     Browser browser_;
     std::unique_ptr<WebPage> page_;
+    SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
