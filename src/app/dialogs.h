@@ -17,11 +17,12 @@ struct MessageBox {
     bool defaultIsNo = false;
 };
 
-/// A question that is answered with a line of text.
-struct TextQuestion {
+/// A box that asks for a line of text.
+struct InputBox {
     QString title;
-    QString text;
+    QString prompt;
     QString proposal = {};
+    bool secret = false;  ///< what is typed isn't shown
 };
 
 /// Every modal box of the program is shown through this. The engine never opens one.
@@ -34,8 +35,8 @@ class Dialogs {
 
     /// Blocks until answered. True for "Yes" and "OK", false for "No" and for a box closed without an answer.
     virtual bool show(const MessageBox& box) = 0;
-    /// The same for a text; nothing when it was cancelled, or where nobody can be asked.
-    virtual std::optional<QString> ask(const TextQuestion&) { return std::nullopt; }
+    /// Blocks until answered; nothing when the box was cancelled, or where nobody can be asked.
+    virtual std::optional<QString> ask(const InputBox& box) = 0;
 };
 
 }  // namespace kibo

@@ -28,5 +28,7 @@ QString watchChatList();
 QString clickQrReload();
 /// () → whether there was a control to click.
 QString clickUseHere();
+/// (locator {xpath, text}, milliseconds) → what Matches holds. Frames the matches for a while.
+QString outline();
 
 }  // namespace kibo::scripts

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
 #include "engine/chat_list_watch.h"
@@ -13,6 +14,7 @@
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
+#include "platform/result.h"
 
 namespace kibo {
 
@@ -30,6 +32,8 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
+        /// Fetches the file at a web address; the value is its local path. May be empty.
+        std::function<Result<QString>(const QString& address)> fetchMedia = {};
     };
 
     explicit Gateway(const Needs& n)
@@ -41,8 +45,8 @@ struct Gateway {
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock),
-          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, login,
-                   n.journal, recovery, n.random, n.pageInUse}),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
+                   recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;

@@ -105,6 +105,7 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString store = localStore ? database_.changeMark() : QString();
     const QString mark = store.isEmpty() ? store : store + u' ' + selection.rows + selection.values.join(u' ');
     if (!mark.isEmpty() && mark == loadedMark_) {
+        state_.dboff.visible = false;
         state_.Outbox_Cnt.caption = QString::number(dueCount_);
         return;
     }
@@ -160,12 +161,7 @@ OutboxQueue::Taken OutboxQueue::take(const QString& id) {
         return Taken::Unknown;
     };
     auto transaction = Transaction::begin(database_);
-    if (!transaction) {
-        log::warning(
-            "engine",
-            QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(transaction.failure().text)));
-        return Taken::No;
-    }
+    if (!transaction) return refused("taken: ", QString::fromStdString(transaction.failure().text));
     const auto copied =
         multi() ? database_.execute(kCopyInMulti, {profile(), key}) : database_.execute(kCopyToSent, {key});
     if (copied == 0) return Taken::No;

@@ -36,8 +36,8 @@ class OutboxQueue {
 
     enum class Taken {
         Yes,
-        No,      ///< untouched: the row was not there any more, or the database is not to be had
-        Unknown  ///< the database broke off: only a look at the tables tells
+        No,      ///< untouched: the row was not there any more
+        Unknown  ///< the database refused or broke off: only a look at the tables tells what it did
     };
     /// Moves a message out of the queue, in one transaction: where the store keeps transactions it stands in the sent
     /// log or still in the queue, never in both and never in neither.

@@ -11,6 +11,7 @@ namespace kibo {
 namespace {
 
 constexpr int kAfterSendMs = 500;
+constexpr qint64 kRefusedPauseMs = 3'000;
 constexpr qint64 kLongestSilenceMs = 60'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
@@ -151,7 +152,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         finishMessage(look);
         return true;
     }
-    if (!loadMessage()) return false;
+    if (storeRefuses() || !loadMessage()) return false;
     dispatch(s.ms_out.text(1, OutboxQueue::Mode));
     finishMessage(look);
     const qint64 end = p_.clock.monotonicMs();
@@ -211,6 +212,15 @@ bool StepMachine::mayTakeMessage(const PageLook& look) {
     return true;
 }
 
+/// A store that can be read but takes no message is as good as off. It is asked again after a while.
+bool StepMachine::storeRefuses() {
+    if (!refusedAtMs_) return false;
+    p_.state.dboff.visible = true;
+    if (p_.clock.monotonicMs() - *refusedAtMs_ >= kRefusedPauseMs) return false;
+    idle(QStringLiteral("The database takes no message, trying again"));
+    return true;
+}
+
 /// Copies the first queued row into the message fields and moves it out of the queue.
 bool StepMachine::loadMessage() {
     GatewayState& s = p_.state;
@@ -235,9 +245,14 @@ bool StepMachine::loadMessage() {
         return false;
     }
     const OutboxQueue::Taken taken = p_.queue.take(s.txtid.text);
+    if (taken == OutboxQueue::Taken::Unknown) {
+        refusedAtMs_ = p_.clock.monotonicMs();
+        return !storeRefuses();
+    }
+    refusedAtMs_.reset();
     if (taken == OutboxQueue::Taken::Yes) return true;
-    if (taken == OutboxQueue::Taken::No) p_.journal.ended(s.txtid.text);
-    idle(QStringLiteral("The message could not be taken from the queue"));
+    p_.journal.ended(s.txtid.text);
+    idle(QStringLiteral("Queue changed"));
     return false;
 }
 

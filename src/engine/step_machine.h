@@ -37,9 +37,9 @@ class StepMachine {
         OutboxQueue& queue;
         LocatorCheck& locators;
         MessageSender& sender;
-        LoginWatch& login;
         SendJournal& journal;
         SendRecovery& recovery;
+        LoginWatch& login;
         RandomSource random;
         /// Whether another screen drives the page at the moment.
         std::function<bool()> pageInUse;
@@ -60,6 +60,7 @@ class StepMachine {
     bool mayTakeMessage(const PageLook& look);
     QString nothingToSend();
     QString pausedWords() const;
+    bool storeRefuses();
     bool loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
@@ -69,6 +70,7 @@ class StepMachine {
     bool silentTooLong(const PageLook& look);
 
     Parts p_;
+    std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;
     QueueForecast forecast_;
     std::optional<qint64> workingSinceMs_;  // since the end of the last message, unless something held sending up

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kibo::platform {
 
@@ -12,6 +14,12 @@ std::string environment(const char* name);
 char pathSeparator();
 /// One separator between the two, however many they bring along.
 std::string joinPath(std::string_view folder, std::string_view name);
+
+/// A path given in UTF-8, whatever the system's own encoding of paths is.
+std::filesystem::path pathFromUtf8(std::string_view text);
+
+/// The command line of `main` without the program's name, in UTF-8. Windows: the wide one, which `main` isn't given.
+std::vector<std::string> programArguments(int argc, char** argv);
 
 /// Full path of this program's file.
 std::string executableFile();

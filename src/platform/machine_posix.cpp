@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <csignal>
@@ -87,6 +88,10 @@ std::string versionIn(std::string_view text) {
 
 char pathSeparator() {
     return '/';
+}
+
+std::vector<std::string> programArguments(int argc, char** argv) {
+    return {argv + std::min(argc, 1), argv + argc};
 }
 
 std::string executableFile() {

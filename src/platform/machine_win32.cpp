@@ -1,6 +1,7 @@
 #include <windows.h>
-// windows.h first: psapi.h builds on it.
+// windows.h first: the next two build on it.
 #include <psapi.h>
+#include <shellapi.h>
 
 #include <filesystem>
 
@@ -19,6 +20,18 @@ constexpr const char* kChromeKey = R"(Software\Google\Chrome\BLBeacon)";
 
 char pathSeparator() {
     return '\\';
+}
+
+std::vector<std::string> programArguments(int, char**) {
+    int count = 0;
+    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::u8string text = std::filesystem::path(words[i]).u8string();
+        arguments.emplace_back(text.begin(), text.end());
+    }
+    ::LocalFree(words);
+    return arguments;
 }
 
 std::string executableFile() {

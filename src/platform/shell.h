@@ -8,8 +8,9 @@
 
 namespace kibo::platform {
 
-/// How a started program's window appears; the values are those of ShowWindow (SW_HIDE, SW_SHOWNORMAL).
-enum class ShowMode { Hidden = 0, Normal = 1 };
+/// How a started program's window appears; the values are those of ShowWindow (SW_HIDE, SW_SHOWNORMAL,
+/// SW_SHOWMINIMIZED).
+enum class ShowMode { Hidden = 0, Normal = 1, Minimised = 2 };
 
 /// Full path of a program on the search path; a name with a separator is only checked. Empty when there is none.
 std::string findProgram(const std::string& name);
@@ -17,6 +18,10 @@ std::string findProgram(const std::string& name);
 /// Starts `program` (a path, or a name on the search path) and lets it go: it outlives this process, has no
 /// terminal, and is never waited for. Fails with NotFound or Io when it could not be started.
 Result<ProcessId> startProgram(const std::string& program, const std::vector<std::string>& arguments = {});
+
+/// As `startProgram`, from one line: the program, then its arguments, double quotes holding blanks together. Windows
+/// gets the line as it stands. The show mode has no meaning elsewhere.
+Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode);
 
 /// Starts `file` with the rights of an administrator, after the system has asked for them; `parameters` is one
 /// line, double quotes holding blanks together. Windows: ShellExecuteA with "runas". Elsewhere: pkexec where it

@@ -23,9 +23,12 @@ std::string quoted(const std::string& argument) {
     return text.append(backslashes, '\\') + '"';
 }
 
-Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags) {
+Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags,
+                        ShowMode showMode = ShowMode::Normal) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = static_cast<WORD>(showMode);
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &startup,
                           &process))
@@ -51,6 +54,11 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     std::string commandLine = quoted(path);
     for (const std::string& argument : arguments) commandLine += ' ' + quoted(argument);
     return start(program, commandLine, DETACHED_PROCESS);
+}
+
+Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode) {
+    const std::string program = commandLine.substr(0, commandLine.find(' '));
+    return start(program, commandLine, CREATE_NEW_CONSOLE, showMode);
 }
 
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode) {

@@ -271,8 +271,9 @@ TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
     tick();
     EXPECT_TRUE(page.delivered.empty()) << "what can't be recorded is not sent";
     EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_TRUE(state.dboff.visible);
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
-    tick();
+    for (int i = 0; i < 10; ++i) tick();
     EXPECT_EQ(page.delivered.size(), 1u);
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table outbox rename to away")));
     gateway.machine.Timer_KIBO_Timer();

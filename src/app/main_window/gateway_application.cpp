@@ -8,6 +8,7 @@
 
 #include "app/log.h"
 #include "app/settings_file.h"
+#include "inbox/helper_installation.h"
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
 #include "main_window/setting_indicators.h"
@@ -50,10 +51,12 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
       database_(clock_, policy_),
-      elementStore_(clock_, policy_),
+      elementDatabase_(clock_, policy_),
+      elementStore_(elementDatabase_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_) {
+      browser_(programFolder_, clock_),
+      mediaDownload_(settings_, clock_, programFolder_) {
     // Already while a box of the start-up routine waits for its answer.
     QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
     heartbeat_.start(kHeartbeatMs);
@@ -69,10 +72,8 @@ bool GatewayApplication::start() {
     // Never the working directory, which may be anywhere.
     if (settings_.CaptureImage.isEmpty()) settings_.CaptureImage = programFolder_;
     if (!startUp_.openDatabase(database_, settings_)) return false;
-    if (!startUp_.openElementStore(elementStore_)) return false;
-    elements_ = ElementTable([this](const QString& name) {
-        return elementStore_.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
-    });
+    if (!startUp_.openElementStore(elementDatabase_)) return false;
+    elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff.visible = !database_.isOpen();
     if (clock_.waitingStopped()) return false;
     buildEngine();
@@ -88,9 +89,18 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ =
-        std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_, journal_,
-                                                 [] { return QRandomGenerator::global()->generateDouble(); }});
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{
+        .state = state_,
+        .settings = settings_,
+        .elements = elements_,
+        .database = database_,
+        .page = *page_,
+        .clock = clock_,
+        .journal = journal_,
+        .random = [] { return QRandomGenerator::global()->generateDouble(); },
+        .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
+        .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+    });
 }
 
 bool GatewayApplication::showWindow() {
@@ -99,6 +109,7 @@ bool GatewayApplication::showWindow() {
                       commandLine_};
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
+    formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
     formLoad.startAgent = [](const QString& program) {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
@@ -172,6 +183,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
+    actions.showElements = guarded([this] { mnElement_Click(); });
     actions.activated = guarded([this] { activate(); });
     actions.unloaded = [this] { unload(); };
     return actions;
@@ -194,9 +206,8 @@ void GatewayApplication::addTimers() {
 }
 
 Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
-    // From here on the profile and the store stay as they are.
-    if (const Result<void> opened = openJournal(); !opened)
-        return Failure{opened.failure().kind, "nothing can be sent: " + opened.failure().text};
+    // From here on profile and store stay as they are.
+    if (const Result<void> opened = openJournal(); !opened) return opened;
     return browser_.open(options);
 }
 
@@ -221,6 +232,17 @@ void GatewayApplication::mncloseall_Click() {
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
     if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
+}
+
+void GatewayApplication::mnElement_Click() {
+    if (!elementScreen_) {
+        elementScreen_ = std::make_unique<ElementScreen>(
+            ElementScreen::Parts{elements_, elementStore_, *page_, state_, dialogs_,
+                                 ElementService(settings_.ElementServer, startUp_.settingsFile()),
+                                 startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }});
+        elementScreen_->setWindowIcon(window_->windowIcon());
+    }
+    elementScreen_->open();
 }
 
 void GatewayApplication::applyHideMe() {

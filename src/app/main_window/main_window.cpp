@@ -153,6 +153,9 @@ void MainWindow::buildMenus() {
     add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
     add(view, "mnLogFile", "&Log file", actions_.openLogFile);
 
+    QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
+    add(tools, "mnElement", "&Elements…", actions_.showElements, QKeySequence(Qt::CTRL | Qt::Key_E));
+
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
 }

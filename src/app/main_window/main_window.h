@@ -30,6 +30,7 @@ struct MainWindowActions {
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;
     std::function<void()> openLogFile;
+    std::function<void()> showElements;
     std::function<void()> activated;  ///< the window has come to the front
     std::function<void()> unloaded;   ///< the window is being closed; called once
 };

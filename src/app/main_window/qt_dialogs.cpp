@@ -41,11 +41,12 @@ bool QtDialogs::show(const MessageBox& box) {
     return answer == QMessageBox::Yes || answer == QMessageBox::Ok;
 }
 
-std::optional<QString> QtDialogs::ask(const TextQuestion& question) {
-    bool given = false;
-    const QString text = QInputDialog::getText(QApplication::activeWindow(), question.title, question.text,
-                                               QLineEdit::Normal, question.proposal, &given);
-    return given ? std::optional(text) : std::nullopt;
+std::optional<QString> QtDialogs::ask(const InputBox& box) {
+    bool entered = false;
+    const QString text =
+        QInputDialog::getText(QApplication::activeWindow(), box.title, box.prompt,
+                              box.secret ? QLineEdit::Password : QLineEdit::Normal, box.proposal, &entered);
+    return entered ? std::optional(text) : std::nullopt;
 }
 
 bool UnattendedDialogs::show(const MessageBox& box) {
@@ -55,6 +56,11 @@ bool UnattendedDialogs::show(const MessageBox& box) {
     log::warning("window", line);
     std::cerr << line.toStdString() << std::endl;
     return yes;
+}
+
+std::optional<QString> UnattendedDialogs::ask(const InputBox& box) {
+    log::warning("window", QStringLiteral("%1: nobody is there to answer").arg(box.title));
+    return std::nullopt;
 }
 
 }  // namespace kibo
