@@ -34,6 +34,7 @@ struct Gateway {
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
         /// Fetches the file at a web address; the value is its local path. May be empty.
         std::function<Result<QString>(const QString& address)> fetchMedia = {};
+        QString programFolder = {};  ///< takes the picture of the login code where no setting names a folder
     };
 
     explicit Gateway(const Needs& n)
@@ -44,7 +45,7 @@ struct Gateway {
           sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal, locators),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          login(n.state, n.settings, n.database, n.page, n.clock),
+          login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
                    recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
