@@ -40,7 +40,7 @@ class InboxBrowser : public test::OnRealGateway<10> {
         inbox.reset();
         inbox = std::make_unique<Inbox>(Inbox::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock,
                                                      [] { return 0.5; }, *r.gateway, r.folder.path()});
-        r.gateway.emplace(Gateway::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock,
+        r.gateway.emplace(Gateway::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock, r.journal,
                                          [] { return 0.0; }, [] { inbox->reader.BACA_WA(); }});
         inbox.reset();
         inbox = std::make_unique<Inbox>(Inbox::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock,

@@ -51,6 +51,7 @@ class GatewayApplication {
     void addTimers();
 
     void cmd_OpenWA_Click();
+    Result<void> openJournal();
     void timer_start_Timer();
     void Timer1_Timer();
     void HideChrome_Click(bool hide);
@@ -78,6 +79,7 @@ class GatewayApplication {
     ElementTable elements_;
     Browser browser_;
     std::unique_ptr<WebPage> page_;
+    SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
