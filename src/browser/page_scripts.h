@@ -17,6 +17,7 @@ QString pointLink();
 QString clickLink();
 /// (focusBox) → what ChatLook holds.
 QString lookAtChat();
+QString lastMessages();
 /// Asynchronous: (text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
 /// () → true when the message box has the focus.

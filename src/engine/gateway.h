@@ -4,9 +4,12 @@
 
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
+#include "engine/delivery_check.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
+#include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 
 namespace kibo {
@@ -21,6 +24,7 @@ struct Gateway {
         Database& database;
         ChatPage& page;
         Clock& clock;
+        SendJournal& journal;  ///< nothing is sent until it is open
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
@@ -30,9 +34,11 @@ struct Gateway {
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal),
+          deliveryCheck(n.page, n.clock, pacing, opener),
+          recovery(n.state, n.journal, queue, sender, deliveryCheck),
           machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.random, n.pageInUse}),
+                   n.journal, recovery, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -41,6 +47,8 @@ struct Gateway {
     ChatOpener opener;
     OutboxQueue queue;
     MessageSender sender;
+    DeliveryCheck deliveryCheck;
+    SendRecovery recovery;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

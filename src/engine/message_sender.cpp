@@ -43,8 +43,15 @@ QString typableText(const QString& text) {
 }
 
 MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue)
-    : state_(state), page_(page), elements_(elements), clock_(clock), pacing_(pacing), opener_(opener), queue_(queue) {}
+                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, SendJournal& journal)
+    : state_(state),
+      page_(page),
+      elements_(elements),
+      clock_(clock),
+      pacing_(pacing),
+      opener_(opener),
+      queue_(queue),
+      journal_(journal) {}
 
 bool MessageSender::KIRIM_MODE1() {
     const qint64 start = clock_.monotonicMs();
@@ -60,6 +67,7 @@ bool MessageSender::KIRIM_MODE1() {
     if (!typeAndSend(typableText(insertContactName(state_.txtMsg2.text, chat_.chat.title)))) return false;
 
     ++state_.sentCount;
+    journal_.ended(state_.txtid.text);
     log::info("engine", QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
                             .arg(state_.txtid.text, log::maskedNumber(number_))
                             .arg(opened - start)
@@ -147,6 +155,8 @@ bool MessageSender::typeAndSend(QString text) {
     }
     if (box->chatSerial != chat_.chat.serial) return giveUp(QStringLiteral("another chat came up before Enter"));
     if (clock_.waitingStopped()) return giveUp(kStopped);
+    if (!journal_.typed(state_.txtid.text, wanted, chat_.chat.lastMessageId))
+        return giveUp(QStringLiteral("the journal can't be written, so the message was not sent"));
     if (!pressEnterAndConfirm())
         return giveUp(QStringLiteral("in doubt: Enter was pressed, but the message did not leave the message box"));
     return true;
@@ -192,7 +202,10 @@ void MessageSender::recordFailure(const QString& reason) {
     state_.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3")
                                .arg(state_.txtid.text, log::maskedNumber(cleanedNumber(state_.txtNo.text)), reason));
-    if (!queue_.markFailed(state_.txtid.text))
+    journal_.failed(state_.txtid.text, reason);
+    if (queue_.markFailed(state_.txtid.text))
+        journal_.ended(state_.txtid.text);
+    else
         log::error(
             "engine",
             QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(state_.txtid.text));

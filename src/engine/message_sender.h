@@ -9,6 +9,7 @@
 #include "engine/gateway_state.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
 
 namespace kibo {
 
@@ -20,7 +21,7 @@ namespace kibo {
 class MessageSender {
  public:
     MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-                  ChatOpener& opener, OutboxQueue& queue);
+                  ChatOpener& opener, OutboxQueue& queue, SendJournal& journal);
 
     /// Sends to a number. True when the message was seen to leave the message box.
     bool KIRIM_MODE1();
@@ -47,6 +48,7 @@ class MessageSender {
     Pacing& pacing_;
     ChatOpener& opener_;
     OutboxQueue& queue_;
+    SendJournal& journal_;
 
     QString number_;  // cleaned
     ChatLook chat_;   // as it was found ready

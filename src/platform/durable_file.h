@@ -12,8 +12,8 @@ namespace kibo::platform {
 /// Readable and writable by its owner only, and by one program at a time.
 class DurableFile {
  public:
-    /// Opens `path` (UTF-8), which is created when it is missing. Io when the folder can't be written to, or when another
-    /// program has the file open.
+    /// Opens `path` (UTF-8), which is created when it is missing. Io when the folder can't be written to, or when
+    /// another program has the file open.
     static Result<std::unique_ptr<DurableFile>> open(const std::string& path);
     virtual ~DurableFile() = default;
     DurableFile(const DurableFile&) = delete;

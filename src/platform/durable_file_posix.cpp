@@ -28,7 +28,8 @@ class PosixDurableFile : public DurableFile {
         size_ = ::lseek(descriptor_, 0, SEEK_END);
         if (size_ < 0) return ioFailure("can't read " + path_, errno);
         // A file's name is a matter of its folder, which has to reach the disk too.
-        const int folder = ::open(std::filesystem::path(path_).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int folder =
+            ::open(std::filesystem::path(path_).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (folder >= 0) {
             ::fsync(folder);
             ::close(folder);

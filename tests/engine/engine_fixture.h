@@ -29,7 +29,10 @@ class Engine : public ::testing::Test {
         EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(QStringLiteral("kb.mdb"))));
         const auto opened = database.OpenDatabase(settings, folder.path());
         EXPECT_TRUE(opened.ok()) << (opened.ok() ? "" : opened.failure().text);
+        EXPECT_TRUE(journal.open(journalFile()).ok());
     }
+
+    QString journalFile() const { return folder.filePath(QStringLiteral("send.journal")); }
 
     /// Made once for all tests.
     static QString emptyStore() {
@@ -83,7 +86,8 @@ class Engine : public ::testing::Test {
     ErrorPolicy policy;
     Database database{clock, policy};
     FakePage page{clock};
-    Gateway gateway{{state, settings, elements, database, page, clock, [] { return 0.0; }}};
+    SendJournal journal;
+    Gateway gateway{{state, settings, elements, database, page, clock, journal, [] { return 0.0; }}};
     std::mt19937 generator{4711};
 };
 

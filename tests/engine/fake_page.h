@@ -39,6 +39,8 @@ class FakePage : public ChatPage {
     bool silent = false;    // no command is answered
     std::function<void()> beforeEnter;
 
+    bool hideHistory = false;  // the chat shows none of its messages
+
     // What happened
     std::vector<Delivered> delivered;
     QStringList clicks;
@@ -63,6 +65,15 @@ class FakePage : public ChatPage {
     }
     void setBox(const QString& text) { box_ = text; }
     QString box() const { return box_; }
+    void deliver(const QString& number, const QString& text) {
+        delivered.push_back({number, text});
+        history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
+    }
+    QStringList messageIds(const QString& number) const {
+        QStringList ids;
+        for (const ChatMessage& message : history_.value(number)) ids.prepend(message.id);
+        return ids;
+    }
 
     PageLook look() override {
         commands.append(QStringLiteral("look"));
@@ -128,6 +139,10 @@ class FakePage : public ChatPage {
         look.chat = chat();
         return look;
     }
+    std::optional<QList<ChatMessage>> lastMessages() override {
+        if (!answers("lastMessages")) return std::nullopt;
+        return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
+    }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
         if (loseTexts-- > 0) return true;
@@ -147,7 +162,7 @@ class FakePage : public ChatPage {
         if (!answers("pressEnter")) return false;
         if (beforeEnter) beforeEnter();
         if (swallowEnters-- > 0 || openNumber_.isEmpty() || box_.isEmpty()) return true;
-        delivered.push_back({openNumber_, box_});
+        deliver(openNumber_, box_);
         box_.clear();
         return true;
     }
@@ -193,6 +208,7 @@ class FakePage : public ChatPage {
         chat.serial = serial_;
         chat.open = !openNumber_.isEmpty();
         chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
+        if (!hideHistory) chat.lastMessageId = messageIds(openNumber_).value(0);
         chat.titles = titles_;
         chat.clicks = clicked_;
         chat.clicked = clickedAddresses_;
@@ -206,6 +222,8 @@ class FakePage : public ChatPage {
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;
+    QHash<QString, QList<ChatMessage>> history_;  // by number, newest last
+    int lastId_ = 0;
 };
 
 }  // namespace kibo::test

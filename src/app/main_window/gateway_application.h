@@ -50,6 +50,7 @@ class GatewayApplication {
     void addTimers();
 
     void cmd_OpenWA_Click();
+    Result<void> openJournal();
     void timer_start_Timer();
     void Timer1_Timer();
     void HideChrome_Click(bool hide);
@@ -77,6 +78,7 @@ class GatewayApplication {
     ElementTable elements_;
     Browser browser_;
     std::unique_ptr<WebPage> page_;
+    SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
