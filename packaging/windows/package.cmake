@@ -1,7 +1,7 @@
 # Packs one folder that an operator unpacks; nothing of it depends on where it is put.
 set(stores "${CMAKE_SOURCE_DIR}/src/app/schema")
 set(packaging "${CMAKE_SOURCE_DIR}/packaging/windows")
-install(FILES "${packaging}/cekver.bat" "${packaging}/README.txt" DESTINATION .)
+install(FILES "${CMAKE_SOURCE_DIR}/packaging/cekver/cekver.bat" "${packaging}/README.txt" DESTINATION .)
 install(FILES "${stores}/mysql.sql" "${stores}/access.sql" "${stores}/sqlite.sql" DESTINATION schema)
 
 # What is linked into the programs, under the names of Debian's packages that it comes from.

@@ -1,16 +1,20 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
 #include "engine/delivery_check.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
+#include "platform/result.h"
 
 namespace kibo {
 
@@ -28,17 +32,21 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
+        /// Fetches the file at a web address; the value is its local path. May be empty.
+        std::function<Result<QString>(const QString& address)> fetchMedia = {};
     };
 
     explicit Gateway(const Needs& n)
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal),
+          locators(n.state, n.clock),
+          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal, locators),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.journal, recovery, n.random, n.pageInUse}),
+          login(n.state, n.settings, n.database, n.page, n.clock),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
+                   recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -46,9 +54,11 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    LocatorCheck locators;
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;
+    LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

@@ -43,7 +43,8 @@ QString typableText(const QString& text) {
 }
 
 MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, SendJournal& journal)
+                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, SendJournal& journal,
+                             LocatorCheck& locators)
     : state_(state),
       page_(page),
       elements_(elements),
@@ -51,7 +52,8 @@ MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementT
       pacing_(pacing),
       opener_(opener),
       queue_(queue),
-      journal_(journal) {}
+      journal_(journal),
+      locators_(locators) {}
 
 bool MessageSender::KIRIM_MODE1() {
     const qint64 start = clock_.monotonicMs();
@@ -109,6 +111,13 @@ bool MessageSender::awaitChat() {
             }
         }
         if (tries > ChatOpener::kTryLimit) {
+            const bool recognised = opener_.isOpen(number_);
+            const QString missing = look ? LocatorCheck::missingIn(look->chat, look->hasBox) : QString();
+            if (!missing.isEmpty() && (recognised || missing != QStringLiteral("XX_ChatBox"))) {
+                locators_.missed(missing);
+                SEND_FAIL(QStringLiteral("Page changed: ") + missing);
+                return false;
+            }
             opener_.notRecognised(number_);
             SEND_FAIL(QStringLiteral("the chat did not open in time"));
             return false;

@@ -7,6 +7,7 @@
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"
 #include "engine/gateway_state.h"
+#include "engine/locator_check.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
@@ -21,7 +22,7 @@ namespace kibo {
 class MessageSender {
  public:
     MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-                  ChatOpener& opener, OutboxQueue& queue, SendJournal& journal);
+                  ChatOpener& opener, OutboxQueue& queue, SendJournal& journal, LocatorCheck& locators);
 
     /// Sends to a number. True when the message was seen to leave the message box.
     bool KIRIM_MODE1();
@@ -49,6 +50,7 @@ class MessageSender {
     ChatOpener& opener_;
     OutboxQueue& queue_;
     SendJournal& journal_;
+    LocatorCheck& locators_;
 
     QString number_;  // cleaned
     ChatLook chat_;   // as it was found ready

@@ -1,6 +1,7 @@
 #include <windows.h>
-// windows.h first: psapi.h builds on it.
+// windows.h first: the next two build on it.
 #include <psapi.h>
+#include <shellapi.h>
 
 #include "platform/machine.h"
 #include "platform/process.h"
@@ -24,6 +25,18 @@ char pathSeparator() {
     return '\\';
 }
 
+std::vector<std::string> programArguments(int, char**) {
+    int count = 0;
+    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::u8string text = std::filesystem::path(words[i]).u8string();
+        arguments.emplace_back(text.begin(), text.end());
+    }
+    ::LocalFree(words);
+    return arguments;
+}
+
 std::string executableFile() {
     return executablePath(ownProcessId());
 }
@@ -42,6 +55,10 @@ std::string machineProblem() {
     const DWORD attributes = ::GetFileAttributesA(folder.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return {};
     return ".NET Framework 3.5 must be installed on this machine!";
+}
+
+std::string programFileName(const std::string& name) {
+    return name + ".exe";
 }
 
 std::string installedBrowserVersion(const std::string&) {
