@@ -14,9 +14,9 @@
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/queue_forecast.h"
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
-#include "engine/queue_forecast.h"
 #include "engine/text_expansion.h"
 
 namespace kibo {

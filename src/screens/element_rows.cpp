@@ -50,7 +50,9 @@ const std::vector<Group>& described() {
           {"XXInfo2", "Texts of the bar: the computer is not connected"},
           {"XX_Update", "Button of the bar's notice that the page is to be renewed"},
           {"XX_InvalidNumber", "Popup that says a number is not on WhatsApp"},
-          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"}}},
+          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"},
+          {"XX_UseHere", "Button of the notice that WhatsApp is open in another window"},
+          {"XX_ErrorPage", "What shows that an error page stands in WhatsApp's place"}}},
     };
     return groups;
 }
