@@ -67,6 +67,7 @@ GatewayApplication::~GatewayApplication() = default;
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
+    startUp_.makeFirstStores(settings_.applicationName);
     startUp_.reportSettingsProblem(settings_.applicationName);
     settings_ = loadSettings(startUp_.settingsFile());
     if (!startUp_.openDatabase(database_, settings_)) return false;
