@@ -47,16 +47,20 @@ struct Behaviour {
     std::string messageIds = "phone";  ///< ids of messages name the chat's "phone" number, a "lid", or there are "none"
     std::string entryRole = "row";     ///< role of chat-list entries: "row" or "listitem"
     bool entryPreviews = true;         ///< chat-list entries show the newest message
+    int searchDelayMs = 150;           ///< from a change in the search box until the list shows its results
 
     // Typing and sending
-    bool renameBox = false;         ///< the message box is no element the usual locator matches
-    int editDelayMs = 0;            ///< from an edit until the box shows it; 0: the next task
-    bool hastyEnter = false;        ///< Enter sends what the box shows, before edits that are still under way
-    int swallowEnter = 0;           ///< counter: presses of Enter that do nothing
-    int sendDelayMs = 0;            ///< from Enter until the box is empty and the message is in the chat
+    bool renameBox = false;   ///< the message box is no element the usual locator matches
+    int editDelayMs = 0;      ///< from an edit until the box shows it; 0: the next task
+    int loseEdits = 0;        ///< counter: texts inserted or pasted that the box doesn't take; single keys it does
+    bool hastyEnter = false;  ///< Enter sends what the box shows, before edits that are still under way
+    int swallowEnter = 0;     ///< counter: presses of Enter that do nothing
+    int sendDelayMs = 0;      ///< from Enter until the box is empty and the message is in the chat
     int linkPreviewDelayMs = 1000;  ///< until the preview of an address in the text is there
     int previewDelayMs = 150;       ///< from choosing a file until its preview is there
     int uploadDelayMs = 150;        ///< from sending a file until its preview is gone
+    int losePreview = 0;            ///< counter: chosen files whose preview never comes
+    int dropPreview = 0;            ///< counter: previews that close when they are sent, with nothing sent
     int ackDelayMs = 150;           ///< between one and two ticks on a sent message
 
     // Disturbances

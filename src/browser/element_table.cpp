@@ -44,6 +44,10 @@ constexpr std::array kElements{
             "//*[@id='app']/div/div/div[3]/div[2]/span/div/span/div/div/div[2]/div/div[1]/div[3]/div/div/div[2]/"
             "div[1]/div[1]/p"},
     Element{"XX_SearchBox", "//*[@id='side']/div[1]/div/label/div/div[2]"},
+    // The heading above the single messages that a search has found; above it stand chats.
+    Element{"XX_MessageResults",
+            "//*[@id='pane-side']//*[not(*)][normalize-space(.)='Messages'][not(ancestor::*[@role='row'][.//"
+            "span[@title]])]"},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "browser/launch.h"
 
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
 
 namespace kibo {
@@ -65,6 +66,13 @@ QString startAddress(const Settings& settings) {
 bool isDriverAddress(const QString& setting) {
     return setting.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
            setting.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+}
+
+bool isDriverElsewhere(const QString& setting) {
+    if (!isDriverAddress(setting)) return false;
+    const QString host = QUrl(setting).host();
+    return host != QStringLiteral("localhost") && !host.startsWith(QStringLiteral("127.")) &&
+           host != QStringLiteral("::1");
 }
 
 }  // namespace kibo

@@ -22,8 +22,16 @@ class WebPage : public ChatPage {
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     bool typeText(const QString& text) override;
-    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override;
-    bool clearBox() override;
+    bool typeKeys(const QString& text) override;
+    bool pressPaste() override;
+    std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override;
+    bool clearBox(Box box) override;
+    bool chooseFile(FileInput input, const QString& path) override;
+    std::optional<PreviewLook> lookAtPreview(bool focusCaption) override;
+    std::optional<bool> sendPreview() override;
+    std::optional<FileSentLook> awaitFileSent(int milliseconds) override;
+    std::optional<SearchLook> lookAtSearch() override;
+    std::optional<EntryClick> clickEntry(const QString& title) override;
     bool pressEnter() override;
     bool pressEscape() override;
     std::optional<int> watchChatList(const QString& title) override;

@@ -2,12 +2,16 @@
 
 #include <functional>
 
+#include "engine/attachment_sender.h"
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
+#include "engine/chat_target.h"
+#include "engine/message_files.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/step_machine.h"
+#include "engine/text_typer.h"
 
 namespace kibo {
 
@@ -24,13 +28,19 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
+        FetchMedia fetchMedia = {};            ///< fetches files given by address; may be empty
+        Clipboard* clipboard = nullptr;        ///< may be null: then texts are always typed
     };
 
     explicit Gateway(const Needs& n)
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue),
+          target(n.state, n.page, n.elements, n.clock, pacing, opener),
+          typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
+          files(n.settings, n.fetchMedia),
+          attachments(n.page, n.clock, pacing, typer),
+          sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue}),
           machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
                    n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
@@ -40,6 +50,10 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    ChatTarget target;
+    TextTyper typer;
+    MessageFiles files;
+    AttachmentSender attachments;
     MessageSender sender;
     StepMachine machine;
     ChatListWatch chatListWatch;

@@ -112,7 +112,8 @@ struct GatewayState {
 
     // Message in progress
     TextBox txtid, txtNo, txtMedia, txtFile, txtMsg2;
-    QString step;  ///< what the engine does right now, in words
+    bool mode9 = false;  ///< the message is of wa_mode 9: its opened chat is not dwelt on
+    QString step;        ///< what the engine does right now, in words
 
     // Pacing
     Label Kirim_Cnt;

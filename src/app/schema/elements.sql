@@ -31,3 +31,4 @@ INSERT INTO element VALUES ('XX_MediaInput', '//input[@type=''file''][contains(@
 INSERT INTO element VALUES ('XX_DocumentInput', '//input[@type=''file''][@accept=''*'' or not(@accept)]');
 INSERT INTO element VALUES ('XX_Caption', '//*[@data-testid=''media-caption-input-container'']/descendant-or-self::*[@contenteditable=''true''] | //*[@contenteditable=''true''][@data-tab=''10'' or @data-tab=''11''][not(ancestor::footer)]');
 INSERT INTO element VALUES ('XX_SearchBox', '//*[@id=''side'']//*[self::input or @contenteditable=''true''][@data-tab=''3'']');
+INSERT INTO element VALUES ('XX_MessageResults', '//*[@id=''pane-side'']//*[not(*)][translate(normalize-space(.),''MESAG'',''mesag'')=''messages''][not(ancestor::*[@role=''row'' or @role=''listitem''][.//span[@title]])]');
