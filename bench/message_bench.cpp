@@ -46,8 +46,9 @@ class TimedGateway {
         state_.cb_Profil.text = chat_.settings.Profil;
         const auto opened = database_.OpenDatabase(chat_.settings, chat_.folder.path());
         require(opened.ok(), "the embedded store can't be opened");
-        gateway_.emplace(
-            Gateway::Needs{state_, chat_.settings, chat_.elements, database_, chat_.page, clock_, [] { return 0.0; }});
+        require(journal_.open(chat_.folder.filePath(QStringLiteral("send.journal"))).ok(), "no journal");
+        gateway_.emplace(Gateway::Needs{state_, chat_.settings, chat_.elements, database_, chat_.page, clock_, journal_,
+                                        [] { return 0.0; }});
         timers_.add(state_.Timer_KIBO, [this] { tick(); });
         timers_.add(state_.Timer2, [this] { gateway_->chatListWatch.Timer2_Timer(); });
         timers_.add(state_.Timer1, [this] { clock_.runPendingEvents(); });
@@ -98,6 +99,7 @@ class TimedGateway {
     ErrorPolicy policy_;
     Database database_{clock_, policy_};
     GatewayState state_;
+    SendJournal journal_;
     std::optional<Gateway> gateway_;
     QElapsedTimer since_ = [] {
         QElapsedTimer timer;

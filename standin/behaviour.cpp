@@ -56,6 +56,7 @@ const std::vector<Field>& fields() {
         {"hastyEnter", &B::hastyEnter},
         {"swallowEnter", &B::swallowEnter, {}, Use::Counted},
         {"sendDelayMs", &B::sendDelayMs},
+        {"acknowledgedSend", &B::acknowledgedSend},
         {"linkPreviewDelayMs", &B::linkPreviewDelayMs},
         {"previewDelayMs", &B::previewDelayMs},
         {"uploadDelayMs", &B::uploadDelayMs},

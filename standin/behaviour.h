@@ -56,6 +56,8 @@ struct Behaviour {
     bool hastyEnter = false;  ///< Enter sends what the box shows, before edits that are still under way
     int swallowEnter = 0;     ///< counter: presses of Enter that do nothing
     int sendDelayMs = 0;      ///< from Enter until the box is empty and the message is in the chat
+    bool acknowledgedSend =
+        false;  ///< the box empties when the server has the text, so that killing the page loses none
     int linkPreviewDelayMs = 1000;  ///< until the preview of an address in the text is there
     int previewDelayMs = 150;       ///< from choosing a file until its preview is there
     int uploadDelayMs = 150;        ///< from sending a file until its preview is gone

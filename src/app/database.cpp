@@ -191,6 +191,14 @@ void Database::close() {
     if (QSqlDatabase::contains(name_)) QSqlDatabase::removeDatabase(name_);
 }
 
+QString Database::identity() const {
+    if (!path_.isEmpty()) return path_;
+    const ConnectionString target = ConnectionString::parse(request_.text);
+    QStringList parts;
+    for (const char* key : {"DSN", "SERVER", "PORT", "DATABASE"}) parts.append(target.value(QLatin1String(key)));
+    return parts.join(u'/').toLower();
+}
+
 Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& values) {
     if (!open_) return notConnected();
     const qint64 start = clock_.monotonicMs();

@@ -47,6 +47,8 @@ class Database {
 
     /// False before the first open, after a close, and once a statement found the connection lost.
     bool isOpen() const { return open_; }
+    /// Which store this is: its path, or server and database. Holds no password.
+    QString identity() const;
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
 
     /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an

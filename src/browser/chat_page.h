@@ -13,8 +13,9 @@ struct OpenChat {
     /// 0 when the page has not shown one yet.
     int serial = 0;
     bool open = false;
-    QString title;   ///< the contact's name, or the number as the page formats it
-    QString number;  ///< digits that the open chat's own messages or picture name; empty when nothing names them
+    QString title;          ///< the contact's name, or the number as the page formats it
+    QString number;         ///< digits that the open chat's own messages or picture name; empty when nothing names them
+    QString lastMessageId;  ///< of the newest message; empty when the chat shows none, or none with an id
     /// Titles of the newest conversations that came up, this one included, oldest first.
     QStringList titles;
     /// How often the planted link was clicked since the page was loaded, and the newest addresses, oldest first.
@@ -57,6 +58,13 @@ struct ChatLook {
     bool boxFocused = false;  ///< and typing goes to it
     QString boxText;
     OpenChat chat;
+};
+
+/// One message of the open chat.
+struct ChatMessage {
+    QString id;        ///< empty when it bears none
+    bool own = false;  ///< sent from this account
+    QString text;      ///< with what the page draws around it: time, ticks, names
 };
 
 /// The page at the moment of a click on the link.
@@ -133,6 +141,9 @@ class ChatPage {
 
     /// Reads the opened chat; with `focusBox` the message box is given the focus first, if it is there.
     virtual std::optional<ChatLook> lookAtChat(bool focusBox) = 0;
+
+    /// The messages of the open chat that the page holds, newest last.
+    virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
 
     /// Types `text` into the focused element; line feeds become line breaks inside the message. Two commands a line.
     virtual bool typeText(const QString& text) = 0;

@@ -48,11 +48,12 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
 })());
 const openChat = () => {
   watch.update();
-  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', titles: watch.titles,
+  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', lastMessageId: '', titles: watch.titles,
                  clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
   if (!shown.open) return shown;
   const rows = all('XX_MessageRow');
-  const ids = rows.length ? [rows[rows.length - 1].dataset.id || ''] : [];
+  if (rows.length) shown.lastMessageId = rows[rows.length - 1].dataset.id || '';
+  const ids = [shown.lastMessageId];
   const picture = one('XX_HeaderPicture');
   if (picture) ids.push(picture.getAttribute('src') || '');
   const named = ids.map((id) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(id)).filter(Boolean);
@@ -199,6 +200,17 @@ return {
   boxText: box ? boxText(box) : '',
   chat: openChat()
 };
+)js");
+}
+
+// Ids of own messages begin with "true_"; a page that names them otherwise marks them by their class.
+QString lastMessages() {
+    return boxScript(R"js(
+return all('XX_MessageRow').map((row) => ({
+  id: row.dataset.id || '',
+  own: /^true_/.test(row.dataset.id || '') || row.matches('.message-out') || !!row.querySelector('.message-out'),
+  text: boxText(row)
+}));
 )js");
 }
 

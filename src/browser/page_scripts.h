@@ -17,6 +17,7 @@ QString pointLink();
 QString clickLink();
 /// (focusBox) → what ChatLook holds.
 QString lookAtChat();
+QString lastMessages();
 /// Asynchronous: (name of the box, text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
 /// (name of the box) → {focused, empty}: gives it the focus and, where a script can, empties it.

@@ -33,6 +33,7 @@ OpenChat openChat(const QJsonObject& chat) {
     shown.open = chat[QStringLiteral("open")].toBool();
     shown.title = chat[QStringLiteral("title")].toString();
     shown.number = chat[QStringLiteral("number")].toString();
+    shown.lastMessageId = chat[QStringLiteral("lastMessageId")].toString();
     shown.titles = strings(chat[QStringLiteral("titles")]);
     shown.clicks = chat[QStringLiteral("clicks")].toInt();
     shown.personClicks = chat[QStringLiteral("personClicks")].toInt();
@@ -174,6 +175,18 @@ std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
     look.boxText = seen[QStringLiteral("boxText")].toString();
     look.chat = openChat(seen[QStringLiteral("chat")].toObject());
     return look;
+}
+
+std::optional<QList<ChatMessage>> WebPage::lastMessages() {
+    static const QString script = scripts::lastMessages();
+    const auto answer = runOrSkip("read the chat's messages", script);
+    if (!answer) return std::nullopt;
+    QList<ChatMessage> messages;
+    const QJsonArray shown = answer->toArray();
+    for (const QJsonValue& message : shown)
+        messages.append({message[QStringLiteral("id")].toString(), message[QStringLiteral("own")].toBool(),
+                         message[QStringLiteral("text")].toString()});
+    return messages;
 }
 
 // Chrome's Input.insertText takes any text at once, where key events take one character each and many driver

@@ -21,6 +21,7 @@ class WebPage : public ChatPage {
     bool pointLink(const QString& address) override;
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
+    std::optional<QList<ChatMessage>> lastMessages() override;
     bool typeText(const QString& text) override;
     bool typeKeys(const QString& text) override;
     bool pressPaste() override;

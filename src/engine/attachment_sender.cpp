@@ -23,11 +23,13 @@ Failure failed(const char* why) {
 AttachmentSender::AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer)
     : page_(page), clock_(clock), pacing_(pacing), typer_(typer) {}
 
-Result<void> AttachmentSender::send(const Attachment& file, const QString& caption, int chatSerial) {
+Result<void> AttachmentSender::send(const Attachment& file, const QString& caption, int chatSerial,
+                                    const std::function<Result<void>()>& beforeSending) {
     if (!page_.chooseFile(file.input, file.path)) return failed("the page did not take the file");
     if (const auto preview = awaitPreview(chatSerial); !preview) return preview;
     if (const auto typed = typer_.type(Box::Caption, caption, chatSerial); !typed) return typed;
     if (clock_.waitingStopped()) return failed("stopped by the operator");
+    if (const auto ready = beforeSending(); !ready) return ready;
     return sendAndConfirm();
 }
 
@@ -44,6 +46,7 @@ Result<void> AttachmentSender::awaitPreview(int chatSerial) {
     return failed("the page showed no preview of the file");
 }
 
+/// The one place where a preview is sent.
 Result<void> AttachmentSender::sendAndConfirm() {
     if (page_.sendPreview() == false) return failed("the file's preview was closed before it was sent");
     const qint64 begin = clock_.monotonicMs();

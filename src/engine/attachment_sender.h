@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "app/clock.h"
 #include "browser/chat_page.h"
@@ -17,10 +18,12 @@ class AttachmentSender {
  public:
     AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer);
 
-    /// Sends into the conversation `chatSerial`, which is open. The failure's text is a reason for the operator; it
+    /// Sends into the conversation `chatSerial`, which is open. `beforeSending` runs right before the preview is sent;
+    /// when it fails, nothing is sent. The failure's text is a reason for the operator; it
     /// begins with "in doubt" when the file may have gone out all the same. What is left open then is the caller's
     /// business to close.
-    Result<void> send(const Attachment& file, const QString& caption, int chatSerial);
+    Result<void> send(const Attachment& file, const QString& caption, int chatSerial,
+                      const std::function<Result<void>()>& beforeSending);
 
  private:
     Result<void> awaitPreview(int chatSerial);

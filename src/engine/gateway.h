@@ -6,10 +6,13 @@
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
 #include "engine/chat_target.h"
+#include "engine/delivery_check.h"
 #include "engine/message_files.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
+#include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 #include "engine/text_typer.h"
 
@@ -25,6 +28,7 @@ struct Gateway {
         Database& database;
         ChatPage& page;
         Clock& clock;
+        SendJournal& journal;  ///< nothing is sent until it is open
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
@@ -40,9 +44,11 @@ struct Gateway {
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia),
           attachments(n.page, n.clock, pacing, typer),
-          sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue}),
+          sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
+          deliveryCheck(n.page, n.clock, pacing, opener),
+          recovery(n.state, n.journal, queue, sender, deliveryCheck),
           machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.random, n.pageInUse}),
+                   n.journal, recovery, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -55,6 +61,8 @@ struct Gateway {
     MessageFiles files;
     AttachmentSender attachments;
     MessageSender sender;
+    DeliveryCheck deliveryCheck;
+    SendRecovery recovery;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

@@ -50,6 +50,7 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
         return false;
     }
     ++s.sentCount;
+    p_.journal.ended(s.txtid.text);
     QString line = QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
                        .arg(s.txtid.text, destination())
                        .arg(opened - start)
@@ -70,7 +71,9 @@ Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<At
                                       const QString& caption) {
     for (size_t i = 0; i < files.size(); ++i) {
         p_.state.step = QStringLiteral("Sending file %1 of message %2").arg(i + 1).arg(p_.state.txtid.text);
-        Result<void> sent = p_.attachments.send(files[i], i == 0 ? caption : QString(), chat.chat.serial);
+        const QString text = i == 0 ? caption : QString();
+        const auto beforeSending = [&] { return noteInJournal(chat, text); };
+        const Result<void> sent = p_.attachments.send(files[i], text, chat.chat.serial, beforeSending);
         if (sent) continue;
         Failure failure = sent.failure();
         if (i > 0) failure.text += " (of two files; the media file has arrived)";
@@ -82,6 +85,7 @@ Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<At
 Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) {
     p_.state.step = QStringLiteral("Typing message %1").arg(p_.state.txtid.text);
     Result<void> done = typeText(chat, text);
+    if (done) done = noteInJournal(chat, text);
     if (done && !pressEnterAndConfirm(chat.chat.serial))
         done = failed("in doubt: Enter was pressed, but the message did not leave the message box");
     if (!done) {
@@ -100,6 +104,12 @@ Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) 
     }
     if (p_.clock.waitingStopped()) return failed("stopped by the operator");
     return {};
+}
+
+/// The last thing before something is sent.
+Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
+    if (p_.journal.typed(p_.state.txtid.text, text, chat.chat.lastMessageId)) return {};
+    return failed("the journal can't be written, so the message was not sent");
 }
 
 /// The one place where a text is sent.
@@ -130,7 +140,10 @@ void MessageSender::recordFailure(const QString& reason) {
         {s.txtNo.text, s.txtMsg2.text, p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
     s.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
-    if (!p_.queue.markFailed(s.txtid.text))
+    p_.journal.failed(s.txtid.text, reason);
+    if (p_.queue.markFailed(s.txtid.text))
+        p_.journal.ended(s.txtid.text);
+    else
         log::error("engine",
                    QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(s.txtid.text));
 }

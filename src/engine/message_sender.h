@@ -13,6 +13,7 @@
 #include "engine/message_files.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
 #include "engine/text_typer.h"
 
 namespace kibo {
@@ -35,6 +36,7 @@ class MessageSender {
         MessageFiles& files;
         AttachmentSender& attachments;
         OutboxQueue& queue;
+        SendJournal& journal;
     };
     explicit MessageSender(Parts parts);
 
@@ -59,6 +61,7 @@ class MessageSender {
     Result<void> sendText(const ChatLook& chat, const QString& text);
     Result<void> typeText(const ChatLook& chat, const QString& text);
     bool pressEnterAndConfirm(int chatSerial);
+    Result<void> noteInJournal(const ChatLook& chat, const QString& text);
     QString destination() const;
     void ESC();
 

@@ -49,6 +49,23 @@ const QString kTextOfOutbox = QStringLiteral("select wa_text from outbox where i
 const QString kTextOfMulti = QStringLiteral("select wa_text from multi where id = ?");
 const QString kFailInSent = QStringLiteral("update sent set status = 'fail' where id = ?");
 const QString kFailInMulti = QStringLiteral("update multi set status = 'fail' where id_outbox = ?");
+const QString kIsInOutbox = QStringLiteral("select count(1) as cnt from outbox where id = ?");
+const QString kIsInSent = QStringLiteral("select count(1) as cnt from sent where id = ?");
+const QString kIsInMulti =
+    QStringLiteral("select count(1) as cnt from multi where tipe = 'O' and profil = ? and id = ?");
+const QString kIsCopiedInMulti =
+    QStringLiteral("select count(1) as cnt from multi where tipe = 'S' and profil = ? and id_outbox = ?");
+const QString kSaysTheSame = QStringLiteral(
+    " and (wa_no = ? or wa_no is null) and (wa_text = ? or wa_text is null) and (wa_time = ? or wa_time is null)");
+const QString kRemoveFromSent = QStringLiteral("delete from sent where id = ?") + kSaysTheSame;
+const QString kRemoveCopyInMulti =
+    QStringLiteral("delete from multi where tipe = 'S' and profil = ? and id_outbox = ?") + kSaysTheSame;
+const QString kAddCopyToSent = QStringLiteral(
+    "insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
+    "values (?, ?, ?, ?, ?, ?, ?, ?)");
+const QString kAddCopyToMulti = QStringLiteral(
+    "insert into multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
+    "values ('S', ?, ?, ?, ?, ?, ?, ?, ?, ?)");
 
 /// The queue's rows as the grid shows them: a line of the grid is tab-separated, so a text's tabs become blanks.
 class QueueRows : public RowSource {
@@ -88,52 +105,77 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
         return;
     }
     state_.dboff.visible = false;
-    unmarked_.removeIf([this](const QString& id) { return tryToMark(id); });
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
     const Recordset count = database_.OpenRecordset(selection.count, values);
     if (!count.eof()) state_.Outbox_Cnt.caption = count.field(0);
 }
 
-std::optional<QString> OutboxQueue::readText(const QString& id) {
-    const Recordset row = database_.OpenRecordset(multi() ? kTextOfMulti : kTextOfOutbox, {id.toLongLong()});
-    if (row.eof()) return std::nullopt;
-    return row.field(0);
+std::optional<QueuedRow> OutboxQueue::nextRow() {
+    const auto column = [this](Column c) { return state_.ms_out.text(1, c); };
+    QueuedRow row{column(Id), column(Mode), column(Number), {}, column(Media), column(File), column(Time)};
+    const Recordset text = database_.OpenRecordset(multi() ? kTextOfMulti : kTextOfOutbox, {row.id.toLongLong()});
+    if (text.eof()) return std::nullopt;
+    row.text = text.field(0);
+    return row;
 }
 
-bool OutboxQueue::take(const QString& id) {
+OutboxQueue::Taken OutboxQueue::take(const QString& id) {
     const qint64 key = id.toLongLong();
+    const auto refused = [&](const char* what, const QString& why = {}) {
+        log::error("engine", QStringLiteral("message %1 could not be %2%3").arg(id, QLatin1String(what), why));
+        return Taken::Unknown;
+    };
     auto transaction = Transaction::begin(database_);
     if (!transaction) {
         log::warning(
             "engine",
             QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(transaction.failure().text)));
-        return false;
+        return Taken::No;
     }
     const auto copied =
         multi() ? database_.execute(kCopyInMulti, {profile(), key}) : database_.execute(kCopyToSent, {key});
-    if (copied != 1) return false;
+    if (copied == 0) return Taken::No;
+    if (copied != 1) return refused("copied to the sent log");
     const auto deleted =
         multi() ? database_.execute(kDeleteFromMulti, {profile(), key}) : database_.execute(kDeleteFromOutbox, {key});
-    if (deleted != 1) return false;
+    if (deleted != 1) return refused("taken out of the queue");
     const auto committed = transaction.value().commit();
-    if (!committed)
-        log::error(
-            "engine",
-            QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(committed.failure().text)));
-    return committed.ok();
+    if (committed) return Taken::Yes;
+    return refused("moved to the sent log: ", QString::fromStdString(committed.failure().text));
 }
 
 bool OutboxQueue::markFailed(const QString& id) {
-    unmarked_.append(id);  // first, for the attempt itself may end in an error that surfaces
-    if (!tryToMark(id)) return false;
-    unmarked_.removeLast();
-    return true;
-}
-
-bool OutboxQueue::tryToMark(const QString& id) {
     const auto marked = database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()});
     if (marked == 0) log::error("engine", QStringLiteral("message %1 has no copy to be marked as failed").arg(id));
     return marked.has_value();
+}
+
+std::optional<OutboxQueue::Place> OutboxQueue::find(const QString& id) {
+    const qint64 key = id.toLongLong();
+    const Recordset queued =
+        multi() ? database_.OpenRecordset(kIsInMulti, {profile(), key}) : database_.OpenRecordset(kIsInOutbox, {key});
+    const Recordset copied = multi() ? database_.OpenRecordset(kIsCopiedInMulti, {profile(), key})
+                                     : database_.OpenRecordset(kIsInSent, {key});
+    if (queued.eof() || copied.eof()) return std::nullopt;
+    return Place{queued.field(0).toInt() > 0, copied.field(0).toInt() > 0};
+}
+
+bool OutboxQueue::removeCopy(const QueuedRow& row) {
+    // An id may have been given twice over the years, so an older message of the same id is told by what it says.
+    const Database::Values message{row.id.toLongLong(), row.number, row.text, row.time};
+    return multi() ? database_.execute(kRemoveCopyInMulti, Database::Values{profile()} + message).has_value()
+                   : database_.execute(kRemoveFromSent, message).has_value();
+}
+
+bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {
+    const Database::Values message{row.id.toLongLong(), row.mode, row.number, row.text,
+                                   row.media,           row.file, row.time,   status};
+    return multi() ? database_.execute(kAddCopyToMulti, Database::Values{profile()} + message).has_value()
+                   : database_.execute(kAddCopyToSent, message).has_value();
+}
+
+QString OutboxQueue::storeIdentity() const {
+    return database_.identity() + (multi() ? QStringLiteral(" multi") : QStringLiteral(" outbox"));
 }
 
 }  // namespace kibo

@@ -7,6 +7,7 @@
 #include "app/database.h"
 #include "app/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/send_journal.h"
 
 namespace kibo {
 
@@ -23,27 +24,43 @@ class OutboxQueue {
     /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff` and is reopened.
     void cmd_OutboxRefresh_Click();
 
-    /// The stored text of a queued message; empty optional when the row is gone or can't be read.
-    std::optional<QString> readText(const QString& id);
+    /// The next message with its stored text; empty optional when the row is gone or can't be read.
+    std::optional<QueuedRow> nextRow();
 
-    /// Moves a message out of the queue, in one transaction: it stands in the sent log or still in the queue, never
-    /// in both and never in neither. False when the row was not there any more or the database refused.
-    bool take(const QString& id);
+    enum class Taken {
+        Yes,
+        No,      ///< untouched: the row was not there any more, or the database is not to be had
+        Unknown  ///< the database broke off: only a look at the tables tells
+    };
+    /// Moves a message out of the queue, in one transaction: where the store keeps transactions it stands in the sent
+    /// log or still in the queue, never in both and never in neither.
+    Taken take(const QString& id);
 
-    /// Marks the sent copy of a message as failed. A store that refuses at the moment is asked again at each refresh;
-    /// false then.
+    /// Marks the sent copy of a message as failed. False when the store refuses at the moment.
     bool markFailed(const QString& id);
+
+    /// Where a message stands; nothing when the store can't tell.
+    struct Place {
+        bool queued = false;
+        bool copied = false;
+    };
+    std::optional<Place> find(const QString& id);
+    /// Takes back the copy of a message that still stands in the queue.
+    bool removeCopy(const QueuedRow& row);
+    /// Puts a message that stands nowhere any more into the sent log.
+    bool addCopy(const QueuedRow& row, const QString& status);
+
+    /// The store and the table that ids belong to.
+    QString storeIdentity() const;
 
  private:
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
-    bool tryToMark(const QString& id);
 
     GatewayState& state_;
     Settings& settings_;
     Database& database_;
     Clock& clock_;
-    QStringList unmarked_;  // failed messages whose copies don't say so yet
 };
 
 /// The fixed texts of the queue's statements; "?" stands for a bound value.

@@ -149,11 +149,27 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     }
     if (p_.pageInUse && p_.pageInUse()) return false;
     p_.queue.cmd_OutboxRefresh_Click();
-    if (s.ms_out.rowCount() == 1) {
-        idle(s.dboff.visible ? QStringLiteral("Database is off") : QStringLiteral("Queue empty"));
+    if (s.dboff.visible) {
+        idle(QStringLiteral("Database is off"));
         return false;
     }
-    if (!mayTakeMessage() || !loadMessage()) return false;
+    const bool settled = p_.recovery.settleInStore();
+    if (s.ms_out.rowCount() == 1 && !p_.recovery.needsPage()) {
+        idle(QStringLiteral("Queue empty"));
+        return false;
+    }
+    if (!mayTakeMessage()) return false;
+    if (!settled) {
+        idle(QStringLiteral("Waiting for the database to tell what became of the last message"));
+        return false;
+    }
+    if (p_.recovery.needsPage()) {
+        s.wait.visible = true;
+        if (!p_.recovery.settleOnPage()) return false;
+        finishMessage(look);
+        return true;
+    }
+    if (!loadMessage()) return false;
     dispatch(s.ms_out.text(1, OutboxQueue::Mode));
     finishMessage(look);
     return true;
@@ -180,7 +196,7 @@ bool StepMachine::mayTakeMessage() {
         idle(QStringLiteral("Phone not connected"));
         return false;
     }
-    if (s.ms_out.rowCount() < 2 || p_.clock.waitingStopped()) return false;
+    if ((s.ms_out.rowCount() < 2 && !p_.recovery.needsPage()) || p_.clock.waitingStopped()) return false;
     // A chat asked for earlier that is still opening would come up under this message.
     if (!p_.opener.settled()) {
         idle(QStringLiteral("Waiting for an earlier chat to open"));
@@ -197,22 +213,26 @@ bool StepMachine::loadMessage() {
     s.txtNo.text = s.ms_out.text(1, OutboxQueue::Number);
     s.txtMedia.text = s.ms_out.text(1, OutboxQueue::Media).trimmed();
     s.txtFile.text = s.ms_out.text(1, OutboxQueue::File).trimmed();
-    const auto text = p_.queue.readText(s.txtid.text);
-    if (!text) {  // another program has taken it back meanwhile
+    const auto row = p_.queue.nextRow();
+    if (!row) {  // another program has taken it back meanwhile
         idle(QStringLiteral("Queue changed"));
         return false;
     }
     QString problem;
-    s.txtMsg2.text = expandMessageText(*text, p_.clock.now(), p_.random, &problem);
+    s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
     const QString number = destinationNumber(s.txtNo.text, p_.settings.Prefix, p_.settings.CountryCode);
     if (isPositiveNumber(number)) s.txtNo.text = number;
-    if (!p_.queue.take(s.txtid.text)) {
-        idle(QStringLiteral("The message could not be taken from the queue"));
+    if (const Result<void> noted = p_.journal.taken(*row); !noted) {
+        idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
         return false;
     }
-    return true;
+    const OutboxQueue::Taken taken = p_.queue.take(s.txtid.text);
+    if (taken == OutboxQueue::Taken::Yes) return true;
+    if (taken == OutboxQueue::Taken::No) p_.journal.ended(s.txtid.text);
+    idle(QStringLiteral("The message could not be taken from the queue"));
+    return false;
 }
 
 void StepMachine::dispatch(const QString& mode) {

@@ -13,6 +13,8 @@
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/send_journal.h"
+#include "engine/send_recovery.h"
 #include "engine/text_expansion.h"
 
 namespace kibo {
@@ -33,6 +35,8 @@ class StepMachine {
         ChatOpener& opener;
         OutboxQueue& queue;
         MessageSender& sender;
+        SendJournal& journal;
+        SendRecovery& recovery;
         RandomSource random;
         /// Whether another screen drives the page at the moment.
         std::function<bool()> pageInUse;

@@ -178,23 +178,25 @@ export class Conversation {
         const {text} = this.#composer;
         const chat = this.#chat;
         const linkPreview = this.#preview.shown;
+        const {sendDelayMs, acknowledgedSend} = this.#behaviour();
+        const message = {id: newMessageId(), number: chat.number, kind: 'text', text, linkPreview};
         const send = () => {
             this.#chats.keepDraft(chat, '');
             if (this.#chat === chat) this.#composer.clear();
-            this.#post({id: newMessageId(), number: chat.number, kind: 'text', text, linkPreview});
+            this.#post(message, acknowledgedSend);
         };
-        const {sendDelayMs} = this.#behaviour();
+        if (acknowledgedSend) return wait(sendDelayMs).then(() => this.#server.send({...message, timeMs: Date.now()})).then(send);
         if (sendDelayMs > 0) return wait(sendDelayMs).then(send);
         send();
         return undefined;
     }
 
-    async #post(message) {
+    async #post(message, acknowledged = false) {
         const stamped = {...message, timeMs: Date.now()};
         const view = this.number === message.number ? this.#view : null;
         this.#chats.add(stamped, true);
         view?.add(stamped);
-        await this.#server.send(stamped);
+        if (!acknowledged) await this.#server.send(stamped);
         view?.setTick(stamped.id, 'sent');
         later(this.#behaviour().ackDelayMs, () => view?.setTick(stamped.id, 'delivered'));
     }

@@ -45,7 +45,10 @@ class Engine : public ::testing::Test {
         EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(QStringLiteral("kb.mdb"))));
         const auto opened = database.OpenDatabase(settings, folder.path());
         EXPECT_TRUE(opened.ok()) << (opened.ok() ? "" : opened.failure().text);
+        EXPECT_TRUE(journal.open(journalFile()).ok());
     }
+
+    QString journalFile() const { return folder.filePath(QStringLiteral("send.journal")); }
 
     /// Made once for all tests.
     static QString emptyStore() {
@@ -101,6 +104,7 @@ class Engine : public ::testing::Test {
     ErrorPolicy policy;
     Database database{clock, policy};
     FakePage page{clock};
+    SendJournal journal;
     FetchMedia fetch;  // what the gateway fetches with; none at first
     FakeClipboard clipboard{page};
     Gateway gateway{{.state = state,
@@ -109,6 +113,7 @@ class Engine : public ::testing::Test {
                      .database = database,
                      .page = page,
                      .clock = clock,
+                     .journal = journal,
                      .random = [] { return 0.0; },
                      .fetchMedia = [this](const QString& address) { return fetch(address); },
                      .clipboard = &clipboard}};

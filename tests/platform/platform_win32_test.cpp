@@ -36,9 +36,16 @@ TEST(WindowsWindows, areFoundByTitleHiddenAndShown) {
     showWindow(*found, true);  // gone: nothing happens
 }
 
+/// Not a test: the process that the next one starts, lists and ends.
+TEST(WindowsProcess, DISABLED_staysForAMinute) {
+    ::Sleep(60'000);
+}
+
 TEST(WindowsProcess, isStartedListedAndEnded) {
     EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
-    const Result<ProcessId> started = startProgram("cmd", {"/c", "pause"});
+    const Result<ProcessId> started =
+        startProgram(executablePath(ownProcessId()),
+                     {"--gtest_also_run_disabled_tests", "--gtest_filter=WindowsProcess.DISABLED_staysForAMinute"});
     ASSERT_TRUE(started.ok()) << started.failure().text;
     const ProcessId pid = started.value();
     const Process process{pid, processStartTime(pid)};

@@ -83,10 +83,10 @@ void MariaDbServer::start() {
     // setpriv lets the kernel end the server when this program ends in any way.
     server_.setStandardOutputFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
     server_.setStandardErrorFile(folder_.filePath(QStringLiteral("log")), QIODevice::Append);
-    // Nothing here must survive the computer, so nothing is flushed.
+    // What was committed survives the server, as it must when a test kills it, but not the computer.
     const QString arguments = QStringLiteral(
         "--pdeathsig KILL mariadbd --no-defaults --bind-address=127.0.0.1 --skip-name-resolve --port=%1 "
-        "--innodb-buffer-pool-size=32M --innodb-log-file-size=16M --innodb-flush-log-at-trx-commit=0 "
+        "--innodb-buffer-pool-size=32M --innodb-log-file-size=16M --innodb-flush-log-at-trx-commit=2 "
         "--innodb-flush-method=nosync --sync-frm=0");
     server_.start(QStringLiteral("setpriv"),
                   arguments.arg(port_).split(u' ') +
@@ -113,6 +113,11 @@ void MariaDbServer::stop() {
         server_.kill();
         server_.waitForFinished();
     }
+}
+
+void MariaDbServer::kill() {
+    server_.kill();
+    server_.waitForFinished();
 }
 
 Settings MariaDbServer::settings(bool dsn, Settings settings) const {

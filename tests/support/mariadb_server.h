@@ -31,6 +31,8 @@ class MariaDbServer {
     /// Takes the server away and brings it back, with its data, on the same port.
     void stop();
     void start();
+    /// The same without a chance to tidy up.
+    void kill();
 
     int port() const { return port_; }
     static QString password();

@@ -71,7 +71,9 @@ class RealGateway {
             return store.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
         });
         page.emplace(browser, elements, policy);
-        gateway.emplace(Gateway::Needs{state, settings, elements, database, *page, clock, [] { return 0.0; }});
+        const auto journalOpened = journal.open(folder.filePath(QStringLiteral("send.journal")));
+        ASSERT_TRUE(journalOpened.ok()) << journalOpened.failure().text;
+        gateway.emplace(Gateway::Needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }});
         const auto started = browser.open({settings, settings.Profil});
         ASSERT_TRUE(started.ok()) << started.failure().text;
         for (int i = 0; i < 200 && state.status.caption != QStringLiteral("Ready"); ++i) tick();
@@ -110,6 +112,7 @@ class RealGateway {
     Database database{clock, policy};
     ElementTable elements;
     Browser browser{folder.path(), clock};
+    SendJournal journal;
     std::optional<WebPage> page;
     std::optional<Gateway> gateway;
 };

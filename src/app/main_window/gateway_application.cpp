@@ -75,8 +75,17 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
-    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
-                                                        [] { return QRandomGenerator::global()->generateDouble(); }});
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{
+        .state = state_,
+        .settings = settings_,
+        .elements = elements_,
+        .database = database_,
+        .page = *page_,
+        .clock = clock_,
+        .journal = journal_,
+        .random = [] { return QRandomGenerator::global()->generateDouble(); },
+        .clipboard = &clipboard_,
+    });
 }
 
 bool GatewayApplication::showWindow() {
@@ -90,6 +99,13 @@ bool GatewayApplication::showWindow() {
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
     };
     if (!formLoad.Form_Load()) return false;
+    if (const Result<void> opened = openJournal(); !opened) {
+        log::error("window", QString::fromStdString(opened.failure().text));
+        dialogs_.show({settings_.applicationName,
+                       QStringLiteral("Nothing can be sent: the journal in the program folder can't be written.\n%1")
+                           .arg(QString::fromStdString(opened.failure().text)),
+                       MessageBox::Icon::Critical});
+    }
     // Start-up skips what fails; from here on `DebugMode` decides.
     policy_.setDebugMode(isYes(settings_.DebugMode));
     log::setVerbose(isYes(settings_.DebugMode));
@@ -155,6 +171,12 @@ void GatewayApplication::cmd_OpenWA_Click() {
     state_.step = QStringLiteral("Starting the browser");
     window_->showState();
     clock_.runPendingEvents();
+    // From here on the profile and the store stay as they are.
+    if (const Result<void> opened = openJournal(); !opened) {
+        state_.step = QStringLiteral("Nothing can be sent: ") + QString::fromStdString(opened.failure().text);
+        log::error("window", state_.step);
+        return;
+    }
     LaunchOptions options{settings_, state_.cb_Profil.text, state_.HideChrome.checked};
     options.armStepMachine = [this] { state_.Timer_KIBO.setEnabled(true); };
     const Result<void> opened = browser_.open(options);
@@ -170,6 +192,11 @@ void GatewayApplication::cmd_OpenWA_Click() {
     }
     state_.step = QString::fromStdString(opened.failure().text);
     log::error("window", QStringLiteral("the browser can't be started: ") + state_.step);
+}
+
+Result<void> GatewayApplication::openJournal() {
+    return journal_.open(
+        QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
 }
 
 void GatewayApplication::timer_start_Timer() {

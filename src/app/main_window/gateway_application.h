@@ -17,6 +17,7 @@
 #include "engine/gateway_state.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
+#include "main_window/qt_clipboard.h"
 #include "main_window/start_up.h"
 #include "main_window/timer_runner.h"
 #include "main_window/window_picture.h"
@@ -50,6 +51,7 @@ class GatewayApplication {
     void addTimers();
 
     void cmd_OpenWA_Click();
+    Result<void> openJournal();
     void timer_start_Timer();
     void Timer1_Timer();
     void HideChrome_Click(bool hide);
@@ -76,7 +78,9 @@ class GatewayApplication {
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;
+    QtClipboard clipboard_;
     std::unique_ptr<WebPage> page_;
+    SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;

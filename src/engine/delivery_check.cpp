@@ -1,0 +1,71 @@
+#include "engine/delivery_check.h"
+
+#include <QRegularExpression>
+#include <algorithm>
+
+#include "engine/phone_number.h"
+
+namespace kibo {
+namespace {
+
+constexpr int kSmallWaitMs = 100;
+/// The page draws a chat's messages after its header, and folds long texts.
+constexpr int kLooks = 20;
+constexpr qsizetype kUnfolded = 300;
+
+/// What a text and its drawing have in common: the page turns marks into bold and italics, and breaks lines anew.
+QString essence(const QString& text) {
+    static const QRegularExpression kDrawn(
+        QStringLiteral("[\\s*_~`\\x{200B}-\\x{200F}\\x{2028}-\\x{202E}\\x{2066}-\\x{2069}]"));
+    return QString(text).remove(kDrawn);
+}
+
+}  // namespace
+
+Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>& shown) {
+    if (entry.lastMessageId.isEmpty()) return Delivery::Unknown;
+    const auto before = std::find_if(shown.begin(), shown.end(),
+                                     [&](const ChatMessage& message) { return message.id == entry.lastMessageId; });
+    if (before == shown.end()) return Delivery::Unknown;
+    const QString text = essence(entry.text).left(kUnfolded);
+    const bool own = std::any_of(before + 1, shown.end(), [](const ChatMessage& message) { return message.own; });
+    if (text.isEmpty()) return own ? Delivery::Unknown : Delivery::NotDelivered;
+    const bool found = std::any_of(before + 1, shown.end(), [&](const ChatMessage& message) {
+        return message.own && essence(message.text).contains(text);
+    });
+    // The text goes with the first of two files and tells nothing of the second.
+    if (found && !entry.row.media.isEmpty() && !entry.row.file.isEmpty()) return Delivery::Unknown;
+    return found ? Delivery::Delivered : Delivery::NotDelivered;
+}
+
+DeliveryCheck::DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatOpener& opener)
+    : page_(page), clock_(clock), pacing_(pacing), opener_(opener) {}
+
+Delivery DeliveryCheck::look(const SendJournal::Entry& entry) {
+    if (!openChat(cleanedNumber(entry.row.number))) return Delivery::Unknown;
+    Delivery delivery = Delivery::Unknown;
+    // Found is certain at once; missing only when the messages have had time to come up.
+    for (int i = 0; i < kLooks && delivery != Delivery::Delivered && !clock_.waitingStopped(); ++i) {
+        pacing_.WA_WAIT(kSmallWaitMs);
+        if (const auto shown = page_.lastMessages()) delivery = judgeDelivery(entry, *shown);
+    }
+    return clock_.waitingStopped() ? Delivery::Unknown : delivery;
+}
+
+bool DeliveryCheck::openChat(const QString& number) {
+    if (!opener_.GOTONOMOR(number)) {
+        opener_.enableTimers();
+        return false;
+    }
+    pacing_.WA_WAIT(pacing_.dwell());
+    for (int tries = 0; tries <= ChatOpener::kTryLimit && !clock_.waitingStopped(); ++tries) {
+        pacing_.WA_WAIT(kSmallWaitMs);
+        const auto look = page_.lookAtChat(false);
+        if (!look) continue;
+        opener_.observe(look->chat, look->linkPlanted);
+        if (opener_.isOpen(number)) return true;
+    }
+    return false;
+}
+
+}  // namespace kibo

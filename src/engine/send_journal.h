@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <memory>
+#include <vector>
+
+#include "platform/durable_file.h"
+
+namespace kibo {
+
+/// A row of the queue, as it is stored.
+struct QueuedRow {
+    QString id, mode, number, text, media, file, time;
+};
+
+/// What happened to the message in hand, on the disk before it happens, so that the next start knows what a crash left
+/// half done. A message is open from `taken` to `ended`. The content of open messages stands in the file, readable by
+/// its owner only; with nothing open the file is empty.
+class SendJournal {
+ public:
+    enum class Stage {
+        Taken,  ///< the queue's statements may have run, nothing was typed
+        Typed,  ///< Enter may have been pressed
+        Failed  ///< nothing will be typed any more; the copy in the sent log may not say so yet
+    };
+    struct Entry {
+        QueuedRow row;
+        Stage stage = Stage::Taken;
+        QString text;           ///< as it was typed
+        QString lastMessageId;  ///< of the chat before Enter; empty when not known
+        QString reason;         ///< of the failure
+    };
+
+    /// The file's name in the program folder: one for each profile and each store, since ids belong to a store and the
+    /// operator may have changed it between two starts.
+    static QString fileName(const QString& profile, const QString& store);
+
+    /// Opens `file`, with what an earlier run left open. The failure's text is meant for the operator.
+    Result<void> open(const QString& file);
+    bool isOpen() const { return file_ != nullptr; }
+
+    /// Each returns when its record is on the disk. After a failure of these two the step must not be taken.
+    Result<void> taken(const QueuedRow& row);
+    Result<void> typed(const QString& id, const QString& text, const QString& lastMessageId);
+    /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
+    void failed(const QString& id, const QString& reason);
+    /// Sent, marked as failed, or back in the queue.
+    void ended(const QString& id);
+
+    /// Messages that have not ended, oldest first.
+    const std::vector<Entry>& entries() const { return entries_; }
+
+ private:
+    Result<void> write(const QJsonObject& record);
+    void apply(const QJsonObject& record);
+    std::vector<Entry>::iterator find(const QString& id);
+
+    std::unique_ptr<platform::DurableFile> file_;
+    std::vector<Entry> entries_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,83 @@
+#include "engine/send_recovery.h"
+
+#include <algorithm>
+
+#include "app/log.h"
+
+namespace kibo {
+namespace {
+
+const QString kNotTyped = QStringLiteral("the gateway ended before the message was typed; it can be queued again");
+const QString kNotSent = QStringLiteral("the gateway ended before the message was sent; it can be queued again");
+const QString kInDoubt =
+    QStringLiteral("in doubt: the gateway ended while the message was being sent, and the chat doesn't tell");
+
+}  // namespace
+
+SendRecovery::SendRecovery(GatewayState& state, SendJournal& journal, OutboxQueue& queue, MessageSender& sender,
+                           DeliveryCheck& deliveryCheck)
+    : state_(state), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
+
+bool SendRecovery::settleInStore() {
+    bool settled = true;
+    const std::vector<SendJournal::Entry> entries = journal_.entries();  // settling takes them out of the journal
+    for (const SendJournal::Entry& entry : entries) {
+        if (entry.stage == SendJournal::Stage::Taken) settled = settleTaken(entry) && settled;
+        if (entry.stage == SendJournal::Stage::Failed && queue_.markFailed(entry.row.id)) journal_.ended(entry.row.id);
+    }
+    return settled;
+}
+
+bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
+    const auto place = queue_.find(entry.row.id);
+    if (!place) return false;
+    if (place->queued) {
+        if (place->copied && !queue_.removeCopy(entry.row)) return false;
+        log::info("engine", QStringLiteral("message %1 is in the queue again").arg(entry.row.id));
+        journal_.ended(entry.row.id);
+        return true;
+    }
+    if (!place->copied && !queue_.addCopy(entry.row, QStringLiteral("fail"))) return false;
+    showAsMessage(entry);
+    sender_.recordFailure(kNotTyped);
+    return true;
+}
+
+bool SendRecovery::needsPage() const {
+    return std::any_of(journal_.entries().begin(), journal_.entries().end(),
+                       [](const SendJournal::Entry& entry) { return entry.stage == SendJournal::Stage::Typed; });
+}
+
+bool SendRecovery::settleOnPage() {
+    const auto found = std::find_if(journal_.entries().begin(), journal_.entries().end(),
+                                    [](const SendJournal::Entry& e) { return e.stage == SendJournal::Stage::Typed; });
+    if (found == journal_.entries().end()) return false;
+    const SendJournal::Entry entry = *found;
+    const auto place = queue_.find(entry.row.id);
+    if (!place) return false;  // the store is away again
+    // A store that lost its last statements may have it in the queue again; it must not go out from there.
+    if (place->queued && queue_.take(entry.row.id) != OutboxQueue::Taken::Yes) return false;
+    showAsMessage(entry);
+    state_.step = QStringLiteral("Looking whether message %1 was sent").arg(entry.row.id);
+    const Delivery delivery = deliveryCheck_.look(entry);
+    const QString status = delivery == Delivery::Delivered ? QString() : QStringLiteral("fail");
+    if (!place->queued && !place->copied && !queue_.addCopy(entry.row, status)) return true;
+    if (delivery == Delivery::Delivered) {
+        log::info("engine", QStringLiteral("message %1 was sent before the gateway ended").arg(entry.row.id));
+        ++state_.sentCount;
+        journal_.ended(entry.row.id);
+    } else {
+        sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kInDoubt);
+    }
+    return true;
+}
+
+void SendRecovery::showAsMessage(const SendJournal::Entry& entry) {
+    state_.txtid.text = entry.row.id;
+    state_.txtNo.text = entry.row.number;
+    state_.txtMedia.text = entry.row.media;
+    state_.txtFile.text = entry.row.file;
+    state_.txtMsg2.text = entry.text.isEmpty() ? entry.row.text : entry.text;
+}
+
+}  // namespace kibo

@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+
+#include "engine_fixture.h"
+
+namespace kibo {
+namespace {
+
+using test::Engine;
+const QString kAni = QStringLiteral("6281111111111");
+
+/// Each test is the second start after a crash at some point of a send.
+class Crash : public Engine {
+ protected:
+    Crash() {
+        page.names = {{kDummy, QStringLiteral("Dummy")}};
+        id = queue(kAni, QStringLiteral("hello"));
+        row = {QString::number(id), QStringLiteral("0"), kAni, QStringLiteral("hello"), {}, {}, {}};
+        row.time = database.OpenRecordset(QStringLiteral("select wa_time from outbox")).field(0);
+    }
+    /// The gateway as it is built at its next start, from what is on the disk.
+    void restart() {
+        journal = SendJournal();
+        ASSERT_TRUE(journal.open(journalFile()).ok());
+    }
+    void settle() {
+        for (int i = 0; i < 20; ++i) tick();
+        EXPECT_TRUE(journal.entries().empty());
+    }
+    void expectMarked(const char* reason) {
+        EXPECT_EQ(status(id), QStringLiteral("fail"));
+        EXPECT_EQ(count(QStringLiteral("sent")), 1);
+        EXPECT_EQ(count(QStringLiteral("outbox")), 0);
+        EXPECT_TRUE(lastReason().contains(QLatin1String(reason))) << lastReason().toStdString();
+        EXPECT_TRUE(page.delivered.empty());
+    }
+
+    qint64 id = 0;
+    QueuedRow row;
+};
+
+TEST_F(Crash, BeforeTheQueueWasTouchedSendsTheMessageOnce) {
+    ASSERT_TRUE(journal.taken(row));
+    restart();
+    ASSERT_EQ(journal.entries().size(), 1u);
+    settle();
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(count(QStringLiteral("sent")), 1);
+    EXPECT_EQ(status(id), QString());
+    EXPECT_EQ(QFileInfo(journalFile()).size(), 0) << "texts are not kept";
+}
+
+TEST_F(Crash, BetweenCopyAndDeleteSendsTheMessageOnce) {
+    // An older message of the same id is not its copy.
+    ASSERT_TRUE(database.execute(QStringLiteral("insert into sent (id, wa_no, wa_text) values (?, '1', 'old')"), {id}));
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_TRUE(database.Execute(
+        QStringLiteral("insert into sent (id, wa_mode, wa_no, wa_text, wa_time) select id, wa_mode, wa_no, wa_text, "
+                       "wa_time from outbox")));
+    restart();
+    settle();
+    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(count(QStringLiteral("sent")), 2) << "the old one and this one";
+}
+
+TEST_F(Crash, BeforeTypingMarksTheMessage) {
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
+    restart();
+    settle();
+    expectMarked("can be queued again");
+}
+
+TEST_F(Crash, OfAStoreThatLostBothRowsKeepsTheMessage) {
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    restart();
+    settle();
+    expectMarked("can be queued again");
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0), QStringLiteral("hello"));
+}
+
+TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
+    const auto crashAroundEnter = [this](const QString& text) {
+        id = queue(kAni, text);
+        row.id = QString::number(id);
+        row.text = text;
+        EXPECT_TRUE(journal.taken(row).ok());
+        EXPECT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
+        EXPECT_TRUE(journal.typed(row.id, text, page.messageIds(kAni).value(0)).ok());
+    };
+    settle();  // the first message, so that the chat is not empty
+    const size_t before = page.delivered.size();
+    crashAroundEnter(QStringLiteral("sent"));
+    page.deliver(kAni, QStringLiteral("sent"));
+    restart();
+    settle();
+    EXPECT_EQ(status(id), QString());
+    crashAroundEnter(QStringLiteral("not sent"));
+    restart();
+    settle();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_FALSE(lastReason().contains(QStringLiteral("in doubt"))) << lastReason().toStdString();
+    crashAroundEnter(QStringLiteral("hidden"));
+    page.hideHistory = true;
+    restart();
+    settle();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
+    EXPECT_EQ(page.delivered.size(), before + 1) << "nothing is sent a second time";
+}
+
+TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
+    state.txtid.text = row.id;
+    gateway.sender.recordFailure(QStringLiteral("why"));
+    restart();
+    tick();
+    ASSERT_EQ(journal.entries().size(), 1u);
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
+    settle();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+}
+
+TEST_F(Crash, InTheMiddleOfARecordLeavesTheOnesBeforeIt) {
+    ASSERT_TRUE(journal.taken(row));
+    journal = SendJournal();
+    QFile file(journalFile());
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("{\"do\":\"typed\",\"id\":\"1");
+    file.close();
+    restart();
+    ASSERT_EQ(journal.entries().size(), 1u);
+    EXPECT_EQ(journal.entries().front().stage, SendJournal::Stage::Taken);
+    settle();
+    EXPECT_EQ(page.delivered.size(), 1u);
+}
+
+TEST_F(Crash, WithoutAJournalNothingIsTaken) {
+    journal = SendJournal();
+    EXPECT_FALSE(journal.open(folder.filePath(QStringLiteral("missing/send.journal"))).ok());
+    for (int i = 0; i < 5; ++i) tick();
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_TRUE(state.step.contains(QStringLiteral("journal"))) << state.step.toStdString();
+}
+
+}  // namespace
+}  // namespace kibo

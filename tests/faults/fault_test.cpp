@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <QThread>
+#include <iostream>
+#include <map>
+#include <random>
+
+#include "support/mariadb_server.h"
+#include "support/running_program.h"
+
+namespace kibo {
+namespace {
+
+using test::eventually;
+
+constexpr int kConnectMs = 90'000;
+constexpr int kNextMessageMs = 120'000;
+
+int kills() {
+    const int wanted = qEnvironmentVariableIntValue("KIBO_TEST_KILLS");
+    return wanted > 0 ? wanted : 20;
+}
+
+/// The program on MariaDB with a queue that never gets empty, while one after the other of its helpers, or itself, is
+/// ended with SIGKILL somewhere in the middle of a message.
+class Faults : public ::testing::Test {
+ protected:
+    enum Victim { Gateway, Browser, Driver, Server };
+
+    Faults() {
+        standin::Behaviour behaviour = program.standIn.behaviour();
+        behaviour.chatOpenDelayMs = {0, 500};
+        behaviour.acknowledgedSend = true;
+        program.standIn.setBehaviour(behaviour);
+        program.use(server.settings(false));
+    }
+
+    void queueMessage() {
+        const QString number = QStringLiteral("62877000000%1").arg(queued % 5);
+        server.run(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')")
+                       .arg(number)
+                       .arg(++queued));
+    }
+    int waiting() { return server.run(QStringLiteral("select count(*) from outbox")).toInt(); }
+
+    /// A message is in hand.
+    bool messageBegun() {
+        return eventually([this] { return !program.journal().isEmpty(); }, kNextMessageMs);
+    }
+    /// The gateway's driver, or the driver's browser; 0 when it is not there at the moment.
+    platform::ProcessId helper(Victim victim) {
+        const auto drivers = platform::children(program.process.processId());
+        if (drivers.empty() || victim == Driver) return drivers.empty() ? 0 : drivers.front().id;
+        for (const auto& process : program.processes()) {
+            QFile line(QStringLiteral("/proc/%1/cmdline").arg(process.id));
+            if (line.open(QIODevice::ReadOnly) && !line.readAll().contains("--type=")) return process.id;
+        }
+        return 0;
+    }
+
+    void endAndRestart(Victim victim) {
+        if (victim == Gateway) {
+            program.kill();
+            ASSERT_TRUE(program.start());
+        } else if (victim == Server) {
+            server.kill();
+            QThread::msleep(pick(0, 3000));
+            server.start();
+        } else if (const platform::ProcessId pid = helper(victim)) {
+            ::kill(static_cast<pid_t>(pid), SIGKILL);
+        }
+    }
+    unsigned pick(unsigned least, unsigned most) {
+        return std::uniform_int_distribution<unsigned>(least, most)(random);
+    }
+
+    /// Every text arrived once, or its row says that it failed. In doubt may mean arrived.
+    void expectNothingLostAndNothingTwice() {
+        std::map<std::string, int> arrived;
+        for (const auto& message : program.standIn.received()) ++arrived[message.text];
+        std::map<std::string, std::string> rows;
+        const QString all = server.run(QStringLiteral("select wa_text, coalesce(status, '') from sent"));
+        for (const QString& line : all.split(u'\n', Qt::SkipEmptyParts)) {
+            const std::string text = line.section(u'\t', 0, 0).toStdString();
+            EXPECT_TRUE(rows.emplace(text, line.section(u'\t', 1).toStdString()).second) << "two rows: " << text;
+        }
+        EXPECT_EQ(static_cast<int>(rows.size()), queued);
+        int marked = 0, both = 0;
+        for (const auto& [text, status] : rows) {
+            const int times = arrived[text];
+            EXPECT_LE(times, 1) << "twice: " << text;
+            EXPECT_TRUE(times == 1 || status == "fail") << "lost: " << text;
+            if (status == "fail") ++marked, both += times;
+        }
+        std::cout << "  " << queued << " messages: " << queued - marked << " sent, " << marked
+                  << " marked as failed, of which " << both << " arrived\n";
+    }
+
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    test::RunningProgram program;
+    int queued = 0;
+    std::mt19937 random{static_cast<unsigned>(qEnvironmentVariableIntValue("KIBO_TEST_SEED") + 1)};
+};
+
+TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarked) {
+    ASSERT_TRUE(program.start());
+    std::map<Victim, int> ended;
+    for (int i = 0; i < kills() && !HasFatalFailure(); ++i) {
+        while (waiting() < 2) queueMessage();
+        ASSERT_TRUE(messageBegun()) << "kill " << i << ": nothing is sent any more\n"
+                                    << program.log().right(3000).toStdString();
+        // A send takes about two seconds. Every third time close to Enter, where it matters most.
+        if (i % 3 == 0) {
+            eventually([this] { return program.journal().contains("\"typed\""); }, 3000);
+            QThread::msleep(pick(0, 40));
+        } else {
+            QThread::msleep(pick(0, 2300));
+        }
+        const auto victim = static_cast<Victim>(pick(Gateway, Server));
+        ++ended[victim];
+        endAndRestart(victim);
+    }
+    const bool finished = eventually(
+        [this] {
+            QThread::msleep(500);
+            return waiting() == 0 && program.journal().isEmpty();
+        },
+        2 * kNextMessageMs);
+    EXPECT_TRUE(finished) << program.log().right(3000).toStdString();
+    std::cout << "  ended: gateway " << ended[Gateway] << ", browser " << ended[Browser] << ", driver " << ended[Driver]
+              << ", database " << ended[Server] << '\n';
+    expectNothingLostAndNothingTwice();
+}
+
+}  // namespace
+}  // namespace kibo

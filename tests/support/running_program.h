@@ -1,0 +1,82 @@
+#pragma once
+
+#include <signal.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "app/settings.h"
+#include "app/settings_file.h"
+#include "standin/stand_in.h"
+#include "support/eventually.h"
+#include "support/processes.h"
+#include "support/stores.h"
+
+namespace kibo::test {
+
+/// The program itself, as an operator or a service starts it, without a display: a program folder of its own with
+/// stores and settings, the stand-in page, and the certain end of every process that it leaves.
+class RunningProgram {
+ public:
+    RunningProgram() {
+        createStores(home.path());
+        set("DB", "UseMDB", QStringLiteral("Y"));
+        for (const auto& [key, value] :
+             {std::pair{"Profil", "1"}, {"AutoStart", "Y"}, {"Headless", "Y"}, {"Speed", "NORMAL"}})
+            set("kibo", key, QLatin1String(value));
+        set("kibo", "StartAddress", QString::fromStdString(standIn.address()));
+        set("kibo", "ChatAddress", QString::fromStdString(standIn.chatAddress()));
+    }
+    ~RunningProgram() {
+        kill();
+        for (const auto& left : processes()) ::kill(static_cast<pid_t>(left.id), SIGKILL);
+    }
+    RunningProgram(const RunningProgram&) = delete;
+    RunningProgram& operator=(const RunningProgram&) = delete;
+
+    void set(const char* section, const char* key, const QString& value) {
+        WriteIni(QLatin1String(section), QLatin1String(key), value, home.filePath(QStringLiteral("kibo.ini")));
+    }
+    /// Makes `store` the main store.
+    void use(const Settings& store) {
+        set("DB", "UseMDB", store.UseMDB);
+        set("DB", "user", store.user);
+        set("DB", "password", store.password);
+        set("DB", "MySQL_WithoutDSN", store.MySQL_WithoutDSN);
+        set("DB", "MySQL_Server", store.MySQL_Server);
+        set("DB", "MySQL_DB", store.MySQL_DB);
+        set("DB", "Port", store.Port);
+    }
+    bool start() {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("KIBO_HOME"), home.path());
+        environment.remove(QStringLiteral("DISPLAY"));
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(KIBO_BINARY_DIR "/bin/kibo"), QStringList());
+        return process.waitForStarted();
+    }
+    void kill() {
+        process.kill();
+        process.waitForFinished();
+    }
+    /// Driver, browser and the browser's helpers.
+    std::vector<platform::Process> processes() const { return processesNaming(home.path()); }
+    QByteArray content(const QString& file) const {
+        QFile input(home.filePath(file));
+        return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray();
+    }
+    QByteArray log() const { return content(QStringLiteral("kibo.log")); }
+    /// What the gateway has begun and not ended.
+    QByteArray journal() const {
+        const QStringList files = QDir(home.path()).entryList({QStringLiteral("send.*.journal")});
+        return files.isEmpty() ? QByteArray() : content(files.first());
+    }
+
+    QTemporaryDir home;
+    standin::StandIn standIn;
+    QProcess process;
+};
+
+}  // namespace kibo::test

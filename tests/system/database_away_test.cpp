@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <set>
+
+#include "real_gateway.h"
+#include "support/mariadb_server.h"
+
+namespace kibo {
+namespace {
+
+/// A server that goes away in different ways in the middle of a queue.
+class DatabaseAway : public ::testing::Test {
+ protected:
+    static constexpr int kSpeed = 5;
+    static constexpr qint64 kBackMs = 10'000;
+
+    DatabaseAway() : real(test::RealGateway::speed(kSpeed)) {
+        server.empty();
+        real.settings = server.settings(false, real.settings);
+        real.openStore();
+        real.connect();
+        for (int i = 0; i < kMessages; ++i)
+            real.queue(QStringLiteral("62877000000%1").arg(i % 3), QStringLiteral("message %1").arg(i));
+    }
+
+    /// Ticks until so many messages have arrived; false after `mostMs`.
+    bool runUntilArrived(size_t count, qint64 mostMs) {
+        QElapsedTimer waited;
+        waited.start();
+        while (real.standIn.received().size() < count && waited.elapsed() < mostMs) real.tick();
+        return real.standIn.received().size() >= count;
+    }
+    /// Nothing is sent while the database is away.
+    void runAway(qint64 forMs) {
+        const size_t before = real.standIn.received().size();
+        QElapsedTimer waited;
+        waited.start();
+        while (waited.elapsed() < forMs) real.tick();
+        EXPECT_EQ(real.standIn.received().size(), before);
+        EXPECT_FALSE(real.state.wait.visible);
+    }
+    void expectGoesOn() {
+        EXPECT_TRUE(runUntilArrived(real.standIn.received().size() + 1, kBackMs)) << real.state.step.toStdString();
+        EXPECT_FALSE(real.state.dboff.visible);
+    }
+    void expectEachOnce() {
+        EXPECT_TRUE(runUntilArrived(kMessages, 60'000));
+        real.tick();
+        std::set<std::string> texts;
+        for (const auto& message : real.standIn.received())
+            EXPECT_TRUE(texts.insert(message.text).second) << message.text;
+        EXPECT_EQ(texts.size(), size_t{kMessages});
+        EXPECT_EQ(server
+                      .run(QStringLiteral(
+                          "select count(*), count(distinct id), sum(coalesce(status, '') = 'fail') from sent"))
+                      .trimmed(),
+                  QStringLiteral("%1\t%1\t0").arg(kMessages));
+        EXPECT_TRUE(real.journal.entries().empty());
+    }
+
+    static constexpr int kMessages = 8;
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    test::RealGateway real;
+};
+
+TEST_F(DatabaseAway, NothingIsSentMeanwhileAndItGoesOnByItself) {
+    ASSERT_TRUE(runUntilArrived(1, 60'000));
+    server.stop();
+    // A minute with KIBO_TEST_AWAY_MS=60000; nothing depends on how long it is.
+    const int away = qEnvironmentVariableIntValue("KIBO_TEST_AWAY_MS");
+    runAway(away > 0 ? away : 4000);
+    EXPECT_TRUE(real.state.dboff.visible);
+    server.start();
+    expectGoesOn();
+
+    server.run(QStringLiteral("set global read_only = 1"));
+    runAway(1500);
+    server.run(QStringLiteral("set global read_only = 0"));
+    expectGoesOn();
+
+    const QString connections =
+        server.run(QStringLiteral("select id from information_schema.processlist where user = 'kibo'"));
+    for (const QString& id : connections.split(u'\n', Qt::SkipEmptyParts)) server.run(QStringLiteral("kill ") + id);
+    expectGoesOn();
+
+    server.run(QStringLiteral("rename table sent to away"));
+    runAway(1500);
+    server.run(QStringLiteral("rename table away to sent, outbox to away"));
+    runAway(1500);
+    EXPECT_TRUE(real.state.dboff.visible) << "the queue itself can't be read";
+    server.run(QStringLiteral("rename table away to outbox"));
+    expectGoesOn();
+    expectEachOnce();
+}
+
+}  // namespace
+}  // namespace kibo
