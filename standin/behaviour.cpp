@@ -31,6 +31,8 @@ const std::vector<Field>& fields() {
         {"qrNextMs", &B::qrNextMs},
         {"qrCodes", &B::qrCodes},
         {"readyDelayMs", &B::readyDelayMs},
+        {"openElsewhere", &B::openElsewhere, {}, Use::Once},
+        {"errorPage", &B::errorPage, {}, Use::Counted},
         {"ownNumber", &B::ownNumber},
         {"chatOpenDelayMs", &B::chatOpenDelayMs},
         {"startingPopup", &B::startingPopup},

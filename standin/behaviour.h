@@ -20,11 +20,13 @@ struct DelayRange {
 struct Behaviour {
     // Login
     bool loggedIn = true;
-    bool qrExpired = false;  ///< the code is greyed out under a reload button, which sets this back to false
-    int qrFirstMs = 60000;   ///< life of the first code
-    int qrNextMs = 20000;    ///< life of each further code
-    int qrCodes = 6;         ///< codes shown before the holder expires by itself
-    int readyDelayMs = 300;  ///< from page load or login until the application is there
+    bool qrExpired = false;      ///< the code is greyed out under a reload button, which sets this back to false
+    int qrFirstMs = 60000;       ///< life of the first code
+    int qrNextMs = 20000;        ///< life of each further code
+    int qrCodes = 6;             ///< codes shown before the holder expires by itself
+    int readyDelayMs = 300;      ///< from page load or login until the application is there
+    bool openElsewhere = false;  ///< "open in another window" in place of the chats; its "Use here" sets this back
+    int errorPage = 0;           ///< counter: page loads that are answered with a server's error
     std::string ownNumber = "6281100000000";
 
     // Opening a chat

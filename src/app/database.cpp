@@ -265,6 +265,15 @@ qint64 Database::lastInsertId() {
     return 0;
 }
 
+QString Database::changeMark() {
+    if (dialect_ != Dialect::Sqlite || !open_) return {};
+    // Own changes, those of other connections, and changes of the tables themselves, each counted apart.
+    const Recordset mark = OpenRecordset(
+        QStringLiteral("select total_changes() || ' ' || (select data_version from pragma_data_version) || ' ' || "
+                       "(select schema_version from pragma_schema_version)"));
+    return mark.field(0);
+}
+
 Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, const Values& values) {
     Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql, values);
     if (!rows) skip(sql, rows.failure());

@@ -75,6 +75,7 @@ const Option kOptions[] = {
     {kKibo, "StartAddress", &Settings::StartAddress, readLongIni},
     {kKibo, "ChatAddress", &Settings::ChatAddress, readLongIni},
     {kKibo, "ChromeDriver", &Settings::ChromeDriver, readLongIni},
+    {kKibo, "ElementServer", &Settings::ElementServer, readLongIni},
 };
 
 #undef OPTION

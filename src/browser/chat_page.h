@@ -35,6 +35,10 @@ struct PageLook {
     Presence presence = Presence::Silent;
 
     bool noPage = false;      ///< the browser shows its own error or empty page: the start page could not be loaded
+    bool errorPage = false;   ///< something matches XX_ErrorPage
+    QString otherSite;        ///< host of the page where it isn't the start page's; empty when it is
+    int useHereButtons = 0;   ///< matches of XX_UseHere: the account is open in another window
+    bool hasUpdate = false;   ///< something matches XX_Update
     int newChatControls = 0;  ///< matches of XX_NewChat: 0 when not logged in
     int qrCodes = 0;
     QString qrData;  ///< attribute data-ref of the QR holder
@@ -45,6 +49,9 @@ struct PageLook {
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
+    bool hasChatList = false;   ///< something matches XX_ChatList
+    bool hasBox = false;        ///< something matches XX_ChatBox
+    QStringList misunderstood;  ///< locators among these that the browser doesn't understand
     OpenChat chat;
 };
 
@@ -179,6 +186,8 @@ class ChatPage {
     /// Opens the start page once more.
     virtual bool openStartPage() = 0;
     virtual bool clickQrReload() = 0;
+    /// Answers "open in another window": the account is used here.
+    virtual bool clickUseHere() = 0;
     /// A PNG of the QR code, of the whole page; empty when it can't be taken.
     virtual QByteArray qrPicture() = 0;
     virtual QByteArray pagePicture() = 0;

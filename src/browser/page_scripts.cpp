@@ -137,6 +137,12 @@ const own = one('XX_OwnPicture');
 const notice = one('XX_InvalidNumber');
 return {
   noPage: /^(chrome-error|about|data):/.test(location.href) && !document.body?.childElementCount || location.protocol === 'chrome-error:',
+  errorPage: !!one('XX_ErrorPage'),
+  host: location.hostname,
+  useHereButtons: all('XX_UseHere').length,
+  hasUpdate: !!one('XX_Update'),
+  hasChatList: !!one('XX_ChatList'),
+  hasBox: !!one('XX_ChatBox'),
   misunderstood: misunderstood,
   newChatControls: all('XX_NewChat').length,
   qrCodes: qr.length,
@@ -356,6 +362,43 @@ const reload = all('XX_QRReload');
 if (reload.length !== 1) return false;
 reload[0].click();
 return true;
+)js");
+}
+
+QString clickUseHere() {
+    return script(R"js(
+const button = one('XX_UseHere');
+if (button) button.click();
+return !!button;
+)js");
+}
+
+// The frames lie in a layer of their own above the page: its elements, which its own code redraws, stay untouched.
+QString outline() {
+    return script(R"js(
+let found = [];
+try { found = find(arguments[1]); } catch (error) { return {understood: false, count: 0, visible: 0, texts: []}; }
+document.getElementById('kibo-outline')?.remove();
+const layer = document.createElement('div');
+layer.id = 'kibo-outline';
+for (const node of found.slice(0, 200)) {
+  const element = node.nodeType === Node.ELEMENT_NODE ? node : node.ownerElement || node.parentElement;
+  const box = element ? element.getBoundingClientRect() : {width: 0, height: 0};
+  if (!box.width || !box.height) continue;
+  const frame = document.createElement('div');
+  frame.style.cssText = 'position:fixed;z-index:2147483647;pointer-events:none;box-sizing:border-box;' +
+    'border:3px solid #e4002b;border-radius:3px;background:rgba(228,0,43,.12);' +
+    `left:${box.left}px;top:${box.top}px;width:${box.width}px;height:${box.height}px`;
+  layer.appendChild(frame);
+}
+document.body.appendChild(layer);
+setTimeout(() => layer.remove(), arguments[2]);
+return {
+  understood: true,
+  count: found.length,
+  visible: layer.childElementCount,
+  texts: found.slice(0, 20).map((node) => visibleText(node).trim().slice(0, 300)).filter((text) => text)
+};
 )js");
 }
 

@@ -39,5 +39,9 @@ QString findEntry();
 QString watchChatList();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
+/// () → whether there was a control to click.
+QString clickUseHere();
+/// (locator {xpath, text}, milliseconds) → what Matches holds. Frames the matches for a while.
+QString outline();
 
 }  // namespace kibo::scripts

@@ -1,6 +1,7 @@
 #include "browser/web_page.h"
 
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
 #include <utility>
 
@@ -19,6 +20,7 @@ constexpr char16_t kBackspace = 0xE003, kEnter = 0xE007, kShift = 0xE008, kContr
 constexpr int kLongestScriptWaitMs = 2500;
 /// Two for each key pressed.
 constexpr qsizetype kKeyActionsAtATime = 200;
+constexpr int kOutlineMs = 2000;
 
 QStringList strings(const QJsonValue& value) {
     QStringList list;
@@ -73,21 +75,28 @@ PerformActions keyPress(char16_t key, std::initializer_list<char16_t> modifiers 
     return keyActions(actions);
 }
 
-}  // namespace
+QJsonObject scriptLocator(const QString& locator) {
+    return {{QStringLiteral("xpath"), ElementTable::isXPath(locator)}, {QStringLiteral("text"), locator}};
+}
 
-WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
-    : browser_(browser), policy_(policy) {
+/// The table of locators that every script gets.
+QJsonObject locatorsOf(const ElementTable& elements) {
+    QJsonObject locators;
     const QStringList names = ElementTable::names();
     for (const QString& name : names) {
         const QString locator = elements[name];
-        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty())
-            locators_[name] = QJsonObject{{QStringLiteral("xpath"), ElementTable::isXPath(locator)},
-                                          {QStringLiteral("text"), locator}};
+        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty()) locators[name] = scriptLocator(locator);
     }
+    return locators;
 }
 
+}  // namespace
+
+WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
+    : browser_(browser), elements_(elements), policy_(policy) {}
+
 Result<QJsonValue> WebPage::run(const QString& script, const QJsonArray& arguments, bool async) {
-    QJsonArray all{locators_};
+    QJsonArray all{locatorsOf(elements_)};
     for (const QJsonValue& argument : arguments) all.append(argument);
     return browser_.client().send(ExecuteScript{script, all, async});
 }
@@ -119,8 +128,15 @@ PageLook WebPage::look() {
     const QJsonObject seen = answer.value().toObject();
     look.presence = PageLook::Presence::Here;
     look.noPage = seen[QStringLiteral("noPage")].toBool();
-    const QStringList misunderstood = strings(seen[QStringLiteral("misunderstood")]);
-    for (const QString& name : misunderstood) {
+    look.errorPage = seen[QStringLiteral("errorPage")].toBool();
+    const QString host = seen[QStringLiteral("host")].toString();
+    if (!look.noPage && host != QUrl(browser_.startPage()).host()) look.otherSite = host;
+    look.useHereButtons = seen[QStringLiteral("useHereButtons")].toInt();
+    look.hasUpdate = seen[QStringLiteral("hasUpdate")].toBool();
+    look.hasChatList = seen[QStringLiteral("hasChatList")].toBool();
+    look.hasBox = seen[QStringLiteral("hasBox")].toBool();
+    look.misunderstood = strings(seen[QStringLiteral("misunderstood")]);
+    for (const QString& name : std::as_const(look.misunderstood)) {
         if (reported_.contains(name)) continue;
         reported_.append(name);
         log::error("browser", QStringLiteral("the locator %1 is neither XPath nor CSS and finds nothing: correct its "
@@ -320,10 +336,15 @@ bool WebPage::clickQrReload() {
     return runOrSkip("reload the QR code", script).value_or(QJsonValue()).toBool();
 }
 
+bool WebPage::clickUseHere() {
+    static const QString script = scripts::clickUseHere();
+    return runOrSkip("use the account here", script).value_or(QJsonValue()).toBool();
+}
+
 QByteArray WebPage::qrPicture() {
-    const QJsonObject locator = locators_[QStringLiteral("XX_QR")].toObject();
-    const Using strategy = locator[QStringLiteral("xpath")].toBool() ? Using::XPath : Using::Css;
-    const auto found = browser_.client().send(FindElement{{strategy, locator[QStringLiteral("text")].toString()}});
+    const QString locator = elements_[QStringLiteral("XX_QR")];
+    const Using strategy = ElementTable::isXPath(locator) ? Using::XPath : Using::Css;
+    const auto found = browser_.client().send(FindElement{{strategy, locator}});
     const auto element = found ? elementFrom(found.value()) : std::nullopt;
     if (!element) return {};
     const auto picture = browser_.client().send(ElementScreenshot{*element});
@@ -342,6 +363,15 @@ int WebPage::closeStrayTabs() {
 
 void WebPage::end() {
     browser_.quit();
+}
+
+Result<Matches> WebPage::outline(const QString& locator) {
+    static const QString script = scripts::outline();
+    const auto answer = run(script, {scriptLocator(locator), kOutlineMs});
+    if (!answer) return answer.failure();
+    const QJsonObject found = answer.value().toObject();
+    return Matches{found[QStringLiteral("understood")].toBool(), found[QStringLiteral("count")].toInt(),
+                   found[QStringLiteral("visible")].toInt(), strings(found[QStringLiteral("texts")])};
 }
 
 }  // namespace kibo

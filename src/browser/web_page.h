@@ -6,14 +6,15 @@
 #include "browser/browser.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
+#include "browser/page_probe.h"
 
 namespace kibo {
 
 /// The chat page in the real browser. Reads go through scripts, because one script reads all that a step needs in
 /// one command; keys and typed text are real input, because the page's editor ignores anything else.
-class WebPage : public ChatPage {
+class WebPage : public ChatPage, public PageProbe {
  public:
-    /// All must outlive the page.
+    /// All must outlive the page. A locator that changes counts from the next member call on.
     WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy);
 
     PageLook look() override;
@@ -38,10 +39,12 @@ class WebPage : public ChatPage {
     std::optional<int> watchChatList(const QString& title) override;
     bool openStartPage() override;
     bool clickQrReload() override;
+    bool clickUseHere() override;
     QByteArray qrPicture() override;
     QByteArray pagePicture() override;
     int closeStrayTabs() override;
     void end() override;
+    Result<Matches> outline(const QString& locator) override;
 
  private:
     Result<QJsonValue> run(const QString& script, const QJsonArray& arguments, bool async = false);
@@ -50,8 +53,8 @@ class WebPage : public ChatPage {
     bool sendOrSkip(const char* step, const webdriver::Command& command);
 
     Browser& browser_;
+    const ElementTable& elements_;
     const ErrorPolicy& policy_;
-    QJsonObject locators_;
     QStringList reported_;  // locators that the browser does not understand
 };
 

@@ -102,9 +102,15 @@ bool ChatOpener::openEntry(const QString& title) {
 }
 
 void ChatOpener::KE_DUMMY(const QString& ownPicture) {
-    if (isYes(settings_.DisableRead)) return;
+    if (!isYes(settings_.DisableRead)) openDummy(ownPicture);
+}
+
+bool ChatOpener::openDummy(const QString& ownPicture) {
     const QString own = numberInPicture(ownPicture);
-    if (!GOTONOMOR(own.isEmpty() ? dummyNumber() : own)) enableTimers();
+    openedDummy_ = own.isEmpty() ? dummyNumber() : own;
+    const bool clicked = GOTONOMOR(openedDummy_);
+    if (!clicked) enableTimers();
+    return clicked;
 }
 
 void ChatOpener::enableTimers() {

@@ -41,6 +41,12 @@ class ChatOpener {
     /// `ownPicture` is the address of the account's own picture, which may name the account's number.
     void KE_DUMMY(const QString& ownPicture);
 
+    /// Opens the chat that is opened between messages, the account's own if its picture names the number. False when
+    /// there is none.
+    bool openDummy(const QString& ownPicture);
+    /// Whether that one is on the page.
+    bool dummyIsOpen() const { return isOpen(openedDummy_); }
+
     /// Switches the step machine's timers on again.
     void enableTimers();
 
@@ -76,6 +82,7 @@ class ChatOpener {
     Clock& clock_;
     Pacing& pacing_;
     OpenLedger ledger_;
+    QString openedDummy_;
     bool linkPlanted_ = false;
 };
 

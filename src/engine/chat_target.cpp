@@ -15,13 +15,14 @@ Failure failed(const char* why) {
 }  // namespace
 
 ChatTarget::ChatTarget(const GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                       Pacing& pacing, ChatOpener& opener)
+                       Pacing& pacing, ChatOpener& opener, LocatorCheck& locators)
     : state_(state),
       page_(page),
       elements_(elements),
       clock_(clock),
       pacing_(pacing),
       opener_(opener),
+      locators_(locators),
       search_(page, clock, pacing) {}
 
 Result<ChatLook> ChatTarget::openNumber(const QString& number) {
@@ -59,6 +60,11 @@ Result<ChatLook> ChatTarget::awaitChat(const QString& number, const std::functio
             if (!number.isEmpty() && refused == number) return failed("the number is not on WhatsApp");
         }
         if (tries > ChatOpener::kTryLimit) {
+            const QString missing = look ? LocatorCheck::missingIn(look->chat, look->hasBox) : QString();
+            if (!missing.isEmpty() && (isOpen() || missing != QStringLiteral("XX_ChatBox"))) {
+                locators_.missed(missing);
+                return Failure{FailureKind::NotFound, "Page changed: " + missing.toStdString()};
+            }
             opener_.notRecognised(number);
             return failed("the chat did not open in time");
         }

@@ -9,6 +9,7 @@
 #include "engine/chat_opener.h"
 #include "engine/chat_search.h"
 #include "engine/gateway_state.h"
+#include "engine/locator_check.h"
 #include "engine/pacing.h"
 #include "platform/result.h"
 
@@ -19,7 +20,7 @@ namespace kibo {
 class ChatTarget {
  public:
     ChatTarget(const GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-               ChatOpener& opener);
+               ChatOpener& opener, LocatorCheck& locators);
 
     /// The chat of a number, through the planted link.
     Result<ChatLook> openNumber(const QString& number);
@@ -37,6 +38,7 @@ class ChatTarget {
     Clock& clock_;
     Pacing& pacing_;
     ChatOpener& opener_;
+    LocatorCheck& locators_;
     ChatSearch search_;
 };
 

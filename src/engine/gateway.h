@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
 #include "engine/attachment_sender.h"
@@ -7,6 +8,8 @@
 #include "engine/chat_opener.h"
 #include "engine/chat_target.h"
 #include "engine/delivery_check.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
 #include "engine/message_files.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
@@ -15,6 +18,7 @@
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 #include "engine/text_typer.h"
+#include "platform/result.h"
 
 namespace kibo {
 
@@ -40,15 +44,17 @@ struct Gateway {
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          target(n.state, n.page, n.elements, n.clock, pacing, opener),
+          locators(n.state, n.clock),
+          target(n.state, n.page, n.elements, n.clock, pacing, opener, locators),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia),
           attachments(n.page, n.clock, pacing, typer),
           sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.journal, recovery, n.random, n.pageInUse}),
+          login(n.state, n.settings, n.database, n.page, n.clock),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
+                   recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -56,6 +62,7 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    LocatorCheck locators;
     ChatTarget target;
     TextTyper typer;
     MessageFiles files;
@@ -63,6 +70,7 @@ struct Gateway {
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;
+    LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

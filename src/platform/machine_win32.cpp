@@ -1,6 +1,7 @@
 #include <windows.h>
-// windows.h first: psapi.h builds on it.
+// windows.h first: the next two build on it.
 #include <psapi.h>
+#include <shellapi.h>
 
 #include <filesystem>
 
@@ -21,6 +22,18 @@ char pathSeparator() {
     return '\\';
 }
 
+std::vector<std::string> programArguments(int, char**) {
+    int count = 0;
+    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::u8string text = std::filesystem::path(words[i]).u8string();
+        arguments.emplace_back(text.begin(), text.end());
+    }
+    ::LocalFree(words);
+    return arguments;
+}
+
 std::string executableFile() {
     return executablePath(ownProcessId());
 }
@@ -38,6 +51,10 @@ std::string machineProblem() {
     const std::string folder = environment("systemroot") + R"(\Microsoft.NET\Framework\v3.5)";
     if (std::filesystem::is_directory(folder, error)) return {};
     return ".NET Framework 3.5 must be installed on this machine!";
+}
+
+std::string programFileName(const std::string& name) {
+    return name + ".exe";
 }
 
 std::string installedBrowserVersion(const std::string&) {

@@ -2,6 +2,7 @@
 // windows.h first: shellapi.h builds on it.
 #include <shellapi.h>
 
+#include "platform/machine.h"
 #include "platform/one_line.h"
 #include "platform/shell.h"
 #include "platform/win32_call.h"
@@ -22,9 +23,12 @@ std::string quoted(const std::string& argument) {
     return text.append(backslashes, '\\') + '"';
 }
 
-Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags) {
+Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags,
+                        ShowMode showMode = ShowMode::Normal) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = static_cast<WORD>(showMode);
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &startup,
                           &process))
@@ -52,12 +56,27 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     return start(program, commandLine, DETACHED_PROCESS);
 }
 
+Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode) {
+    const std::string program = commandLine.substr(0, commandLine.find(' '));
+    return start(program, commandLine, CREATE_NEW_CONSOLE, showMode);
+}
+
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode) {
     const HINSTANCE result =
         ::ShellExecuteA(nullptr, "runas", file.c_str(), parameters.c_str(), nullptr, static_cast<int>(showMode));
     // Not an instance but a number: above 32 all went well.
     if (reinterpret_cast<INT_PTR>(result) > 32) return {};
     return lastFailure("can't start " + file);
+}
+
+Result<void> startScript(const std::string& folder, const std::string& name,
+                         const std::vector<std::string>& arguments) {
+    const std::string file = joinPath(folder, name + ".bat");
+    if (::GetFileAttributesA(file.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return Failure{FailureKind::NotFound, "there is no script " + file, {}};
+    std::string parameters;
+    for (const std::string& argument : arguments) parameters += '"' + argument + "\" ";
+    return runElevated(file, parameters, ShowMode::Hidden);
 }
 
 Result<void> openForOperator(const std::string& addressOrFile) {

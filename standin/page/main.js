@@ -111,7 +111,12 @@ class App {
     }
 
     #followLogin() {
-        const {loggedIn, readyDelayMs} = this.#current.values;
+        const {loggedIn, openElsewhere, readyDelayMs} = this.#current.values;
+        if (loggedIn && openElsewhere) {
+            this.#login.stop();
+            this.#show('elsewhere', this.#elsewhereDialog());
+            return;
+        }
         if (!loggedIn) {
             this.#show('login', this.#login.element);
             this.#login.start();
@@ -127,6 +132,19 @@ class App {
         });
     }
 
+    /** What the page shows while the account is used in another window of the same browser. */
+    #elsewhereDialog() {
+        const useHere = () => {
+            this.#current.spend('openElsewhere');
+            this.#server.report('usedHere');
+            this.#followLogin();
+        };
+        return el('div', {class: 'dialogs'}, el('div', {role: 'dialog', 'data-testid': 'confirm-popup', class: 'dialog'},
+            el('div', {class: 'dialog-text'}, 'The app is open in another window. Click “Use here” to use it in this window.'),
+            el('div', {class: 'dialog-buttons'}, el('button', {type: 'button'}, 'Close'),
+               el('button', {type: 'button', onClick: useHere}, 'Use here'))));
+    }
+
     #show(phase, ...elements) {
         this.#phase = phase;
         this.#root.replaceChildren(...elements);
@@ -140,7 +158,7 @@ class App {
     #takeBehaviour(values) {
         const before = this.#current.values;
         this.#current.update(values);
-        if (values.loggedIn !== before.loggedIn) {
+        if (values.loggedIn !== before.loggedIn || values.openElsewhere && this.#phase !== 'elsewhere') {
             this.#openings.cancelAll();
             this.#dialogs.closeStarting();
             this.#closeChat();

@@ -38,7 +38,10 @@ class FakePage : public ChatPage {
     int swallowEnters = 0;  // so many presses of Enter do nothing
     int loseTexts = 0;      // so many typed texts end up elsewhere
     bool noPage = false;    // the browser could not load the page
-    bool silent = false;    // no command is answered
+    bool errorPage = false, openElsewhere = false, updateOffered = false;
+    QString otherSite;
+    bool boxRenamed = false;  // the message box is no element that the locator matches
+    bool silent = false;      // no command is answered
     std::function<void()> beforeEnter;
     enum class Preview { Comes, NeverComes, Vanishes, Stays, GoesUnsent };
     Preview preview = Preview::Comes;
@@ -89,7 +92,13 @@ class FakePage : public ChatPage {
         look.presence = silent ? PageLook::Presence::Silent : presence;
         if (look.presence != PageLook::Presence::Here) return look;
         look.noPage = noPage;
-        look.newChatControls = loggedIn && !noPage ? 1 : 0;
+        look.errorPage = errorPage;
+        look.otherSite = otherSite;
+        look.useHereButtons = openElsewhere ? 1 : 0;
+        look.hasUpdate = updateOffered;
+        look.hasChatList = loggedIn;
+        look.hasBox = !openNumber_.isEmpty() && !boxRenamed;
+        look.newChatControls = loggedIn && !noPage && !errorPage && otherSite.isEmpty() ? 1 : 0;
         look.qrCodes = qrCodes;
         look.qrData = qrData;
         look.qrReloads = qrReloads;
@@ -143,7 +152,7 @@ class FakePage : public ChatPage {
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
-        look.hasBox = look.boxFocused = !openNumber_.isEmpty();
+        look.hasBox = look.boxFocused = !openNumber_.isEmpty() && !boxRenamed;
         look.boxText = boxes_[Box::Message];
         look.chat = chat();
         return look;
@@ -248,11 +257,17 @@ class FakePage : public ChatPage {
     }
     bool openStartPage() override {
         commands.append(QStringLiteral("openStartPage"));
-        noPage = false;
+        noPage = errorPage = false;
+        otherSite.clear();
         return true;
     }
     bool clickQrReload() override {
         ++reloadsClicked;
+        return true;
+    }
+    bool clickUseHere() override {
+        commands.append(QStringLiteral("clickUseHere"));
+        openElsewhere = false;
         return true;
     }
     QByteArray qrPicture() override { return {}; }

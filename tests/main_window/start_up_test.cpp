@@ -1,5 +1,8 @@
+#include <QAction>
 #include <QDir>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <algorithm>
 
 #include "app/settings_file.h"
 #include "main_window/close_all.h"
@@ -43,6 +46,16 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
     EXPECT_EQ(application.state().cb_Profil.text, QStringLiteral("7"));
     EXPECT_EQ(application.state().txt_DUMMY.text, QStringLiteral("6281"));
     EXPECT_FALSE(application.state().dboff.visible);
+
+    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    const auto windows = QApplication::topLevelWidgets();
+    const auto elements = std::find_if(windows.begin(), windows.end(), [](const QWidget* one) {
+        return one->objectName() == QStringLiteral("frm_element");
+    });
+    ASSERT_NE(elements, windows.end());
+    EXPECT_TRUE((*elements)->isVisible());
+    (*elements)->findChild<QPushButton*>(QStringLiteral("test_ChatBox"))->click();
+    EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
 }
 
 TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {

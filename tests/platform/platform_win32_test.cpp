@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "platform/downloader.h"
 #include "platform/machine.h"
 #include "platform/process.h"
 #include "platform/shell.h"
@@ -100,6 +101,13 @@ TEST(WindowsMachine, removesTheLockFileOfACrashedRun) {
     writeContent(R"(C:\Kibo\App\kb.ldb)", "lock");
     removeStaleLockFile();
     EXPECT_FALSE(fs::exists(R"(C:\Kibo\App\kb.ldb)"));
+}
+
+TEST(WindowsDownloader, isCalledAtItsFixedPlace) {
+    const std::string expected =
+        R"(C:\Kibo\wget\wget.exe --max-threads 1 --output-document=C:\tmp\photo.jpg https://host/a/b/photo.jpg)";
+    EXPECT_EQ(downloaderCommand(R"(C:\tmp)", "photo.jpg", "https://host/a/b/photo.jpg").value(), expected);
+    EXPECT_TRUE(startCommand("cmd /c exit", ShowMode::Minimised).ok());
 }
 
 }  // namespace

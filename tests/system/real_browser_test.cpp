@@ -164,6 +164,38 @@ TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {
     std::cout << "sent " << seen.size() << ", marked as failed " << newFailures() << std::endl;
 }
 
+TEST_F(RealBrowser, OutlinesWhatALocatorFindsForAWhile) {
+    const auto frames = [] {
+        const auto answer = real->browser.client().send(webdriver::ExecuteScript{
+            QStringLiteral("return document.querySelectorAll('#kibo-outline > div').length"), {}});
+        return answer ? answer.value().toInt() : -1;
+    };
+    const auto list = real->page->outline(QStringLiteral("//*[@id='pane-side']"));
+    ASSERT_TRUE(list.ok()) << list.failure().text;
+    EXPECT_EQ(list.value().count, 1);
+    EXPECT_EQ(list.value().visible, 1);
+    EXPECT_EQ(frames(), 1);
+    for (int i = 0; i < 100 && frames() > 0; ++i) SystemClock().wait(100);
+    EXPECT_EQ(frames(), 0);
+
+    const auto input = real->page->outline(QStringLiteral("head > title"));
+    ASSERT_TRUE(input.ok());
+    EXPECT_EQ(input.value().count, 1);
+    EXPECT_EQ(input.value().visible, 0);
+    for (const char* wrong : {"//[", "div[", "count(//div)"}) {
+        const auto refused = real->page->outline(QString::fromLatin1(wrong));
+        ASSERT_TRUE(refused.ok()) << refused.failure().text;
+        EXPECT_FALSE(refused.value().understood) << wrong;
+    }
+
+    // A locator that changes counts at once.
+    const QString saved = real->elements[QStringLiteral("XX_NewChat")];
+    real->elements.set(QStringLiteral("XX_NewChat"), QStringLiteral("#nowhere"));
+    EXPECT_EQ(real->page->look().newChatControls, 0);
+    real->elements.set(QStringLiteral("XX_NewChat"), saved);
+    EXPECT_EQ(real->page->look().newChatControls, 1);
+}
+
 // The last one: it ends the session.
 TEST_F(RealBrowser, PageWhoseProcessDiesIsNoticed) {
     const auto crashed = real->browser.client().send(webdriver::NavigateTo{QStringLiteral("chrome://crash")});
