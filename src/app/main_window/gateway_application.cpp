@@ -102,6 +102,7 @@ void GatewayApplication::buildEngine() {
         .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
         .programFolder = programFolder_,
+        .clipboard = &clipboard_,
     });
     inbox_ = std::make_unique<Inbox>(
         Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
