@@ -1,5 +1,6 @@
 #include "browser/launch.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QUrl>
 #include <algorithm>
@@ -20,7 +21,7 @@ Result<QString> profileFolder(const QString& programFolder, const QString& name)
         return Failure{FailureKind::InvalidArgument,
                        QStringLiteral("\"%1\" can't be a profile's name").arg(name).toStdString()};
     }
-    return programFolder + QStringLiteral("/profil/") + name;
+    return QDir::toNativeSeparators(programFolder + QStringLiteral("/profil/") + name);
 }
 
 QStringList launchArguments(const Settings& settings, const QString& profileFolder) {

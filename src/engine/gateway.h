@@ -37,6 +37,7 @@ struct Gateway {
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
         FetchMedia fetchMedia = {};            ///< fetches files given by address; may be empty
+        QString programFolder = {};            ///< takes the login code's picture where no setting names a folder
         Clipboard* clipboard = nullptr;        ///< may be null: then texts are always typed
     };
 
@@ -52,10 +53,10 @@ struct Gateway {
           sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          login(n.state, n.settings, n.database, n.page, n.clock),
+          login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
                    recovery, login, n.random, n.pageInUse}),
-          chatListWatch(n.state, n.page, n.BACA_WA) {}
+          chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
 

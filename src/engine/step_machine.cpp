@@ -130,6 +130,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     if (p_.pageInUse && p_.pageInUse()) return false;
     p_.queue.cmd_OutboxRefresh_Click();
     if (s.dboff.visible) {
+        stopMeasuring();
         idle(QStringLiteral("Database is off"));
         return false;
     }
@@ -290,7 +291,7 @@ void StepMachine::dispatch(const QString& mode) {
 }
 
 void StepMachine::finishMessage(const PageLook& look) {
-    p_.state.step = QStringLiteral("Leaving the chat");
+    p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
     p_.sender.removeFetchedFiles();  // by now the page has read them

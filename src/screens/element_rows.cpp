@@ -23,7 +23,8 @@ const std::vector<Group>& described() {
          {{"XX_QR", "The login's QR code; its attribute data-ref holds the code"},
           {"XX_QRReload", "Button over an expired QR code"},
           {"XX_NewChat", "Button for a new chat; when it is there, the login is done"},
-          {"XX_OwnPicture", "Your own picture; its address may name your number"}}},
+          {"XX_OwnPicture", "Your own picture; its address may name your number"},
+          {"XX_ErrorPage", "What only a page in place of WhatsApp has, as a server's error"}}},
         {"Chats",
          {{"XX_ChatList", "The list of chats at the left"},
           {"XX_SearchBox", "Search box above the list"},
@@ -50,8 +51,11 @@ const std::vector<Group>& described() {
           {"XXInfo1", "Texts of the bar: the phone is not connected"},
           {"XXInfo2", "Texts of the bar: the computer is not connected"},
           {"XX_Update", "Button of the bar's notice that the page is to be renewed"},
+          {"XX_UseHere", "Button that takes the account back from another window"},
           {"XX_InvalidNumber", "Popup that says a number is not on WhatsApp"},
-          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"}}},
+          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"},
+          {"XX_UseHere", "Button of the notice that WhatsApp is open in another window"},
+          {"XX_ErrorPage", "What shows that an error page stands in WhatsApp's place"}}},
     };
     return groups;
 }

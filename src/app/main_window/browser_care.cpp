@@ -38,8 +38,7 @@ void BrowserCare::cb_Profil_Change(const QString& profile) {
 }
 
 void BrowserCare::newProfile() {
-    InputBox question{QStringLiteral("New profile"),
-                          QStringLiteral("Name of the new profile, one for each login:")};
+    InputBox question{QStringLiteral("New profile"), QStringLiteral("Name of the new profile, one for each login:")};
     for (;;) {
         const auto answer = n_.dialogs.ask(question);
         if (!answer) return;
