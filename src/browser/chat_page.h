@@ -179,6 +179,9 @@ class ChatPage {
     /// The messages of the open chat that the page holds, newest last.
     virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
 
+    /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
+    /// `milliseconds`, until it stands there.
+    virtual std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) = 0;
     /// Types `text` into the focused element; line feeds become line breaks inside the message. Two commands a line.
     virtual bool typeText(const QString& text) = 0;
     /// The same by one key event a character, a hundred of them a command.

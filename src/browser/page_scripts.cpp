@@ -114,6 +114,22 @@ const boxText = (box) => {
 };
 const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
 const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
+// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
+const awaitText = (...given) => {
+  const [, name, text, milliseconds] = given;
+  const end = performance.now() + milliseconds;
+  const check = () => {
+    const box = boxNamed(name);
+    const asExpected = !!box && boxText(box).trim() === text.trim();
+    if (asExpected || performance.now() >= end) {
+      watch.update();
+      given[given.length - 1]({asExpected: asExpected, chatSerial: watch.serial});
+    } else {
+      setTimeout(check, 10);
+    }
+  };
+  check();
+};
 )js";
 
 // The list holds the rows in sight only, so it is looked through by scrolling; an entry is known by its place in it.
@@ -256,23 +272,23 @@ return all('XX_MessageRow').map((row) => ({
 )js");
 }
 
-// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
 QString awaitBoxText() {
+    return boxScript("awaitText(...arguments);");
+}
+
+// Editors take a pasted text whole, whatever its script and its line breaks. The conversation is compared here, so that
+// nothing gets into the box of a chat that has come up since.
+QString pasteText() {
     return boxScript(R"js(
-const callback = arguments[arguments.length - 1];
-const wanted = arguments[2].trim();
-const end = performance.now() + arguments[3];
-const check = () => {
-  const box = boxNamed(arguments[1]);
-  const asExpected = !!box && boxText(box).trim() === wanted;
-  if (asExpected || performance.now() >= end) {
-    watch.update();
-    callback({asExpected: asExpected, chatSerial: watch.serial});
-  } else {
-    setTimeout(check, 10);
-  }
-};
-check();
+const [, name, text, , chatSerial] = arguments;
+watch.update();
+const box = boxNamed(name);
+if (watch.serial === chatSerial && focusOn(box)) {
+  const clipboardData = new DataTransfer();
+  clipboardData.setData('text/plain', text);
+  box.dispatchEvent(new ClipboardEvent('paste', {clipboardData: clipboardData, bubbles: true, cancelable: true}));
+}
+awaitText(...arguments);
 )js");
 }
 

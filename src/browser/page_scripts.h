@@ -20,6 +20,8 @@ QString lookAtChat();
 QString lastMessages();
 /// Asynchronous: (name of the box, text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
+/// The same with (name of the box, text, milliseconds, chatSerial, callback): pastes first.
+QString pasteText();
 /// (name of the box) → {focused, empty}: gives it the focus and, where a script can, empties it.
 QString emptyBox();
 /// Asynchronous: (media, callback) → the input element for photos and videos, or for documents, or null. Opens the

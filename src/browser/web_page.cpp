@@ -55,6 +55,11 @@ QString elementName(Box box) {
     return {};
 }
 
+std::optional<BoxLook> boxLook(const std::optional<QJsonValue>& seen) {
+    if (!seen) return std::nullopt;
+    return BoxLook{(*seen)[QStringLiteral("asExpected")].toBool(), (*seen)[QStringLiteral("chatSerial")].toInt()};
+}
+
 QJsonObject keyAction(const char* type, const QString& key) {
     return {{QStringLiteral("type"), QString::fromLatin1(type)}, {QStringLiteral("value"), key}};
 }
@@ -242,13 +247,16 @@ bool WebPage::pressPaste() {
     return sendOrSkip("paste", keyPress(u'v', {kControl}));
 }
 
+std::optional<BoxLook> WebPage::pasteText(Box box, const QString& text, int chatSerial, int milliseconds) {
+    static const QString script = scripts::pasteText();
+    return boxLook(runOrSkip("paste a text", script,
+                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs), chatSerial}, true));
+}
+
 std::optional<BoxLook> WebPage::awaitBoxText(Box box, const QString& text, int milliseconds) {
     static const QString script = scripts::awaitBoxText();
-    const auto answer = runOrSkip("await a box's text", script,
-                                  {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}, true);
-    if (!answer) return std::nullopt;
-    const QJsonObject seen = answer->toObject();
-    return BoxLook{seen[QStringLiteral("asExpected")].toBool(), seen[QStringLiteral("chatSerial")].toInt()};
+    return boxLook(runOrSkip("await a box's text", script,
+                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}, true));
 }
 
 bool WebPage::clearBox(Box box) {

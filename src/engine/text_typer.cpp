@@ -68,19 +68,37 @@ TextTyper::TextTyper(GatewayState& state, Settings& settings, ChatPage& page, Cl
     : state_(state), settings_(settings), page_(page), clock_(clock), pacing_(pacing), clipboard_(clipboard) {}
 
 Result<void> TextTyper::type(Box box, const QString& text, int chatSerial) {
-    QString typed = text;
     // The page may ask for the clipboard's text until it has it.
-    const Loan loan(isYes(settings_.SendUsingClipboard) ? clipboard_ : nullptr);
-    if (!text.isEmpty()) {
+    const Loan loan(usesClipboard() ? clipboard_ : nullptr);
+    QString typed = text;
+    const auto ketik = [&] {
         KETIK(typed);
-        state_.txtMsg2.text = typed;
+        return readBack(box, text, chatSerial);
+    };
+    const bool pasting = takesPastes_ && !usesClipboard();
+    Result<void> done = text.isEmpty() ? readBack(box, text, chatSerial)
+                        : pasting      ? paste(box, text, chatSerial)
+                                       : ketik();
+    const auto shallTryAgain = [&] {
+        return !done && done.failure().kind == FailureKind::Protocol && !clock_.waitingStopped() && page_.clearBox(box);
+    };
+    if (text.isEmpty()) return shallTryAgain() ? readBack(box, text, chatSerial) : done;
+    if (pasting && shallTryAgain()) {
+        done = ketik();
+        if (done) takesPastes_ = false;
     }
-    const Result<void> first = readBack(box, text, chatSerial);
-    if (first || first.failure().kind != FailureKind::Protocol || clock_.waitingStopped()) return first;
-    log::info("engine", QStringLiteral("message %1 is typed once more, by keys").arg(state_.txtid.text));
-    if (!page_.clearBox(box)) return first;
-    typeKeys(text);
-    return readBack(box, text, chatSerial);
+    if (shallTryAgain()) {
+        log::info("engine", QStringLiteral("message %1 is typed once more, by keys").arg(state_.txtid.text));
+        typeKeys(text);
+        done = readBack(box, text, chatSerial);
+    }
+    state_.txtMsg2.text = QString(text).replace(QLatin1Char('\n'), QChar(kTypedLineBreak));
+    return done;
+}
+
+bool TextTyper::usesClipboard() {
+    if (isYes(settings_.Headless)) settings_.SendUsingClipboard = QStringLiteral("N");
+    return clipboard_ && isYes(settings_.SendUsingClipboard);
 }
 
 Result<void> TextTyper::check(Box box, const QString& text, int chatSerial) {
@@ -92,8 +110,7 @@ Result<void> TextTyper::check(Box box, const QString& text, int chatSerial) {
 }
 
 void TextTyper::KETIK(QString& text) {
-    if (isYes(settings_.Headless)) settings_.SendUsingClipboard = QStringLiteral("N");
-    if (isYes(settings_.SendUsingClipboard) && clipboard_) {
+    if (usesClipboard()) {
         clipboard_->lend(text);
         pacing_.WA_WAIT(text.size() >= kLongText ? kLongClipboardMs : kClipboardMs);
         page_.pressPaste();
@@ -101,6 +118,12 @@ void TextTyper::KETIK(QString& text) {
         typeLines(text);
     }
     text.replace(QLatin1Char('\n'), QChar(kTypedLineBreak));
+}
+
+Result<void> TextTyper::paste(Box box, const QString& text, int chatSerial) {
+    const Result<void> pasted = judge(box, page_.pasteText(box, text, chatSerial, kReadBackMs), chatSerial);
+    if (pasted || text.size() < kCharactersPerReadBack) return pasted;
+    return readBack(box, text, chatSerial);
 }
 
 void TextTyper::typeLines(const QString& text) {
@@ -130,6 +153,10 @@ Result<void> TextTyper::readBack(Box box, const QString& text, int chatSerial) {
     auto look = page_.awaitBoxText(box, text, kReadBackMs);
     for (qsizetype more = text.size() / kCharactersPerReadBack; more > 0 && !(look && look->asExpected); --more)
         look = page_.awaitBoxText(box, text, kReadBackMs);
+    return judge(box, look, chatSerial);
+}
+
+Result<void> TextTyper::judge(Box box, const std::optional<BoxLook>& look, int chatSerial) {
     if (look && look->chatSerial != chatSerial)
         return Failure{FailureKind::NotFound, "another chat came up before Enter"};
     if (!look || !look->asExpected)

@@ -162,6 +162,12 @@ class FakePage : public ChatPage {
         if (!answers("lastMessages")) return std::nullopt;
         return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
     }
+    std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
+        if (!answers("pasteText")) return std::nullopt;
+        if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;
+        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
+    }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
         if (loseTexts-- > 0) return true;

@@ -72,7 +72,7 @@ TEST_F(RealBrowser, MessageTakesFewCommands) {
     real->queue(kAni, QStringLiteral("counted"));
     const quint64 before = real->browser.client().commandsSent();
     real->gateway->machine.Timer_KIBO_Timer();
-    EXPECT_LE(real->browser.client().commandsSent() - before, 12u);
+    EXPECT_LE(real->browser.client().commandsSent() - before, 11u);
     const quint64 idle = real->browser.client().commandsSent();
     real->gateway->machine.Timer_KIBO_Timer();
     EXPECT_LE(real->browser.client().commandsSent() - idle, 2u);

@@ -87,7 +87,7 @@ TEST_F(RealFilesAndNames, NamesAreFoundInTheSearchBox) {
 }
 
 TEST_F(RealFilesAndNames, TextIsTypedByKeysWhenTheBoxDoesNotTakeIt) {
-    real->behave(R"({"loseEdits": 1})");
+    real->behave(R"({"loseEdits": 3})");
     EXPECT_EQ(send(kAni, QStringLiteral("two\nlines & more")),
               QStringList(kAni + QStringLiteral(" text  two\nlines & more")))
         << lastReason().toStdString();
