@@ -49,6 +49,10 @@ struct Behaviour {
     std::string messageIds = "phone";  ///< ids of messages name the chat's "phone" number, a "lid", or there are "none"
     std::string entryRole = "row";     ///< role of chat-list entries: "row" or "listitem"
     bool entryPreviews = true;         ///< chat-list entries show the newest message
+    bool wholeList = false;            ///< all entries of the chat list exist, not only those near the ones in sight
+    bool extraRows = false;            ///< rows that are no chats: notice, filters, archive
+    bool ornateEntries = false;        ///< entries draw emoji as pictures and put direction marks around previews
+    int stickyBadges = 0;              ///< counter: openings that leave the chat's unread mark
 
     // Typing and sending
     bool renameBox = false;   ///< the message box is no element the usual locator matches

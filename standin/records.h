@@ -19,8 +19,9 @@ struct ReceivedMessage {
     int64_t timeMs = 0;
 };
 
-/// Something that happened on a page: "ready", "openRequested", "chatOpened", "chatClosed", "notice", "startingPopup",
-/// "qrReloaded", "refreshed", "enterSwallowed", "focusLost", "reloading", "frozen" and, by the server, "tab".
+/// Something that happened on a page: "ready", "openRequested", "read", "chatOpened", "chatClosed", "notice",
+/// "startingPopup", "qrReloaded", "refreshed", "enterSwallowed", "focusLost", "reloading", "frozen" and, by the server,
+/// "tab".
 struct PageEvent {
     int64_t seq = 0;
     std::string kind;

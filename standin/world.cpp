@@ -86,8 +86,23 @@ Result<void> World::act(const std::string& name, const json& details) {
     if (name == "freeze") return behave({{"frozenMs", numberOf(details, "ms", 1000)}});
     if (name == "incoming") {
         if (!isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
-        if (textOf(details, "text").empty()) return missing(name, R"("text")");
+        if (textOf(details, "text").empty() && textOf(details, "kind").empty())
+            return missing(name, R"("text" or "kind")");
         addIncoming(details);
+        return {};
+    }
+    const bool aboutChat = name == "mark" || name == "typing" || name == "delete";
+    if (aboutChat && !isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
+    if (name == "mark" || name == "typing") {
+        const std::lock_guard lock(mutex_);
+        json update = details;
+        update["name"] = name;
+        if (name == "mark") marks_[textOf(details, "number")] = update;
+        push(update);
+        return {};
+    }
+    if (name == "delete") {
+        deleteNewest(textOf(details, "number"));
         return {};
     }
     if (name == "openChat" && !isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
@@ -103,6 +118,8 @@ void World::reset() {
     const std::lock_guard lock(mutex_);
     behaviour_ = {};
     contacts_.clear();
+    unread_.clear();
+    marks_.clear();
     history_ = json::array();
     received_.clear();
     events_.clear();
@@ -112,8 +129,9 @@ void World::reset() {
 
 json World::pageState() const {
     const std::lock_guard lock(mutex_);
-    return {
-        {"revision", revision_}, {"behaviour", toJson(behaviour_)}, {"contacts", contacts_}, {"messages", history_}};
+    return {{"revision", revision_}, {"behaviour", toJson(behaviour_)},
+            {"contacts", contacts_}, {"messages", history_},
+            {"unread", unread_},     {"marks", marks_}};
 }
 
 json World::updatesAfter(int64_t revision, std::chrono::milliseconds timeout) {
@@ -160,14 +178,35 @@ void World::addIncoming(const json& details) {
     const std::lock_guard lock(mutex_);
     char id[24];
     std::snprintf(id, sizeof id, "3A%016llX", static_cast<unsigned long long>(++incomingCount_));
-    const json message = {{"id", id},         {"number", number}, {"kind", "text"}, {"text", textOf(details, "text")},
-                          {"incoming", true}, {"timeMs", nowMs()}};
+    const std::string kind = textOf(details, "kind");
+    const json message = {{"id", id},
+                          {"number", number},
+                          {"member", textOf(details, "member")},
+                          {"kind", kind.empty() ? "text" : kind},
+                          {"text", textOf(details, "text")},
+                          {"caption", textOf(details, "text")},
+                          {"fileName", textOf(details, "fileName")},
+                          {"fileSize", 0},
+                          {"incoming", true},
+                          {"timeMs", nowMs()}};
     history_.push_back(message);
+    ++unread_[number];
     push({{"name", "incoming"}, {"message", message}});
+}
+
+void World::deleteNewest(const std::string& number) {
+    const std::lock_guard lock(mutex_);
+    for (auto message = history_.rbegin(); message != history_.rend(); ++message) {
+        if ((*message)["number"] != number) continue;
+        (*message)["kind"] = "deleted";
+        push({{"name", "delete"}, {"number", number}});
+        return;
+    }
 }
 
 void World::report(const std::string& kind, const std::string& number, const std::string& detail) {
     const std::lock_guard lock(mutex_);
+    if (kind == "read") unread_.erase(number);
     events_.push_back({static_cast<int64_t>(events_.size()) + 1, kind, number, detail, nowMs()});
     changed_.notify_all();
 }

@@ -66,6 +66,7 @@ class World {
 
     void push(nlohmann::json action);  // mutex_ held
     void addIncoming(const nlohmann::json& details);
+    void deleteNewest(const std::string& number);
 
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
@@ -75,6 +76,8 @@ class World {
     int64_t knownRevision_ = 0;  // the newest that a page has
     std::deque<Update> updates_;
     std::map<std::string, std::string> contacts_;       // number -> name
+    std::map<std::string, int> unread_;                 // number -> messages that no page has shown
+    std::map<std::string, nlohmann::json> marks_;       // number -> what makes the chat special: pinned, muted
     nlohmann::json history_ = nlohmann::json::array();  // every chat's messages as the page shows them
     std::vector<ReceivedMessage> received_;
     std::vector<PageEvent> events_;

@@ -64,6 +64,7 @@ struct ChatLook {
     bool hasBox = false;      ///< the message box is there
     bool boxFocused = false;  ///< and typing goes to it
     QString boxText;
+    QString headerPicture;  ///< address of the open chat's picture; empty when there is none
     OpenChat chat;
 };
 
@@ -72,6 +73,32 @@ struct ChatMessage {
     QString id;        ///< empty when it bears none
     bool own = false;  ///< sent from this account
     QString text;      ///< with what the page draws around it: time, ticks, names
+};
+
+/// A row of the chat list as the page shows it.
+struct ChatEntry {
+    QString title;      ///< the chat's name; empty for a row that is no chat (archive, filters, notices)
+    QString badge;      ///< text of the unread mark; empty when there is none
+    QStringList lines;  ///< visible text, without blank lines, outer blanks and direction marks
+};
+
+/// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.
+struct ChatListLook {
+    QList<ChatEntry> entries;
+    int nextOffset = -1;  ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
+    QString ownPicture;   ///< address of the account's own picture; empty when there is none
+};
+
+/// What tells whether the chat list deserves a look.
+struct ChatListGlance {
+    int length = 0;  ///< length of the list's text
+    QString unread;  ///< differs whenever the unread rows do; empty when none is unread
+};
+
+/// The page at the moment of a click on a row of the chat list.
+struct ClickedEntry {
+    bool found = false;  ///< false: the row has gone or shows something else by now, and nothing was clicked
+    OpenChat before;
 };
 
 /// The page at the moment of a click on the link.
@@ -123,8 +150,16 @@ class ChatPage {
     virtual bool pressEnter() = 0;
     virtual bool pressEscape() = 0;
 
-    /// Sets the browser window's title; returns the length of the chat list's text.
-    virtual std::optional<int> watchChatList(const QString& title) = 0;
+    /// Sets the browser window's title and glances at the chat list.
+    virtual std::optional<ChatListGlance> watchChatList(const QString& title) = 0;
+    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be.
+    virtual std::optional<ChatListLook> readChatList(int offset) = 0;
+    /// Clicks the unread row that still shows exactly `entry`, wherever it stands by now.
+    virtual std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) = 0;
+    /// Clears a search that was left above the chat list; returns the length of the list's text.
+    virtual std::optional<int> leaveSearch() = 0;
+    /// Loads the page anew.
+    virtual bool refresh() = 0;
     /// Opens the start page once more.
     virtual bool openStartPage() = 0;
     virtual bool clickQrReload() = 0;

@@ -30,6 +30,8 @@ constexpr std::array kElements{
     Element{"XXInfo2", "Computer not connected"},
     Element{"XXInfo3", "Phone number shared via url is invalid."},
     Element{"XXTyping", "typing"},
+    // What the chat list shows before a text that was left in a chat's message box.
+    Element{"XXDraft", "Draft:"},
     // The account's own picture; its address may carry the account's number.
     Element{"XX_OwnPicture", "//*[@id='side']/header/div[1]/div/img"},
     Element{"XX_ChatList", "#pane-side"},
@@ -47,6 +49,9 @@ constexpr std::array kElements{
     // "WhatsApp is open in another window", and pages in place of the application.
     Element{"XX_UseHere", "//*[@role='dialog']//button[contains(.,'Use here') or contains(.,'Use Here')]"},
     Element{"XX_ErrorPage", "#main-frame-error"},
+    // Inside a row of the chat list.
+    Element{"XX_EntryTitle", ".//span[@title]"},
+    Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
 };
 
 }  // namespace

@@ -10,25 +10,39 @@ namespace {
 constexpr const char* kPrelude = R"js(
 const locators = arguments[0];
 const misunderstood = [];
-const find = (locator) => {
-  if (!locator.xpath) return Array.from(document.querySelectorAll(locator.text));
-  const found = document.evaluate(locator.text, document, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
+const find = (locator, root) => {
+  if (!locator.xpath) return Array.from(root.querySelectorAll(locator.text));
+  const found = document.evaluate(locator.text, root, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
   return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));
 };
-const all = (name) => {
+const all = (name, root = document) => {
   const locator = locators[name];
   if (!locator || !locator.text) return [];
-  try { return find(locator); } catch (error) { misunderstood.push(name); return []; }
+  try { return find(locator, root); } catch (error) { misunderstood.push(name); return []; }
 };
-const one = (name) => all(name)[0] || null;
-const visibleText = (node) => node ? (node.innerText ?? node.textContent ?? '').replace(/\u00a0/g, ' ') : '';
+const one = (name, root = document) => all(name, root)[0] || null;
+// Direction marks surround names and numbers and say nothing to the reader.
+const plain = (text) => text.replace(/[\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, '').replace(/\u00a0/g, ' ');
+const visibleText = (node) => node ? plain(node.innerText ?? node.textContent ?? '') : '';
+// An emoji may be drawn as a picture, which has no text of its own.
+const textWithEmoji = (node) => {
+  if (!node || !node.querySelector('img[alt]')) return visibleText(node);
+  let text = '';
+  const walk = (part) => {
+    if (part.nodeType === Node.TEXT_NODE) text += part.data;
+    else if (part.tagName === 'IMG') text += part.alt;
+    else part.childNodes.forEach(walk);
+  };
+  walk(node);
+  return plain(text);
+};
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
   const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0};
   // Scripted clicks are not trusted ones, so these are a person's.
   document.addEventListener('mousedown', (event) => { if (event.isTrusted) ++w.personClicks; }, true);
   w.update = () => {
     const node = one('XX_Conversation');
-    const title = node ? visibleText(one('XX_To')).trim() : '';
+    const title = node ? textWithEmoji(one('XX_To')).trim() : '';
     const cameUp = node && (node !== w.node || (title && w.title && title !== w.title));
     if (cameUp) {
       ++w.serial;
@@ -60,6 +74,24 @@ const chatListLength = () => visibleText(one('XX_ChatList')).length;
 const link = () => document.getElementById('kirim');
 )js";
 
+// Rows of the chat list. Several may be drawn anew between two commands, so a row is known by what it shows.
+constexpr const char* kEntries = R"js(
+const textOfRow = (row) => {
+  const emoji = Array.from(row.querySelectorAll('[dir] img[alt]')).filter((picture) => picture.alt);
+  if (!emoji.length) return visibleText(row);
+  // For as long as the text is read, each picture has its text beside it: nothing is drawn in between.
+  const texts = emoji.map((picture) => {
+    const text = document.createTextNode(picture.alt);
+    picture.before(text);
+    return text;
+  });
+  try { return visibleText(row); } finally { texts.forEach((text) => text.remove()); }
+};
+const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
+const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
+const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
+)js";
+
 // The message box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
 constexpr const char* kBoxText = R"js(
 const boxText = (box) => {
@@ -81,6 +113,9 @@ const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus();
 
 QString script(const char* body) {
     return QString::fromUtf8(kPrelude) + QString::fromUtf8(body);
+}
+QString entryScript(const char* body) {
+    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kEntries) + QString::fromUtf8(body);
 }
 QString boxScript(const char* body) {
     return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(body);
@@ -163,6 +198,7 @@ return {
   hasBox: !!box,
   boxFocused: boxFocused,
   boxText: box ? boxText(box) : '',
+  headerPicture: one('XX_HeaderPicture')?.getAttribute('src') || '',
   chat: openChat()
 };
 )js");
@@ -203,11 +239,69 @@ QString focusBox() {
     return boxScript("return focusOn(one('XX_ChatBox'));");
 }
 
+// The length alone would miss a message that makes up for the one before it: "hello" read, then "hey" with its badge.
 QString watchChatList() {
-    return script(R"js(
+    return entryScript(R"js(
 watch.update();
 document.title = arguments[1];
-return chatListLength();
+const unread = all('XX_ReadMessage').filter((row) => badgeOf(row)).map(textOfRow).join('\n');
+let digest = 0;
+for (let i = 0; i < unread.length; ++i) digest = (digest * 31 + unread.charCodeAt(i)) | 0;
+return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : ''};
+)js");
+}
+
+QString readChatList() {
+    return entryScript(R"js(
+const callback = arguments[arguments.length - 1];
+const offset = arguments[1];
+const drawMs = 80;
+const overlap = 100;
+const pane = one('XX_ChatList');
+const read = () => {
+  const below = pane.scrollTop + pane.clientHeight;
+  callback({
+    entries: all('XX_ReadMessage').map((row) => ({title: titleOf(row), badge: badgeOf(row), lines: linesOf(row)})),
+    nextOffset: below < pane.scrollHeight - 1 ? Math.round(Math.max(below - overlap, offset + 1)) : -1,
+    ownPicture: one('XX_OwnPicture')?.getAttribute('src') || ''
+  });
+};
+if (!pane) {
+  callback(null);
+} else if (Math.abs(pane.scrollTop - offset) < 2) {
+  read();
+} else {
+  pane.scrollTop = offset;
+  setTimeout(read, drawMs);
+}
+)js");
+}
+
+// Found and clicked in one go: between two commands the row could have become another chat's. The page may listen to
+// any of the events of a click.
+QString clickEntry() {
+    return entryScript(R"js(
+const [, title, badge, lines] = arguments;
+const shown = JSON.stringify(lines);
+const row = all('XX_ReadMessage').find(
+    (row) => titleOf(row) === title && badgeOf(row) === badge && JSON.stringify(linesOf(row)) === shown);
+const clicked = {found: !!row, before: openChat()};
+if (!row) return clicked;
+const target = one('XX_EntryTitle', row) || row;
+for (const type of ['pointerdown', 'mousedown', 'pointerup', 'mouseup', 'click']) {
+  const Event = type.startsWith('pointer') ? PointerEvent : MouseEvent;
+  target.dispatchEvent(new Event(type, {bubbles: true, cancelable: true, composed: true, view: window}));
+}
+return clicked;
+)js");
+}
+
+QString focusSearch() {
+    return script(R"js(
+const box = one('XX_SearchBox');
+const search = !!box && (box.value ?? visibleText(box)).trim() !== '';
+if (search) box.focus();
+return {search: search, length: chatListLength()};
 )js");
 }
 

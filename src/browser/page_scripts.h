@@ -22,8 +22,15 @@ QString lastMessages();
 QString awaitBoxText();
 /// () → true when the message box has the focus.
 QString focusBox();
-/// (title) → length of the chat list's text.
+/// (title) → what ChatListGlance holds.
 QString watchChatList();
+/// Asynchronous: (offset, callback) → what ChatListLook holds, or null while there is no chat list.
+QString readChatList();
+/// (title, badge, lines) → what ClickedEntry holds.
+QString clickEntry();
+/// () → {search, length}: whether a search was left above the chat list, which then has the focus; the length of the
+/// list's text.
+QString focusSearch();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
 /// () → whether there was a control to click.

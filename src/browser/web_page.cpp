@@ -170,6 +170,7 @@ std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
     look.hasBox = seen[QStringLiteral("hasBox")].toBool();
     look.boxFocused = seen[QStringLiteral("boxFocused")].toBool();
     look.boxText = seen[QStringLiteral("boxText")].toString();
+    look.headerPicture = seen[QStringLiteral("headerPicture")].toString();
     look.chat = openChat(seen[QStringLiteral("chat")].toObject());
     return look;
 }
@@ -224,10 +225,56 @@ bool WebPage::pressEscape() {
     return sendOrSkip("press Escape", keyPress(kEscape));
 }
 
-std::optional<int> WebPage::watchChatList(const QString& title) {
+std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
     static const QString script = scripts::watchChatList();
     const auto answer = runOrSkip("watch the chat list", script, {title});
-    return answer ? std::optional(answer->toInt()) : std::nullopt;
+    if (!answer || !answer->isObject()) return std::nullopt;
+    const QJsonObject glance = answer->toObject();
+    return ChatListGlance{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString()};
+}
+
+std::optional<ChatListLook> WebPage::readChatList(int offset) {
+    static const QString script = scripts::readChatList();
+    const auto answer = runOrSkip("read the chat list", script, {offset}, true);
+    if (!answer || !answer->isObject()) return std::nullopt;
+    const QJsonObject seen = answer->toObject();
+    ChatListLook look;
+    look.nextOffset = seen[QStringLiteral("nextOffset")].toInt(-1);
+    look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
+    const QJsonArray entries = seen[QStringLiteral("entries")].toArray();
+    look.entries.reserve(entries.size());
+    for (const QJsonValue& value : entries) {
+        const QJsonObject entry = value.toObject();
+        look.entries.append({entry[QStringLiteral("title")].toString(), entry[QStringLiteral("badge")].toString(),
+                             strings(entry[QStringLiteral("lines")])});
+    }
+    return look;
+}
+
+std::optional<ClickedEntry> WebPage::clickEntry(const ChatEntry& entry) {
+    static const QString script = scripts::clickEntry();
+    const auto answer =
+        runOrSkip("click a chat", script, {entry.title, entry.badge, QJsonArray::fromStringList(entry.lines)});
+    if (!answer || !answer->isObject()) return std::nullopt;
+    const QJsonObject clicked = answer->toObject();
+    return ClickedEntry{clicked[QStringLiteral("found")].toBool(),
+                        openChat(clicked[QStringLiteral("before")].toObject())};
+}
+
+// The key is pressed only where it clears something: on an empty search box Escape would close the open chat.
+std::optional<int> WebPage::leaveSearch() {
+    static const QString script = scripts::focusSearch();
+    auto answer = runOrSkip("look at the search box", script);
+    if (answer && answer.value()[QStringLiteral("search")].toBool()) {
+        pressEscape();
+        answer = runOrSkip("look at the search box", script);
+    }
+    if (!answer || !answer->isObject()) return std::nullopt;
+    return answer.value()[QStringLiteral("length")].toInt();
+}
+
+bool WebPage::refresh() {
+    return sendOrSkip("load the page anew", Refresh{});
 }
 
 bool WebPage::openStartPage() {

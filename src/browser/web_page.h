@@ -28,7 +28,11 @@ class WebPage : public ChatPage, public PageProbe {
     bool clearBox() override;
     bool pressEnter() override;
     bool pressEscape() override;
-    std::optional<int> watchChatList(const QString& title) override;
+    std::optional<ChatListGlance> watchChatList(const QString& title) override;
+    std::optional<ChatListLook> readChatList(int offset) override;
+    std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) override;
+    std::optional<int> leaveSearch() override;
+    bool refresh() override;
     bool openStartPage() override;
     bool clickQrReload() override;
     bool clickUseHere() override;

@@ -2,16 +2,27 @@
 
 namespace kibo {
 
-ChatListWatch::ChatListWatch(GatewayState& state, ChatPage& page, std::function<void()> BACA_WA)
-    : state_(state), page_(page), BACA_WA_(std::move(BACA_WA)) {}
+ChatListWatch::ChatListWatch(GatewayState& state, ChatPage& page, Clock& clock, std::function<void()> BACA_WA)
+    : state_(state), page_(page), clock_(clock), BACA_WA_(std::move(BACA_WA)) {}
 
 void ChatListWatch::Timer2_Timer() {
     // While a message is being sent the page is not to be touched, and a change noticed now would be forgotten.
     if (state_.status.caption != QStringLiteral("Ready") || state_.stepRunning) return;
-    const auto length = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
-    if (!length || state_.len1.text == QString::number(*length)) return;
-    if (BACA_WA_) BACA_WA_();
-    state_.len1.text = QString::number(*length);
+    const auto glance = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
+    if (!glance) return;
+    // Unread rows count even if the length is known already: what comes in while a chat is left is within the length
+    // that was stored then. Those that the last pass has met are not worth another one.
+    const bool unread = !glance->unread.isEmpty() && handled_ != glance->unread;
+    const bool changed = !handled_ || unread || state_.len1.text != QString::number(glance->length);
+    if (glance->unread.isEmpty() && handled_) handled_ = QString();
+    if (!changed || !BACA_WA_ || clock_.monotonicMs() - refusedAtMs_ < kRetryMs) return;
+    const int passes = state_.readPasses;
+    BACA_WA_();
+    if (state_.readPasses == passes) {
+        refusedAtMs_ = clock_.monotonicMs();
+        return;
+    }
+    handled_ = glance->unread;
 }
 
 }  // namespace kibo

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
+#include "app/clock.h"
 #include "browser/chat_page.h"
 #include "engine/gateway_state.h"
 
@@ -10,15 +12,21 @@ namespace kibo {
 /// Starts the inbox reader when the chat list has changed, and keeps the profile in the browser window's title.
 class ChatListWatch {
  public:
-    /// `BACA_WA` reads the inbox; it may be empty.
-    ChatListWatch(GatewayState& state, ChatPage& page, std::function<void()> BACA_WA);
+    /// `BACA_WA` makes a pass over the chat list and counts it in `readPasses`; it may be empty.
+    ChatListWatch(GatewayState& state, ChatPage& page, Clock& clock, std::function<void()> BACA_WA);
 
     void Timer2_Timer();
 
  private:
+    /// A reader that can't begin, say with the database away, is asked again after this time.
+    static constexpr qint64 kRetryMs = 2'000;
+
     GatewayState& state_;
     ChatPage& page_;
+    Clock& clock_;
     std::function<void()> BACA_WA_;
+    std::optional<QString> handled_;  // the unread rows that the last pass began with
+    qint64 refusedAtMs_ = -kRetryMs;  // the reader could not begin
 };
 
 }  // namespace kibo

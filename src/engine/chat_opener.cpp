@@ -11,14 +11,6 @@ namespace {
 
 const QString kBuiltInDummy = QStringLiteral("6281200000001");
 
-/// The number that a picture address names between "&u=" and "%40"; empty when it names none.
-QString numberInPicture(const QString& address) {
-    const QStringList parts = address.split(QStringLiteral("&u="));
-    if (parts.size() < 2) return {};
-    const QString number = parts[1].section(QStringLiteral("%40"), 0, 0);
-    return isPositiveNumber(number) ? number : QString();
-}
-
 }  // namespace
 
 ChatOpener::ChatOpener(GatewayState& state, const Settings& settings, ChatPage& page, Clock& clock, Pacing& pacing)

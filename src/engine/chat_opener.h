@@ -52,6 +52,10 @@ class ChatOpener {
         ledger_.observe(chat, clock_.monotonicMs());
         linkPlanted_ = linkPlanted;
     }
+    /// The chat with this title was clicked in the chat list.
+    void clickedName(const QString& title, const OpenChat& before) {
+        ledger_.clickedName(title, before, clock_.monotonicMs());
+    }
     bool linkPlanted() const { return linkPlanted_; }
     /// Whether the conversation on the page is known to be the one of `number` (as given to GOTONOMOR).
     bool isOpen(const QString& number) const { return ledger_.isOpen(number); }

@@ -48,7 +48,7 @@ struct Gateway {
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
                    recovery, login, n.random, n.pageInUse}),
-          chatListWatch(n.state, n.page, n.BACA_WA) {}
+          chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
 

@@ -14,7 +14,7 @@ using Colour = quint32;
 
 namespace colour {
 inline constexpr Colour kRed = 0xFF0000, kYellow = 0xFFFF00, kGreen = 0x00FF00, kBlack = 0x000000, kCyan = 0x00FFFF,
-                        kGrey = 0x4D4D4D, kLightGreen = 0x80FF80, kLightRed = 0xFF6464;
+                        kGrey = 0x4D4D4D, kLightGreen = 0x80FF80, kLightRed = 0xFF6464, kMarkedRow = 0xE6E6FF;
 }
 
 struct Label {
@@ -78,6 +78,7 @@ struct Grid {
     QStringList header;
     std::shared_ptr<const RowSource> rows = std::make_shared<ListRows>();
     quint64 revision = 0;
+    int statusColumn = -1;  ///< rows that hold something in this column are painted in kMarkedRow; -1: none
 
     /// Counts the header row, so an empty grid has 1.
     int rowCount() const { return 1 + rows->rowCount(); }
@@ -108,7 +109,10 @@ struct GatewayState {
     Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),
                  QStringLiteral("wa_media"), QStringLiteral("wa_file"), QStringLiteral("wa_time"),
                  QStringLiteral("id")}};
-    Grid ms{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("wa_time"), QStringLiteral("status")}};
+    Grid ms{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("wa_time"), QStringLiteral("status")},
+            std::make_shared<ListRows>(),
+            0,
+            3};
     Grid ms2{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("time"), QStringLiteral("reason")}};
     Label Outbox_Cnt{QStringLiteral("0")};
 
@@ -123,7 +127,7 @@ struct GatewayState {
     TextBox DetikBreak{QStringLiteral("0")};
     Button cmd_Pause;
     Indicator wait, wait2, waitread;
-    bool busy = false;  ///< the window's busy mark, set by the reading side
+    bool busy = false;  ///< the window's busy mark: the inbox reader is making a pass
 
     // Controls
     Button cmd_OpenWA{QStringLiteral("open"), QStringLiteral("Open WhatsApp Web")};
@@ -132,13 +136,16 @@ struct GatewayState {
     ComboBox cb_DummyContact;
     TextBox txt_DUMMY;
     CheckBox HideChrome;
-    TextBox len1;  ///< length of the chat list's text at the last look
-    Label lb[14];  ///< setting indicators lb1 to lb14
+    TextBox len1;                ///< length of the chat list's text at the last look
+    CheckBox newestFirst{true};  ///< order of the inbox grid
+    Label Inbox_Cnt{QString()};  ///< how many received messages have no status yet; empty: none
+    Label lb[14];                ///< setting indicators lb1 to lb14
     Indicator l_disableread;
 
     // Counters since the program started
     int sentCount = 0;
     int failedCount = 0;
+    int readPasses = 0;  ///< passes over the chat list
 
     // Timers: interval in milliseconds, initial state
     StateTimer timer_start{1000, true};

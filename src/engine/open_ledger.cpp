@@ -39,9 +39,18 @@ void OpenLedger::clickedBlindly(const QString& number, qint64 nowMs) {
     cameUpSinceClick_ = false;
 }
 
+void OpenLedger::clickedName(const QString& title, const OpenChat& before, qint64 nowMs) {
+    observe(before, nowMs);
+    settleName(title);
+    if (!before.open || before.title != title) waiting_.push_back({{}, nowMs, -1, title});
+    lastClicked_.clear();
+    current_.clear();
+    cameUpSinceClick_ = false;
+}
+
 void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
     std::erase_if(waiting_, [&](const Click& click) {
-        if (nowMs - click.atMs > kGiveUpMs) names_.remove(click.number);
+        if (nowMs - click.atMs > kGiveUpMs && click.name.isEmpty()) names_.remove(click.number);
         return nowMs - click.atMs > kForgetMs;
     });
     if (chat.serial < serial_) {  // the page was loaded anew: nothing clicked before can come up any more
@@ -101,9 +110,12 @@ void OpenLedger::recognise(const OpenChat& chat) {
                                                                                                 : unlikely;
         if (!numbers.contains(number)) numbers.append(number);
     };
-    for (const Click& click : waiting_) consider(click.number);
+    const bool clickedInList = settleName(chat.title);
+    for (const Click& click : waiting_)
+        if (click.name.isEmpty()) consider(click.number);
     // A page that draws the same chat anew has come up again without a click.
     if (names_.contains(lastClicked_)) consider(lastClicked_);
+    if (seen.isEmpty() && clickedInList) return;
     if (seen.isEmpty() && chat.personClicks != personClicks_) return;  // a person may have opened it
     const QStringList& candidates = !seen.isEmpty() ? seen : !possible.isEmpty() ? possible : unlikely;
     if (candidates.size() != 1) return;
@@ -129,7 +141,11 @@ bool OpenLedger::contradicts(const OpenChat& chat, const QString& number) const 
 }
 
 void OpenLedger::settle(const QString& number) {
-    std::erase_if(waiting_, [&](const Click& click) { return click.number == number; });
+    std::erase_if(waiting_, [&](const Click& click) { return click.name.isEmpty() && click.number == number; });
+}
+
+bool OpenLedger::settleName(const QString& title) {
+    return !title.isEmpty() && std::erase_if(waiting_, [&](const Click& click) { return click.name == title; }) > 0;
 }
 
 }  // namespace kibo

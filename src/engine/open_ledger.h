@@ -29,6 +29,9 @@ class OpenLedger {
     void clicked(const QString& number, const OpenChat& before, qint64 nowMs);
     /// The link for `number` may have been clicked: the page did not answer.
     void clickedBlindly(const QString& number, qint64 nowMs);
+    /// The chat with this title was clicked in the chat list while `before` was on the page. It comes up like any
+    /// other, some time later, and must not be taken for the chat of a number.
+    void clickedName(const QString& title, const OpenChat& before, qint64 nowMs);
     /// The page showed this. Call with every look.
     void observe(const OpenChat& chat, qint64 nowMs);
     /// The page says that a number can't be opened, so nothing is awaited from that click any more. Returns which:
@@ -47,6 +50,7 @@ class OpenLedger {
         QString number;
         qint64 atMs;
         int clicksBefore = -1;  // of a click without answer: what the page had counted when it was last seen
+        QString name = {};      // of a click in the chat list, which has no number
     };
 
     bool neverHappened(const Click& click, const OpenChat& chat) const;
@@ -54,6 +58,7 @@ class OpenLedger {
     void recognise(const OpenChat& chat);
     bool contradicts(const OpenChat& chat, const QString& number) const;
     void settle(const QString& number);
+    bool settleName(const QString& title);
 
     std::vector<Click> waiting_;
     QString lastClicked_;

@@ -1,5 +1,6 @@
 #include "engine/phone_number.h"
 
+#include <QStringList>
 #include <algorithm>
 
 namespace kibo {
@@ -41,6 +42,13 @@ QString destinationNumber(const QString& number, const QString& trunkPrefix, con
 bool isPositiveNumber(const QString& cleaned) {
     return !cleaned.isEmpty() && std::all_of(cleaned.begin(), cleaned.end(), isAsciiDigit) &&
            std::any_of(cleaned.begin(), cleaned.end(), [](QChar c) { return c != QLatin1Char('0'); });
+}
+
+QString numberInPicture(const QString& address) {
+    const QStringList parts = address.split(QStringLiteral("&u="));
+    if (parts.size() < 2) return {};
+    const QString number = parts[1].section(QStringLiteral("%40"), 0, 0);
+    return isPositiveNumber(number) ? number : QString();
 }
 
 bool looksLikeNumber(const QString& title) {

@@ -16,6 +16,9 @@ bool isPositiveNumber(const QString& cleaned);
 /// The ASCII digits of a text, joined.
 QString digitsIn(const QString& text);
 
+/// The number that the address of a contact's picture names between "&u=" and "%40"; empty when it names none.
+QString numberInPicture(const QString& address);
+
 /// Whether a chat title is a phone number rather than a name.
 bool looksLikeNumber(const QString& title);
 

@@ -23,6 +23,10 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
 /// gets the line as it stands. The show mode has no meaning elsewhere.
 Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode);
 
+/// As `startProgram`, for a program with a window of its own, which comes up minimised where the system knows such a
+/// thing. On Windows refuses command files (InvalidArgument): their interpreter would read the arguments as commands.
+Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments);
+
 /// Starts `file` with the rights of an administrator, after the system has asked for them; `parameters` is one
 /// line, double quotes holding blanks together. Windows: ShellExecuteA with "runas". Elsewhere: pkexec where it
 /// is present, else a plain start; the show mode has no meaning there.

@@ -124,6 +124,10 @@ Result<ProcessId> startCommand(const std::string& commandLine, ShowMode) {
     return startProgram(program, words);
 }
 
+Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
+    return startProgram(program, arguments);
+}
+
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode) {
     std::vector<std::string> arguments = splitParameters(parameters);
     std::string program = file;

@@ -2,6 +2,9 @@
 // windows.h first: shellapi.h builds on it.
 #include <shellapi.h>
 
+#include <algorithm>
+#include <cctype>
+
 #include "platform/machine.h"
 #include "platform/one_line.h"
 #include "platform/shell.h"
@@ -59,6 +62,18 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
 Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode) {
     const std::string program = commandLine.substr(0, commandLine.find(' '));
     return start(program, commandLine, CREATE_NEW_CONSOLE, showMode);
+}
+
+Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
+    const std::string path = findProgram(program);
+    if (path.empty()) return Failure{FailureKind::NotFound, "there is no program " + program, {}};
+    std::string ending = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
+    for (char& c : ending) c = static_cast<char>(::tolower(static_cast<unsigned char>(c)));
+    if (ending == ".bat" || ending == ".cmd")
+        return Failure{FailureKind::InvalidArgument, "a command file can't be started: " + program, {}};
+    std::string commandLine = quoted(path);
+    for (const std::string& argument : arguments) commandLine += ' ' + quoted(argument);
+    return start(program, commandLine, 0, ShowMode::Minimised);
 }
 
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode) {

@@ -15,6 +15,7 @@ export class ChatList {
     #canvas;
     #pane;
     #rows = [];
+    #extra = el('div', {});
     #renderDue = false;
     #openNumber = null;
 
@@ -28,7 +29,7 @@ export class ChatList {
             onKeydown: (event) => this.#onKey(event),
         });
         this.#canvas = el('div', {role: 'grid', 'aria-label': 'Chat list', class: 'chat-rows'});
-        this.#pane = el('div', {id: 'pane-side', class: 'pane', onScroll: () => this.refresh()}, this.#canvas);
+        this.#pane = el('div', {id: 'pane-side', class: 'pane', onScroll: () => this.refresh()}, this.#extra, this.#canvas);
         this.element = el('div', {id: 'side', class: 'side'},
             el('div', {class: 'search'}, icon('search'), this.search), this.#pane);
         chats.addEventListener('change', () => this.refresh());
@@ -73,19 +74,25 @@ export class ChatList {
 
     #render() {
         const shown = this.#shown();
-        const inSight = Math.ceil(this.#pane.clientHeight / rowHeight) + 2 * spareRows;
-        const first = Math.max(0, Math.floor(this.#pane.scrollTop / rowHeight) - spareRows);
+        const {entryRole, entryPreviews, wholeList, extraRows, ornateEntries} = this.#behaviour();
+        const inSight = wholeList ? shown.length : Math.ceil(this.#pane.clientHeight / rowHeight) + 2 * spareRows;
+        const first = wholeList ? 0 : Math.max(0, Math.floor(this.#pane.scrollTop / rowHeight) - spareRows);
         const slice = shown.slice(first, first + inSight);
 
+        if (extraRows !== this.#extra.hasChildNodes()) this.#extra.replaceChildren(...(extraRows ? rowsThatAreNoChats(entryRole) : []));
         this.#canvas.style.height = `${shown.length * rowHeight}px`;
         while (this.#rows.length < slice.length) this.#rows.push(new Row(this.#canvas, this.#onChoose));
         while (this.#rows.length > slice.length) this.#rows.pop().remove();
         slice.forEach((chat, i) => this.#rows[i].show({
             number: chat.number,
             top: (first + i) * rowHeight,
-            role: this.#behaviour().entryRole,
+            role: entryRole,
             title: this.#chats.title(chat),
-            preview: this.#behaviour().entryPreviews ? preview(chat, chat.number === this.#openNumber) : '',
+            member: entryPreviews && !chat.typing && lastMessage(chat)?.member || '',
+            preview: entryPreviews ? preview(chat, chat.number === this.#openNumber) : '',
+            muted: chat.muted,
+            pinned: chat.pinned,
+            ornateEntries,
             time: lastMessage(chat) ? clockTime(lastMessage(chat).timeMs) : '',
             unread: chat.unread,
             open: chat.number === this.#openNumber,
@@ -94,14 +101,29 @@ export class ChatList {
 }
 
 function preview(chat, open) {
+    if (chat.typing) return 'typing…';
     if (chat.draft && !open) return `Draft: ${oneLine(chat.draft)}`;
     const message = lastMessage(chat);
     if (!message) return '';
     if (message.kind === 'text') return oneLine(message.text);
+    if (message.kind === 'deleted') return 'This message was deleted';
     return message.caption || {image: 'Photo', video: 'Video', sticker: 'Sticker'}[message.kind] || message.fileName;
 }
 
 const oneLine = (text) => text.replace(/\s+/g, ' ').slice(0, 120);
+
+/** The page draws other things in the manner of chats. */
+const rowsThatAreNoChats = (role) => [
+    ['Notifications are off', 'Turn them on to hear of new messages', 'in the last', '7'],
+    ['All', 'Unread', '3', 'Groups', '2'],
+    ['Archived', '12'],
+].map((lines) => el('div', {role, class: 'extra-row'}, ...lines.map((line) => el('div', {}, line))));
+
+/** A text as the children of its element, its emoji as pictures if asked for. */
+const drawn = (text, ornateEntries) => (ornateEntries
+    ? text.split(/(\p{Extended_Pictographic})/u).filter((part) => part)
+        .map((part, i) => (/\p{Extended_Pictographic}/u.test(part) ? el('img', {alt: part, src: '/page/file/picture.svg', class: 'emoji'}) : part))
+    : [text]);
 
 /** One row element that shows one chat after another. */
 class Row {
@@ -132,10 +154,14 @@ class Row {
         this.#avatar.style.background = colourOf(entry.number);
         this.#text.replaceChildren(
             el('div', {class: 'chat-row-line'},
-                el('span', {dir: 'auto', title: entry.title, class: 'chat-row-title'}, entry.title),
+                el('span', {dir: 'auto', title: entry.title, class: 'chat-row-title'}, ...drawn(entry.title, entry.ornateEntries)),
                 entry.time && el('div', {class: 'chat-row-time'}, entry.time)),
             el('div', {class: 'chat-row-line'},
-                entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, entry.preview),
+                entry.member && el('span', {dir: 'auto'}, entry.member),
+                entry.member && el('span', {}, ':\u00a0'),
+                entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, ...drawn(entry.ornateEntries ? `\u202a${entry.preview}\u202c` : entry.preview, entry.ornateEntries)),
+                entry.muted && icon('muted'),
+                entry.pinned && icon('pinned'),
                 entry.unread > 0 && el('span', {
                     'aria-label': `${entry.unread} unread message${entry.unread > 1 ? 's' : ''}`,
                     'data-testid': 'icon-unread-count', class: 'badge'}, String(entry.unread))));

@@ -5,17 +5,19 @@ export class Chats extends EventTarget {
     #byNumber = new Map();
     #order = [];
 
-    load({contacts, messages}) {
+    load({contacts, messages, unread, marks}) {
         for (const [number, name] of Object.entries(contacts)) this.chat(number).name = name;
         for (const message of messages) this.#store(message);
-        for (const chat of this.#order) chat.unread = 0;
+        for (const chat of this.#order) chat.unread = unread[chat.number] ?? 0;
+        for (const mark of Object.values(marks)) this.mark(mark);
         this.#order.sort((a, b) => lastTime(b) - lastTime(a));
         this.#changed();
     }
 
-    /** All chats, newest first; not to be changed. */
+    /** All chats, pinned ones first, then newest first; not to be changed. */
     get all() {
-        return this.#order;
+        const pinned = this.#order.filter((chat) => chat.pinned);
+        return pinned.length ? [...pinned, ...this.#order.filter((chat) => !chat.pinned)] : this.#order;
     }
 
     has(number) {
@@ -26,7 +28,7 @@ export class Chats extends EventTarget {
     chat(number) {
         let chat = this.#byNumber.get(number);
         if (!chat) {
-            chat = {number, name: '', messages: [], unread: 0, draft: ''};
+            chat = {number, name: '', messages: [], unread: 0, draft: '', pinned: false, muted: false, typing: false};
             this.#byNumber.set(number, chat);
             this.#order.push(chat);
         }
@@ -51,9 +53,28 @@ export class Chats extends EventTarget {
         this.#changed();
     }
 
+    /** Returns whether there was something to read. */
     markRead(chat) {
-        if (chat.unread === 0) return;
+        if (chat.unread === 0) return false;
         chat.unread = 0;
+        this.#changed();
+        return true;
+    }
+
+    /** What makes a chat special among the others. */
+    mark({number, pinned = false, muted = false}) {
+        Object.assign(this.chat(number), {pinned, muted});
+        this.#changed();
+    }
+
+    setTyping(number, typing) {
+        this.chat(number).typing = typing;
+        this.#changed();
+    }
+
+    deleteNewest(number) {
+        const message = lastMessage(this.chat(number));
+        if (message) message.kind = 'deleted';
         this.#changed();
     }
 

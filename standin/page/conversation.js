@@ -82,7 +82,9 @@ export class Conversation {
 
     /** Shows a message that came in. */
     addIncoming(message) {
-        if (message.number === this.number) this.#view.add(message);
+        if (message.number !== this.number) return;
+        this.#view.add(message);
+        this.#server.report('read', message.number);
     }
 
     /** Sends files as messages of the open chat; the caption goes with the first. */
@@ -135,7 +137,12 @@ export class Conversation {
         this.#view.scrollToEnd();
         this.#composer.text = chat.draft;
         this.#composer.focus();
-        this.#chats.markRead(chat);
+        this.#markRead(chat);
+    }
+
+    #markRead(chat) {
+        if (chat.unread > 0 && this.#spend('stickyBadges')) return;
+        if (this.#chats.markRead(chat)) this.#server.report('read', chat.number);
     }
 
     #onText() {

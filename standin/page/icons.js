@@ -15,6 +15,8 @@ const shapes = {
     'media': 'M4 5h16v14H4zM4 16l5-5 4 4 3-3 4 4M15 9h.1',
     'document': 'M6 3h8l4 4v14H6zM14 3v4h4M9 12h6M9 16h6',
     'sticker': 'M5 5h14v9l-5 5H5zM14 19v-5h5M9 10h.1M15 10h.1',
+    'muted': 'M5 10v4h3l4 4V6l-4 4zM16 9l5 6M21 9l-5 6',
+    'pinned': 'M8 4h8l-1 7 3 3H6l3-3zM12 14v6',
     'x': 'M6 6l12 12M18 6L6 18',
 };
 

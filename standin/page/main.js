@@ -183,6 +183,15 @@ class App {
             this.#chats.add(action.message, action.message.number === this.#conversation.number);
             this.#conversation.addIncoming(action.message);
             break;
+        case 'mark':
+            this.#chats.mark(action);
+            break;
+        case 'typing':
+            this.#chats.setTyping(action.number, action.typing ?? true);
+            break;
+        case 'delete':
+            this.#chats.deleteNewest(action.number);
+            break;
         case 'openChat':
             if (this.#phase === 'ready') this.#open(action.number, 0);
             break;

@@ -52,7 +52,8 @@ export class MessageView {
 
     #row(message, state) {
         const direction = message.incoming ? 'message-in' : 'message-out';
-        const dataId = `${!message.incoming}_${chatId(message.number, this.#idStyle)}_${message.id}`;
+        const chat = message.member ? `${message.number}@g.us` : chatId(message.number, this.#idStyle);
+        const dataId = `${!message.incoming}_${chat}_${message.id}`;
         const holder = message.incoming ? null : el('span', {class: 'tick'}, tick(state));
         if (holder) this.#ticks.set(message.id, holder);
         return el('div', {role: 'row', class: 'message-row'},
@@ -64,7 +65,8 @@ export class MessageView {
     }
 }
 
-const textOf = (message) => (message.kind === 'text' ? message.text : message.caption);
+const textOf = (message) =>
+    ({text: message.text, deleted: 'This message was deleted'})[message.kind] ?? message.caption;
 
 function tick(state) {
     const drawn = icon(tickNames[state]);
@@ -76,7 +78,7 @@ const stamp = (message) =>
     `[${clockTime(message.timeMs)}, ${new Date(message.timeMs).toLocaleDateString('en-US')}] ${message.incoming ? message.number : 'You'}: `;
 
 function attachment(message) {
-    if (message.kind === 'text') return null;
+    if (message.kind === 'text' || message.kind === 'deleted') return null;
     const picture = pictures.get(message.id);
     if (picture && message.kind !== 'document')
         return el(message.kind === 'video' ? 'video' : 'img', {src: picture, class: 'message-picture'});

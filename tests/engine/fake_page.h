@@ -145,6 +145,7 @@ class FakePage : public ChatPage {
         look.notice = notice_;
         look.hasBox = look.boxFocused = !openNumber_.isEmpty() && !boxRenamed;
         look.boxText = box_;
+        look.headerPicture = headerPicture;
         look.chat = chat();
         return look;
     }
@@ -184,9 +185,42 @@ class FakePage : public ChatPage {
         }
         return true;
     }
-    std::optional<int> watchChatList(const QString&) override {
+    std::optional<ChatListGlance> watchChatList(const QString&) override {
         commands.append(QStringLiteral("watchChatList"));
+        QString unread;
+        for (const ChatEntry& entry : list)
+            if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
+        return ChatListGlance{chatListLength, unread};
+    }
+    std::optional<ChatListLook> readChatList(int offset) override {
+        if (!answers("readChatList")) return std::nullopt;
+        ChatListLook look;
+        look.entries = list.mid(offset, rowsInSight);
+        if (offset + rowsInSight < list.size()) look.nextOffset = offset + rowsInSight;
+        return look;
+    }
+    std::optional<ClickedEntry> clickEntry(const ChatEntry& wanted) override {
+        if (!answers("clickEntry")) return std::nullopt;
+        const ClickedEntry missed{false, chat()};
+        for (ChatEntry& entry : list) {
+            if (entry.title != wanted.title || entry.lines != wanted.lines) continue;
+            if (beforeEntryOpens) beforeEntryOpens();
+            const ClickedEntry clicked{true, chat()};
+            open(entry.title);
+            if (stickyBadges-- > 0 || entry.badge.isEmpty()) return clicked;
+            entry.badge.clear();
+            entry.lines.removeLast();
+            return clicked;
+        }
+        return missed;
+    }
+    std::optional<int> leaveSearch() override {
+        commands.append(QStringLiteral("leaveSearch"));
         return chatListLength;
+    }
+    bool refresh() override {
+        reload();
+        return answers("refresh");
     }
     bool openStartPage() override {
         commands.append(QStringLiteral("openStartPage"));
@@ -212,6 +246,11 @@ class FakePage : public ChatPage {
     void end() override { ++ended; }
 
     int chatListLength = 7;
+    QList<ChatEntry> list;
+    int rowsInSight = 20;
+    int stickyBadges = 0;  // so many openings leave the mark on the chat
+    std::function<void()> beforeEntryOpens;
+    QString headerPicture, namedNumber;  // of every open chat
 
  private:
     bool answers(const char* command) {
@@ -224,6 +263,7 @@ class FakePage : public ChatPage {
         chat.open = !openNumber_.isEmpty();
         chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
         if (!hideHistory) chat.lastMessageId = messageIds(openNumber_).value(0);
+        chat.number = chat.open ? namedNumber : QString();
         chat.titles = titles_;
         chat.clicks = clicked_;
         chat.clicked = clickedAddresses_;

@@ -282,21 +282,29 @@ TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
 
 TEST_F(Steps, ChatListWatchReadsOnAChangeAndNeverDuringASend) {
     int passes = 0;
-    ChatListWatch watch(state, page, [&] { ++passes; });
+    ChatListWatch watch(state, page, clock, [&] {
+        ++passes;
+        ++state.readPasses;
+        state.len1.text = QString::number(page.chatListLength);
+    });
     watch.Timer2_Timer();
     EXPECT_EQ(passes, 0) << "not connected";
     tick();
-    state.len1.text = QString::number(page.chatListLength);
     watch.Timer2_Timer();
-    EXPECT_EQ(passes, 0);
+    watch.Timer2_Timer();
+    EXPECT_EQ(passes, 1) << "once at the start, whatever the length";
     page.chatListLength = 99;
     state.stepRunning = true;
     watch.Timer2_Timer();
-    EXPECT_EQ(passes, 0);
+    EXPECT_EQ(passes, 1);
     state.stepRunning = false;
     watch.Timer2_Timer();
     watch.Timer2_Timer();
-    EXPECT_EQ(passes, 1);
+    EXPECT_EQ(passes, 2);
+    page.list = {{QStringLiteral("Ani"), QStringLiteral("1"), {QStringLiteral("same length")}}};
+    watch.Timer2_Timer();
+    watch.Timer2_Timer();
+    EXPECT_EQ(passes, 3) << "a new unread message, once, though the length is the same";
 }
 
 }  // namespace

@@ -221,13 +221,11 @@ TEST_F(ElementScreenTest, SaveStoresAllOrNothing) {
     open({});
     box("nn_ChatBox")->setText(QStringLiteral("//div[@a=\"b\"]"));
     box("nn_Typing")->clear();
+    const QString rows = sqlite(storeFile(), QStringLiteral("select nama, isi from element order by nama"));
     sqlite(storeFile(), QStringLiteral("create trigger t before insert on element when new.nama = 'XX_SearchBox' "
                                        "begin select raise(abort, 'no'); end"));
     EXPECT_EQ(boxAfter("cmd_Save").icon, MessageBox::Icon::Critical);
-    EXPECT_EQ(sqlite(storeFile(), QStringLiteral("select count(*) from element")).trimmed(),
-              QString::number(ElementTable::names().size()));
-    EXPECT_EQ(row("XX_ChatBox"), elements[QStringLiteral("XX_ChatBox")]);
-    EXPECT_FALSE(row("XX_ChatBox").startsWith(QStringLiteral("//div")));
+    EXPECT_EQ(sqlite(storeFile(), QStringLiteral("select nama, isi from element order by nama")), rows);
 
     sqlite(storeFile(), QStringLiteral("drop trigger t"));
     const MessageBox okay = boxAfter("cmd_Save");

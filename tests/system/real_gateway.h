@@ -21,8 +21,13 @@ namespace kibo::test {
 class FastClock : public SystemClock {
  public:
     explicit FastClock(int divisor) : divisor_(divisor) {}
-    void wait(int milliseconds) override { SystemClock::wait(milliseconds / divisor_); }
+    void wait(int milliseconds) override {
+        if (onWait) onWait();
+        SystemClock::wait(milliseconds / divisor_);
+    }
     qint64 monotonicMs() const override { return SystemClock::monotonicMs() * divisor_; }
+
+    std::function<void()> onWait;
 
  private:
     int divisor_;
@@ -72,7 +77,8 @@ class RealGateway {
         page.emplace(browser, elements, policy);
         const auto journalOpened = journal.open(folder.filePath(QStringLiteral("send.journal")));
         ASSERT_TRUE(journalOpened.ok()) << journalOpened.failure().text;
-        gateway.emplace(Gateway::Needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }});
+        gateway.emplace(
+            Gateway::Needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }, BACA_WA});
         const auto started = browser.open({settings, settings.Profil});
         ASSERT_TRUE(started.ok()) << started.failure().text;
         for (int i = 0; i < 200 && state.status.caption != QStringLiteral("Ready"); ++i) tick();
@@ -111,6 +117,7 @@ class RealGateway {
     Browser browser{folder.path(), clock};
     SendJournal journal;
     std::optional<WebPage> page;
+    std::function<void()> BACA_WA;
     std::optional<Gateway> gateway;
 };
 

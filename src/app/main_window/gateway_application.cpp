@@ -87,6 +87,7 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
+    const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,
         .settings = settings_,
@@ -95,11 +96,14 @@ void GatewayApplication::buildEngine() {
         .page = *page_,
         .clock = clock_,
         .journal = journal_,
-        .random = [] { return QRandomGenerator::global()->generateDouble(); },
+        .random = random,
+        .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
         .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
         .programFolder = programFolder_,
     });
+    inbox_ = std::make_unique<Inbox>(
+        Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
 }
 
 bool GatewayApplication::showWindow() {
@@ -172,6 +176,7 @@ MainWindowActions GatewayApplication::actions() {
     MainWindowActions actions;
     actions.openWhatsApp = guarded([this] { keeper_->cmd_OpenWA_Click(); });
     actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
+    actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
@@ -217,6 +222,8 @@ Result<void> GatewayApplication::openJournal() {
 
 void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
+    inbox_->reader.storeWaiting();
+    inbox_->grid.keepFresh();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
@@ -271,6 +278,7 @@ void GatewayApplication::endProgram() {
     clock_.stopWaiting();
     if (timers_) timers_->stopAll();
     heartbeat_.stop();
+    if (inbox_) inbox_->botBrowser.quit();
     browser_.quit();
     log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));
     // Not quit(): it would close the window first, which is the operator's way to unload it.

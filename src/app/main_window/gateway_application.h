@@ -16,6 +16,7 @@
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
+#include "inbox/inbox.h"
 #include "inbox/media_download.h"
 #include "main_window/browser_care.h"
 #include "main_window/instance_rows.h"
@@ -86,6 +87,7 @@ class GatewayApplication {
     MediaDownload mediaDownload_;
     SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
+    std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<SessionKeeper> keeper_;

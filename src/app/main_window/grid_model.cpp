@@ -1,5 +1,6 @@
 #include "main_window/grid_model.h"
 
+#include <QColor>
 #include <algorithm>
 
 namespace kibo {
@@ -110,6 +111,9 @@ int GridModel::columnCount(const QModelIndex& parent) const {
 QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= count_) return {};
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) return seenRow(index.row()).value(index.column());
+    const bool painted = role == Qt::BackgroundRole || role == Qt::ForegroundRole;
+    if (painted && grid_.statusColumn >= 0 && !seenRow(index.row()).value(grid_.statusColumn).isEmpty())
+        return QColor::fromRgb(role == Qt::BackgroundRole ? colour::kMarkedRow : colour::kBlack);
     return {};
 }
 

@@ -138,6 +138,7 @@ void MainWindow::buildMenus() {
     mnOpenWA_ = add(gateway, "mnOpenWA", "&Open WhatsApp", actions_.openWhatsApp, QKeySequence(Qt::CTRL | Qt::Key_O));
     mnPause_ = add(gateway, "mnPause", "&Pause", actions_.pause, QKeySequence(Qt::Key_F8));
     add(gateway, "mnRefresh", "&Refresh Outbox", actions_.refreshOutbox, QKeySequence(Qt::Key_F5));
+    add(gateway, "mnRefreshInbox", "Refresh I&nbox", actions_.refreshInbox, QKeySequence(Qt::Key_F6));
     gateway->addSeparator();
     mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
     add(gateway, "mn_cleaner", "Run &Cleaner", actions_.runCleaner);
@@ -170,6 +171,12 @@ void MainWindow::connectControls() {
     connectButton(c.cmd_Pause, actions_.pause);
     connectButton(c.cmd_STOP, actions_.stop);
     connectButton(c.cmd_OutboxRefresh, actions_.refreshOutbox);
+    connectButton(c.cmd_InboxRefresh, actions_.refreshInbox);
+    c.newestFirst->setEnabled(static_cast<bool>(actions_.refreshInbox));
+    connect(c.newestFirst, &QCheckBox::clicked, this, [this](bool on) {
+        state_.newestFirst.checked = on;
+        click(actions_.refreshInbox);
+    });
     c.HideChrome->setEnabled(static_cast<bool>(actions_.hideChrome));
     connect(c.HideChrome, &QCheckBox::clicked, this, [this](bool on) {
         state_.HideChrome.checked = on;
@@ -222,6 +229,9 @@ void MainWindow::showState() {
     setShown(c.wait, state_.wait.visible);
     setShown(c.waitread, state_.waitread.visible);
     setShown(c.l_disableread, state_.l_disableread.visible);
+    setText(c.Inbox_Cnt, state_.Inbox_Cnt.caption);
+    setShown(c.Inbox_Cnt, !state_.Inbox_Cnt.caption.isEmpty());
+    if (c.newestFirst->isChecked() != state_.newestFirst.checked) c.newestFirst->setChecked(state_.newestFirst.checked);
     c.ms_out->refresh();
     c.ms->refresh();
     c.ms2->refresh();

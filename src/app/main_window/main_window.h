@@ -22,6 +22,7 @@ struct MainWindowActions {
     std::function<void()> stop;
     std::function<void()> pause;
     std::function<void()> refreshOutbox;
+    std::function<void()> refreshInbox;
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
     std::function<void()> newProfile;  ///< the entry below the profiles

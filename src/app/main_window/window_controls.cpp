@@ -128,16 +128,21 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
-    build.card("shapInbox", kLeft, 368, 332, 176);
+    build.card("shapInbox", kLeft, 368, 392, 176);
     ms = new QueueGrid(state.ms, {29, 30, 25, 16}, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 373, 120, ms);
-    l_disableread = build.mark("l_disableread", "Reading is off", 214, 374, 120, 22, kNotice, kNoticeText);
-    build.place(ms, "ms", 22, 400, 312, 136);
+    build.heading("lblInbox", "&Inbox", 24, 373, 62, ms);
+    Inbox_Cnt = build.mark("Inbox_Cnt", "", 88, 375, 44, 20, kBusy, 0xFFFFFF);
+    Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
+    l_disableread = build.mark("l_disableread", "Reading is off", 136, 374, 92, 22, kNotice, kNoticeText);
+    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 234, 373, 80, 24);
+    newestFirst->setToolTip(QStringLiteral("Newest messages first"));
+    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 316, 373, 78, kLine);
+    build.place(ms, "ms", 22, 400, 372, 136);
 
-    build.card("shapUnsent", 354, 368, 572, 176);
+    build.card("shapUnsent", 414, 368, 512, 176);
     ms2 = new QueueGrid(state.ms2, {21, 11, 27, 41}, -1, QStringLiteral("No message has failed"), area);
-    build.heading("lblUnsent", "&Unsent", 366, 373, 120, ms2);
-    build.place(ms2, "ms2", 364, 400, 552, 136);
+    build.heading("lblUnsent", "&Unsent", 426, 373, 120, ms2);
+    build.place(ms2, "ms2", 424, 400, 492, 136);
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);

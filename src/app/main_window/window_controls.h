@@ -37,6 +37,9 @@ struct WindowControls {
 
     // Queues
     QPushButton* cmd_OutboxRefresh;
+    QPushButton* cmd_InboxRefresh;
+    QCheckBox* newestFirst;
+    ColourLabel* Inbox_Cnt;
     ColourLabel* l_disableread;
     QueueGrid* ms_out;
     QueueGrid* ms;

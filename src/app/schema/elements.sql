@@ -19,6 +19,7 @@ INSERT INTO element VALUES ('XXInfo1', 'Phone not connected*|*Trying to reach ph
 INSERT INTO element VALUES ('XXInfo2', 'Computer not connected*|*No internet*|Connecting*');
 INSERT INTO element VALUES ('XXInfo3', 'Phone number shared via url is invalid.*|*isn''t on WhatsApp*|*isn’t on WhatsApp*');
 INSERT INTO element VALUES ('XXTyping', 'typing');
+INSERT INTO element VALUES ('XXDraft', 'Draft:');
 
 -- Further places of the page that the sender and the inbox reader use.
 INSERT INTO element VALUES ('XX_OwnPicture', '//*[@data-testid=''navbar-item-profile-photo'']//img');
@@ -33,3 +34,5 @@ INSERT INTO element VALUES ('XX_Caption', '//*[@data-testid=''media-caption-inpu
 INSERT INTO element VALUES ('XX_SearchBox', '//*[@id=''side'']//*[self::input or @contenteditable=''true''][@data-tab=''3'']');
 INSERT INTO element VALUES ('XX_UseHere', '(//*[@data-testid=''confirm-popup'' or @role=''dialog'']//*[self::button or @role=''button''][contains(.,''Use here'') or contains(.,''Use Here'')])[1]');
 INSERT INTO element VALUES ('XX_ErrorPage', '//*[@id=''main-frame-error''] | //h1[contains(.,''Server Error'') or contains(.,''Bad Gateway'') or contains(.,''Service Unavailable'') or contains(.,''Gateway Time'') or contains(.,''Not Found'')] | //h1[contains(.,''works with'')][contains(.,''Chrome'')]');
+INSERT INTO element VALUES ('XX_EntryTitle', './/span[@title]');
+INSERT INTO element VALUES ('XX_UnreadBadge', './/*[@data-testid=''icon-unread-count'' or contains(@aria-label,''unread'')]');

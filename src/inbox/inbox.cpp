@@ -1,0 +1,45 @@
+#include "inbox/inbox.h"
+
+#include <QDir>
+
+#include "app/http_get.h"
+#include "platform/shell.h"
+
+namespace kibo {
+namespace {
+
+Result<void> get(const QString& address) {
+    const Result<QByteArray> answer = httpGet(address);
+    return answer ? Result<void>() : answer.failure();
+}
+
+/// Without a shell: what a message holds is an argument and nothing else.
+Result<void> start(const QString& program, const QString& argument) {
+    const auto started =
+        platform::startMinimised(program.toLocal8Bit().toStdString(), {argument.toLocal8Bit().toStdString()});
+    return started ? Result<void>() : started.failure();
+}
+
+/// Instances that share a folder have a journal each.
+QString journalFile(const Inbox::Needs& needs) {
+    const bool shared = isYes(needs.settings.Multi);
+    return QDir(needs.programFolder)
+        .filePath(shared ? QStringLiteral("inbox.%1.journal").arg(needs.state.cb_Profil.text)
+                         : QStringLiteral("inbox.journal"));
+}
+
+}  // namespace
+
+Inbox::Inbox(const Needs& n)
+    : table(n.database),
+      journal([n] { return journalFile(n); }),
+      grid(n.state, n.settings, n.database, n.clock),
+      botBrowser(n.programFolder, n.settings, n.clock),
+      handOff(
+          n.settings, n.database,
+          {get, [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
+           start, n.random}),
+      reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, table, journal,
+              grid, handOff, n.pageInUse, n.BACA_PROFIL}) {}
+
+}  // namespace kibo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "app/clock.h"
+#include "app/database.h"
+#include "app/settings.h"
+#include "browser/chat_page.h"
+#include "browser/element_table.h"
+#include "engine/gateway.h"
+#include "inbox/bot_browser.h"
+#include "inbox/inbox_grid.h"
+#include "inbox/inbox_journal.h"
+#include "inbox/inbox_reader.h"
+#include "inbox/inbox_table.h"
+#include "inbox/reply_hand_off.h"
+
+namespace kibo {
+
+/// The receiving half as one piece: its classes, built on each other and on the engine. What it is given must outlive
+/// it.
+struct Inbox {
+    struct Needs {
+        GatewayState& state;
+        Settings& settings;
+        const ElementTable& elements;
+        Database& database;
+        ChatPage& page;
+        Clock& clock;
+        RandomSource random;
+        Gateway& gateway;
+        QString programFolder;
+        std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
+        std::function<void()> BACA_PROFIL = {};  ///< refreshes the settings from the profile's row; may be empty
+    };
+
+    explicit Inbox(const Needs& needs);
+    Inbox(const Inbox&) = delete;
+    Inbox& operator=(const Inbox&) = delete;
+
+    InboxTable table;
+    InboxJournal journal;
+    InboxGrid grid;
+    BotBrowser botBrowser;
+    ReplyHandOff handOff;
+    InboxReader reader;
+};
+
+}  // namespace kibo

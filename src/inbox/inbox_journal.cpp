@@ -1,0 +1,97 @@
+#include "inbox/inbox_journal.h"
+
+#include <QJsonDocument>
+#include <algorithm>
+
+#include "app/log.h"
+
+namespace kibo {
+namespace {
+
+// A line is a row with its key, or the key of one that is settled. The last line of a key counts; a line that was cut
+// off by a crash is no JSON and counts for nothing.
+const QString kKey = QStringLiteral("key");
+const QString kRow = QStringLiteral("row");
+
+QJsonObject toJson(const IncomingRow& row) {
+    return {{QStringLiteral("multi"), row.multi}, {QStringLiteral("profil"), row.PROFIL},
+            {QStringLiteral("title"), row.title}, {QStringLiteral("no"), row.wa_no},
+            {QStringLiteral("sub"), row.SUB_NO},  {QStringLiteral("text"), row.wa_text},
+            {QStringLiteral("time"), row.wa_time}};
+}
+
+IncomingRow rowFrom(const QJsonObject& json) {
+    const auto text = [&](const QString& key) { return json[key].toString(); };
+    return {json[QStringLiteral("multi")].toBool(),
+            text(QStringLiteral("profil")),
+            text(QStringLiteral("title")),
+            text(QStringLiteral("no")),
+            text(QStringLiteral("sub")),
+            text(QStringLiteral("text")),
+            text(QStringLiteral("time"))};
+}
+
+}  // namespace
+
+Result<void> InboxJournal::open() {
+    if (file_) return {};
+    auto file = platform::DurableFile::open(path_().toStdString());
+    if (!file) return file.failure();
+    const Result<std::string> content = file.value()->read();
+    if (!content) return content.failure();
+    const QList<QByteArray> lines = QByteArray::fromStdString(content.value()).split('\n');
+    for (const QByteArray& line : lines) {
+        const QJsonObject json = QJsonDocument::fromJson(line).object();
+        if (!json.contains(kKey)) continue;
+        const auto key = static_cast<quint64>(json[kKey].toInteger());
+        lastKey_ = std::max(lastKey_, key);
+        std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
+        if (json.contains(kRow)) entries_.push_back({key, rowFrom(json[kRow].toObject()), true});
+    }
+    file_ = std::move(file).value();
+    if (!entries_.empty())
+        log::info("inbox",
+                  QStringLiteral("%1 received messages were under way when the last run ended").arg(entries_.size()));
+    return {};
+}
+
+Result<quint64> InboxJournal::add(const IncomingRow& row) {
+    if (const Result<void> opened = open(); !opened) return opened.failure();
+    const quint64 key = ++lastKey_;
+    const Result<void> written = write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}});
+    if (!written) return written.failure();
+    entries_.push_back({key, row, false});
+    return key;
+}
+
+void InboxJournal::change(quint64 key, const IncomingRow& row) {
+    Entry* entry = find(key);
+    if (!entry) return;
+    entry->row = row;
+    if (const auto written = write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}}); !written)
+        log::warning("inbox", QString::fromStdString(written.failure().text));
+}
+
+void InboxJournal::setDoubtful(quint64 key, bool doubtful) {
+    if (Entry* entry = find(key)) entry->doubtful = doubtful;
+}
+
+void InboxJournal::settle(quint64 key) {
+    std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
+    if (!file_) return;
+    const Result<void> written = entries_.empty() ? file_->replace({}) : write({{kKey, static_cast<qint64>(key)}});
+    // A row that is still in the file is found in the database at the next start, and left alone.
+    if (!written) log::warning("inbox", QString::fromStdString(written.failure().text));
+}
+
+InboxJournal::Entry* InboxJournal::find(quint64 key) {
+    const auto found =
+        std::find_if(entries_.begin(), entries_.end(), [key](const Entry& entry) { return entry.key == key; });
+    return found == entries_.end() ? nullptr : &*found;
+}
+
+Result<void> InboxJournal::write(const QJsonObject& line) {
+    return file_->append(QJsonDocument(line).toJson(QJsonDocument::Compact).append('\n').toStdString());
+}
+
+}  // namespace kibo

@@ -1,0 +1,257 @@
+#include "inbox/inbox_reader.h"
+
+#include <exception>
+
+#include "app/log.h"
+#include "engine/phone_number.h"
+
+namespace kibo {
+namespace {
+
+constexpr int kSmallWaitMs = 100;
+constexpr qint64 kStoreAgainMs = 5'000;
+const QString kNothing = QStringLiteral(":");
+
+}  // namespace
+
+void InboxReader::BACA_WA() {
+    GatewayState& s = p_.state;
+    const QString before = s.step;
+    s.step = QStringLiteral("Baca WA");
+    if (!mayRead()) {
+        s.step = before;
+        return;
+    }
+    // However the pass ends, an error that surfaces included.
+    struct Pass {
+        GatewayState& state;
+        explicit Pass(GatewayState& s) : state(s) {
+            ++state.readPasses;
+            state.busy = true;
+            state.Timer2.setEnabled(false);
+        }
+        ~Pass() {
+            state.waitread.visible = false;
+            state.busy = false;
+            state.Timer2.setEnabled(true);
+        }
+    } const pass(s);
+    passBeganMs_ = p_.clock.monotonicMs();
+    if (!readList()) return;
+    settleDoubtful();
+    if (const auto length = p_.page.leaveSearch()) s.len1.text = QString::number(*length);
+}
+
+bool InboxReader::mayRead() {
+    GatewayState& s = p_.state;
+    if (p_.pageInUse && p_.pageInUse()) return false;
+    if (p_.BACA_PROFIL) p_.BACA_PROFIL();
+    s.l_disableread.visible = isYes(p_.settings.DisableRead);
+    if (s.l_disableread.visible || s.dboff.visible || s.wait.visible || s.stepRunning || s.busy) return false;
+    const Result<void> journal = p_.journal.open();
+    if (!journal)
+        log::error("inbox", QStringLiteral("the inbox is not read: ") + QString::fromStdString(journal.failure().text));
+    return journal.ok();
+}
+
+/// True when the list was read to the end that this pass was to reach, and what is unread was stored.
+bool InboxReader::readList() {
+    for (int offset = 0; offset >= 0;) {
+        auto list = p_.page.readChatList(offset);
+        if (!list) return false;
+        ownPicture_ = list->ownPicture;
+        bool anyUnread = false;
+        for (qsizetype i = 0; i < list->entries.size(); ++i) {
+            p_.clock.runPendingEvents();
+            if (!unreadChat(list->entries[i])) continue;
+            anyUnread = true;
+            const bool late = p_.clock.monotonicMs() - passBeganMs_ > kLongestPassMs;
+            if (p_.clock.waitingStopped() || (late && p_.state.ms_out.rowCount() > 1)) return false;
+            if (readEntry(list->entries[i]) == Then::EndPass) return false;
+            // Chats may have changed places meanwhile.
+            list = p_.page.readChatList(offset);
+            if (!list) return false;
+        }
+        // Below the rows that the page holds, unread ones are expected only under unread ones. At the start, after
+        // hours without Kibo, they may be anywhere.
+        offset = anyUnread || wholeList_ ? list->nextOffset : -1;
+    }
+    wholeList_ = false;
+    return true;
+}
+
+InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
+    const UnreadChat chat = *unreadChat(entry);
+    p_.state.waitread.visible = true;
+    if (isTyping(chat.text, p_.elements[QStringLiteral("XXTyping")])) {
+        leave();
+        return Then::EndPass;
+    }
+    dropDoubtful(chat);
+    const QString signature = chat.title + chat.text;
+    meetings_ = signature == lastSignature_ ? meetings_ + 1 : 1;
+    if (meetings_ % kMostMeetings == 0) {
+        recover();
+        return Then::EndPass;
+    }
+    if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
+    // Its rows are stored; what is left is a chat to be rid of.
+    if (const auto clicked = p_.page.clickEntry(entry)) {
+        p_.opener.clickedName(chat.title, clicked->before);
+        awaitChat(chat.title, clicked->before);
+    }
+    leave();
+    return Then::GoOn;
+}
+
+InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat chat) {
+    const GatewayState& s = p_.state;
+    const qint64 began = p_.clock.monotonicMs();
+    IncomingRow row{isYes(p_.settings.Multi),
+                    s.cb_Profil.text,
+                    chat.title,
+                    chat.title,
+                    chat.sender,
+                    chat.text,
+                    p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
+    const Result<quint64> written = p_.journal.add(row);
+    if (!written) {  // the message is safe as long as its mark is on the page
+        log::error("inbox", QStringLiteral("a chat is not opened: ") + QString::fromStdString(written.failure().text));
+        leave();
+        return Then::EndPass;
+    }
+    const quint64 key = written.value();
+    p_.journal.setDoubtful(key, true);  // until the page has answered
+    const auto clicked = p_.page.clickEntry(entry);
+    p_.opener.clickedName(chat.title, clicked ? clicked->before : OpenChat());
+    if (!clicked) {
+        p_.state.len1.text.clear();  // so that there is a next pass, which decides
+        return Then::EndPass;
+    }
+    if (!clicked->found) {
+        p_.journal.settle(key);
+        p_.state.waitread.visible = false;
+        return Then::GoOn;
+    }
+    p_.journal.setDoubtful(key, false);
+
+    const auto look = awaitChat(chat.title, clicked->before);
+    const QString wanted = p_.elements[QStringLiteral("XXDraft")];
+    if (!wanted.isEmpty() && chat.text.startsWith(wanted)) row.wa_text = textBehindDraft(chat.title, chat.text);
+    row.wa_no = numberOf(chat, look);
+    if (row.wa_text.trimmed() == kNothing) {
+        p_.journal.settle(key);
+        leave();
+        return Then::EndPass;
+    }
+    if (row.wa_no != row.title || row.wa_text != chat.text) p_.journal.change(key, row);
+    const bool stored = store(key);
+    lastSignature_ = chat.title + chat.text;
+    log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
+                           .arg(row.wa_text.size())
+                           .arg(log::maskedNumber(row.wa_no),
+                                stored ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                           .arg(p_.clock.monotonicMs() - began));
+    leave();
+    return stored ? Then::GoOn : Then::EndPass;
+}
+
+/// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.
+std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenChat& before) {
+    for (int tries = 0; tries < ChatOpener::kTryLimit && !p_.clock.waitingStopped(); ++tries) {
+        p_.pacing.WA_WAIT(kSmallWaitMs);
+        const auto look = p_.page.lookAtChat(false);
+        if (!look) continue;
+        p_.opener.observe(look->chat, look->linkPlanted);
+        const bool cameUp = look->chat.serial != before.serial || (before.open && before.title == title);
+        if (cameUp && look->chat.open && look->chat.title == title) return look;
+    }
+    return std::nullopt;
+}
+
+QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const {
+    if (!chat.sender.isEmpty() || !isYes(p_.settings.GetNumberInbox)) return chat.title;
+    const QString pictured = look ? numberInPicture(look->headerPicture) : QString();
+    if (!pictured.isEmpty()) return pictured;
+    if (looksLikeNumber(chat.title)) return digitsIn(chat.title);
+    return look && !look->chat.number.isEmpty() ? look->chat.number : chat.title;
+}
+
+/// The row of an open chat shows its last message again, where before it showed a text left in the message box.
+QString InboxReader::textBehindDraft(const QString& title, const QString& draft) {
+    const auto list = p_.page.readChatList(0);
+    if (!list) return draft;
+    for (const ChatEntry& entry : list->entries) {
+        const auto chat = entry.badge.isEmpty() ? readChat(entry) : unreadChat(entry);
+        if (chat && chat->title == title) return chat->text;
+    }
+    return draft;
+}
+
+bool InboxReader::store(quint64 key) {
+    IncomingRow row;
+    for (const InboxJournal::Entry& entry : p_.journal.entries())
+        if (entry.key == key) row = entry.row;
+    const auto line = p_.table.insert(row);
+    if (!line) {
+        storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
+        return false;
+    }
+    p_.journal.settle(key);
+    p_.grid.append(*line);
+    p_.handOff.fire(row.wa_no, row.wa_text, row.PROFIL);
+    return true;
+}
+
+void InboxReader::storeWaiting() {
+    if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) storeUndoubted();
+}
+
+void InboxReader::storeUndoubted() {
+    storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
+    const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
+    for (const InboxJournal::Entry& entry : entries) {
+        if (entry.doubtful) continue;
+        // A server that broke off may have stored it all the same.
+        const auto held = p_.table.holds(entry.row);
+        if (!held) return;
+        if (*held) {
+            p_.journal.settle(entry.key);
+        } else if (!store(entry.key)) {
+            return;
+        }
+    }
+}
+
+/// The chat still has its mark, so the click on it never took place: it is read as if met for the first time.
+void InboxReader::dropDoubtful(const UnreadChat& chat) {
+    const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
+    for (const InboxJournal::Entry& entry : entries)
+        if (entry.doubtful && entry.row.title == chat.title && entry.row.wa_text == chat.text)
+            p_.journal.settle(entry.key);
+}
+
+/// All unread chats are read, so the doubtful ones have lost their marks: they were opened.
+void InboxReader::settleDoubtful() {
+    const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
+    for (const InboxJournal::Entry& entry : entries)
+        if (entry.doubtful) p_.journal.setDoubtful(entry.key, false);
+    storeUndoubted();
+}
+
+/// A chat whose mark does not go away is left to a page that is loaded anew.
+void InboxReader::recover() {
+    log::warning("inbox", QStringLiteral("a chat keeps its unread mark: the page is loaded anew"));
+    p_.state.waitread.visible = false;
+    p_.page.refresh();
+    p_.pacing.WA_WAIT(kSmallWaitMs);
+    p_.page.leaveSearch();
+    wholeList_ = true;
+}
+
+void InboxReader::leave() {
+    p_.state.waitread.visible = false;
+    p_.opener.KE_DUMMY(ownPicture_);
+}
+
+}  // namespace kibo

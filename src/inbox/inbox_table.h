@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QStringList>
+#include <optional>
+
+#include "app/database.h"
+#include "inbox/incoming_row.h"
+
+namespace kibo {
+
+/// The rows of received messages: table `inbox`, and in `multi` those of kind "I".
+class InboxTable {
+ public:
+    explicit InboxTable(Database& database) : database_(database) {}
+
+    /// Stores a message and gives its line of the grid `ms`; nothing when the database refuses.
+    std::optional<QStringList> insert(const IncomingRow& row);
+    /// Whether the message is stored already, under its chat's title or its number; nothing when that can't be said.
+    std::optional<bool> holds(const IncomingRow& row);
+
+    /// A line of the grid: number, text, time as "d/m/yy hh:mm", status.
+    static QString gridTime(const QString& storedTime);
+
+ private:
+    Database& database_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+#include "browser/chat_page.h"
+
+namespace kibo {
+
+/// What a row of the chat list tells about a chat with unread messages.
+struct UnreadChat {
+    QString title;   ///< the saved name, or the number as the page formats it
+    QString text;    ///< the last message, as the row shows it
+    QString sender;  ///< in a group: who wrote; else empty
+};
+
+/// Reads a row: title, time, in a group the member and ":", the text, and last the number of unread messages. Empty
+/// for a row that is no chat or has nothing unread. A row's last line may be a message that is a number itself, so the
+/// unread mark must be there too.
+std::optional<UnreadChat> unreadChat(const ChatEntry& entry);
+
+/// The same for a row whose messages are read: its last line is the text.
+std::optional<UnreadChat> readChat(ChatEntry entry);
+
+/// Whether the row shows that somebody types instead of a message. `typing` is the page's word for it, of which the
+/// first six characters count, in any case.
+bool isTyping(const QString& text, const QString& typing);
+
+}  // namespace kibo

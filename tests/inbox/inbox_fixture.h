@@ -1,0 +1,62 @@
+#pragma once
+
+#include "engine/engine_fixture.h"
+#include "inbox/inbox_reader.h"
+
+namespace kibo::test {
+
+/// The inbox reader over the engine on a page in memory; what goes to the bots is written down.
+class Inbox : public Engine {
+ protected:
+    Inbox() {
+        state.status.caption = QStringLiteral("Ready");
+        settings.GetNumberInbox = QStringLiteral("Y");
+        begin();
+    }
+
+    /// A reader as a start of the program makes it, with the journal that the last one has left.
+    void begin() {
+        reader.reset();
+        journal.reset();
+        journal.emplace([this] { return folder.filePath(QStringLiteral("inbox.journal")); });
+        reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener, table,
+                                          *journal, grid, handOff});
+    }
+
+    void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
+        QStringList lines{title, QStringLiteral("15:09")};
+        if (!member.isEmpty()) lines << member << QStringLiteral(":");
+        page.list.prepend({title, badge, lines << text << badge});
+    }
+    QString rows(const char* columns = "wa_no, SUB_NO, wa_text", const char* tail = "inbox") {
+        QStringList found;
+        for (Recordset set = database.OpenRecordset(
+                 QStringLiteral("select %1 from %2").arg(QLatin1String(columns), QLatin1String(tail)));
+             !set.eof(); set.moveNext()) {
+            QStringList fields;
+            for (int i = 0; i < QLatin1String(columns).count(u',') + 1; ++i) fields << set.field(i);
+            found << fields.join(QLatin1Char('|'));
+        }
+        return found.join(QLatin1Char('\n'));
+    }
+
+    QStringList toBots;
+    InboxTable table{database};
+    InboxGrid grid{state, settings, database, clock};
+    ReplyHandOff handOff{settings,
+                         database,
+                         {[this](const QString& address) {
+                              toBots << address;
+                              return Result<void>();
+                          },
+                          {},
+                          [this](const QString& program, const QString& argument) {
+                              toBots << program + QLatin1Char('>') + argument;
+                              return Result<void>();
+                          },
+                          [] { return 0.25; }}};
+    std::optional<InboxJournal> journal;
+    std::optional<InboxReader> reader;
+};
+
+}  // namespace kibo::test
