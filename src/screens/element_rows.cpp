@@ -28,6 +28,7 @@ const std::vector<Group>& described() {
         {"Chats",
          {{"XX_ChatList", "The list of chats at the left"},
           {"XX_SearchBox", "Search box above the list"},
+          {"XX_MessageResults", "Heading of found messages in the list"},
           {"XX_Conversation", "The open chat as a whole"},
           {"XX_To", "Name or number at the top of the open chat"},
           {"XX_PP", "Picture of the open chat's contact"},
