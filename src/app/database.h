@@ -84,6 +84,8 @@ class Database {
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
     Result<void> runPlain(const QString& sql);
+    /// Begins or ends a transaction where no statement does (Access).
+    Result<void> throughDriver(bool (QSqlDatabase::*call)());
     Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);

@@ -106,6 +106,24 @@ TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     EXPECT_TRUE(shown(1).startsWith(QStringLiteral("Connection cannot be made")));
 }
 
+TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
+    const auto dump = [](const QString& store) { return sqlite(store, QStringLiteral(".dump")); };
+    const QDir home(folder.filePath(QStringLiteral("new")));
+    home.mkpath(QStringLiteral("."));
+    dialogs.answers = {false, true, true};
+    const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
+    EXPECT_FALSE(start());
+    EXPECT_EQ(dialogs.shown.size(), 1U) << "no more than that no database is chosen yet: " << shown(0).toStdString();
+    for (const char* name : {"kb.mdb", "element.sys"}) {
+        const QString made = home.filePath(QLatin1String(name));
+        EXPECT_EQ(dump(made), dump(file(name))) << name;
+        EXPECT_EQ(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther), 0) << name;
+        QFile::remove(made);
+    }
+    EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
+    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
+}
+
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
     set("kibo", "Multi", "Y");
     GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});

@@ -67,6 +67,7 @@ GatewayApplication::~GatewayApplication() = default;
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
+    startUp_.makeFirstStores(settings_.applicationName);
     startUp_.reportSettingsProblem(settings_.applicationName);
     settings_ = loadSettings(startUp_.settingsFile());
     if (!startUp_.openDatabase(database_, settings_)) return false;
@@ -101,6 +102,7 @@ void GatewayApplication::buildEngine() {
         .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
         .programFolder = programFolder_,
+        .clipboard = &clipboard_,
     });
     inbox_ = std::make_unique<Inbox>(
         Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
