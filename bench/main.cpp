@@ -17,6 +17,8 @@ struct Part {
 constexpr Part kParts[] = {
     {"queue", kibo::bench::measureQueue},
     {"messages", kibo::bench::measureMessages},
+    {"inbox", kibo::bench::measureInbox},
+    {"both-ways", kibo::bench::measureBothWays},
     {"round-trips", kibo::bench::measureRoundTrips},
     {"composer", kibo::bench::measureComposer},
     {"program", kibo::bench::measureProgram},

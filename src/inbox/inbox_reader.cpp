@@ -37,9 +37,11 @@ void InboxReader::BACA_WA() {
         }
     } const pass(s);
     passBeganMs_ = p_.clock.monotonicMs();
-    if (!readList()) return;
+    const auto list = readList();
+    if (!list) return;
     settleDoubtful();
-    if (const auto length = p_.page.leaveSearch()) s.len1.text = QString::number(*length);
+    const auto length = list->search ? p_.page.leaveSearch() : list->length;
+    if (length) s.len1.text = QString::number(*length);
 }
 
 bool InboxReader::mayRead() {
@@ -54,30 +56,32 @@ bool InboxReader::mayRead() {
     return journal.ok();
 }
 
-/// True when the list was read to the end that this pass was to reach, and what is unread was stored.
-bool InboxReader::readList() {
-    for (int offset = 0; offset >= 0;) {
+/// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
+std::optional<ChatListLook> InboxReader::readList() {
+    for (int offset = 0;;) {
         auto list = p_.page.readChatList(offset);
-        if (!list) return false;
+        if (!list) return std::nullopt;
         ownPicture_ = list->ownPicture;
         bool anyUnread = false;
         for (qsizetype i = 0; i < list->entries.size(); ++i) {
-            p_.clock.runPendingEvents();
             if (!unreadChat(list->entries[i])) continue;
+            p_.clock.runPendingEvents();
             anyUnread = true;
             const bool late = p_.clock.monotonicMs() - passBeganMs_ > kLongestPassMs;
-            if (p_.clock.waitingStopped() || (late && p_.state.ms_out.rowCount() > 1)) return false;
-            if (readEntry(list->entries[i]) == Then::EndPass) return false;
+            if (p_.clock.waitingStopped() || (late && p_.state.ms_out.rowCount() > 1)) return std::nullopt;
+            if (readEntry(list->entries[i]) == Then::EndPass) return std::nullopt;
             // Chats may have changed places meanwhile.
             list = p_.page.readChatList(offset);
-            if (!list) return false;
+            if (!list) return std::nullopt;
         }
         // Below the rows that the page holds, unread ones are expected only under unread ones. At the start, after
         // hours without Kibo, they may be anywhere.
+        const bool scrolled = offset > 0;
         offset = anyUnread || wholeList_ ? list->nextOffset : -1;
+        if (offset >= 0) continue;
+        wholeList_ = false;
+        return scrolled ? p_.page.readChatList(0) : list;
     }
-    wholeList_ = false;
-    return true;
 }
 
 InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {

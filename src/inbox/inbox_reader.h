@@ -62,7 +62,7 @@ class InboxReader {
     enum class Then { GoOn, EndPass };
 
     bool mayRead();
-    bool readList();
+    std::optional<ChatListLook> readList();
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, UnreadChat chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
