@@ -76,9 +76,20 @@ const link = () => document.getElementById('kirim');
 
 // Rows of the chat list. Several may be drawn anew between two commands, so a row is known by what it shows.
 constexpr const char* kEntries = R"js(
+let rowsWithEmoji = new Set();
+const chatRows = () => {
+  const rows = all('XX_ReadMessage');
+  const known = new Set(rows);
+  rowsWithEmoji = new Set(Array.from(document.querySelectorAll('[dir] img[alt]'), (picture) => {
+    let node = picture;
+    while (node && !known.has(node)) node = node.parentElement;
+    return node;
+  }));
+  return rows;
+};
 const textOfRow = (row) => {
+  if (!rowsWithEmoji.has(row)) return visibleText(row);
   const emoji = Array.from(row.querySelectorAll('[dir] img[alt]')).filter((picture) => picture.alt);
-  if (!emoji.length) return visibleText(row);
   // For as long as the text is read, each picture has its text beside it: nothing is drawn in between.
   const texts = emoji.map((picture) => {
     const text = document.createTextNode(picture.alt);
@@ -242,7 +253,7 @@ QString watchChatList() {
     return entryScript(R"js(
 watch.update();
 document.title = arguments[1];
-const unread = all('XX_ReadMessage').map((row) => [row, linesOf(row)])
+const unread = chatRows().map((row) => [row, linesOf(row)])
     .filter(([row, lines]) => endsInCount(lines) && badgeOf(row)).map(([, lines]) => lines.join('\n')).join('\n');
 // A list that somebody has scrolled doesn't show what is new. He is given some time.
 const scrolledMs = 10000;
@@ -265,7 +276,7 @@ const pane = one('XX_ChatList');
 const read = () => {
   const below = pane.scrollTop + pane.clientHeight;
   callback({
-    entries: all('XX_ReadMessage').map((row) => {
+    entries: chatRows().map((row) => {
       const lines = linesOf(row);
       return endsInCount(lines) ? {title: titleOf(row), badge: badgeOf(row), lines: lines} : {lines: lines};
     }),
@@ -292,7 +303,7 @@ QString clickEntry() {
     return entryScript(R"js(
 const [, title, badge, lines] = arguments;
 const shown = JSON.stringify(lines);
-const row = all('XX_ReadMessage').find(
+const row = chatRows().find(
     (row) => JSON.stringify(linesOf(row)) === shown && titleOf(row) === title && badgeOf(row) === badge);
 const clicked = {found: !!row, before: openChat()};
 if (!row) return clicked;
