@@ -13,6 +13,10 @@ void measureQueue(Table& table);
 void measureMessages(Table& table);
 /// A picture of 10 MB, against the page's own time for it.
 void measureFiles(Table& table);
+/// Reading the inbox: a look at a long list, and a message from its mark on the page to its row.
+void measureInbox(Table& table);
+/// Messages pour in while others go out: each is stored once, and no direction waits long for the other.
+void measureBothWays(Table& table);
 /// A browser command, against the same bytes sent by bare libcurl.
 void measureRoundTrips(Table& table);
 /// A long text into the message box.

@@ -80,6 +80,8 @@ struct ChatEntry {
     QString title;      ///< the chat's name; empty for a row that is no chat (archive, filters, notices)
     QString badge;      ///< text of the unread mark; empty when there is none
     QStringList lines;  ///< visible text, without blank lines, outer blanks and direction marks
+
+    // Title and badge are read only where the last line begins with a digit, as that of an unread chat does.
 };
 
 /// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.
@@ -87,6 +89,8 @@ struct ChatListLook {
     QList<ChatEntry> entries;
     int nextOffset = -1;  ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
     QString ownPicture;   ///< address of the account's own picture; empty when there is none
+    bool search = false;  ///< a search was left above the list, which shows its results only
+    int length = 0;       ///< length of the list's text
 };
 
 /// What tells whether the chat list deserves a look.
@@ -213,7 +217,8 @@ class ChatPage {
 
     /// Sets the browser window's title and glances at the chat list.
     virtual std::optional<ChatListGlance> watchChatList(const QString& title) = 0;
-    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be.
+    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be. New
+    /// messages show at the top, so leave the list there.
     virtual std::optional<ChatListLook> readChatList(int offset) = 0;
     /// Clicks the unread row that still shows exactly `entry`, wherever it stands by now.
     virtual std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) = 0;

@@ -80,9 +80,20 @@ const link = () => document.getElementById('kirim');
 
 // Rows of the chat list. Several may be drawn anew between two commands, so a row is known by what it shows.
 constexpr const char* kEntries = R"js(
+let rowsWithEmoji = new Set();
+const chatRows = () => {
+  const rows = all('XX_ReadMessage');
+  const known = new Set(rows);
+  rowsWithEmoji = new Set(Array.from(document.querySelectorAll('[dir] img[alt]'), (picture) => {
+    let node = picture;
+    while (node && !known.has(node)) node = node.parentElement;
+    return node;
+  }));
+  return rows;
+};
 const textOfRow = (row) => {
+  if (!rowsWithEmoji.has(row)) return visibleText(row);
   const emoji = Array.from(row.querySelectorAll('[dir] img[alt]')).filter((picture) => picture.alt);
-  if (!emoji.length) return visibleText(row);
   // For as long as the text is read, each picture has its text beside it: nothing is drawn in between.
   const texts = emoji.map((picture) => {
     const text = document.createTextNode(picture.alt);
@@ -91,8 +102,12 @@ const textOfRow = (row) => {
   });
   try { return visibleText(row); } finally { texts.forEach((text) => text.remove()); }
 };
+// Looking inside a row costs more than reading its text, so only those are looked into that can be unread.
+const endsInCount = (lines) => /^\d/.test(lines[lines.length - 1] || '');
 const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
 const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
+const searchBox = one('XX_SearchBox');
+const searching = !!searchBox && (searchBox.value ?? visibleText(searchBox)).trim() !== '';
 const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
 )js";
 
@@ -405,7 +420,13 @@ QString watchChatList() {
     return entryScript(R"js(
 watch.update();
 document.title = arguments[1];
-const unread = all('XX_ReadMessage').filter((row) => badgeOf(row)).map(textOfRow).join('\n');
+const unread = chatRows().map((row) => [row, linesOf(row)])
+    .filter(([row, lines]) => endsInCount(lines) && badgeOf(row)).map(([, lines]) => lines.join('\n')).join('\n');
+// A list that somebody has scrolled doesn't show what is new. He is given some time.
+const scrolledMs = 10000;
+const pane = one('XX_ChatList');
+if (!pane || pane.scrollTop < 1) watch.scrolledAt = null;
+else if (performance.now() - (watch.scrolledAt ??= performance.now()) > scrolledMs) pane.scrollTop = 0;
 let digest = 0;
 for (let i = 0; i < unread.length; ++i) digest = (digest * 31 + unread.charCodeAt(i)) | 0;
 return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : ''};
@@ -422,9 +443,14 @@ const pane = one('XX_ChatList');
 const read = () => {
   const below = pane.scrollTop + pane.clientHeight;
   callback({
-    entries: all('XX_ReadMessage').map((row) => ({title: titleOf(row), badge: badgeOf(row), lines: linesOf(row)})),
+    entries: chatRows().map((row) => {
+      const lines = linesOf(row);
+      return endsInCount(lines) ? {title: titleOf(row), badge: badgeOf(row), lines: lines} : {lines: lines};
+    }),
     nextOffset: below < pane.scrollHeight - 1 ? Math.round(Math.max(below - overlap, offset + 1)) : -1,
-    ownPicture: one('XX_OwnPicture')?.getAttribute('src') || ''
+    ownPicture: one('XX_OwnPicture')?.getAttribute('src') || '',
+    search: searching,
+    length: visibleText(pane).length
   });
 };
 if (!pane) {
@@ -444,8 +470,8 @@ QString clickEntry() {
     return entryScript(R"js(
 const [, title, badge, lines] = arguments;
 const shown = JSON.stringify(lines);
-const row = all('XX_ReadMessage').find(
-    (row) => titleOf(row) === title && badgeOf(row) === badge && JSON.stringify(linesOf(row)) === shown);
+const row = chatRows().find(
+    (row) => JSON.stringify(linesOf(row)) === shown && titleOf(row) === title && badgeOf(row) === badge);
 const clicked = {found: !!row, before: openChat()};
 if (!row) return clicked;
 const target = one('XX_EntryTitle', row) || row;
@@ -458,12 +484,14 @@ return clicked;
 }
 
 QString focusSearch() {
-    return script(R"js(
-const box = one('XX_SearchBox');
-const search = !!box && (box.value ?? visibleText(box)).trim() !== '';
-if (search) box.focus();
-return {search: search, length: chatListLength()};
+    return entryScript(R"js(
+if (searching) searchBox.focus();
+return searching;
 )js");
+}
+
+QString chatListLength() {
+    return script("return chatListLength();");
 }
 
 QString clickQrReload() {

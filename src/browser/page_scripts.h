@@ -43,9 +43,10 @@ QString watchChatList();
 QString readChatList();
 /// (title, badge, lines) → what ClickedEntry holds.
 QString clickEntry();
-/// () → {search, length}: whether a search was left above the chat list, which then has the focus; the length of the
-/// list's text.
+/// () → whether a search was left above the chat list; the search box has the focus then.
 QString focusSearch();
+/// () → length of the chat list's text.
+QString chatListLength();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
 /// () → whether there was a control to click.

@@ -346,6 +346,8 @@ std::optional<ChatListLook> WebPage::readChatList(int offset) {
     ChatListLook look;
     look.nextOffset = seen[QStringLiteral("nextOffset")].toInt(-1);
     look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
+    look.search = seen[QStringLiteral("search")].toBool();
+    look.length = seen[QStringLiteral("length")].toInt();
     const QJsonArray entries = seen[QStringLiteral("entries")].toArray();
     look.entries.reserve(entries.size());
     for (const QJsonValue& value : entries) {
@@ -369,13 +371,10 @@ std::optional<ClickedEntry> WebPage::clickEntry(const ChatEntry& entry) {
 // The key is pressed only where it clears something: on an empty search box Escape would close the open chat.
 std::optional<int> WebPage::leaveSearch() {
     static const QString script = scripts::focusSearch();
-    auto answer = runOrSkip("look at the search box", script);
-    if (answer && answer.value()[QStringLiteral("search")].toBool()) {
-        pressEscape();
-        answer = runOrSkip("look at the search box", script);
-    }
-    if (!answer || !answer->isObject()) return std::nullopt;
-    return answer.value()[QStringLiteral("length")].toInt();
+    static const QString length = scripts::chatListLength();
+    if (runOrSkip("look at the search box", script).value_or(QJsonValue()).toBool()) pressEscape();
+    const auto answer = runOrSkip("measure the chat list", length);
+    return answer ? std::optional(answer->toInt()) : std::nullopt;
 }
 
 bool WebPage::refresh() {

@@ -18,7 +18,7 @@ class ChatListWatch {
     void Timer2_Timer();
 
  private:
-    /// A reader that can't begin, say with the database away, is asked again after this time.
+    /// A reader that couldn't begin, say with the database away, or not finish is asked again after this time.
     static constexpr qint64 kRetryMs = 2'000;
 
     GatewayState& state_;

@@ -146,7 +146,7 @@ struct GatewayState {
     // Counters since the program started
     int sentCount = 0;
     int failedCount = 0;
-    int readPasses = 0;  ///< passes over the chat list
+    int readPasses = 0;  ///< passes over the chat list that reached its end
 
     // Timers: interval in milliseconds, initial state
     StateTimer timer_start{1000, true};

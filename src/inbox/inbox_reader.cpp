@@ -1,6 +1,6 @@
 #include "inbox/inbox_reader.h"
 
-#include <exception>
+#include <algorithm>
 
 #include "app/log.h"
 #include "engine/phone_number.h"
@@ -26,7 +26,6 @@ void InboxReader::BACA_WA() {
     struct Pass {
         GatewayState& state;
         explicit Pass(GatewayState& s) : state(s) {
-            ++state.readPasses;
             state.busy = true;
             state.Timer2.setEnabled(false);
         }
@@ -37,9 +36,12 @@ void InboxReader::BACA_WA() {
         }
     } const pass(s);
     passBeganMs_ = p_.clock.monotonicMs();
-    if (!readList()) return;
+    const auto list = readList();
+    if (!list) return;
+    ++s.readPasses;
     settleDoubtful();
-    if (const auto length = p_.page.leaveSearch()) s.len1.text = QString::number(*length);
+    const auto length = list->search ? p_.page.leaveSearch() : list->length;
+    if (length) s.len1.text = QString::number(*length);
 }
 
 bool InboxReader::mayRead() {
@@ -48,36 +50,57 @@ bool InboxReader::mayRead() {
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
     if (s.l_disableread.visible || s.dboff.visible || s.wait.visible || s.stepRunning || s.busy) return false;
+    storeWaiting();
+    const auto& waiting = p_.journal.entries();
+    // As long as the database refuses, messages are safest as unread ones.
+    if (std::any_of(waiting.begin(), waiting.end(), [](const auto& entry) { return !entry.doubtful; })) return false;
     const Result<void> journal = p_.journal.open();
     if (!journal)
         log::error("inbox", QStringLiteral("the inbox is not read: ") + QString::fromStdString(journal.failure().text));
     return journal.ok();
 }
 
-/// True when the list was read to the end that this pass was to reach, and what is unread was stored.
-bool InboxReader::readList() {
-    for (int offset = 0; offset >= 0;) {
-        auto list = p_.page.readChatList(offset);
-        if (!list) return false;
-        ownPicture_ = list->ownPicture;
-        bool anyUnread = false;
-        for (qsizetype i = 0; i < list->entries.size(); ++i) {
-            p_.clock.runPendingEvents();
-            if (!unreadChat(list->entries[i])) continue;
-            anyUnread = true;
-            const bool late = p_.clock.monotonicMs() - passBeganMs_ > kLongestPassMs;
-            if (p_.clock.waitingStopped() || (late && p_.state.ms_out.rowCount() > 1)) return false;
-            if (readEntry(list->entries[i]) == Then::EndPass) return false;
-            // Chats may have changed places meanwhile.
-            list = p_.page.readChatList(offset);
-            if (!list) return false;
+/// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
+std::optional<ChatListLook> InboxReader::readList() {
+    for (int offset = 0;;) {
+        const auto list = readRows(offset);
+        if (!list) {
+            scanFrom_ = scanFrom_ < 0 ? offset : std::min(scanFrom_, offset);
+            return std::nullopt;
         }
-        // Below the rows that the page holds, unread ones are expected only under unread ones. At the start, after
-        // hours without Kibo, they may be anywhere.
-        offset = anyUnread || wholeList_ ? list->nextOffset : -1;
+        const bool scanning = scanFrom_ >= 0;
+        int next = list->look.nextOffset;
+        // Below the rows that the page holds, unread ones are expected only under unread ones, and where a pass was
+        // broken off. At the start, after hours without Kibo, they may be anywhere.
+        if (next >= 0 && !list->anyUnread) next = scanning ? std::max(next, scanFrom_) : -1;
+        if (next < 0 || (scanning && offset >= scanFrom_)) scanFrom_ = next;
+        if (next < 0) return offset > 0 ? p_.page.readChatList(0) : list->look;
+        offset = next;
     }
-    wholeList_ = false;
-    return true;
+}
+
+/// The rows at one scroll position, the unread ones stored; nothing when the pass ends there.
+std::optional<InboxReader::Rows> InboxReader::readRows(int offset) {
+    auto look = p_.page.readChatList(offset);
+    if (!look) return std::nullopt;
+    bool anyUnread = false;
+    ownPicture_ = look->ownPicture;
+    for (qsizetype i = 0; i < look->entries.size(); ++i) {
+        if (!unreadChat(look->entries[i])) continue;
+        anyUnread = true;
+        p_.clock.runPendingEvents();
+        if (mustGiveWay() || readEntry(look->entries[i]) == Then::EndPass) return std::nullopt;
+        // Chats may have changed places meanwhile.
+        look = p_.page.readChatList(offset);
+        if (!look) return std::nullopt;
+    }
+    if (mustGiveWay()) return std::nullopt;
+    return Rows{std::move(*look), anyUnread};
+}
+
+bool InboxReader::mustGiveWay() const {
+    const bool late = p_.clock.monotonicMs() - passBeganMs_ > kLongestPassMs;
+    return p_.clock.waitingStopped() || (late && p_.state.ms_out.rowCount() > 1);
 }
 
 InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
@@ -121,6 +144,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat c
         return Then::EndPass;
     }
     const quint64 key = written.value();
+    awaitSettled();
     p_.journal.setDoubtful(key, true);  // until the page has answered
     const auto clicked = p_.page.clickEntry(entry);
     p_.opener.clickedName(chat.title, clicked ? clicked->before : OpenChat());
@@ -154,6 +178,14 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat c
                            .arg(p_.clock.monotonicMs() - began));
     leave();
     return stored ? Then::GoOn : Then::EndPass;
+}
+
+/// Lets the dummy's chat come up first: later it would take the place of the one that is about to be clicked.
+void InboxReader::awaitSettled() {
+    for (int tries = 0; tries < ChatOpener::kTryLimit && !p_.opener.settled() && !p_.clock.waitingStopped(); ++tries) {
+        if (const auto look = p_.page.lookAtChat(false)) p_.opener.observe(look->chat, look->linkPlanted);
+        if (!p_.opener.settled()) p_.pacing.WA_WAIT(kSmallWaitMs);
+    }
 }
 
 /// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.
@@ -246,7 +278,7 @@ void InboxReader::recover() {
     p_.page.refresh();
     p_.pacing.WA_WAIT(kSmallWaitMs);
     p_.page.leaveSearch();
-    wholeList_ = true;
+    scanFrom_ = 0;
 }
 
 void InboxReader::leave() {

@@ -45,7 +45,7 @@ class InboxReader {
     };
     explicit InboxReader(Parts parts) : p_(std::move(parts)) {}
 
-    /// One pass over the chat list. Returns at once while something else goes on; a pass that took place counts in
+    /// One pass over the chat list. Returns at once while something else goes on; a pass that reached its end counts in
     /// `readPasses`. `Timer2` is off meanwhile.
     void BACA_WA();
 
@@ -60,9 +60,16 @@ class InboxReader {
 
  private:
     enum class Then { GoOn, EndPass };
+    struct Rows {
+        ChatListLook look;
+        bool anyUnread;
+    };
 
     bool mayRead();
-    bool readList();
+    std::optional<ChatListLook> readList();
+    std::optional<Rows> readRows(int offset);
+    bool mustGiveWay() const;
+    void awaitSettled();
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, UnreadChat chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
@@ -78,8 +85,8 @@ class InboxReader {
     Parts p_;
     QString ownPicture_;
     QString lastSignature_;
-    int meetings_ = 0;       // passes in a row that met lastSignature_
-    bool wholeList_ = true;  // the next pass reads the list to its end
+    int meetings_ = 0;  // passes in a row that met lastSignature_
+    int scanFrom_ = 0;  // scroll position from which unread rows may be anywhere; -1: nowhere
     qint64 passBeganMs_ = 0;
     qint64 storeAgainAtMs_ = 0;
 };

@@ -29,6 +29,7 @@ std::optional<UnreadChat> unreadChat(const ChatEntry& entry) {
 }
 
 std::optional<UnreadChat> readChat(ChatEntry entry) {
+    entry.title = entry.lines.value(0);
     entry.badge = QStringLiteral("1");
     entry.lines.append(entry.badge);
     return unreadChat(entry);

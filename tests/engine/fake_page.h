@@ -268,6 +268,7 @@ class FakePage : public ChatPage {
     std::optional<ChatListLook> readChatList(int offset) override {
         if (!answers("readChatList")) return std::nullopt;
         ChatListLook look;
+        look.length = chatListLength;
         look.entries = list.mid(offset, rowsInSight);
         if (offset + rowsInSight < list.size()) look.nextOffset = offset + rowsInSight;
         return look;

@@ -1,0 +1,201 @@
+#include <QElapsedTimer>
+#include <cstdio>
+
+#include "bench/benchmarks.h"
+#include "bench/browser_page.h"
+#include "bench/measuring.h"
+#include "inbox/inbox.h"
+#include "main_window/qt_dialogs.h"
+#include "main_window/timer_runner.h"
+
+namespace kibo::bench {
+namespace {
+
+constexpr int kEntries = 300;
+constexpr int kPasses = 25;
+constexpr double kCommandsPerIdlePass = 5;
+constexpr double kPassTarget = 3;
+constexpr int kArrivals = 15;
+constexpr double kArrivalMs = 1200;
+constexpr int kIncoming = 1000, kChats = 50, kPerSecond = 5, kOutgoing = 100;
+constexpr double kLongestWaitMs = 10'000;
+constexpr int kLongestRunMs = 900'000;
+
+/// Both directions with their timers as in the program, but without its window.
+class BothWays {
+ public:
+    BothWays() : chat(clock), edge_(dialogs_, {}), timers_(edge_) {
+        chat.settings.GetNumberInbox = QStringLiteral("Y");
+        state.txt_DUMMY.text = QStringLiteral("6281200009999");
+        state.cb_Profil.text = chat.settings.Profil;
+        require(database.OpenDatabase(chat.settings, chat.folder.path()).ok(), "the embedded store can't be opened");
+        require(journal_.open(chat.folder.filePath(QStringLiteral("send.journal"))).ok(), "there is no send journal");
+        gateway.emplace(Gateway::Needs{state, chat.settings, chat.elements, database, chat.page, clock, journal_,
+                                       [] { return 0.0; }, [this] { inbox->reader.BACA_WA(); }});
+        inbox.emplace(Inbox::Needs{state, chat.settings, chat.elements, database, chat.page, clock, [] { return 0.0; },
+                                   *gateway, chat.folder.path()});
+        timers_.add(state.Timer_KIBO, [this] { gateway->machine.Timer_KIBO_Timer(); });
+        timers_.add(state.Timer2, [this] { gateway->chatListWatch.Timer2_Timer(); });
+        timers_.add(state.Timer1, [this] { inbox->reader.storeWaiting(); });
+        timers_.add(state.BreakTime, [this] { gateway->pacing.BreakTime_Timer(); });
+        state.Timer_KIBO.setEnabled(true);
+        runUntil([this] { return state.step == QStringLiteral("Queue empty"); }, "the gateway does not get ready");
+    }
+    ~BothWays() { timers_.stopAll(); }
+
+    void incoming(const std::string& number, const std::string& text) {
+        require(chat.standIn.act("incoming", R"({"number": ")" + number + R"(", "text": ")" + text + "\"}").ok(),
+                "no message comes in");
+    }
+    void runUntil(const std::function<bool()>& done, const char* what) {
+        QElapsedTimer waited;
+        waited.start();
+        while (!done() && waited.elapsed() < kLongestRunMs) clock.wait(5);
+        require(done(), what);
+    }
+    int count(const char* sql) { return database.OpenRecordset(QString::fromLatin1(sql)).field(0).toInt(); }
+    int stored() const { return state.ms.rowCount() - 1; }
+
+    SystemClock clock;
+    BrowserPage chat;
+    GatewayState state;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    std::optional<Gateway> gateway;
+    std::optional<Inbox> inbox;
+
+ private:
+    SendJournal journal_;
+    UnattendedDialogs dialogs_;
+    ErrorEdge edge_;
+    TimerRunner timers_;
+};
+
+void measureIdlePass(Table& table, BothWays& both) {
+    require(both.chat.standIn.updateBehaviour(R"({"wholeList": true})").ok(), "the list is not drawn whole");
+    for (int i = 0; i < kEntries; ++i)
+        both.chat.standIn.addContact(std::to_string(6287000000 + i), "Contact " + std::to_string(i));
+    const webdriver::ExecuteScript bare{QStringLiteral(
+        "return Array.from(document.querySelectorAll('#pane-side [role=row]')).map((row) => row.innerText);")};
+    const auto texts = [&] { return both.chat.browser.client().send(bare).valueOr({}).toArray().size(); };
+    both.runUntil([&] { return texts() >= kEntries; }, "the list is not there");
+    both.state.Timer_KIBO.setEnabled(false);
+    both.state.Timer2.setEnabled(false);
+    both.inbox->reader.BACA_WA();  // the first one reads the list to its end
+    const quint64 before = both.chat.browser.client().commandsSent();
+    both.inbox->reader.BACA_WA();
+    const auto commands = both.chat.browser.client().commandsSent() - before;
+    const SideBySide times = sideBySide(
+        kPasses,
+        [&] {
+            both.inbox->reader.BACA_WA();
+            both.state.Timer2.setEnabled(false);
+        },
+        [&] { texts(); });
+    table.add({"inbox: idle pass over 300 chats, over one bare script", "ms", times.measured, times.reference,
+               kPassTarget, kPasses});
+    table.add(
+        {"inbox: browser commands of an idle pass", "", static_cast<double>(commands), kCommandsPerIdlePass, 1, 1});
+    both.state.Timer_KIBO.setEnabled(true);
+    both.state.Timer2.setEnabled(true);
+    require(both.chat.standIn.updateBehaviour(R"({"wholeList": false})").ok(), "the list stays whole");
+}
+
+void measureArrival(Table& table, BothWays& both) {
+    std::vector<double> took;
+    for (int i = 0; i < kArrivals; ++i) {
+        both.clock.wait(1500 + 37 * i);  // at any moment between two looks
+        const int before = both.stored();
+        took.push_back(millisecondsOf([&] {
+            both.incoming(std::to_string(6287000000 + i), "arrival " + std::to_string(i));
+            both.runUntil([&] { return both.stored() > before; }, "a message is not stored");
+        }));
+    }
+    table.add({"inbox: from badge to row, waits included", "ms", median(took), kArrivalMs, 1, kArrivals});
+}
+
+/// The longest time between two changes of a counter while there was work for it.
+struct Stalls {
+    double longestMs = 0;
+    int seen = -1;
+    double sinceMs = 0;
+    void look(int counter, bool work, double nowMs) {
+        if (counter != seen || !work) {
+            seen = counter;
+            sinceMs = nowMs;
+        }
+        longestMs = std::max(longestMs, nowMs - sinceMs);
+    }
+};
+
+void measureBothWays(Table& table, BothWays& both) {
+    const int storedBefore = both.count("select count(*) from inbox");
+    const auto readEvents = [&] {
+        const auto events = both.chat.standIn.events();
+        return static_cast<int>(
+            std::count_if(events.begin(), events.end(), [](const auto& event) { return event.kind == "read"; }));
+    };
+    const int readBefore = readEvents();
+    for (int i = 0; i < kOutgoing; ++i)
+        require(both.database.execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (0, ?, ?)"),
+                                      {QStringLiteral("62855%1").arg(i % 7, 6, 10, QLatin1Char('0')),
+                                       QStringLiteral("Message %1 of this measurement.").arg(i)}) == 1,
+                "a message can't be queued");
+    QElapsedTimer running;
+    running.start();
+    Stalls sending, reading;
+    int shown = 0;
+    const auto handled = [&] { return both.state.sentCount + both.state.failedCount; };
+    both.runUntil(
+        [&] {
+            const auto now = static_cast<double>(running.elapsed());
+            for (; shown < kIncoming && shown * 1000 / kPerSecond <= running.elapsed(); ++shown)
+                both.incoming(std::to_string(6288000000 + shown * 17 % kChats), "incoming " + std::to_string(shown));
+            sending.look(handled(), handled() < kOutgoing, now);
+            reading.look(both.stored(), shown < kIncoming, now);
+            return shown == kIncoming && handled() == kOutgoing;
+        },
+        "not all messages are handled");
+    const double took = static_cast<double>(running.elapsed()) / 1000;
+    int last = 0;
+    both.runUntil(
+        [&] {
+            last = both.count(
+                "select count(*) from inbox where cast(substr(wa_text, 10) as integer) >= 950 and wa_text "
+                "like 'incoming %'");
+            return last == kChats && both.state.step == QStringLiteral("Queue empty");
+        },
+        "the last message of a chat is missing");
+    both.clock.wait(3000);
+    const int stored = both.count("select count(*) from inbox") - storedBefore;
+    const int distinct = both.count("select count(distinct wa_text) from inbox where wa_text like 'incoming %'");
+    const int shownUnread = readEvents() - readBefore;
+    require(both.state.failedCount == 0, "a message was not sent");
+    table.add({"both ways: rows for each unread chat that was opened", "", static_cast<double>(stored),
+               static_cast<double>(shownUnread), 1, shownUnread});
+    table.add({"both ways: rows for each text stored", "", static_cast<double>(stored), static_cast<double>(distinct),
+               1, distinct});
+    table.add({"both ways: longest wait of the queue", "ms", sending.longestMs, kLongestWaitMs, 1, kOutgoing});
+    table.add({"both ways: longest wait of the inbox", "ms", reading.longestMs, kLongestWaitMs, 1, stored});
+    char text[160];
+    std::snprintf(
+        text, sizeof text,
+        "  %d came in over %d chats and %d went out in %.0f s; %d were the last of their chat when it was read",
+        kIncoming, kChats, kOutgoing, took, stored);
+    table.note(text);
+}
+
+}  // namespace
+
+void measureInbox(Table& table) {
+    BothWays both;
+    measureIdlePass(table, both);
+    measureArrival(table, both);
+}
+
+void measureBothWays(Table& table) {
+    BothWays both;
+    measureBothWays(table, both);
+}
+
+}  // namespace kibo::bench
