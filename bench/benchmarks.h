@@ -11,6 +11,8 @@ namespace kibo::bench {
 void measureQueue(Table& table);
 /// A text message, against the waits that its pace demands.
 void measureMessages(Table& table);
+/// A picture of 10 MB, against the page's own time for it.
+void measureFiles(Table& table);
 /// A browser command, against the same bytes sent by bare libcurl.
 void measureRoundTrips(Table& table);
 /// A long text into the message box.

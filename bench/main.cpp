@@ -17,6 +17,7 @@ struct Part {
 constexpr Part kParts[] = {
     {"queue", kibo::bench::measureQueue},
     {"messages", kibo::bench::measureMessages},
+    {"files", kibo::bench::measureFiles},
     {"round-trips", kibo::bench::measureRoundTrips},
     {"composer", kibo::bench::measureComposer},
     {"program", kibo::bench::measureProgram},

@@ -71,6 +71,7 @@ const Option kOptions[] = {
     OPTION(kKibo, NoSandBox),
     OPTION(kKibo, UseIE),
     OPTION(kKibo, ShowIE),
+    OPTION(kKibo, MaxFileMB),
     {kKibo, "StartAddress", &Settings::StartAddress, readLongIni},
     {kKibo, "ChatAddress", &Settings::ChatAddress, readLongIni},
     {kKibo, "ChromeDriver", &Settings::ChromeDriver, readLongIni},

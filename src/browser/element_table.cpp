@@ -46,6 +46,10 @@ constexpr std::array kElements{
             "//*[@id='app']/div/div/div[3]/div[2]/span/div/span/div/div/div[2]/div/div[1]/div[3]/div/div/div[2]/"
             "div[1]/div[1]/p"},
     Element{"XX_SearchBox", "//*[@id='side']/div[1]/div/label/div/div[2]"},
+    // The heading above the single messages that a search has found; above it stand chats.
+    Element{"XX_MessageResults",
+            "//*[@id='pane-side']//*[not(*)][normalize-space(.)='Messages'][not(ancestor::*[@role='row'][.//"
+            "span[@title]])]"},
     // "WhatsApp is open in another window", and pages in place of the application.
     Element{"XX_UseHere", "//*[@role='dialog']//button[contains(.,'Use here') or contains(.,'Use Here')]"},
     Element{"XX_ErrorPage", "#main-frame-error"},

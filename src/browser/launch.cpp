@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
 
 namespace kibo {
@@ -66,6 +67,13 @@ QString startAddress(const Settings& settings) {
 bool isDriverAddress(const QString& setting) {
     return setting.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
            setting.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+}
+
+bool isDriverElsewhere(const QString& setting) {
+    if (!isDriverAddress(setting)) return false;
+    const QString host = QUrl(setting).host();
+    return host != QStringLiteral("localhost") && !host.startsWith(QStringLiteral("127.")) &&
+           host != QStringLiteral("::1");
 }
 
 }  // namespace kibo

@@ -24,8 +24,16 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     std::optional<QList<ChatMessage>> lastMessages() override;
     bool typeText(const QString& text) override;
-    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override;
-    bool clearBox() override;
+    bool typeKeys(const QString& text) override;
+    bool pressPaste() override;
+    std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override;
+    bool clearBox(Box box) override;
+    bool chooseFile(FileInput input, const QString& path) override;
+    std::optional<PreviewLook> lookAtPreview(bool focusCaption) override;
+    std::optional<bool> sendPreview() override;
+    std::optional<FileSentLook> awaitFileSent(int milliseconds) override;
+    std::optional<SearchLook> lookAtSearch() override;
+    std::optional<EntryClick> clickEntry(const QString& title) override;
     bool pressEnter() override;
     bool pressEscape() override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;

@@ -82,6 +82,17 @@ void ChatOpener::clickLink(const QString& number) {
     }
 }
 
+bool ChatOpener::openEntry(const QString& title) {
+    const QString key = OpenLedger::entryKey(title);
+    const auto click = page_.clickEntry(title);
+    if (!click) {
+        ledger_.clickedBlindly(key, clock_.monotonicMs());
+    } else if (click->happened) {
+        ledger_.clicked(key, click->before, clock_.monotonicMs());
+    }
+    return !click || click->happened;
+}
+
 void ChatOpener::KE_DUMMY(const QString& ownPicture) {
     if (!isYes(settings_.DisableRead)) openDummy(ownPicture);
 }

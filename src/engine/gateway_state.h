@@ -118,8 +118,9 @@ struct GatewayState {
 
     // Message in progress
     TextBox txtid, txtNo, txtMedia, txtFile, txtMsg2;
-    QString step;       ///< what the engine does or waits for right now, in words
-    QString doneAbout;  ///< when the queue will be done at the present pace, in words; empty: not known
+    bool mode9 = false;  ///< the message is of wa_mode 9: its opened chat is not dwelt on
+    QString step;        ///< what the engine does or waits for right now, in words
+    QString doneAbout;   ///< when the queue will be done at the present pace, in words; empty: not known
 
     // Pacing
     Label Kirim_Cnt;

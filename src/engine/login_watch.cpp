@@ -21,8 +21,13 @@ const QString kWaitingCode = QStringLiteral("wait");
 }  // namespace
 
 LoginWatch::LoginWatch(GatewayState& state, const Settings& settings, Database& database, ChatPage& page,
-                       const Clock& clock)
-    : state_(state), settings_(settings), database_(database), page_(page), clock_(clock) {}
+                       const Clock& clock, QString programFolder)
+    : state_(state),
+      settings_(settings),
+      database_(database),
+      page_(page),
+      clock_(clock),
+      programFolder_(std::move(programFolder)) {}
 
 QString LoginWatch::tick(const PageLook& look) {
     if (look.qrCodes != 1) {
@@ -89,7 +94,7 @@ void LoginWatch::publish(const QString& code) {
 }
 
 void LoginWatch::showPicture() {
-    const QDir folder(settings_.CaptureImage);
+    const QDir folder(settings_.CaptureImage.isEmpty() ? programFolder_ : settings_.CaptureImage);
     const QString file = folder.filePath(QStringLiteral("qr%1.jpg").arg(profile6(state_.cb_Profil.text)));
     // A picture that can't be taken at this moment is taken at the next tick; one that can't be written never.
     const QImage picture = QImage::fromData(page_.qrPicture());

@@ -15,8 +15,9 @@ namespace kibo {
 /// when something else stands in its place.
 class LoginWatch {
  public:
-    /// All must outlive it.
-    LoginWatch(GatewayState& state, const Settings& settings, Database& database, ChatPage& page, const Clock& clock);
+    /// All must outlive it. `programFolder` takes the code's picture where `CaptureImage` names no folder.
+    LoginWatch(GatewayState& state, const Settings& settings, Database& database, ChatPage& page, const Clock& clock,
+               QString programFolder);
 
     /// One tick. Returns what is waited for, in words for the operator.
     QString tick(const PageLook& look);
@@ -36,6 +37,7 @@ class LoginWatch {
     Database& database_;
     ChatPage& page_;
     const Clock& clock_;
+    const QString programFolder_;
 
     std::optional<qint64> askedMs_;       // the page was asked for again, or pressed
     std::optional<qint64> blankSinceMs_;  // neither chats nor code

@@ -105,6 +105,8 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString store = localStore ? database_.changeMark() : QString();
     const QString mark = store.isEmpty() ? store : store + u' ' + selection.rows + selection.values.join(u' ');
     if (!mark.isEmpty() && mark == loadedMark_) {
+        state_.dboff.visible = false;
+        state_.dboff.visible = false;
         state_.Outbox_Cnt.caption = QString::number(dueCount_);
         return;
     }

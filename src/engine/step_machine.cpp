@@ -130,6 +130,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     if (p_.pageInUse && p_.pageInUse()) return false;
     p_.queue.cmd_OutboxRefresh_Click();
     if (s.dboff.visible) {
+        stopMeasuring();
         idle(QStringLiteral("Database is off"));
         return false;
     }
@@ -272,30 +273,28 @@ void StepMachine::dispatch(const QString& mode) {
         }
     } const attempt{p_.sender, s};
 
+    s.mode9 = mode == QStringLiteral("9");
+    const bool automatic = s.mode9 || mode == QStringLiteral("0");
     const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
-    if (typableText(s.txtMsg2.text).trimmed().isEmpty() && s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) {
+    const bool hasFiles = !s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty();
+    if (typableText(s.txtMsg2.text).trimmed().isEmpty() && !hasFiles) {
         p_.sender.recordFailure(QStringLiteral("the message is empty"));
-    } else if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty()) {
-        p_.sender.recordFailure(QStringLiteral("attachments can't be sent by this version"));
-    } else if (mode == QStringLiteral("1") ||
-               ((mode == QStringLiteral("0") || mode == QStringLiteral("9")) && byNumber)) {
+    } else if (s.txtNo.text.trimmed().isEmpty()) {
+        p_.sender.recordFailure(QStringLiteral("the row names neither a number nor a name"));
+    } else if (mode == QStringLiteral("1") || (automatic && byNumber)) {
         p_.sender.KIRIM_MODE1();
-    } else if (mode == QStringLiteral("0") || mode == QStringLiteral("9")) {
-        p_.sender.recordFailure(
-            s.txtNo.text.trimmed().isEmpty()
-                ? QStringLiteral("the row names no number")
-                : QStringLiteral("the number holds more than digits; names can't be sent to by this version"));
-    } else if (mode == QStringLiteral("2")) {
-        p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
+    } else if (mode == QStringLiteral("2") || automatic) {
+        p_.sender.KIRIM_MODE2();
     } else {
         p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
     }
 }
 
 void StepMachine::finishMessage(const PageLook& look) {
-    p_.state.step = QStringLiteral("Leaving the chat");
+    p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
+    p_.sender.removeFetchedFiles();  // by now the page has read them
     if (p_.settings.AfterSend.toInt() <= 0) {
         p_.state.wait.visible = false;
         return;

@@ -8,7 +8,7 @@ import {Disturbances} from './disturbances.js';
 import {el} from './dom.js';
 import {icon} from './icons.js';
 import {LoginPage} from './login.js';
-import {colourOf, pictureAddress} from './numbers.js';
+import {colourOf, isGroup, pictureAddress} from './numbers.js';
 import {Openings} from './openings.js';
 import {Server} from './server.js';
 import {later} from './timing.js';
@@ -51,7 +51,7 @@ class App {
         const common = {behaviour, spend, server: this.#server, chats: this.#chats};
         this.#list = new ChatList({...common, onChoose: (number) => this.#openings.request(number)});
         this.#attachments = new Attachments({
-            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
+            behaviour, spend, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
             onClosed: () => this.#conversation.focus()});
         this.#conversation = new Conversation({...common, onAttach: () => this.#attachments.toggleMenu()});
         this.#openings = new Openings({...common, dialogs: this.#dialogs,
@@ -86,7 +86,7 @@ class App {
         const number = link.href.slice(prefix.length);
         if (!/^\d{1,20}$/.test(number)) return;
         event.preventDefault();
-        this.#openings.request(number);
+        this.#openings.request(number, !isGroup(number));
     }
 
     #onEscape() {

@@ -19,7 +19,9 @@ class FakePage : public ChatPage {
  public:
     struct Delivered {
         QString number;
-        QString text;
+        QString text;       // of a file: its caption
+        QString file = {};  // its path
+        FileInput input = FileInput::Document;
     };
 
     explicit FakePage(ManualClock& clock) : clock_(clock) {}
@@ -41,6 +43,11 @@ class FakePage : public ChatPage {
     bool boxRenamed = false;  // the message box is no element that the locator matches
     bool silent = false;      // no command is answered
     std::function<void()> beforeEnter;
+    enum class Preview { Comes, NeverComes, Vanishes, Stays, GoesUnsent };
+    Preview preview = Preview::Comes;
+    int previewDelay = 150, uploadDelay = 150;
+    int searchDelay = 200;  // until the results of a search replace the list
+    QString clipboard;      // what a paste gives
 
     bool hideHistory = false;  // the chat shows none of its messages
 
@@ -53,7 +60,8 @@ class FakePage : public ChatPage {
     void open(const QString& number) {
         ++serial_;
         openNumber_ = number;
-        box_.clear();
+        boxes_[Box::Message].clear();
+        previewShown_ = false;
         titles_.append(names.value(number, number));
     }
     void reload() {
@@ -66,8 +74,8 @@ class FakePage : public ChatPage {
         planted_ = false;
         ++generation_;
     }
-    void setBox(const QString& text) { box_ = text; }
-    QString box() const { return box_; }
+    void setBox(const QString& text) { boxes_[Box::Message] = text; }
+    QString box(Box box = Box::Message) const { return boxes_.value(box); }
     void deliver(const QString& number, const QString& text) {
         delivered.push_back({number, text});
         history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
@@ -136,16 +144,17 @@ class FakePage : public ChatPage {
         }
         return clicked;
     }
-    std::optional<ChatLook> lookAtChat(bool) override {
+    std::optional<ChatLook> lookAtChat(bool focusBox) override {
         if (!answers("lookAtChat")) return std::nullopt;
+        if (focusBox) focus_ = Box::Message;
         ChatLook look;
         look.linkPlanted = planted_;
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
         look.hasBox = look.boxFocused = !openNumber_.isEmpty() && !boxRenamed;
-        look.boxText = box_;
         look.headerPicture = headerPicture;
+        look.boxText = boxes_[Box::Message];
         look.chat = chat();
         return look;
     }
@@ -156,30 +165,88 @@ class FakePage : public ChatPage {
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
         if (loseTexts-- > 0) return true;
-        box_ += text;
+        boxes_[focus_] += text;
+        if (focus_ == Box::Search) searchedMs_ = clock_.monotonicMs();
         return true;
     }
-    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override {
+    bool typeKeys(const QString& text) override { return answers("typeKeys") && typeText(text); }
+    bool pressPaste() override { return answers("pressPaste") && typeText(clipboard); }
+    std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override {
         if (!answers("awaitBoxText")) return std::nullopt;
-        if (box_.trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{box_.trimmed() == text.trimmed(), serial_};
+        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
     }
-    bool clearBox() override {
-        box_.clear();
+    bool clearBox(Box box) override {
+        boxes_[box].clear();
+        focus_ = box;
         return answers("clearBox");
+    }
+    bool chooseFile(FileInput input, const QString& path) override {
+        if (!answers("chooseFile")) return false;
+        file_ = {openNumber_, {}, path, input};
+        boxes_[Box::Caption].clear();
+        previewShown_ = false;
+        if (preview != Preview::NeverComes)
+            clock_.at(clock_.monotonicMs() + previewDelay, [this] { previewShown_ = true; });
+        return true;
+    }
+    std::optional<PreviewLook> lookAtPreview(bool focusCaption) override {
+        if (!answers("lookAtPreview")) return std::nullopt;
+        if (focusCaption && previewShown_) focus_ = Box::Caption;
+        return PreviewLook{previewShown_, previewShown_, previewShown_, serial_};
+    }
+    std::optional<bool> sendPreview() override {
+        if (!answers("sendPreview")) return std::nullopt;
+        if (preview == Preview::Vanishes) previewShown_ = false;
+        if (!previewShown_) return false;
+        inChat_ = false;
+        if (preview != Preview::Stays)
+            clock_.at(clock_.monotonicMs() + uploadDelay, [this] {
+                previewShown_ = false;
+                if (preview == Preview::GoesUnsent) return;
+                file_.text = boxes_[Box::Caption];
+                delivered.push_back(file_);
+                inChat_ = true;
+            });
+        return true;
+    }
+    std::optional<FileSentLook> awaitFileSent(int milliseconds) override {
+        if (!answers("awaitFileSent")) return std::nullopt;
+        if (previewShown_ || !inChat_) clock_.wait(milliseconds);
+        return FileSentLook{!previewShown_, inChat_, serial_};
+    }
+    std::optional<SearchLook> lookAtSearch() override {
+        if (!answers("lookAtSearch")) return std::nullopt;
+        SearchLook look{true, boxes_[Box::Search], {}, true};
+        const bool found = clock_.monotonicMs() >= searchedMs_ + searchDelay;
+        for (const QString& name : std::as_const(names))
+            if (!found || name.contains(look.text, Qt::CaseInsensitive)) look.titles.append(name);
+        look.titles.sort();
+        return look;
+    }
+    std::optional<EntryClick> clickEntry(const QString& title) override {
+        if (!answers("clickEntry")) return std::nullopt;
+        const QString number = names.key(title);
+        if (number.isEmpty()) return EntryClick{};
+        const EntryClick click{true, chat()};
+        clicks.append(title);
+        clock_.at(clock_.monotonicMs() + openDelay(number), [this, number] { open(number); });
+        return click;
     }
     bool pressEnter() override {
         if (!answers("pressEnter")) return false;
         if (beforeEnter) beforeEnter();
-        if (swallowEnters-- > 0 || openNumber_.isEmpty() || box_.isEmpty()) return true;
-        deliver(openNumber_, box_);
-        box_.clear();
+        if (swallowEnters-- > 0 || openNumber_.isEmpty() || box().isEmpty()) return true;
+        deliver(openNumber_, box());
+        setBox({});
         return true;
     }
     bool pressEscape() override {
         if (!answers("pressEscape")) return false;
         if (!notice_.isEmpty()) {
             notice_.clear();
+        } else if (previewShown_) {
+            previewShown_ = false;
         } else {
             openNumber_.clear();
         }
@@ -273,7 +340,12 @@ class FakePage : public ChatPage {
     ManualClock& clock_;
     int serial_ = 0;
     int generation_ = 0;
-    QString openNumber_, box_, notice_, linkAddress_;
+    QString openNumber_, notice_, linkAddress_;
+    QHash<Box, QString> boxes_;
+    Box focus_ = Box::Message;
+    Delivered file_;
+    bool previewShown_ = false, inChat_ = false;
+    qint64 searchedMs_ = 0;
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;

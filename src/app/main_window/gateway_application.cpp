@@ -70,8 +70,6 @@ bool GatewayApplication::start() {
     startUp_.makeFirstStores(settings_.applicationName);
     startUp_.reportSettingsProblem(settings_.applicationName);
     settings_ = loadSettings(startUp_.settingsFile());
-    // Never the working directory, which may be anywhere.
-    if (settings_.CaptureImage.isEmpty()) settings_.CaptureImage = programFolder_;
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
@@ -103,6 +101,8 @@ void GatewayApplication::buildEngine() {
         .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
         .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+        .programFolder = programFolder_,
+        .clipboard = &clipboard_,
     });
     inbox_ = std::make_unique<Inbox>(
         Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});

@@ -21,6 +21,7 @@
 #include "main_window/browser_care.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
+#include "main_window/qt_clipboard.h"
 #include "main_window/session_keeper.h"
 #include "main_window/start_up.h"
 #include "main_window/timer_runner.h"
@@ -83,6 +84,7 @@ class GatewayApplication {
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;
+    QtClipboard clipboard_;
     std::unique_ptr<WebPage> page_;
     MediaDownload mediaDownload_;
     SendJournal journal_;
