@@ -130,10 +130,10 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     build.card("shapInbox", kLeft, 368, 392, 176);
     ms = new QueueGrid(state.ms, {30, 27, 28, 15}, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 373, 62, ms);
-    Inbox_Cnt = build.mark("Inbox_Cnt", "", 88, 375, 44, 20, kBusy, 0xFFFFFF);
+    build.heading("lblInbox", "&Inbox", 24, 373, 54, ms);
+    Inbox_Cnt = build.mark("Inbox_Cnt", "", 80, 375, 42, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
-    l_disableread = build.mark("l_disableread", "Reading is off", 134, 374, 98, 22, kNotice, kNoticeText);
+    l_disableread = build.mark("l_disableread", "Reading is off", 126, 374, 106, 22, kNotice, kNoticeText);
     newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 234, 373, 80, 24);
     newestFirst->setToolTip(QStringLiteral("Newest messages first"));
     cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 316, 373, 78, kLine);
