@@ -1,7 +1,7 @@
 # A thin front: each target makes sure that what it needs is installed, then runs CMake's presets or a script.
 # The presets (CMakePresets.json) work without this file.
 
-.PHONY: build demo test bench lint clean deps
+.PHONY: build demo test bench fuzz lint windows clean deps
 .DEFAULT_GOAL := build
 
 CONFIGURE = cmake -DCMAKE_CXX_COMPILER_LAUNCHER=$$(command -v ccache || true) --preset
@@ -19,12 +19,18 @@ test: deps
 bench: build
 	scripts/bench
 
+fuzz: deps
+	scripts/fuzz
+
 lint: deps
 	$(CONFIGURE) release
 	scripts/lint
 
+windows: deps
+	scripts/windows
+
 clean:
-	rm -rf build build-asan build-windows-platform
+	rm -rf build build-asan build-fuzz build-windows-platform
 
 deps:
 	@scripts/install-deps

@@ -11,6 +11,8 @@ namespace kibo::bench {
 void measureQueue(Table& table);
 /// A text message, against the waits that its pace demands.
 void measureMessages(Table& table);
+/// A picture of 10 MB, against the page's own time for it.
+void measureFiles(Table& table);
 /// Reading the inbox: a look at a long list, and a message from its mark on the page to its row.
 void measureInbox(Table& table);
 /// Messages pour in while others go out: each is stored once, and no direction waits long for the other.

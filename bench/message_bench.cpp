@@ -15,7 +15,7 @@ constexpr int kMessages = 20;
 constexpr int kIdleTicks = 20;
 constexpr int kLongestRunMs = 180'000;
 constexpr double kTimeTarget = 1.06;
-constexpr double kCommandsPerMessage = 12;
+constexpr double kCommandsPerMessage = 11;
 constexpr double kCommandsPerIdleTick = 2;
 const QString kNumber = QStringLiteral("6281234567890");
 

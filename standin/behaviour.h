@@ -20,11 +20,13 @@ struct DelayRange {
 struct Behaviour {
     // Login
     bool loggedIn = true;
-    bool qrExpired = false;  ///< the code is greyed out under a reload button, which sets this back to false
-    int qrFirstMs = 60000;   ///< life of the first code
-    int qrNextMs = 20000;    ///< life of each further code
-    int qrCodes = 6;         ///< codes shown before the holder expires by itself
-    int readyDelayMs = 300;  ///< from page load or login until the application is there
+    bool qrExpired = false;      ///< the code is greyed out under a reload button, which sets this back to false
+    int qrFirstMs = 60000;       ///< life of the first code
+    int qrNextMs = 20000;        ///< life of each further code
+    int qrCodes = 6;             ///< codes shown before the holder expires by itself
+    int readyDelayMs = 300;      ///< from page load or login until the application is there
+    bool openElsewhere = false;  ///< "open in another window" in place of the chats; its "Use here" sets this back
+    int errorPage = 0;           ///< counter: page loads that are answered with a server's error
     std::string ownNumber = "6281100000000";
 
     // Opening a chat
@@ -51,10 +53,12 @@ struct Behaviour {
     bool extraRows = false;            ///< rows that are no chats: notice, filters, archive
     bool ornateEntries = false;        ///< entries draw emoji as pictures and put direction marks around previews
     int stickyBadges = 0;              ///< counter: openings that leave the chat's unread mark
+    int searchDelayMs = 150;           ///< from a change in the search box until the list shows its results
 
     // Typing and sending
     bool renameBox = false;   ///< the message box is no element the usual locator matches
     int editDelayMs = 0;      ///< from an edit until the box shows it; 0: the next task
+    int loseEdits = 0;        ///< counter: texts inserted or pasted that the box doesn't take; single keys it does
     bool hastyEnter = false;  ///< Enter sends what the box shows, before edits that are still under way
     int swallowEnter = 0;     ///< counter: presses of Enter that do nothing
     int sendDelayMs = 0;      ///< from Enter until the box is empty and the message is in the chat
@@ -63,6 +67,8 @@ struct Behaviour {
     int linkPreviewDelayMs = 1000;  ///< until the preview of an address in the text is there
     int previewDelayMs = 150;       ///< from choosing a file until its preview is there
     int uploadDelayMs = 150;        ///< from sending a file until its preview is gone
+    int losePreview = 0;            ///< counter: chosen files whose preview never comes
+    int dropPreview = 0;            ///< counter: previews that close when they are sent, with nothing sent
     int ackDelayMs = 150;           ///< between one and two ticks on a sent message
 
     // Disturbances

@@ -69,7 +69,14 @@ json listOf(const std::vector<T>& items) {
 }
 
 void addPageFiles(httplib::Server& server, World& world) {
-    server.Get("/", [](const Request&, Response& response) {
+    server.Get("/", [&world](const Request&, Response& response) {
+        if (world.behaviour().errorPage > 0) {
+            world.spend("errorPage");
+            response.status = 503;
+            response.set_content("<!doctype html><title>503</title><h1>503 Service Unavailable</h1>",
+                                 contentType(".html"));
+            return;
+        }
         response.set_content(std::string(pageFiles().at("index.html")), contentType("index.html"));
     });
     server.Get(R"(/page/file/([\w.]+))", [](const Request& request, Response& response) {

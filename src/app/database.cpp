@@ -10,6 +10,7 @@
 #include "app/query_rows.h"
 #include "app/sql_failure.h"
 #include "app/sql_text.h"
+#include "platform/access_file.h"
 
 namespace kibo {
 namespace {
@@ -89,10 +90,12 @@ Result<void> Database::openLocalStore(const QString& path, const QString& passwo
             return connected;
         return prepareSqlite(path);
     }
-    // QODBC puts the Access driver's name before any database name that holds ".mdb".
-    QString name = QDir::toNativeSeparators(path) + QStringLiteral(";PWD=") + ConnectionString::quoted(password);
-    if (!path.contains(QStringLiteral(".mdb"), Qt::CaseInsensitive)) name += QStringLiteral(";DESCRIPTION=.mdb");
-    const Result<void> connected = connect(QStringLiteral("QODBC"), name, {});
+    const Result<std::string> driver = platform::accessDriver();
+    const Result<void> connected = driver ? connect(QStringLiteral("QODBC"),
+                                                    accessConnection(QString::fromStdString(driver.value()), path) +
+                                                        QStringLiteral(";PWD=") + ConnectionString::quoted(password),
+                                                    {})
+                                          : driver.failure();
     if (connected) return {};
     return Failure{FailureKind::NotSupported,
                    QStringLiteral("%1 is an Access file, and the Access driver can't open it: %2")
@@ -207,7 +210,9 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
     bool done = false;
     if (dialect_ == Dialect::MySql) {
         done = query.exec(withMySqlValues(sql, plainValues));
-    } else if (query.prepare(dialect_ == Dialect::Sqlite ? withSqliteDateLiterals(sql) : sql)) {
+    } else if (dialect_ == Dialect::Access) {
+        done = query.exec(withAccessValues(sql, plainValues));
+    } else if (query.prepare(withSqliteDateLiterals(sql))) {
         for (const QVariant& value : plainValues) query.addBindValue(value);
         done = query.exec();
     }
@@ -222,6 +227,13 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
 Result<void> Database::runPlain(const QString& sql) {
     QSqlQuery query(QSqlDatabase::database(name_, false));
     return run(query, sql);
+}
+
+Result<void> Database::throughDriver(bool (QSqlDatabase::*call)()) {
+    QSqlDatabase connection = QSqlDatabase::database(name_, false);
+    if (!open_) return notConnected();
+    if ((connection.*call)()) return {};
+    return sqlFailure(connection.lastError());
 }
 
 void Database::skip(const QString& sql, const Failure& failure) {
@@ -265,6 +277,15 @@ qint64 Database::lastInsertId() {
     return 0;
 }
 
+QString Database::changeMark() {
+    if (dialect_ != Dialect::Sqlite || !open_) return {};
+    // Own changes, those of other connections, and changes of the tables themselves, each counted apart.
+    const Recordset mark = OpenRecordset(
+        QStringLiteral("select total_changes() || ' ' || (select data_version from pragma_data_version) || ' ' || "
+                       "(select schema_version from pragma_schema_version)"));
+    return mark.field(0);
+}
+
 Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, const Values& values) {
     Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql, values);
     if (!rows) skip(sql, rows.failure());
@@ -304,23 +325,37 @@ std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> ro
 }
 
 Result<Transaction> Transaction::begin(Database& database) {
-    const bool sqlite = database.dialect_ == Database::Dialect::Sqlite;
-    const Result<void> begun =
-        database.runPlain(sqlite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("START TRANSACTION"));
+    Result<void> begun;
+    switch (database.dialect_) {
+        case Database::Dialect::MySql:
+            begun = database.runPlain(QStringLiteral("START TRANSACTION"));
+            break;
+        case Database::Dialect::Sqlite:
+            begun = database.runPlain(QStringLiteral("BEGIN IMMEDIATE"));
+            break;
+        case Database::Dialect::Access:
+            begun = database.throughDriver(&QSqlDatabase::transaction);
+            break;
+    }
     if (!begun) return begun.failure();
     return Transaction(database);
 }
 
 Result<void> Transaction::commit() {
     if (!database_) return Failure{FailureKind::InvalidArgument, "The transaction has ended."};
-    Result<void> done = database_->runPlain(QStringLiteral("COMMIT"));
+    Result<void> done = database_->dialect_ == Database::Dialect::Access
+                            ? database_->throughDriver(&QSqlDatabase::commit)
+                            : database_->runPlain(QStringLiteral("COMMIT"));
     if (done) database_ = nullptr;
     return done;
 }
 
 Transaction::~Transaction() {
     if (!database_ || !database_->isOpen()) return;
-    if (const Result<void> undone = database_->runPlain(QStringLiteral("ROLLBACK")); !undone)
+    const Result<void> undone = database_->dialect_ == Database::Dialect::Access
+                                    ? database_->throughDriver(&QSqlDatabase::rollback)
+                                    : database_->runPlain(QStringLiteral("ROLLBACK"));
+    if (!undone)
         log::warning("app", QStringLiteral("a transaction could not be undone: ") +
                                 QString::fromStdString(undone.failure().text));
 }

@@ -61,6 +61,10 @@ class Database {
     /// Auto-increment key that this connection's last INSERT gave; 0 where it gave none.
     qint64 lastInsertId();
 
+    /// A text that differs from the last one whenever data or tables may have changed since, whoever changed them;
+    /// microseconds against the milliseconds of a large query. Empty for a store that can't tell.
+    QString changeMark();
+
     /// The rows of a query for a grid, which may be very many: up to kRowsInMemory rows are copied, more are read when
     /// they are asked for, and stay those of the moment of the query. `sql` must not end in a limit that lets more than
     /// kRowsInMemory rows through. The rows may outlive the database.
@@ -80,6 +84,8 @@ class Database {
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
     Result<void> runPlain(const QString& sql);
+    /// Begins or ends a transaction where no statement does (Access).
+    Result<void> throughDriver(bool (QSqlDatabase::*call)());
     Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 namespace kibo {
 
@@ -16,6 +17,14 @@ struct MessageBox {
     bool defaultIsNo = false;
 };
 
+/// A box that asks for a line of text.
+struct InputBox {
+    QString title;
+    QString prompt;
+    QString proposal = {};
+    bool secret = false;  ///< what is typed isn't shown
+};
+
 /// Every modal box of the program is shown through this. The engine never opens one.
 class Dialogs {
  public:
@@ -26,6 +35,8 @@ class Dialogs {
 
     /// Blocks until answered. True for "Yes" and "OK", false for "No" and for a box closed without an answer.
     virtual bool show(const MessageBox& box) = 0;
+    /// Blocks until answered; nothing when the box was cancelled, or where nobody can be asked.
+    virtual std::optional<QString> ask(const InputBox& box) = 0;
 };
 
 }  // namespace kibo

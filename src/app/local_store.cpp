@@ -65,4 +65,8 @@ QString sqliteUri(const QString& path, bool readOnly) {
            (readOnly ? QStringLiteral("?mode=ro") : QStringLiteral("?mode=rw"));
 }
 
+QString accessConnection(const QString& driver, const QString& path) {
+    return QStringLiteral("DRIVER={%1};DBQ=%2;ExtendedAnsiSQL=1").arg(driver, QDir::toNativeSeparators(path));
+}
+
 }  // namespace kibo

@@ -22,4 +22,7 @@ Result<LocalFormat> localFormat(const QString& path);
 /// creating an empty one.
 QString sqliteUri(const QString& path, bool readOnly);
 
+/// QODBC's database name of an Access file, without its password. With the SQL of ANSI 92, which the tables need.
+QString accessConnection(const QString& driver, const QString& path);
+
 }  // namespace kibo

@@ -71,9 +71,11 @@ const Option kOptions[] = {
     OPTION(kKibo, NoSandBox),
     OPTION(kKibo, UseIE),
     OPTION(kKibo, ShowIE),
+    OPTION(kKibo, MaxFileMB),
     {kKibo, "StartAddress", &Settings::StartAddress, readLongIni},
     {kKibo, "ChatAddress", &Settings::ChatAddress, readLongIni},
     {kKibo, "ChromeDriver", &Settings::ChromeDriver, readLongIni},
+    {kKibo, "ElementServer", &Settings::ElementServer, readLongIni},
 };
 
 #undef OPTION

@@ -21,9 +21,11 @@ struct Settings {
     QString Slow, Speed, NoAgent, LimitSelect, NoSandBox, UseIE, ShowIE;
 
     // Further keys of section kibo: the file need not have them and they are never written at start.
-    QString StartAddress;  ///< page to open; empty: kDefaultStartAddress
-    QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
-    QString ChromeDriver;  ///< empty: chromedriver from the path; a path; or the http address of a running driver
+    QString StartAddress;   ///< page to open; empty: kDefaultStartAddress
+    QString ChatAddress;    ///< click-to-chat address; empty: kDefaultChatAddress
+    QString MaxFileMB;      ///< largest file that is sent, in megabytes; empty: 64
+    QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
+    QString ElementServer;  ///< host or address of the element service; empty: none
 
     // Built-in values, not in the file.
     QString applicationName = QStringLiteral("KB App");

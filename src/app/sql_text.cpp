@@ -16,7 +16,8 @@ QString sqliteDate(QStringView literal) {
         .arg(match.captured(1), digits(2), digits(3), digits(4), digits(5), digits(6));
 }
 
-QString mySqlLiteral(const QVariant& value) {
+/// NULL and numbers as they are written everywhere, a text as `textLiteral` writes it.
+QString literal(const QVariant& value, QString (*textLiteral)(const QString&)) {
     if (!value.isValid()) return QStringLiteral("NULL");
     switch (value.typeId()) {
         case QMetaType::Bool:
@@ -28,8 +29,44 @@ QString mySqlLiteral(const QVariant& value) {
         case QMetaType::Double:
             return value.toString();
         default:
-            return QStringLiteral("_utf8mb4 X'%1'").arg(QString::fromLatin1(value.toString().toUtf8().toHex()));
+            return textLiteral(value.toString());
     }
+}
+
+QString mySqlText(const QString& text) {
+    return QStringLiteral("_utf8mb4 X'%1'").arg(QString::fromLatin1(text.toUtf8().toHex()));
+}
+
+/// Access knows no escape but the doubled quote, and ends a statement at a zero.
+QString accessText(const QString& value) {
+    QString text = value;
+    return u'\'' + text.remove(QChar(u'\0')).replace(u'\'', QStringLiteral("''")) + u'\'';
+}
+
+/// `escapes`: whether a backslash inside quotes takes away the next character's meaning.
+QString withValues(const QString& sql, const QList<QVariant>& values, QString (*textLiteral)(const QString&),
+                   bool escapes) {
+    QString result;
+    QChar quote;
+    auto value = values.begin();
+    for (qsizetype at = 0; at < sql.size(); ++at) {
+        const QChar c = sql[at];
+        if (!quote.isNull()) {
+            if (escapes && c == u'\\' && quote != u'`' && at + 1 < sql.size()) {
+                result += c;
+                result += sql[++at];
+                continue;
+            }
+            if (c == quote) quote = QChar();
+        } else if (c == u'\'' || c == u'"' || c == u'`') {
+            quote = c;
+        } else if (c == u'?' && value != values.end()) {
+            result += literal(*value++, textLiteral);
+            continue;
+        }
+        result += c;
+    }
+    return result;
 }
 
 }  // namespace
@@ -71,27 +108,11 @@ QString withSqliteDateLiterals(const QString& sql) {
 }
 
 QString withMySqlValues(const QString& sql, const QList<QVariant>& values) {
-    QString result;
-    QChar quote;
-    auto value = values.begin();
-    for (qsizetype at = 0; at < sql.size(); ++at) {
-        const QChar c = sql[at];
-        if (!quote.isNull()) {
-            if (c == u'\\' && quote != u'`' && at + 1 < sql.size()) {
-                result += c;
-                result += sql[++at];
-                continue;
-            }
-            if (c == quote) quote = QChar();
-        } else if (c == u'\'' || c == u'"' || c == u'`') {
-            quote = c;
-        } else if (c == u'?' && value != values.end()) {
-            result += mySqlLiteral(*value++);
-            continue;
-        }
-        result += c;
-    }
-    return result;
+    return withValues(sql, values, mySqlText, true);
+}
+
+QString withAccessValues(const QString& sql, const QList<QVariant>& values) {
+    return withValues(sql, values, accessText, false);
 }
 
 }  // namespace kibo

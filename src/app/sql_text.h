@@ -21,4 +21,7 @@ QString withSqliteDateLiterals(const QString& sql);
 /// since QODBC of Qt 6.4 hands on its own terminating NUL as the last character of every bound text.
 QString withMySqlValues(const QString& sql, const QList<QVariant>& values);
 
+/// The same for Access, whose texts stand in single quotes that are doubled inside.
+QString withAccessValues(const QString& sql, const QList<QVariant>& values);
+
 }  // namespace kibo

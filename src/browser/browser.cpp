@@ -171,6 +171,7 @@ bool Browser::windowExists() {
 }
 
 Result<int> Browser::closeStrayWindows() {
+    if (!session_) return Failure{FailureKind::ConnectionLost, "no browser session is open"};
     const Result<QJsonValue> handles = client_.send(GetWindowHandles{});
     if (!handles) return handles.failure();
     int closed = 0;

@@ -35,6 +35,10 @@ struct PageLook {
     Presence presence = Presence::Silent;
 
     bool noPage = false;      ///< the browser shows its own error or empty page: the start page could not be loaded
+    bool errorPage = false;   ///< something matches XX_ErrorPage
+    QString otherSite;        ///< host of the page where it isn't the start page's; empty when it is
+    int useHereButtons = 0;   ///< matches of XX_UseHere: the account is open in another window
+    bool hasUpdate = false;   ///< something matches XX_Update
     int newChatControls = 0;  ///< matches of XX_NewChat: 0 when not logged in
     int qrCodes = 0;
     QString qrData;  ///< attribute data-ref of the QR holder
@@ -45,6 +49,9 @@ struct PageLook {
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
+    bool hasChatList = false;   ///< something matches XX_ChatList
+    bool hasBox = false;        ///< something matches XX_ChatBox
+    QStringList misunderstood;  ///< locators among these that the browser doesn't understand
     OpenChat chat;
 };
 
@@ -59,6 +66,13 @@ struct ChatLook {
     QString boxText;
     QString headerPicture;  ///< address of the open chat's picture; empty when there is none
     OpenChat chat;
+};
+
+/// One message of the open chat.
+struct ChatMessage {
+    QString id;        ///< empty when it bears none
+    bool own = false;  ///< sent from this account
+    QString text;      ///< with what the page draws around it: time, ticks, names
 };
 
 /// A row of the chat list as the page shows it.
@@ -91,27 +105,59 @@ struct ClickedEntry {
     OpenChat before;
 };
 
-/// One message of the open chat.
-struct ChatMessage {
-    QString id;        ///< empty when it bears none
-    bool own = false;  ///< sent from this account
-    QString text;      ///< with what the page draws around it: time, ticks, names
-};
-
 /// The page at the moment of a click on the link.
 struct ClickedLink {
     OpenChat before;         ///< the conversation that was open
     int chatListLength = 0;  ///< length of the chat list's text
 };
 
-/// The message box after typing or after Enter.
-struct BoxLook {
-    bool asExpected = false;
-    int chatSerial = 0;  ///< the conversation that the box stands in
+/// The boxes of the page that are typed into.
+enum class Box {
+    Message,  ///< of the open chat
+    Caption,  ///< of the preview of a chosen file
+    Search    ///< above the chat list
 };
 
-/// The chat page, at the level on which the engine's procedures speak. Every member costs one browser command
-/// (typeText one a line), because a command that touches the page takes 10 to 20 ms.
+/// A box after typing or after Enter.
+struct BoxLook {
+    bool asExpected = false;
+    int chatSerial = 0;  ///< the conversation that the page shows
+};
+
+/// The page's two ways to take a file. The one for stickers is never used.
+enum class FileInput { Media, Document };
+
+/// The preview that follows the choice of a file.
+struct PreviewLook {
+    bool hasCaption = false;
+    bool hasSendButton = false;
+    bool captionFocused = false;  ///< typing goes to the caption
+    int chatSerial = 0;           ///< the conversation that the page shows
+};
+
+/// What became of a preview that was sent.
+struct FileSentLook {
+    bool previewGone = false;
+    bool inChat = false;  ///< an outgoing message stands there that was not there before
+    int chatSerial = 0;
+};
+
+/// The chat list while something is searched in it.
+struct SearchLook {
+    bool hasBox = false;
+    QString text;           ///< in the search box
+    QStringList titles;     ///< of the chats listed, from the top, each as often as it is there
+    bool complete = false;  ///< false: the list is too long to be read to its end
+};
+
+/// The page at the moment of a click on a chat-list entry.
+struct EntryClick {
+    bool happened = false;  ///< false: no such entry
+    OpenChat before;        ///< the conversation that was open
+};
+
+/// The chat page, at the level on which the engine's procedures speak. A member costs one browser command, or two or
+/// three where it says so, because a command that touches the page takes 10 to 20 ms.
 ///
 /// A failing command has been handled by the error policy when a member returns: booleans are false then and
 /// optionals empty. All texts are as the page shows them; no-break blanks come as blanks.
@@ -137,12 +183,34 @@ class ChatPage {
     /// The messages of the open chat that the page holds, newest last.
     virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
 
-    /// Types `text` into the focused element; line feeds become line breaks inside the message.
+    /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
+    /// `milliseconds`, until it stands there.
+    virtual std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) = 0;
+    /// Types `text` into the focused element; line feeds become line breaks inside the message. Two commands a line.
     virtual bool typeText(const QString& text) = 0;
-    /// Waits, at most `milliseconds`, until the message box holds `text` (empty: until it is empty).
-    virtual std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) = 0;
-    /// Empties the message box and leaves it focused.
-    virtual bool clearBox() = 0;
+    /// The same by one key event a character, a hundred of them a command.
+    virtual bool typeKeys(const QString& text) = 0;
+    /// Pastes what is on the clipboard into the focused element.
+    virtual bool pressPaste() = 0;
+    /// Waits, at most `milliseconds`, until `box` holds `text` (empty: until it is empty).
+    virtual std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) = 0;
+    /// Empties `box` and leaves it focused. Up to three commands.
+    virtual bool clearBox(Box box) = 0;
+
+    /// Gives the file `path` to the page. False when the page has no such input or can't read the file. Two commands.
+    virtual bool chooseFile(FileInput input, const QString& path) = 0;
+    /// Reads the preview; with `focusCaption` its caption is given the focus first, if it is there.
+    virtual std::optional<PreviewLook> lookAtPreview(bool focusCaption) = 0;
+    /// Presses the preview's send button. False: it has none, so nothing was sent; empty: it may have been pressed.
+    virtual std::optional<bool> sendPreview() = 0;
+    /// Waits, at most `milliseconds`, until what `sendPreview` sent stands in the chat.
+    virtual std::optional<FileSentLook> awaitFileSent(int milliseconds) = 0;
+
+    /// Reads the whole chat list, scrolling through it.
+    virtual std::optional<SearchLook> lookAtSearch() = 0;
+    /// Clicks the first chat-list entry with exactly this title, as a mouse does. Empty when it is not known whether
+    /// the click happened. Two commands.
+    virtual std::optional<EntryClick> clickEntry(const QString& title) = 0;
 
     virtual bool pressEnter() = 0;
     virtual bool pressEscape() = 0;
@@ -161,6 +229,8 @@ class ChatPage {
     /// Opens the start page once more.
     virtual bool openStartPage() = 0;
     virtual bool clickQrReload() = 0;
+    /// Answers "open in another window": the account is used here.
+    virtual bool clickUseHere() = 0;
     /// A PNG of the QR code, of the whole page; empty when it can't be taken.
     virtual QByteArray qrPicture() = 0;
     virtual QByteArray pagePicture() = 0;

@@ -46,6 +46,13 @@ constexpr std::array kElements{
             "//*[@id='app']/div/div/div[3]/div[2]/span/div/span/div/div/div[2]/div/div[1]/div[3]/div/div/div[2]/"
             "div[1]/div[1]/p"},
     Element{"XX_SearchBox", "//*[@id='side']/div[1]/div/label/div/div[2]"},
+    // The heading above the single messages that a search has found; above it stand chats.
+    Element{"XX_MessageResults",
+            "//*[@id='pane-side']//*[not(*)][normalize-space(.)='Messages'][not(ancestor::*[@role='row'][.//"
+            "span[@title]])]"},
+    // "WhatsApp is open in another window", and pages in place of the application.
+    Element{"XX_UseHere", "//*[@role='dialog']//button[contains(.,'Use here') or contains(.,'Use Here')]"},
+    Element{"XX_ErrorPage", "#main-frame-error"},
     // Inside a row of the chat list.
     Element{"XX_EntryTitle", ".//span[@title]"},
     Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
@@ -56,17 +63,24 @@ constexpr std::array kElements{
 ElementTable::ElementTable() : ElementTable([](const QString&) { return QString(); }) {}
 
 ElementTable::ElementTable(const LoadElement& loadElement) {
-    for (const Element& element : kElements) {
-        const QString name = QString::fromLatin1(element.name);
-        const QString row = loadElement(name);
-        values_.insert(name, row.isEmpty() ? QString::fromLatin1(element.builtIn) : row);
-    }
+    const QStringList all = names();
+    for (const QString& name : all) set(name, loadElement(name));
+}
+
+void ElementTable::set(const QString& name, const QString& value) {
+    values_.insert(name, value.isEmpty() ? builtIn(name) : value);
 }
 
 QStringList ElementTable::names() {
     QStringList names;
     for (const Element& element : kElements) names.append(QString::fromLatin1(element.name));
     return names;
+}
+
+QString ElementTable::builtIn(const QString& name) {
+    for (const Element& element : kElements)
+        if (name == QLatin1String(element.name)) return QString::fromLatin1(element.builtIn);
+    return {};
 }
 
 bool ElementTable::isXPath(const QString& locator) {

@@ -8,7 +8,7 @@
 namespace kibo {
 
 /// The page's locators and texts by name. A row of the element store wins over the built-in value, so when the
-/// page changes, an operator edits a row. Values are read once, at start.
+/// page changes, an operator edits a row. Rows are read once, at start.
 class ElementTable {
  public:
     /// Gives the row of a name, empty when there is none.
@@ -22,7 +22,12 @@ class ElementTable {
     /// The locator or text of `name`; empty when it has neither row nor built-in value.
     QString operator[](const QString& name) const { return values_.value(name); }
 
+    /// Gives `name` another value for the rest of the run; an empty one means the built-in value again.
+    void set(const QString& name, const QString& value);
+
     static QStringList names();
+    /// The value of `name` where there is no row; empty for most.
+    static QString builtIn(const QString& name);
 
     /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath.
     static bool isXPath(const QString& locator);

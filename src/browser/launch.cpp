@@ -1,6 +1,8 @@
 #include "browser/launch.h"
 
+#include <QDir>
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
 
 namespace kibo {
@@ -19,7 +21,7 @@ Result<QString> profileFolder(const QString& programFolder, const QString& name)
         return Failure{FailureKind::InvalidArgument,
                        QStringLiteral("\"%1\" can't be a profile's name").arg(name).toStdString()};
     }
-    return programFolder + QStringLiteral("/profil/") + name;
+    return QDir::toNativeSeparators(programFolder + QStringLiteral("/profil/") + name);
 }
 
 QStringList launchArguments(const Settings& settings, const QString& profileFolder) {
@@ -65,6 +67,13 @@ QString startAddress(const Settings& settings) {
 bool isDriverAddress(const QString& setting) {
     return setting.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
            setting.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+}
+
+bool isDriverElsewhere(const QString& setting) {
+    if (!isDriverAddress(setting)) return false;
+    const QString host = QUrl(setting).host();
+    return host != QStringLiteral("localhost") && !host.startsWith(QStringLiteral("127.")) &&
+           host != QStringLiteral("::1");
 }
 
 }  // namespace kibo

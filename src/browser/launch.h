@@ -26,5 +26,7 @@ QString startAddress(const Settings& settings);
 
 /// Whether `ChromeDriver` names a driver that runs already (an http or https address) instead of a program.
 bool isDriverAddress(const QString& setting);
+/// Whether that driver, and so its browser, runs on another computer than this one.
+bool isDriverElsewhere(const QString& setting);
 
 }  // namespace kibo

@@ -37,9 +37,13 @@ const textWithEmoji = (node) => {
   return plain(text);
 };
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
-  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0};
-  // Scripted clicks are not trusted ones, so these are a person's.
-  document.addEventListener('mousedown', (event) => { if (event.isTrusted) ++w.personClicks; }, true);
+  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0};
+  // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
+  document.addEventListener('mousedown', (event) => {
+    if (!event.isTrusted) return;
+    if (performance.now() > w.ownClickUntil) ++w.personClicks;
+    w.ownClickUntil = 0;
+  }, true);
   w.update = () => {
     const node = one('XX_Conversation');
     const title = node ? textWithEmoji(one('XX_To')).trim() : '';
@@ -107,10 +111,11 @@ const searching = !!searchBox && (searchBox.value ?? visibleText(searchBox)).tri
 const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
 )js";
 
-// The message box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
+// A box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
 constexpr const char* kBoxText = R"js(
+const boxNamed = (name) => { const node = one(name); return node?.closest('[contenteditable=true]') || node; };
 const boxText = (box) => {
-  let text = '';
+  let text = box.value || '';
   const walk = (node) => {
     if (node.nodeType === Node.TEXT_NODE) text += node.data;
     if (node.nodeType !== Node.ELEMENT_NODE) return;
@@ -124,6 +129,54 @@ const boxText = (box) => {
 };
 const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
 const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
+// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
+const awaitText = (...given) => {
+  const [, name, text, milliseconds] = given;
+  const end = performance.now() + milliseconds;
+  const check = () => {
+    const box = boxNamed(name);
+    const asExpected = !!box && boxText(box).trim() === text.trim();
+    if (asExpected || performance.now() >= end) {
+      watch.update();
+      given[given.length - 1]({asExpected: asExpected, chatSerial: watch.serial});
+    } else {
+      setTimeout(check, 10);
+    }
+  };
+  check();
+};
+)js";
+
+// The list holds the rows in sight only, so it is looked through by scrolling; an entry is known by its place in it.
+// Below the chats, a search lists single messages under a heading of their own.
+constexpr const char* kChatList = R"js(
+let messagesFrom = Infinity;
+const scrollThrough = async (visit) => {
+  const pane = one('XX_ChatList');
+  if (!pane) return false;
+  const end = performance.now() + 2000;
+  const pause = (ms) => new Promise((done) => setTimeout(done, ms));
+  const moveTo = async (top) => {
+    if (Math.abs(pane.scrollTop - top) < 1) return;
+    pane.scrollTop = top;
+    await pause(40);
+  };
+  await moveTo(0);
+  for (;;) {
+    const origin = pane.getBoundingClientRect().top - pane.scrollTop;
+    const placeOf = (node) => Math.round(node.getBoundingClientRect().top - origin);
+    all('XX_MessageResults').forEach((node) => { messagesFrom = Math.min(messagesFrom, placeOf(node)); });
+    const rows = all('XX_ReadMessage').map((row) =>
+      ({row: row, at: placeOf(row), title: row.querySelector('span[title]')?.getAttribute('title')}));
+    if (visit(rows.filter(({title}) => title))) return true;
+    const next = Math.min(pane.scrollTop + 0.8 * pane.clientHeight, pane.scrollHeight - pane.clientHeight);
+    if (next <= pane.scrollTop + 1) break;
+    if (performance.now() >= end) return false;
+    await moveTo(next);
+  }
+  await moveTo(0);
+  return true;
+};
 )js";
 
 QString script(const char* body) {
@@ -134,6 +187,10 @@ QString entryScript(const char* body) {
 }
 QString boxScript(const char* body) {
     return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(body);
+}
+QString listScript(const char* body) {
+    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(kChatList) +
+           QString::fromUtf8(body);
 }
 
 }  // namespace
@@ -146,6 +203,12 @@ const own = one('XX_OwnPicture');
 const notice = one('XX_InvalidNumber');
 return {
   noPage: /^(chrome-error|about|data):/.test(location.href) && !document.body?.childElementCount || location.protocol === 'chrome-error:',
+  errorPage: !!one('XX_ErrorPage'),
+  host: location.hostname,
+  useHereButtons: all('XX_UseHere').length,
+  hasUpdate: !!one('XX_Update'),
+  hasChatList: !!one('XX_ChatList'),
+  hasBox: !!one('XX_ChatBox'),
   misunderstood: misunderstood,
   newChatControls: all('XX_NewChat').length,
   qrCodes: qr.length,
@@ -224,28 +287,132 @@ return all('XX_MessageRow').map((row) => ({
 )js");
 }
 
-// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
 QString awaitBoxText() {
+    return boxScript("awaitText(...arguments);");
+}
+
+// Editors take a pasted text whole, whatever its script and its line breaks. The conversation is compared here, so that
+// nothing gets into the box of a chat that has come up since.
+QString pasteText() {
     return boxScript(R"js(
-const callback = arguments[arguments.length - 1];
-const wanted = arguments[1].trim();
-const end = performance.now() + arguments[2];
+const [, name, text, , chatSerial] = arguments;
+watch.update();
+const box = boxNamed(name);
+if (watch.serial === chatSerial && focusOn(box)) {
+  const clipboardData = new DataTransfer();
+  clipboardData.setData('text/plain', text);
+  box.dispatchEvent(new ClipboardEvent('paste', {clipboardData: clipboardData, bubbles: true, cancelable: true}));
+}
+awaitText(...arguments);
+)js");
+}
+
+// An input is emptied at once, in the way that frameworks notice. An editor of its own takes keys only.
+QString emptyBox() {
+    return boxScript(R"js(
+const box = boxNamed(arguments[1]);
+const hasFocus = focusOn(box);
+if (box instanceof HTMLInputElement) {
+  Object.getOwnPropertyDescriptor(HTMLInputElement.prototype, 'value').set.call(box, '');
+  box.dispatchEvent(new InputEvent('input', {bubbles: true, inputType: 'deleteContentBackward'}));
+}
+return {focused: hasFocus, empty: !!box && !boxText(box)};
+)js");
+}
+
+// The page has an input for stickers too, which takes pictures only: what takes videos as well sends photos. An input
+// that is asked twice would send the former file again, so it is emptied.
+QString fileInput() {
+    return script(R"js(
+const [, media, callback] = arguments;
+const fits = (input) => {
+  const accept = (input.getAttribute('accept') || '').toLowerCase();
+  return media ? accept.includes('video/') : !/(image|video)\//.test(accept);
+};
+const input = () => all(media ? 'XX_MediaInput' : 'XX_DocumentInput').find(fits);
+if (!input()) one('XX_AttachMenu')?.click();
+const end = performance.now() + 2000;
 const check = () => {
-  const box = one('XX_ChatBox');
-  const asExpected = !!box && boxText(box).trim() === wanted;
-  if (asExpected || performance.now() >= end) {
-    watch.update();
-    callback({asExpected: asExpected, chatSerial: watch.serial});
+  const found = input();
+  if (found) found.value = '';
+  if (found || performance.now() >= end) callback(found || null);
+  else setTimeout(check, 10);
+};
+check();
+)js");
+}
+
+QString lookAtPreview() {
+    return boxScript(R"js(
+const caption = boxNamed('XX_Caption');
+watch.update();
+return {
+  hasCaption: !!caption,
+  hasSendButton: !!one('XX_SendFileButton'),
+  captionFocused: arguments[1] ? focusOn(caption) : focused(caption),
+  chatSerial: watch.serial
+};
+)js");
+}
+
+QString sendPreview() {
+    return script(R"js(
+const button = one('XX_SendFileButton');
+if (!button) return false;
+watch.update();
+watch.beforeFile = {title: watch.title, ids: new Set(all('XX_MessageRow').map((row) => row.dataset.id))};
+button.click();
+return true;
+)js");
+}
+
+// Ours is an outgoing message below the last one that stood there: older ones may still be loaded above.
+QString awaitFileSent() {
+    return script(R"js(
+const [, milliseconds, callback] = arguments;
+const end = performance.now() + milliseconds;
+const outgoing = (row) => /^true_/.test(row.dataset.id) || !!row.closest('.message-out') || !!row.querySelector('.message-out');
+const check = () => {
+  watch.update();
+  const before = watch.beforeFile;
+  const rows = all('XX_MessageRow');
+  const last = before ? rows.findLastIndex((row) => before.ids.has(row.dataset.id)) : rows.length;
+  const inChat = !!before && watch.title === before.title && rows.slice(last + 1).some(outgoing);
+  const previewGone = !one('XX_Caption') && !one('XX_SendFileButton');
+  if ((previewGone && inChat) || performance.now() >= end) {
+    callback({previewGone: previewGone, inChat: inChat, chatSerial: watch.serial});
   } else {
-    setTimeout(check, 10);
+    setTimeout(check, 25);
   }
 };
 check();
 )js");
 }
 
-QString focusBox() {
-    return boxScript("return focusOn(one('XX_ChatBox'));");
+QString lookAtSearch() {
+    return listScript(R"js(
+const callback = arguments[arguments.length - 1];
+const entries = new Map();
+scrollThrough((found) => found.forEach(({at, title}) => entries.set(at, title))).then((complete) => {
+  const box = boxNamed('XX_SearchBox');
+  const inOrder = Array.from(entries).sort((a, b) => a[0] - b[0]).filter(([at]) => at < messagesFrom);
+  callback({hasBox: !!box, text: box ? boxText(box) : '', titles: inOrder.map(([, title]) => title), complete: complete});
+});
+)js");
+}
+
+QString findEntry() {
+    return listScript(R"js(
+const [, wanted, callback] = arguments;
+let entry = null;
+scrollThrough((found) => {
+  entry = found.find(({at, title}) => title === wanted && at < messagesFrom)?.row || null;
+  return !!entry;
+}).then(() => {
+  if (entry) watch.ownClickUntil = performance.now() + 3000;
+  callback({entry: entry, before: openChat()});
+});
+)js");
 }
 
 // The length alone would miss a message that makes up for the one before it: "hello" read, then "hey" with its badge.
@@ -333,6 +500,43 @@ const reload = all('XX_QRReload');
 if (reload.length !== 1) return false;
 reload[0].click();
 return true;
+)js");
+}
+
+QString clickUseHere() {
+    return script(R"js(
+const button = one('XX_UseHere');
+if (button) button.click();
+return !!button;
+)js");
+}
+
+// The frames lie in a layer of their own above the page: its elements, which its own code redraws, stay untouched.
+QString outline() {
+    return script(R"js(
+let found = [];
+try { found = find(arguments[1]); } catch (error) { return {understood: false, count: 0, visible: 0, texts: []}; }
+document.getElementById('kibo-outline')?.remove();
+const layer = document.createElement('div');
+layer.id = 'kibo-outline';
+for (const node of found.slice(0, 200)) {
+  const element = node.nodeType === Node.ELEMENT_NODE ? node : node.ownerElement || node.parentElement;
+  const box = element ? element.getBoundingClientRect() : {width: 0, height: 0};
+  if (!box.width || !box.height) continue;
+  const frame = document.createElement('div');
+  frame.style.cssText = 'position:fixed;z-index:2147483647;pointer-events:none;box-sizing:border-box;' +
+    'border:3px solid #e4002b;border-radius:3px;background:rgba(228,0,43,.12);' +
+    `left:${box.left}px;top:${box.top}px;width:${box.width}px;height:${box.height}px`;
+  layer.appendChild(frame);
+}
+document.body.appendChild(layer);
+setTimeout(() => layer.remove(), arguments[2]);
+return {
+  understood: true,
+  count: found.length,
+  visible: layer.childElementCount,
+  texts: found.slice(0, 20).map((node) => visibleText(node).trim().slice(0, 300)).filter((text) => text)
+};
 )js");
 }
 

@@ -18,10 +18,25 @@ QString clickLink();
 /// (focusBox) → what ChatLook holds.
 QString lookAtChat();
 QString lastMessages();
-/// Asynchronous: (text, milliseconds, callback) → {asExpected, chatSerial}.
+/// Asynchronous: (name of the box, text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
-/// () → true when the message box has the focus.
-QString focusBox();
+/// The same with (name of the box, text, milliseconds, chatSerial, callback): pastes first.
+QString pasteText();
+/// (name of the box) → {focused, empty}: gives it the focus and, where a script can, empties it.
+QString emptyBox();
+/// Asynchronous: (media, callback) → the input element for photos and videos, or for documents, or null. Opens the
+/// attach menu where the input is not there yet.
+QString fileInput();
+/// (focusCaption) → what PreviewLook holds.
+QString lookAtPreview();
+/// () → whether there was a send button to press.
+QString sendPreview();
+/// Asynchronous: (milliseconds, callback) → what FileSentLook holds.
+QString awaitFileSent();
+/// Asynchronous: (callback) → what SearchLook holds.
+QString lookAtSearch();
+/// Asynchronous: (title, callback) → {entry, before}; entry is null when the list holds none.
+QString findEntry();
 /// (title) → what ChatListGlance holds.
 QString watchChatList();
 /// Asynchronous: (offset, callback) → what ChatListLook holds, or null while there is no chat list.
@@ -34,5 +49,9 @@ QString focusSearch();
 QString chatListLength();
 /// () → whether exactly one reload control was clicked.
 QString clickQrReload();
+/// () → whether there was a control to click.
+QString clickUseHere();
+/// (locator {xpath, text}, milliseconds) → what Matches holds. Frames the matches for a while.
+QString outline();
 
 }  // namespace kibo::scripts

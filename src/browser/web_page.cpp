@@ -1,7 +1,9 @@
 #include "browser/web_page.h"
 
 #include <QJsonArray>
+#include <QUrl>
 #include <algorithm>
+#include <utility>
 
 #include "app/log.h"
 #include "browser/page_scripts.h"
@@ -16,6 +18,9 @@ using namespace webdriver;
 constexpr char16_t kBackspace = 0xE003, kEnter = 0xE007, kShift = 0xE008, kControl = 0xE009, kEscape = 0xE00C;
 /// How long the page may wait inside one script; the driver ends scripts after 3 s.
 constexpr int kLongestScriptWaitMs = 2500;
+/// Two for each key pressed.
+constexpr qsizetype kKeyActionsAtATime = 200;
+constexpr int kOutlineMs = 2000;
 
 QStringList strings(const QJsonValue& value) {
     QStringList list;
@@ -38,37 +43,65 @@ OpenChat openChat(const QJsonObject& chat) {
     return shown;
 }
 
-QJsonObject keyAction(const char* type, char16_t key) {
-    return {{QStringLiteral("type"), QString::fromLatin1(type)}, {QStringLiteral("value"), QString(QChar(key))}};
+QString elementName(Box box) {
+    switch (box) {
+        case Box::Message:
+            return QStringLiteral("XX_ChatBox");
+        case Box::Caption:
+            return QStringLiteral("XX_Caption");
+        case Box::Search:
+            return QStringLiteral("XX_SearchBox");
+    }
+    return {};
 }
 
-/// One press of `key` while `modifiers` are held.
-PerformActions keyPress(char16_t key, std::initializer_list<char16_t> modifiers = {}) {
-    QJsonArray actions;
-    for (const char16_t modifier : modifiers) actions.append(keyAction("keyDown", modifier));
-    actions.append(keyAction("keyDown", key));
-    actions.append(keyAction("keyUp", key));
-    for (const char16_t modifier : modifiers) actions.append(keyAction("keyUp", modifier));
+std::optional<BoxLook> boxLook(const std::optional<QJsonValue>& seen) {
+    if (!seen) return std::nullopt;
+    return BoxLook{(*seen)[QStringLiteral("asExpected")].toBool(), (*seen)[QStringLiteral("chatSerial")].toInt()};
+}
+
+QJsonObject keyAction(const char* type, const QString& key) {
+    return {{QStringLiteral("type"), QString::fromLatin1(type)}, {QStringLiteral("value"), key}};
+}
+
+PerformActions keyActions(const QJsonArray& actions) {
     return {{QJsonObject{{QStringLiteral("type"), QStringLiteral("key")},
                          {QStringLiteral("id"), QStringLiteral("keyboard")},
                          {QStringLiteral("actions"), actions}}}};
 }
 
-}  // namespace
+/// One press of `key` while `modifiers` are held.
+PerformActions keyPress(char16_t key, std::initializer_list<char16_t> modifiers = {}) {
+    QJsonArray actions;
+    for (const char16_t modifier : modifiers) actions.append(keyAction("keyDown", QChar(modifier)));
+    actions.append(keyAction("keyDown", QChar(key)));
+    actions.append(keyAction("keyUp", QChar(key)));
+    for (const char16_t modifier : modifiers) actions.append(keyAction("keyUp", QChar(modifier)));
+    return keyActions(actions);
+}
 
-WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
-    : browser_(browser), policy_(policy) {
+QJsonObject scriptLocator(const QString& locator) {
+    return {{QStringLiteral("xpath"), ElementTable::isXPath(locator)}, {QStringLiteral("text"), locator}};
+}
+
+/// The table of locators that every script gets.
+QJsonObject locatorsOf(const ElementTable& elements) {
+    QJsonObject locators;
     const QStringList names = ElementTable::names();
     for (const QString& name : names) {
         const QString locator = elements[name];
-        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty())
-            locators_[name] = QJsonObject{{QStringLiteral("xpath"), ElementTable::isXPath(locator)},
-                                          {QStringLiteral("text"), locator}};
+        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty()) locators[name] = scriptLocator(locator);
     }
+    return locators;
 }
 
+}  // namespace
+
+WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
+    : browser_(browser), elements_(elements), policy_(policy) {}
+
 Result<QJsonValue> WebPage::run(const QString& script, const QJsonArray& arguments, bool async) {
-    QJsonArray all{locators_};
+    QJsonArray all{locatorsOf(elements_)};
     for (const QJsonValue& argument : arguments) all.append(argument);
     return browser_.client().send(ExecuteScript{script, all, async});
 }
@@ -100,8 +133,15 @@ PageLook WebPage::look() {
     const QJsonObject seen = answer.value().toObject();
     look.presence = PageLook::Presence::Here;
     look.noPage = seen[QStringLiteral("noPage")].toBool();
-    const QStringList misunderstood = strings(seen[QStringLiteral("misunderstood")]);
-    for (const QString& name : misunderstood) {
+    look.errorPage = seen[QStringLiteral("errorPage")].toBool();
+    const QString host = seen[QStringLiteral("host")].toString();
+    if (!look.noPage && host != QUrl(browser_.startPage()).host()) look.otherSite = host;
+    look.useHereButtons = seen[QStringLiteral("useHereButtons")].toInt();
+    look.hasUpdate = seen[QStringLiteral("hasUpdate")].toBool();
+    look.hasChatList = seen[QStringLiteral("hasChatList")].toBool();
+    look.hasBox = seen[QStringLiteral("hasBox")].toBool();
+    look.misunderstood = strings(seen[QStringLiteral("misunderstood")]);
+    for (const QString& name : std::as_const(look.misunderstood)) {
         if (reported_.contains(name)) continue;
         reported_.append(name);
         log::error("browser", QStringLiteral("the locator %1 is neither XPath nor CSS and finds nothing: correct its "
@@ -185,20 +225,101 @@ bool WebPage::typeText(const QString& text) {
     return true;
 }
 
-std::optional<BoxLook> WebPage::awaitBoxText(const QString& text, int milliseconds) {
-    static const QString script = scripts::awaitBoxText();
-    const auto answer =
-        runOrSkip("await the message box", script, {text, std::min(milliseconds, kLongestScriptWaitMs)}, true);
-    if (!answer) return std::nullopt;
-    const QJsonObject box = answer->toObject();
-    return BoxLook{box[QStringLiteral("asExpected")].toBool(), box[QStringLiteral("chatSerial")].toInt()};
+bool WebPage::typeKeys(const QString& text) {
+    QJsonArray actions;
+    const auto flush = [&] {
+        if (actions.isEmpty()) return true;
+        return sendOrSkip("type keys", keyActions(std::exchange(actions, {})));
+    };
+    const std::u32string characters = text.toStdU32String();
+    for (const char32_t character : characters) {
+        if (character == u'\n') actions.append(keyAction("keyDown", QString(QChar(kShift))));
+        const QString key = character == u'\n' ? QString(QChar(kEnter)) : QString::fromUcs4(&character, 1);
+        actions.append(keyAction("keyDown", key));
+        actions.append(keyAction("keyUp", key));
+        if (character == u'\n') actions.append(keyAction("keyUp", QString(QChar(kShift))));
+        if (actions.size() >= kKeyActionsAtATime && !flush()) return false;
+    }
+    return flush();
 }
 
-bool WebPage::clearBox() {
-    static const QString script = scripts::focusBox();
-    if (!runOrSkip("focus the message box", script).value_or(QJsonValue()).toBool()) return false;
+bool WebPage::pressPaste() {
+    return sendOrSkip("paste", keyPress(u'v', {kControl}));
+}
+
+std::optional<BoxLook> WebPage::pasteText(Box box, const QString& text, int chatSerial, int milliseconds) {
+    static const QString script = scripts::pasteText();
+    return boxLook(runOrSkip("paste a text", script,
+                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs), chatSerial}, true));
+}
+
+std::optional<BoxLook> WebPage::awaitBoxText(Box box, const QString& text, int milliseconds) {
+    static const QString script = scripts::awaitBoxText();
+    return boxLook(runOrSkip("await a box's text", script,
+                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}, true));
+}
+
+bool WebPage::clearBox(Box box) {
+    static const QString script = scripts::emptyBox();
+    const auto answer = runOrSkip("focus a box", script, {elementName(box)});
+    if (!answer || !(*answer)[QStringLiteral("focused")].toBool()) return false;
+    if ((*answer)[QStringLiteral("empty")].toBool()) return true;
     return sendOrSkip("select the box's text", keyPress(u'a', {kControl})) &&
-           sendOrSkip("clear the message box", keyPress(kBackspace));
+           sendOrSkip("clear the box", keyPress(kBackspace));
+}
+
+bool WebPage::chooseFile(FileInput input, const QString& path) {
+    static const QString script = scripts::fileInput();
+    // An input takes several paths in lines of their own.
+    if (path.contains(QLatin1Char('\n'))) return false;
+    const auto found = runOrSkip("find the file input", script, {input == FileInput::Media}, true);
+    const auto element = found ? elementFrom(*found) : std::nullopt;
+    return element && sendOrSkip("choose the file", ElementSendKeys{*element, path});
+}
+
+std::optional<PreviewLook> WebPage::lookAtPreview(bool focusCaption) {
+    static const QString script = scripts::lookAtPreview();
+    const auto answer = runOrSkip("look at the preview", script, {focusCaption});
+    if (!answer) return std::nullopt;
+    const QJsonObject seen = answer->toObject();
+    return PreviewLook{seen[QStringLiteral("hasCaption")].toBool(), seen[QStringLiteral("hasSendButton")].toBool(),
+                       seen[QStringLiteral("captionFocused")].toBool(), seen[QStringLiteral("chatSerial")].toInt()};
+}
+
+std::optional<bool> WebPage::sendPreview() {
+    static const QString script = scripts::sendPreview();
+    const auto answer = runOrSkip("send the preview", script);
+    return answer ? std::optional(answer->toBool()) : std::nullopt;
+}
+
+std::optional<FileSentLook> WebPage::awaitFileSent(int milliseconds) {
+    static const QString script = scripts::awaitFileSent();
+    const auto answer = runOrSkip("await the sent file", script, {std::min(milliseconds, kLongestScriptWaitMs)}, true);
+    if (!answer) return std::nullopt;
+    const QJsonObject seen = answer->toObject();
+    return FileSentLook{seen[QStringLiteral("previewGone")].toBool(), seen[QStringLiteral("inChat")].toBool(),
+                        seen[QStringLiteral("chatSerial")].toInt()};
+}
+
+std::optional<SearchLook> WebPage::lookAtSearch() {
+    static const QString script = scripts::lookAtSearch();
+    const auto answer = runOrSkip("look at the search", script, {}, true);
+    if (!answer) return std::nullopt;
+    const QJsonObject seen = answer->toObject();
+    return SearchLook{seen[QStringLiteral("hasBox")].toBool(), seen[QStringLiteral("text")].toString(),
+                      strings(seen[QStringLiteral("titles")]), seen[QStringLiteral("complete")].toBool()};
+}
+
+// A mouse click by the driver: the list's rows listen to the mouse, not to click events alone.
+std::optional<EntryClick> WebPage::clickEntry(const QString& title) {
+    static const QString script = scripts::findEntry();
+    const auto answer = runOrSkip("find the entry", script, {title}, true);
+    if (!answer) return std::nullopt;
+    const QJsonObject found = answer->toObject();
+    const auto entry = elementFrom(found[QStringLiteral("entry")]);
+    if (!entry) return EntryClick{};
+    if (!sendOrSkip("click the entry", ElementClick{*entry})) return std::nullopt;
+    return EntryClick{true, openChat(found[QStringLiteral("before")].toObject())};
 }
 
 bool WebPage::pressEnter() {
@@ -269,10 +390,15 @@ bool WebPage::clickQrReload() {
     return runOrSkip("reload the QR code", script).value_or(QJsonValue()).toBool();
 }
 
+bool WebPage::clickUseHere() {
+    static const QString script = scripts::clickUseHere();
+    return runOrSkip("use the account here", script).value_or(QJsonValue()).toBool();
+}
+
 QByteArray WebPage::qrPicture() {
-    const QJsonObject locator = locators_[QStringLiteral("XX_QR")].toObject();
-    const Using strategy = locator[QStringLiteral("xpath")].toBool() ? Using::XPath : Using::Css;
-    const auto found = browser_.client().send(FindElement{{strategy, locator[QStringLiteral("text")].toString()}});
+    const QString locator = elements_[QStringLiteral("XX_QR")];
+    const Using strategy = ElementTable::isXPath(locator) ? Using::XPath : Using::Css;
+    const auto found = browser_.client().send(FindElement{{strategy, locator}});
     const auto element = found ? elementFrom(found.value()) : std::nullopt;
     if (!element) return {};
     const auto picture = browser_.client().send(ElementScreenshot{*element});
@@ -291,6 +417,15 @@ int WebPage::closeStrayTabs() {
 
 void WebPage::end() {
     browser_.quit();
+}
+
+Result<Matches> WebPage::outline(const QString& locator) {
+    static const QString script = scripts::outline();
+    const auto answer = run(script, {scriptLocator(locator), kOutlineMs});
+    if (!answer) return answer.failure();
+    const QJsonObject found = answer.value().toObject();
+    return Matches{found[QStringLiteral("understood")].toBool(), found[QStringLiteral("count")].toInt(),
+                   found[QStringLiteral("visible")].toInt(), strings(found[QStringLiteral("texts")])};
 }
 
 }  // namespace kibo

@@ -6,14 +6,15 @@
 #include "browser/browser.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
+#include "browser/page_probe.h"
 
 namespace kibo {
 
 /// The chat page in the real browser. Reads go through scripts, because one script reads all that a step needs in
 /// one command; keys and typed text are real input, because the page's editor ignores anything else.
-class WebPage : public ChatPage {
+class WebPage : public ChatPage, public PageProbe {
  public:
-    /// All must outlive the page.
+    /// All must outlive the page. A locator that changes counts from the next member call on.
     WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy);
 
     PageLook look() override;
@@ -22,9 +23,18 @@ class WebPage : public ChatPage {
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     std::optional<QList<ChatMessage>> lastMessages() override;
+    std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString& text) override;
-    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override;
-    bool clearBox() override;
+    bool typeKeys(const QString& text) override;
+    bool pressPaste() override;
+    std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override;
+    bool clearBox(Box box) override;
+    bool chooseFile(FileInput input, const QString& path) override;
+    std::optional<PreviewLook> lookAtPreview(bool focusCaption) override;
+    std::optional<bool> sendPreview() override;
+    std::optional<FileSentLook> awaitFileSent(int milliseconds) override;
+    std::optional<SearchLook> lookAtSearch() override;
+    std::optional<EntryClick> clickEntry(const QString& title) override;
     bool pressEnter() override;
     bool pressEscape() override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;
@@ -34,10 +44,12 @@ class WebPage : public ChatPage {
     bool refresh() override;
     bool openStartPage() override;
     bool clickQrReload() override;
+    bool clickUseHere() override;
     QByteArray qrPicture() override;
     QByteArray pagePicture() override;
     int closeStrayTabs() override;
     void end() override;
+    Result<Matches> outline(const QString& locator) override;
 
  private:
     Result<QJsonValue> run(const QString& script, const QJsonArray& arguments, bool async = false);
@@ -46,8 +58,8 @@ class WebPage : public ChatPage {
     bool sendOrSkip(const char* step, const webdriver::Command& command);
 
     Browser& browser_;
+    const ElementTable& elements_;
     const ErrorPolicy& policy_;
-    QJsonObject locators_;
     QStringList reported_;  // locators that the browser does not understand
 };
 

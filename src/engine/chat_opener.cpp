@@ -82,10 +82,27 @@ void ChatOpener::clickLink(const QString& number) {
     }
 }
 
+bool ChatOpener::openEntry(const QString& title) {
+    const QString key = OpenLedger::entryKey(title);
+    const auto click = page_.clickEntry(title);
+    if (!click) {
+        ledger_.clickedBlindly(key, clock_.monotonicMs());
+    } else if (click->happened) {
+        ledger_.clicked(key, click->before, clock_.monotonicMs());
+    }
+    return !click || click->happened;
+}
+
 void ChatOpener::KE_DUMMY(const QString& ownPicture) {
-    if (isYes(settings_.DisableRead)) return;
+    if (!isYes(settings_.DisableRead)) openDummy(ownPicture);
+}
+
+bool ChatOpener::openDummy(const QString& ownPicture) {
     const QString own = numberInPicture(ownPicture);
-    if (!GOTONOMOR(own.isEmpty() ? dummyNumber() : own)) enableTimers();
+    openedDummy_ = own.isEmpty() ? dummyNumber() : own;
+    const bool clicked = GOTONOMOR(openedDummy_);
+    if (!clicked) enableTimers();
+    return clicked;
 }
 
 void ChatOpener::enableTimers() {

@@ -34,9 +34,18 @@ class ChatOpener {
     /// are off meanwhile, and stay off after a failure: switching them on again is the caller's business.
     bool GOTONOMOR(const QString& number);
 
+    /// Opens the chat of the chat-list entry with exactly this title, by a click on it. False when there is none.
+    bool openEntry(const QString& title);
+
     /// Leaves the contact's chat by opening the dummy contact's. With `DisableRead` "Y" nothing is opened.
     /// `ownPicture` is the address of the account's own picture, which may name the account's number.
     void KE_DUMMY(const QString& ownPicture);
+
+    /// Opens the chat that is opened between messages, the account's own if its picture names the number. False when
+    /// there is none.
+    bool openDummy(const QString& ownPicture);
+    /// Whether that one is on the page.
+    bool dummyIsOpen() const { return isOpen(openedDummy_); }
 
     /// Switches the step machine's timers on again.
     void enableTimers();
@@ -55,6 +64,8 @@ class ChatOpener {
     bool linkPlanted() const { return linkPlanted_; }
     /// Whether the conversation on the page is known to be the one of `number` (as given to GOTONOMOR).
     bool isOpen(const QString& number) const { return ledger_.isOpen(number); }
+    /// The same for an entry (as given to openEntry).
+    bool isEntryOpen(const QString& title) const { return ledger_.isOpen(OpenLedger::entryKey(title)); }
     /// False while a chat that was asked for earlier may still come up.
     bool settled() const { return ledger_.settled(clock_.monotonicMs()); }
     /// The page shows a notice that a number can't be opened. Returns the number it is about.
@@ -77,6 +88,7 @@ class ChatOpener {
     Clock& clock_;
     Pacing& pacing_;
     OpenLedger ledger_;
+    QString openedDummy_;
     bool linkPlanted_ = false;
 };
 

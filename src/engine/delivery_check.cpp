@@ -33,6 +33,8 @@ Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>
     const bool found = std::any_of(before + 1, shown.end(), [&](const ChatMessage& message) {
         return message.own && essence(message.text).contains(text);
     });
+    // The text goes with the first of two files and tells nothing of the second.
+    if (found && !entry.row.media.isEmpty() && !entry.row.file.isEmpty()) return Delivery::Unknown;
     return found ? Delivery::Delivered : Delivery::NotDelivered;
 }
 

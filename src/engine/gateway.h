@@ -1,16 +1,24 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
+#include "engine/attachment_sender.h"
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
+#include "engine/chat_target.h"
 #include "engine/delivery_check.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
+#include "engine/message_files.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
+#include "engine/text_typer.h"
+#include "platform/result.h"
 
 namespace kibo {
 
@@ -28,17 +36,26 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
+        FetchMedia fetchMedia = {};            ///< fetches files given by address; may be empty
+        QString programFolder = {};            ///< takes the login code's picture where no setting names a folder
+        Clipboard* clipboard = nullptr;        ///< may be null: then texts are always typed
     };
 
     explicit Gateway(const Needs& n)
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
           queue(n.state, n.settings, n.database, n.clock),
-          sender(n.state, n.page, n.elements, n.clock, pacing, opener, queue, n.journal),
+          locators(n.state, n.clock),
+          target(n.state, n.page, n.elements, n.clock, pacing, opener, locators),
+          typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
+          files(n.settings, n.fetchMedia),
+          attachments(n.page, n.clock, pacing, typer),
+          sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, opener),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
-          machine({n.state, n.settings, n.elements, n.database, n.page, n.clock, pacing, opener, queue, sender,
-                   n.journal, recovery, n.random, n.pageInUse}),
+          login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
+                   recovery, login, n.random, n.pageInUse}),
           chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -46,9 +63,15 @@ struct Gateway {
     Pacing pacing;
     ChatOpener opener;
     OutboxQueue queue;
+    LocatorCheck locators;
+    ChatTarget target;
+    TextTyper typer;
+    MessageFiles files;
+    AttachmentSender attachments;
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;
+    LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
 };

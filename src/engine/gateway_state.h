@@ -99,6 +99,8 @@ struct GatewayState {
     TextBox waurl;  ///< "!!" when the browser has gone
     Indicator pQR;  ///< login QR code on screen; caption: file of its picture
     Indicator dboff;
+    QString pageNotice;   ///< what else the page has to say, in words; empty: nothing
+    QString pageChanged;  ///< the locator that matches nothing any more; sending is held while it is set
     bool dummyOpened = false;
     int newChatCount = 0;
     bool stepRunning = false;  ///< a tick of Timer_KIBO is going on, perhaps inside one of its waits
@@ -116,7 +118,9 @@ struct GatewayState {
 
     // Message in progress
     TextBox txtid, txtNo, txtMedia, txtFile, txtMsg2;
-    QString step;  ///< what the engine does right now, in words
+    bool mode9 = false;  ///< the message is of wa_mode 9: its opened chat is not dwelt on
+    QString step;        ///< what the engine does or waits for right now, in words
+    QString doneAbout;   ///< when the queue will be done at the present pace, in words; empty: not known
 
     // Pacing
     Label Kirim_Cnt;

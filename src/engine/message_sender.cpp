@@ -9,179 +9,117 @@ namespace {
 
 constexpr int kSmallWaitMs = 100;
 constexpr int kLinkPreviewMs = 3000;
-// The editor applies what was typed asynchronously; long texts take longer.
-constexpr int kReadBackMs = 2000;
-constexpr int kCharactersPerReadBack = 10'000;
-// A person would have given up typing by then; so would the page.
-constexpr qint64 kLongestTypingMs = 30'000;
-constexpr int kLinesAtATime = 25;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
-const QString kStopped = QStringLiteral("stopped by the operator");
+
+Failure failed(const char* why) {
+    return {FailureKind::NotFound, why};
+}
 
 }  // namespace
 
-QString typableText(const QString& text) {
-    QString typable;
-    typable.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-            typable += c;
-            typable += text[++i];
-        } else if (c == QLatin1Char('\n') || c == QChar::LineSeparator || c == QChar::ParagraphSeparator) {
-            typable += QLatin1Char('\n');
-        } else if (c == QLatin1Char('\r')) {
-            if (i + 1 >= text.size() || text[i + 1] != QLatin1Char('\n')) typable += QLatin1Char('\n');
-        } else if (c == QLatin1Char('\t') || c == QChar::Nbsp) {
-            typable += QLatin1Char(' ');
-        } else if (!c.isSurrogate() && c.category() != QChar::Other_Control) {
-            typable += c;
-        }
-    }
-    return typable;
-}
-
-MessageSender::MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                             Pacing& pacing, ChatOpener& opener, OutboxQueue& queue, SendJournal& journal)
-    : state_(state),
-      page_(page),
-      elements_(elements),
-      clock_(clock),
-      pacing_(pacing),
-      opener_(opener),
-      queue_(queue),
-      journal_(journal) {}
+MessageSender::MessageSender(Parts parts) : p_(std::move(parts)) {}
 
 bool MessageSender::KIRIM_MODE1() {
-    const qint64 start = clock_.monotonicMs();
-    number_ = cleanedNumber(state_.txtNo.text);
-    state_.step = QStringLiteral("Opening the chat for message %1").arg(state_.txtid.text);
-    page_.pressEscape();
-    pacing_.WA_WAIT(kSmallWaitMs);
-    page_.pressEscape();
-    pacing_.WA_WAIT(kSmallWaitMs);
+    return send([this] { return p_.target.openNumber(p_.state.txtNo.text); });
+}
 
-    if (!openChat()) return false;
-    const qint64 opened = clock_.monotonicMs();
-    if (!typeAndSend(typableText(insertContactName(state_.txtMsg2.text, chat_.chat.title)))) return false;
+bool MessageSender::KIRIM_MODE2() {
+    return send([this] { return p_.target.openName(p_.state.txtNo.text); });
+}
 
-    ++state_.sentCount;
-    journal_.ended(state_.txtid.text);
-    log::info("engine", QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
-                            .arg(state_.txtid.text, log::maskedNumber(number_))
-                            .arg(opened - start)
-                            .arg(clock_.monotonicMs() - start));
+bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
+    GatewayState& s = p_.state;
+    const qint64 start = p_.clock.monotonicMs();
+    if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty())
+        s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
+    const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
+    if (!files) {
+        recordFailure(QString::fromStdString(files.failure().text));
+        return false;
+    }
+
+    s.step = QStringLiteral("Opening the chat for message %1").arg(s.txtid.text);
+    ESC();
+    p_.pacing.WA_WAIT(kSmallWaitMs);
+    const Result<ChatLook> chat = openChat();
+    const qint64 opened = p_.clock.monotonicMs();
+    const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
+    if (!sent) {
+        SEND_FAIL(QString::fromStdString(sent.failure().text));
+        return false;
+    }
+    ++s.sentCount;
+    p_.journal.ended(s.txtid.text);
+    QString line = QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
+                       .arg(s.txtid.text, destination())
+                       .arg(opened - start)
+                       .arg(p_.clock.monotonicMs() - start);
+    for (const Attachment& file : files.value()) line += QStringLiteral(", file of %1 bytes").arg(file.size);
+    log::info("engine", line);
     return true;
 }
 
-bool MessageSender::openChat() {
-    if (!opener_.GOTONOMOR(state_.txtNo.text)) {
-        opener_.enableTimers();
-        SEND_FAIL(isPositiveNumber(number_) ? QStringLiteral("the number is too short")
-                                            : QStringLiteral("the number holds more than digits"));
-        return false;
-    }
-    pacing_.WA_WAIT(pacing_.dwell());
-    if (!awaitChat()) return false;
-    if (chat_.linkText != opener_.chatAddress(number_)) {
-        SEND_FAIL(QStringLiteral("the page holds another chat's link"));
-        return false;
-    }
-    return true;
+Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {
+    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, chat.chat.title));
+    // A draft would become part of the message.
+    if (!chat.boxText.trimmed().isEmpty()) p_.page.clearBox(Box::Message);
+    return files.empty() ? sendText(chat, text) : sendFiles(chat, files, text);
 }
 
-bool MessageSender::awaitChat() {
-    for (int tries = 1;; ++tries) {
-        pacing_.WA_WAIT(kSmallWaitMs);
-        if (clock_.waitingStopped()) {
-            SEND_FAIL(kStopped);
-            return false;
-        }
-        const auto look = page_.lookAtChat(true);
-        if (look) opener_.observe(look->chat, look->linkPlanted);
-        if (look && look->hasNotice && matchesNotice(elements_[QStringLiteral("XXInfo3")], look->notice)) {
-            page_.pressEscape();
-            pacing_.WA_WAIT(kSmallWaitMs);
-            if (opener_.refusedBy(look->notice) == number_) {
-                SEND_FAIL(QStringLiteral("the number is not on WhatsApp"));
-                return false;
-            }
-        }
-        if (tries > ChatOpener::kTryLimit) {
-            opener_.notRecognised(number_);
-            SEND_FAIL(QStringLiteral("the chat did not open in time"));
-            return false;
-        }
-        if (look && CEK_FAIL(*look)) {
-            chat_ = *look;
-            return true;
-        }
-        // A link that the page did not take has opened a tab, and a page behind another tab is slowed down.
-        if (tries % 5 == 1) page_.closeStrayTabs();
+Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<Attachment>& files,
+                                      const QString& caption) {
+    for (size_t i = 0; i < files.size(); ++i) {
+        p_.state.step = QStringLiteral("Sending file %1 of message %2").arg(i + 1).arg(p_.state.txtid.text);
+        const QString text = i == 0 ? caption : QString();
+        const auto beforeSending = [&] { return noteInJournal(chat, text); };
+        const Result<void> sent = p_.attachments.send(files[i], text, chat.chat.serial, beforeSending);
+        if (sent) continue;
+        Failure failure = sent.failure();
+        if (i > 0) failure.text += " (of two files; the media file has arrived)";
+        return failure;
     }
+    return {};
 }
 
-/// Repairs a lost chat link; true when the chat asked for is there, its message box ready for typing.
-bool MessageSender::CEK_FAIL(const ChatLook& look) {
-    if (!look.linkPlanted) {
-        opener_.plantLink(number_);
-        return false;
-    }
-    return look.hasBox && look.boxFocused && opener_.isOpen(number_);
-}
-
-bool MessageSender::typeAndSend(QString text) {
-    state_.step = QStringLiteral("Typing message %1").arg(state_.txtid.text);
-    const QString wanted = text;
-    const auto giveUp = [&](const QString& reason) {
+Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) {
+    p_.state.step = QStringLiteral("Typing message %1").arg(p_.state.txtid.text);
+    Result<void> done = typeText(chat, text);
+    if (done) done = noteInJournal(chat, text);
+    if (done && !pressEnterAndConfirm(chat.chat.serial))
+        done = failed("in doubt: Enter was pressed, but the message did not leave the message box");
+    if (!done) {
         // What stands in another chat's box is the operator's own draft.
-        const auto look = page_.lookAtChat(false);
-        if (look && look->chat.serial == chat_.chat.serial && !look->boxText.isEmpty()) page_.clearBox();
-        SEND_FAIL(reason);
-        return false;
-    };
-    if (!chat_.boxText.trimmed().isEmpty()) page_.clearBox();  // a draft would become part of the message
-    KETIK(text);
-
-    auto box = page_.awaitBoxText(wanted, kReadBackMs);
-    for (qsizetype more = wanted.size() / kCharactersPerReadBack; more > 0 && !(box && box->asExpected); --more)
-        box = page_.awaitBoxText(wanted, kReadBackMs);
-    if (!box || !box->asExpected) return giveUp(QStringLiteral("the message box did not take the text"));
-    if (wanted.contains(QStringLiteral("HTTP"), Qt::CaseInsensitive)) {
-        pacing_.WA_WAIT(kLinkPreviewMs);  // the page builds its link preview
-        box = page_.awaitBoxText(wanted, 0);
-        if (!box || !box->asExpected) return giveUp(QStringLiteral("the message box changed before Enter"));
+        const auto look = p_.page.lookAtChat(false);
+        if (look && look->chat.serial == chat.chat.serial && !look->boxText.isEmpty()) p_.page.clearBox(Box::Message);
     }
-    if (box->chatSerial != chat_.chat.serial) return giveUp(QStringLiteral("another chat came up before Enter"));
-    if (clock_.waitingStopped()) return giveUp(kStopped);
-    if (!journal_.typed(state_.txtid.text, wanted, chat_.chat.lastMessageId))
-        return giveUp(QStringLiteral("the journal can't be written, so the message was not sent"));
-    if (!pressEnterAndConfirm())
-        return giveUp(QStringLiteral("in doubt: Enter was pressed, but the message did not leave the message box"));
-    return true;
+    return done;
 }
 
-void MessageSender::KETIK(QString& text) {
-    const QStringList lines = text.split(QLatin1Char('\n'));
-    const qint64 latest = clock_.monotonicMs() + kLongestTypingMs;
-    for (qsizetype i = 0; i < lines.size(); i += kLinesAtATime) {
-        if (i > 0) clock_.runPendingEvents();  // many lines take seconds, and the window stays alive
-        if (clock_.waitingStopped() || clock_.monotonicMs() > latest) break;
-        const QString some = lines.mid(i, kLinesAtATime).join(QLatin1Char('\n'));
-        if (!page_.typeText(i > 0 ? QLatin1Char('\n') + some : some)) break;
+Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) {
+    if (const auto typed = p_.typer.type(Box::Message, text, chat.chat.serial); !typed) return typed;
+    if (text.contains(QStringLiteral("HTTP"), Qt::CaseInsensitive)) {
+        p_.pacing.WA_WAIT(kLinkPreviewMs);  // the page builds its link preview
+        if (const auto still = p_.typer.check(Box::Message, text, chat.chat.serial); !still) return still;
     }
-    text.replace(QLatin1Char('\n'), QChar(11));
-    state_.txtMsg2.text = text;
+    if (p_.clock.waitingStopped()) return failed("stopped by the operator");
+    return {};
 }
 
-bool MessageSender::pressEnterAndConfirm() {
-    page_.pressEnter();
+/// The last thing before something is sent.
+Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
+    if (p_.journal.typed(p_.state.txtid.text, text, chat.chat.lastMessageId)) return {};
+    return failed("the journal can't be written, so the message was not sent");
+}
+
+/// The one place where a text is sent.
+bool MessageSender::pressEnterAndConfirm(int chatSerial) {
+    p_.page.pressEnter();
     // Asked again, the page may only have been slow. Enter is not repeated: whether the first one is still on
     // its way can't be known.
     for (int tries = 0; tries < kConfirmTries; ++tries) {
-        const auto box = page_.awaitBoxText(QString(), kEmptiedMs);
-        if (box && box->chatSerial != chat_.chat.serial) return false;
+        const auto box = p_.page.awaitBoxText(Box::Message, QString(), kEmptiedMs);
+        if (box && box->chatSerial != chatSerial) return false;
         if (box && box->asExpected) return true;
     }
     return false;
@@ -193,28 +131,33 @@ void MessageSender::SEND_FAIL(const QString& reason) {
 }
 
 void MessageSender::recordFailure(const QString& reason) {
-    ++state_.failedCount;
-    if (state_.ms2.rows != unsent_) {  // the operator has emptied the grid
+    GatewayState& s = p_.state;
+    ++s.failedCount;
+    if (s.ms2.rows != unsent_) {  // the operator has emptied the grid
         unsent_ = std::make_shared<ListRows>();
     }
     unsent_->append(
-        {state_.txtNo.text, state_.txtMsg2.text, clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
-    state_.ms2.setRows(unsent_);
-    log::warning("engine", QStringLiteral("message %1 to %2 failed: %3")
-                               .arg(state_.txtid.text, log::maskedNumber(cleanedNumber(state_.txtNo.text)), reason));
-    journal_.failed(state_.txtid.text, reason);
-    if (queue_.markFailed(state_.txtid.text))
-        journal_.ended(state_.txtid.text);
+        {s.txtNo.text, s.txtMsg2.text, p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
+    s.ms2.setRows(unsent_);
+    log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
+    p_.journal.failed(s.txtid.text, reason);
+    if (p_.queue.markFailed(s.txtid.text))
+        p_.journal.ended(s.txtid.text);
     else
-        log::error(
-            "engine",
-            QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(state_.txtid.text));
+        log::error("engine",
+                   QStringLiteral("message %1 is not marked as failed yet: the database refuses").arg(s.txtid.text));
+}
+
+/// Where the message goes, as it may stand in the log.
+QString MessageSender::destination() const {
+    const QString number = cleanedNumber(p_.state.txtNo.text);
+    return isPositiveNumber(number) ? log::maskedNumber(number) : QStringLiteral("a chat by name");
 }
 
 void MessageSender::ESC() {
-    page_.pressEscape();
-    pacing_.WA_WAIT(kSmallWaitMs);
-    page_.pressEscape();
+    p_.page.pressEscape();
+    p_.pacing.WA_WAIT(kSmallWaitMs);
+    p_.page.pressEscape();
 }
 
 }  // namespace kibo

@@ -1,30 +1,49 @@
 #pragma once
 
 #include <QString>
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "app/clock.h"
 #include "browser/chat_page.h"
-#include "browser/element_table.h"
-#include "engine/chat_opener.h"
+#include "engine/attachment_sender.h"
+#include "engine/chat_target.h"
 #include "engine/gateway_state.h"
+#include "engine/message_files.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
+#include "engine/text_typer.h"
 
 namespace kibo {
 
-/// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`) into its chat. The row has left the
-/// queue already: whatever happens here ends as sent, or in SEND_FAIL with a reason.
+/// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`, `txtMedia`, `txtFile`) into its chat.
+/// The row has left the queue already: whatever happens here ends as sent, or in SEND_FAIL with a reason.
 ///
-/// The order that keeps a text out of the wrong chat: open the chat; see that the chat on the page is the one asked
-/// for; type; read the box back; see that it is still the same conversation; press Enter; see the box emptied.
+/// The order that keeps a message out of the wrong chat: open the chat; see that the chat on the page is the one asked
+/// for; type; read the box back; see that it is still the same conversation; send; see that it has gone.
 class MessageSender {
  public:
-    MessageSender(GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-                  ChatOpener& opener, OutboxQueue& queue, SendJournal& journal);
+    /// What sending is made of; all of it must outlive the sender.
+    struct Parts {
+        GatewayState& state;
+        ChatPage& page;
+        Clock& clock;
+        Pacing& pacing;
+        ChatTarget& target;
+        TextTyper& typer;
+        MessageFiles& files;
+        AttachmentSender& attachments;
+        OutboxQueue& queue;
+        SendJournal& journal;
+    };
+    explicit MessageSender(Parts parts);
 
-    /// Sends to a number. True when the message was seen to leave the message box.
+    /// Sends to a number. True when the message was seen to go.
     bool KIRIM_MODE1();
+    /// Sends to a contact or a group by its name. True when the message was seen to go.
+    bool KIRIM_MODE2();
 
     /// Marks the current message as failed, lists it in `ms2`, and closes what is open on the page.
     void SEND_FAIL(const QString& reason);
@@ -32,30 +51,22 @@ class MessageSender {
     /// The same without touching the page: nothing was opened for this message.
     void recordFailure(const QString& reason);
 
+    /// Removes what was fetched for the current message, where the settings ask for it.
+    void removeFetchedFiles() { p_.files.removeFetched(); }
+
  private:
-    bool openChat();
-    bool CEK_FAIL(const ChatLook& look);
-    bool typeAndSend(QString text);
-    void KETIK(QString& text);
-    bool pressEnterAndConfirm();
-    bool awaitChat();
+    bool send(const std::function<Result<ChatLook>()>& openChat);
+    Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
+    Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);
+    Result<void> sendText(const ChatLook& chat, const QString& text);
+    Result<void> typeText(const ChatLook& chat, const QString& text);
+    bool pressEnterAndConfirm(int chatSerial);
+    Result<void> noteInJournal(const ChatLook& chat, const QString& text);
+    QString destination() const;
     void ESC();
 
-    GatewayState& state_;
-    ChatPage& page_;
-    const ElementTable& elements_;
-    Clock& clock_;
-    Pacing& pacing_;
-    ChatOpener& opener_;
-    OutboxQueue& queue_;
-    SendJournal& journal_;
-
-    QString number_;  // cleaned
-    ChatLook chat_;   // as it was found ready
+    Parts p_;
     std::shared_ptr<ListRows> unsent_;
 };
-
-/// A text as it can be typed: line breaks as line feeds, other control characters and broken surrogates left out.
-QString typableText(const QString& text);
 
 }  // namespace kibo

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/chat_title.h"
 #include "engine/phone_number.h"
 
 namespace kibo {
@@ -10,21 +11,33 @@ namespace {
 /// A notice with fewer digits names no number.
 constexpr int kShortestNamed = 5;
 
-/// Whether the conversation itself names this number.
+/// No number begins like this.
+constexpr QLatin1Char kEntryMark('"');
+
+bool isEntry(const QString& number) {
+    return number.startsWith(kEntryMark);
+}
+
+/// Whether the conversation itself names this number, or has this entry's title.
 bool isNamed(const OpenChat& chat, const QString& number) {
+    if (isEntry(number)) return !chat.title.isEmpty() && OpenLedger::entryKey(chat.title) == number;
     if (!chat.number.isEmpty()) return sameSubscriber(chat.number, number);
     return looksLikeNumber(chat.title) && sameSubscriber(chat.title, number);
 }
 
 }  // namespace
 
+QString OpenLedger::entryKey(const QString& title) {
+    return kEntryMark + trimmedTitle(title).toCaseFolded();
+}
+
 void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 nowMs) {
     observe(before, nowMs);
     // Asked for the chat that is open already, the page may change nothing: there is nothing to wait for.
-    const bool openAlready = before.open && (current_ == number || isNamed(before, number));
+    const bool openAlready = before.open && (current_ == number || (!isEntry(number) && isNamed(before, number)));
     clickedBlindly(number, nowMs);
     waiting_.back().clicksBefore = -1;
-    clicks_ = before.clicks + 1;
+    clicks_ = before.clicks + (isEntry(number) ? 0 : 1);
     personClicks_ = before.personClicks;
     if (!openAlready) return;
     settle(number);
@@ -33,7 +46,8 @@ void OpenLedger::clicked(const QString& number, const OpenChat& before, qint64 n
 
 void OpenLedger::clickedBlindly(const QString& number, qint64 nowMs) {
     settle(number);
-    waiting_.push_back({number, nowMs, clicks_});
+    // The page's record tells of links only.
+    waiting_.push_back({number, nowMs, isEntry(number) ? -1 : clicks_});
     lastClicked_ = number;
     current_.clear();
     cameUpSinceClick_ = false;
@@ -86,12 +100,15 @@ void OpenLedger::observe(const OpenChat& chat, qint64 nowMs) {
 }
 
 QString OpenLedger::refusedBy(const QString& notice) {
-    QString number = waiting_.size() == 1 ? waiting_.front().number : lastClicked_;
+    QStringList numbers;
+    for (const Click& click : waiting_)
+        if (!isEntry(click.number)) numbers.append(click.number);
+    QString number = numbers.size() == 1 ? numbers.first() : isEntry(lastClicked_) ? QString() : lastClicked_;
     const QString named = digitsIn(notice);
     if (named.size() >= kShortestNamed) {
-        number = named;
-        for (const Click& click : waiting_)
-            if (sameSubscriber(named, click.number)) number = click.number;
+        const auto meant = std::find_if(numbers.begin(), numbers.end(),
+                                        [&](const QString& asked) { return sameSubscriber(named, asked); });
+        number = meant != numbers.end() ? *meant : named;
     }
     settle(number);
     return number;
@@ -125,7 +142,7 @@ void OpenLedger::recognise(const OpenChat& chat) {
     const QStringList& candidates = !seen.isEmpty() ? seen : !possible.isEmpty() ? possible : unlikely;
     if (candidates.size() != 1) return;
     current_ = candidates.first();
-    if (!chat.title.isEmpty()) names_.insert(current_, chat.title);
+    if (!chat.title.isEmpty() && !isEntry(current_)) names_.insert(current_, chat.title);
     settle(current_);
 }
 
@@ -139,6 +156,7 @@ bool OpenLedger::neverHappened(const Click& click, const OpenChat& chat) const {
 }
 
 bool OpenLedger::contradicts(const OpenChat& chat, const QString& number) const {
+    if (isEntry(number)) return !isNamed(chat, number);
     if (!chat.number.isEmpty()) return !sameSubscriber(chat.number, number);
     if (looksLikeNumber(chat.title)) return !sameSubscriber(chat.title, number);
     const QString seen = names_.value(number);

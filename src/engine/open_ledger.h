@@ -17,6 +17,9 @@ namespace kibo {
 ///  - failing both, a chat is taken for the one asked for only when it came up after the click, no other click is
 ///    waiting for a chat that it could be, and nobody has clicked in the page since.
 ///
+/// A chat can also be asked for by its entry in the chat list. Then the title is the evidence: it must be the entry's.
+/// Such a click is kept under `entryKey` where the others have their number.
+///
 /// Times are milliseconds of the Clock's monotonic time.
 class OpenLedger {
  public:
@@ -25,9 +28,12 @@ class OpenLedger {
     /// And for this long it still counts when chats must be told apart.
     static constexpr qint64 kForgetMs = 120'000;
 
-    /// The link for `number` was clicked while `before` was on the page.
+    /// What stands for the chat-list entry with this title in place of a number.
+    static QString entryKey(const QString& title);
+
+    /// The link for `number`, or an entry, was clicked while `before` was on the page.
     void clicked(const QString& number, const OpenChat& before, qint64 nowMs);
-    /// The link for `number` may have been clicked: the page did not answer.
+    /// The link for `number`, or an entry, may have been clicked: the page did not answer.
     void clickedBlindly(const QString& number, qint64 nowMs);
     /// The chat with this title was clicked in the chat list while `before` was on the page. It comes up like any
     /// other, some time later, and must not be taken for the chat of a number.
@@ -42,14 +48,14 @@ class OpenLedger {
     /// `number` could not be recognised: its contact may have got another name since.
     void forgetName(const QString& number) { names_.remove(number); }
 
-    /// Whether the conversation on the page is known to be the one of `number`.
+    /// Whether the conversation on the page is known to be the one of `number`, or of an entry.
     bool isOpen(const QString& number) const { return !number.isEmpty() && number == current_; }
     /// Whether every clicked chat has come up or was given up, so that none can appear under the next message.
     bool settled(qint64 nowMs) const;
 
  private:
     struct Click {
-        QString number;
+        QString number;  // or an entry's key
         qint64 atMs;
         int clicksBefore = -1;  // of a click without answer: what the page had counted when it was last seen
         QString name = {};      // of a click in the chat list, which has no number
@@ -65,7 +71,7 @@ class OpenLedger {
     std::vector<Click> waiting_;
     QString lastClicked_;
     QHash<QString, QString> names_;  // number → the contact's name, as seen
-    QString current_;                // number of the conversation on the page, empty when not known
+    QString current_;                // number or key of the conversation on the page, empty when not known
     bool cameUpSinceClick_ = false;  // the conversation on the page appeared after the last click
     int serial_ = 0;
     int clicks_ = 0;

@@ -47,6 +47,9 @@ const QString kCopyInMulti = QStringLiteral(
 const QString kDeleteFromMulti = QStringLiteral("DELETE FROM multi WHERE tipe = 'O' and profil = ? and id = ?");
 const QString kTextOfOutbox = QStringLiteral("select wa_text from outbox where id = ?");
 const QString kTextOfMulti = QStringLiteral("select wa_text from multi where id = ?");
+const QString kNextInOutbox = QStringLiteral("select min(wa_time) from outbox where wa_mode <> '3' and wa_time > ?");
+const QString kNextInMulti =
+    QStringLiteral("select min(wa_time) from multi where wa_mode <> '3' and tipe = 'O' and profil = ? and wa_time > ?");
 const QString kFailInSent = QStringLiteral("update sent set status = 'fail' where id = ?");
 const QString kFailInMulti = QStringLiteral("update multi set status = 'fail' where id_outbox = ?");
 const QString kIsInOutbox = QStringLiteral("select count(1) as cnt from outbox where id = ?");
@@ -66,6 +69,9 @@ const QString kAddCopyToSent = QStringLiteral(
 const QString kAddCopyToMulti = QStringLiteral(
     "insert into multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
     "values ('S', ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+
+constexpr qint64 kAskNextDueEveryMs = 10'000;
+const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 /// The queue's rows as the grid shows them: a line of the grid is tab-separated, so a text's tabs become blanks.
 class QueueRows : public RowSource {
@@ -88,17 +94,29 @@ OutboxQueue::OutboxQueue(GatewayState& state, Settings& settings, Database& data
     : state_(state), settings_(settings), database_(database), clock_(clock) {}
 
 void OutboxQueue::cmd_OutboxRefresh_Click() {
-    const QString now = clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QString now = clock_.now().toString(kTimeFormat);
     const bool localStore = isYes(settings_.UseMDB);
     if (localStore) settings_.Scheduled = QStringLiteral("N");
     const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now,
                                                 isYes(settings_.LimitSelect) && !localStore);
     const Database::Values values(selection.values.begin(), selection.values.end());
 
+    // Only the local store can tell, and it has no schedule: the same data are the same rows.
+    const QString store = localStore ? database_.changeMark() : QString();
+    const QString mark = store.isEmpty() ? store : store + u' ' + selection.rows + selection.values.join(u' ');
+    if (!mark.isEmpty() && mark == loadedMark_) {
+        state_.dboff.visible = false;
+        state_.dboff.visible = false;
+        state_.Outbox_Cnt.caption = QString::number(dueCount_);
+        return;
+    }
+    loadedMark_.clear();
+
     auto rows = database_.openRows(selection.rows, values);
     if (!rows) {
         state_.ms_out.setRows(std::make_shared<ListRows>());
         state_.Outbox_Cnt.caption = QStringLiteral("0");
+        dueCount_ = 0;
         state_.dboff.visible = true;
         if (!localStore && !database_.isOpen() && database_.reopen())
             log::info("engine", QStringLiteral("database connection is back"));
@@ -107,7 +125,25 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     state_.dboff.visible = false;
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
     const Recordset count = database_.OpenRecordset(selection.count, values);
-    if (!count.eof()) state_.Outbox_Cnt.caption = count.field(0);
+    if (count.eof()) return;
+    state_.Outbox_Cnt.caption = count.field(0);
+    dueCount_ = count.field(0).toLongLong();
+    loadedMark_ = mark;
+}
+
+std::optional<QDateTime> OutboxQueue::nextDue() {
+    if (!isYes(settings_.Scheduled)) return std::nullopt;
+    const QDateTime now = clock_.now();
+    const qint64 nowMs = clock_.monotonicMs();
+    if (nowMs < askNextDueMs_ && !(nextDue_ && *nextDue_ <= now)) return nextDue_;
+    askNextDueMs_ = nowMs + kAskNextDueEveryMs;
+    const QString after = now.toString(kTimeFormat);
+    const Recordset next = multi() ? database_.OpenRecordset(kNextInMulti, {profile(), after})
+                                   : database_.OpenRecordset(kNextInOutbox, {after});
+    const QString time = next.field(0).left(kTimeFormat.size()).replace(u'T', u' ');
+    const QDateTime due = QDateTime::fromString(time, kTimeFormat);
+    nextDue_ = due.isValid() ? std::optional(due) : std::nullopt;
+    return nextDue_;
 }
 
 std::optional<QueuedRow> OutboxQueue::nextRow() {
@@ -126,12 +162,7 @@ OutboxQueue::Taken OutboxQueue::take(const QString& id) {
         return Taken::Unknown;
     };
     auto transaction = Transaction::begin(database_);
-    if (!transaction) {
-        log::warning(
-            "engine",
-            QStringLiteral("message %1 not taken: %2").arg(id, QString::fromStdString(transaction.failure().text)));
-        return Taken::No;
-    }
+    if (!transaction) return refused("taken: ", QString::fromStdString(transaction.failure().text));
     const auto copied =
         multi() ? database_.execute(kCopyInMulti, {profile(), key}) : database_.execute(kCopyToSent, {key});
     if (copied == 0) return Taken::No;

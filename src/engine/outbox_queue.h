@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <optional>
 
@@ -24,13 +25,19 @@ class OutboxQueue {
     /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff` and is reopened.
     void cmd_OutboxRefresh_Click();
 
+    /// How many messages are due, also beyond those that were loaded.
+    qint64 dueCount() const { return dueCount_; }
+    /// When the next row falls due that is scheduled for later; none without such a row. Asked of the store every
+    /// few seconds only.
+    std::optional<QDateTime> nextDue();
+
     /// The next message with its stored text; empty optional when the row is gone or can't be read.
     std::optional<QueuedRow> nextRow();
 
     enum class Taken {
         Yes,
-        No,      ///< untouched: the row was not there any more, or the database is not to be had
-        Unknown  ///< the database broke off: only a look at the tables tells
+        No,      ///< untouched: the row was not there any more
+        Unknown  ///< the database refused or broke off: only a look at the tables tells what it did
     };
     /// Moves a message out of the queue, in one transaction: where the store keeps transactions it stands in the sent
     /// log or still in the queue, never in both and never in neither.
@@ -61,6 +68,10 @@ class OutboxQueue {
     Settings& settings_;
     Database& database_;
     Clock& clock_;
+    qint64 dueCount_ = 0;
+    QString loadedMark_;  // the store's change mark when the rows were loaded; empty: not known
+    std::optional<QDateTime> nextDue_;
+    qint64 askNextDueMs_ = 0;
 };
 
 /// The fixed texts of the queue's statements; "?" stands for a bound value.

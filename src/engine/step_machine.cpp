@@ -1,22 +1,26 @@
 #include "engine/step_machine.h"
 
-#include <QDir>
-#include <QImage>
+#include <QDateTime>
+#include <QLocale>
 #include <QScopedValueRollback>
 
 #include "app/log.h"
-#include "app/profile_number.h"
 #include "engine/phone_number.h"
 
 namespace kibo {
 namespace {
 
 constexpr int kAfterSendMs = 500;
+constexpr qint64 kRefusedPauseMs = 3'000;
 constexpr qint64 kLongestSilenceMs = 60'000;
-constexpr qint64 kStartPagePauseMs = 5'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
-const QString kLoginCode = QStringLiteral("update web_user set qr = ? where id = ?");
+
+/// A moment as short as it can be told: the time, with the day when it isn't today.
+QString shortTime(const QDateTime& moment, const QDate& today) {
+    const bool isToday = moment.date() == today;
+    return QLocale::c().toString(moment, isToday ? QStringLiteral("HH:mm") : QStringLiteral("d MMM HH:mm"));
+}
 
 }  // namespace
 
@@ -33,17 +37,14 @@ void StepMachine::Timer_KIBO_Timer() {
         return;
     }
     if (look.presence == PageLook::Presence::Gone || givenUp) {
-        log::warning("engine", QStringLiteral("the browser has gone"));
-        TUTUP_WA();
-        s.Timer_KIBO.setEnabled(false);
-        s.waurl.text = QStringLiteral("!!");
-        s.cmd_OpenWA.enabled = true;
-        s.dummyOpened = false;
-        s.cb_Profil.enabled = !isYes(p_.settings.Incognito);
+        browserHasGone();
     }
     p_.opener.observe(look.chat, look.linkPlanted);
     s.newChatCount = look.newChatControls;
-    const bool sent = look.newChatControls == 0 ? publishQr(look) : loggedIn(look);
+    s.pageNotice = look.hasUpdate ? QStringLiteral("WhatsApp offers an update: press Refresh on its page") : QString();
+    const bool chatsShown = look.newChatControls > 0 && look.useHereButtons == 0;
+    const bool sent = chatsShown ? loggedIn(look) : waitForLogin(look);
+    showForecast();
     if (!sent && look.presence == PageLook::Presence::Here) p_.page.closeStrayTabs();
 }
 
@@ -64,43 +65,22 @@ void StepMachine::TUTUP_WA() {
     p_.page.end();
 }
 
-bool StepMachine::publishQr(const PageLook& look) {
+void StepMachine::browserHasGone() {
     GatewayState& s = p_.state;
-    showStatus(false);
-    idle(look.presence == PageLook::Presence::Gone ? QStringLiteral("The browser has gone")
-                                                   : QStringLiteral("Waiting for login"));
-    const qint64 now = p_.clock.monotonicMs();
-    if (look.noPage) {
-        idle(QStringLiteral("The page can't be reached, trying again"));
-        if (!startPageAskedMs_ || now - *startPageAskedMs_ >= kStartPagePauseMs) {
-            startPageAskedMs_ = now;
-            p_.page.openStartPage();
-        }
-    }
-    if (look.qrCodes != 1) {
-        setLoginCode(QStringLiteral("wait"));
-        return false;
-    }
-    setLoginCode(look.qrData);
-    if (isYes(p_.settings.CaptureQR)) {
-        const QString file =
-            QDir(p_.settings.CaptureImage).filePath(QStringLiteral("qr%1.jpg").arg(profile6(s.cb_Profil.text)));
-        if (QImage::fromData(p_.page.qrPicture()).save(file, "JPG")) {
-            s.pQR.caption = file;
-            s.pQR.visible = true;
-            s.timer_QR.setEnabled(true);
-        } else {
-            log::warning("engine", QStringLiteral("the picture of the QR code could not be written"));
-        }
-    }
-    s.Timer_cekURL.setEnabled(false);
-    s.cmd_STOP.enabled = true;
-    if (look.qrReloads == 1) p_.page.clickQrReload();
-    return false;
+    log::warning("engine", QStringLiteral("the browser has gone"));
+    TUTUP_WA();
+    s.Timer_KIBO.setEnabled(false);
+    s.waurl.text = QStringLiteral("!!");
+    s.cmd_OpenWA.enabled = true;
+    s.dummyOpened = false;
+    s.cb_Profil.enabled = !isYes(p_.settings.Incognito);
 }
 
-void StepMachine::setLoginCode(const QString& code) {
-    p_.database.execute(kLoginCode, {code, p_.state.cb_Profil.text});
+bool StepMachine::waitForLogin(const PageLook& look) {
+    showStatus(false);
+    stopMeasuring();
+    idle(p_.login.tick(look));
+    return false;
 }
 
 void StepMachine::showStatus(bool ready) {
@@ -114,8 +94,7 @@ void StepMachine::showStatus(bool ready) {
 
 bool StepMachine::loggedIn(const PageLook& look) {
     GatewayState& s = p_.state;
-    s.pQR.visible = false;
-    s.timer_QR.setEnabled(false);
+    p_.login.loggedIn();
     s.cmd_Pause.enabled = true;
     const bool phoneOff = look.hasBanner && (matchesNotice(p_.elements[QStringLiteral("XXInfo1")], look.banner) ||
                                              matchesNotice(p_.elements[QStringLiteral("XXInfo2")], look.banner));
@@ -129,6 +108,7 @@ bool StepMachine::loggedIn(const PageLook& look) {
                      QStringLiteral("the page can't open %1").arg(log::maskedNumber(p_.opener.refusedBy(look.notice))));
         p_.page.pressEscape();
     }
+    p_.locators.observe(look, p_.opener.dummyIsOpen());
     if (!s.dummyOpened) {
         p_.opener.KE_DUMMY(look.ownPicture);
         s.Timer_cekURL.setEnabled(true);
@@ -150,15 +130,18 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     if (p_.pageInUse && p_.pageInUse()) return false;
     p_.queue.cmd_OutboxRefresh_Click();
     if (s.dboff.visible) {
+        stopMeasuring();
         idle(QStringLiteral("Database is off"));
         return false;
     }
     const bool settled = p_.recovery.settleInStore();
     if (s.ms_out.rowCount() == 1 && !p_.recovery.needsPage()) {
-        idle(QStringLiteral("Queue empty"));
+        stopMeasuring();
+        idle(nothingToSend());
         return false;
     }
-    if (!mayTakeMessage()) return false;
+    const qint64 begin = p_.clock.monotonicMs();
+    if (!mayTakeMessage(look)) return false;
     if (!settled) {
         idle(QStringLiteral("Waiting for the database to tell what became of the last message"));
         return false;
@@ -169,13 +152,29 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         finishMessage(look);
         return true;
     }
-    if (!loadMessage()) return false;
+    if (storeRefuses() || !loadMessage()) return false;
     dispatch(s.ms_out.text(1, OutboxQueue::Mode));
     finishMessage(look);
+    const qint64 end = p_.clock.monotonicMs();
+    forecast_.messageTook(end - workingSinceMs_.value_or(begin));
+    workingSinceMs_ = end;
     return true;
 }
 
-bool StepMachine::mayTakeMessage() {
+QString StepMachine::nothingToSend() {
+    if (p_.locators.sendingIsHeld()) return QStringLiteral("Page changed: ") + p_.state.pageChanged;
+    if (p_.pacing.isPaused() || p_.pacing.isBreak()) return pausedWords();
+    const auto next = p_.queue.nextDue();
+    if (!next) return QStringLiteral("Queue empty");
+    return QStringLiteral("Next message at %1").arg(shortTime(*next, p_.clock.now().date()));
+}
+
+QString StepMachine::pausedWords() const {
+    if (!p_.pacing.isBreak()) return QStringLiteral("Paused");
+    return QStringLiteral("Break %1 / %2").arg(p_.state.DetikBreak.text, p_.settings.Break);
+}
+
+bool StepMachine::mayTakeMessage(const PageLook& look) {
     GatewayState& s = p_.state;
     if (s.busy || s.waitread.visible) {
         idle(QStringLiteral("Reading the inbox"));
@@ -183,16 +182,14 @@ bool StepMachine::mayTakeMessage() {
     }
     s.wait.visible = false;
     s.wait2.visible = false;
-    if (p_.pacing.isBreak()) {
-        idle(QStringLiteral("Break %1 / %2").arg(s.DetikBreak.text, p_.settings.Break));
-        return false;
-    }
-    if (p_.pacing.isPaused()) {
-        idle(QStringLiteral("Paused"));
+    if (p_.pacing.isBreak() || p_.pacing.isPaused()) {
+        stopMeasuring();
+        idle(pausedWords());
         return false;
     }
     s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
     if (s.status.caption != kReady) {
+        stopMeasuring();
         idle(QStringLiteral("Phone not connected"));
         return false;
     }
@@ -202,6 +199,25 @@ bool StepMachine::mayTakeMessage() {
         idle(QStringLiteral("Waiting for an earlier chat to open"));
         return false;
     }
+    if (p_.locators.sendingIsHeld()) {
+        stopMeasuring();
+        idle(QStringLiteral("Page changed: ") + s.pageChanged);
+        if (p_.locators.shallLookAgain()) p_.opener.openDummy(look.ownPicture);
+        return false;
+    }
+    if (p_.locators.doubtful()) {
+        idle(QStringLiteral("Waiting for the message box"));
+        return false;
+    }
+    return true;
+}
+
+/// A store that can be read but takes no message is as good as off. It is asked again after a while.
+bool StepMachine::storeRefuses() {
+    if (!refusedAtMs_) return false;
+    p_.state.dboff.visible = true;
+    if (p_.clock.monotonicMs() - *refusedAtMs_ >= kRefusedPauseMs) return false;
+    idle(QStringLiteral("The database takes no message, trying again"));
     return true;
 }
 
@@ -229,9 +245,14 @@ bool StepMachine::loadMessage() {
         return false;
     }
     const OutboxQueue::Taken taken = p_.queue.take(s.txtid.text);
+    if (taken == OutboxQueue::Taken::Unknown) {
+        refusedAtMs_ = p_.clock.monotonicMs();
+        return !storeRefuses();
+    }
+    refusedAtMs_.reset();
     if (taken == OutboxQueue::Taken::Yes) return true;
-    if (taken == OutboxQueue::Taken::No) p_.journal.ended(s.txtid.text);
-    idle(QStringLiteral("The message could not be taken from the queue"));
+    p_.journal.ended(s.txtid.text);
+    idle(QStringLiteral("Queue changed"));
     return false;
 }
 
@@ -252,35 +273,57 @@ void StepMachine::dispatch(const QString& mode) {
         }
     } const attempt{p_.sender, s};
 
+    s.mode9 = mode == QStringLiteral("9");
+    const bool automatic = s.mode9 || mode == QStringLiteral("0");
     const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
-    if (typableText(s.txtMsg2.text).trimmed().isEmpty() && s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) {
+    const bool hasFiles = !s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty();
+    if (typableText(s.txtMsg2.text).trimmed().isEmpty() && !hasFiles) {
         p_.sender.recordFailure(QStringLiteral("the message is empty"));
-    } else if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty()) {
-        p_.sender.recordFailure(QStringLiteral("attachments can't be sent by this version"));
-    } else if (mode == QStringLiteral("1") ||
-               ((mode == QStringLiteral("0") || mode == QStringLiteral("9")) && byNumber)) {
+    } else if (s.txtNo.text.trimmed().isEmpty()) {
+        p_.sender.recordFailure(QStringLiteral("the row names neither a number nor a name"));
+    } else if (mode == QStringLiteral("1") || (automatic && byNumber)) {
         p_.sender.KIRIM_MODE1();
-    } else if (mode == QStringLiteral("0") || mode == QStringLiteral("9")) {
-        p_.sender.recordFailure(
-            s.txtNo.text.trimmed().isEmpty()
-                ? QStringLiteral("the row names no number")
-                : QStringLiteral("the number holds more than digits; names can't be sent to by this version"));
-    } else if (mode == QStringLiteral("2")) {
-        p_.sender.recordFailure(QStringLiteral("contacts by name can't be sent to by this version"));
+    } else if (mode == QStringLiteral("2") || automatic) {
+        p_.sender.KIRIM_MODE2();
     } else {
         p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
     }
 }
 
 void StepMachine::finishMessage(const PageLook& look) {
-    p_.state.step = QStringLiteral("Leaving the chat");
+    p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
+    p_.sender.removeFetchedFiles();  // by now the page has read them
     if (p_.settings.AfterSend.toInt() <= 0) {
         p_.state.wait.visible = false;
         return;
     }
     if (p_.pacing.countMessage()) p_.queue.cmd_OutboxRefresh_Click();
+}
+
+/// Sending is held up by something that says nothing about its pace.
+void StepMachine::stopMeasuring() {
+    workingSinceMs_.reset();
+}
+
+void StepMachine::showForecast() {
+    GatewayState& s = p_.state;
+    s.doneAbout.clear();
+    const bool isBreak = p_.pacing.isBreak();
+    if (s.status.caption != kReady || p_.locators.sendingIsHeld() || (p_.pacing.isPaused() && !isBreak)) return;
+    const double breakS = p_.settings.Break.toDouble();
+    const auto milliseconds = [](double seconds) { return static_cast<qint64>(qMax(0.0, seconds) * 1000); };
+    const auto left = forecast_.untilDone({
+        .waiting = p_.queue.dueCount(),
+        .batchSize = p_.settings.AfterSend.toInt(),
+        .sentInBatch = s.HitungKirim.text.toInt(),
+        .breakMs = milliseconds(breakS),
+        .breakLeftMs = isBreak ? milliseconds(breakS - s.DetikBreak.text.toDouble()) : 0,
+    });
+    if (!left) return;
+    const QDateTime now = p_.clock.now();
+    s.doneAbout = QStringLiteral("Done about %1").arg(shortTime(now.addMSecs(*left), now.date()));
 }
 
 void StepMachine::idle(const QString& step) {

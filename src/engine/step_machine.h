@@ -4,15 +4,17 @@
 #include <optional>
 
 #include "app/clock.h"
-#include "app/database.h"
 #include "app/settings.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"
 #include "engine/gateway_state.h"
+#include "engine/locator_check.h"
+#include "engine/login_watch.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/queue_forecast.h"
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/text_expansion.h"
@@ -28,15 +30,16 @@ class StepMachine {
         GatewayState& state;
         Settings& settings;
         const ElementTable& elements;
-        Database& database;
         ChatPage& page;
         Clock& clock;
         Pacing& pacing;
         ChatOpener& opener;
         OutboxQueue& queue;
+        LocatorCheck& locators;
         MessageSender& sender;
         SendJournal& journal;
         SendRecovery& recovery;
+        LoginWatch& login;
         RandomSource random;
         /// Whether another screen drives the page at the moment.
         std::function<bool()> pageInUse;
@@ -49,21 +52,28 @@ class StepMachine {
     void TUTUP_WA();
 
  private:
-    bool publishQr(const PageLook& look);
+    void browserHasGone();
+    bool waitForLogin(const PageLook& look);
     void showStatus(bool ready);
-    void setLoginCode(const QString& code);
     bool loggedIn(const PageLook& look);
     bool KIRIM_WA(const PageLook& look);
-    bool mayTakeMessage();
+    bool mayTakeMessage(const PageLook& look);
+    QString nothingToSend();
+    QString pausedWords() const;
+    bool storeRefuses();
     bool loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);
+    void stopMeasuring();
+    void showForecast();
     bool silentTooLong(const PageLook& look);
 
     Parts p_;
+    std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;
-    std::optional<qint64> startPageAskedMs_;
+    QueueForecast forecast_;
+    std::optional<qint64> workingSinceMs_;  // since the end of the last message, unless something held sending up
 };
 
 }  // namespace kibo

@@ -49,8 +49,11 @@ Result<QString> expandAlternatives(const QString& text, const RandomSource& rand
     }
     expanded += rest.mid(position);
     for (size_t i = 0; i < groups.size(); ++i) {
-        const int chosen = randomInteger(0, static_cast<int>(groups[i].size()) - 1, random);
-        expanded.replace(marker(static_cast<int>(i) + 1), groups[i][chosen]);
+        const QString& chosen = groups[i][randomInteger(0, static_cast<int>(groups[i].size()) - 1, random)];
+        const QString place = marker(static_cast<int>(i) + 1);
+        if (expanded.size() + expanded.count(place) * chosen.size() > kLongestExpansion)
+            return Failure{FailureKind::InvalidArgument, "the alternatives make the text too long"};
+        expanded.replace(place, chosen);
     }
     return expanded;
 }

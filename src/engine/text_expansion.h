@@ -14,9 +14,12 @@ using RandomSource = std::function<double()>;
 /// A whole number between `lower` and `upper`, both included: Int((upper − lower + 1) × r + lower).
 int randomInteger(int lower, int upper, const RandomSource& random);
 
+/// A member may name other groups ("{2}"), whose members name others again: a short text could fill the memory.
+inline constexpr qsizetype kLongestExpansion = 16 * 1024 * 1024;
+
 /// Replaces every group of alternatives "[a|b|c]" by one of its members, chosen at random. Brackets are paired by
-/// position only: the first "[" with the first "]". Fails for more than 9 groups and for a "]" that stands before
-/// the first "[".
+/// position only: the first "[" with the first "]". Takes time in proportion to the text. Fails for more than 9 groups,
+/// for a "]" that stands before the first "[", and for a text that would grow beyond `kLongestExpansion`.
 Result<QString> expandAlternatives(const QString& text, const RandomSource& random);
 
 /// What happens to a queued text before its chat is opened: alternatives, line breaks ("~r" and backslash-n), tabs,

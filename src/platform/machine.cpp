@@ -10,6 +10,10 @@ std::string environment(const char* name) {
     return value != nullptr ? value : std::string();
 }
 
+std::filesystem::path pathFromUtf8(std::string_view text) {
+    return std::u8string(text.begin(), text.end());
+}
+
 std::string joinPath(std::string_view folder, std::string_view name) {
     const char separators[] = {'/', pathSeparator(), '\0'};
     while (folder.size() > 1 && std::string_view(separators).find(folder.back()) != std::string_view::npos)

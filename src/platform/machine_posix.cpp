@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <csignal>
@@ -59,7 +60,7 @@ std::string versionText(const std::string& program) {
 
     std::string text;
     if (started) {
-        text = readFor(ends[0], 10s);
+        text = readFor(ends[0], 3s);
         // It may have stopped writing and yet not end, and so may what it has started itself.
         for (const Process& process : descendants(pid)) static_cast<void>(terminate(process.id, process.startTime, 0));
         static_cast<void>(terminate(pid, processStartTime(pid), 200));
@@ -89,6 +90,10 @@ char pathSeparator() {
     return '/';
 }
 
+std::vector<std::string> programArguments(int argc, char** argv) {
+    return {argv + std::min(argc, 1), argv + argc};
+}
+
 std::string executableFile() {
     return executablePath(ownProcessId());
 }
@@ -103,6 +108,10 @@ std::string programFolder() {
 
 std::string machineProblem() {
     return {};
+}
+
+std::string programFileName(const std::string& name) {
+    return name;
 }
 
 std::string installedBrowserVersion(const std::string& program) {

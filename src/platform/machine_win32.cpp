@@ -1,8 +1,7 @@
 #include <windows.h>
-// windows.h first: psapi.h builds on it.
+// windows.h first: the next two build on it.
 #include <psapi.h>
-
-#include <filesystem>
+#include <shellapi.h>
 
 #include "platform/machine.h"
 #include "platform/process.h"
@@ -15,10 +14,27 @@ constexpr const char* kLockFile = R"(C:\Kibo\App\kb.ldb)";
 // Chrome's own record of its version, kept for each user.
 constexpr const char* kChromeKey = R"(Software\Google\Chrome\BLBeacon)";
 
+/// Texts are taken as they are: std::filesystem would read a narrow one in another code page than the program's.
+std::string parentOf(const std::string& path) {
+    return path.substr(0, path.find_last_of('\\'));
+}
+
 }  // namespace
 
 char pathSeparator() {
     return '\\';
+}
+
+std::vector<std::string> programArguments(int, char**) {
+    int count = 0;
+    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::u8string text = std::filesystem::path(words[i]).u8string();
+        arguments.emplace_back(text.begin(), text.end());
+    }
+    ::LocalFree(words);
+    return arguments;
 }
 
 std::string executableFile() {
@@ -27,17 +43,22 @@ std::string executableFile() {
 
 std::string programFolder() {
     const std::string named = environment("KIBO_HOME");
-    if (named.empty()) return std::filesystem::path(executableFile()).parent_path().string();
-    std::error_code error;
-    const std::filesystem::path folder = std::filesystem::absolute(named, error).lexically_normal();
-    return folder.has_filename() ? folder.string() : folder.parent_path().string();
+    if (named.empty()) return parentOf(executableFile());
+    char full[32768];
+    const DWORD count = ::GetFullPathNameA(named.c_str(), sizeof full, full, nullptr);
+    const std::string folder(full, count < sizeof full ? count : 0);
+    return folder.ends_with(pathSeparator()) ? parentOf(folder) : folder;
 }
 
 std::string machineProblem() {
-    std::error_code error;
     const std::string folder = environment("systemroot") + R"(\Microsoft.NET\Framework\v3.5)";
-    if (std::filesystem::is_directory(folder, error)) return {};
+    const DWORD attributes = ::GetFileAttributesA(folder.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return {};
     return ".NET Framework 3.5 must be installed on this machine!";
+}
+
+std::string programFileName(const std::string& name) {
+    return name + ".exe";
 }
 
 std::string installedBrowserVersion(const std::string&) {

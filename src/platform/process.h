@@ -37,6 +37,9 @@ std::vector<Process> descendants(ProcessId pid);
 std::string executablePath(ProcessId pid);
 /// Every running process of that very file, this one included.
 std::vector<Process> processesOf(const std::string& executable);
+/// Every running process whose program file has one of these names, without folder ("chromedriver"). On Windows
+/// case doesn't count.
+std::vector<Process> processesNamed(const std::vector<std::string>& names);
 
 /// Ends a process: asks it first where the system can (a signal), waits up to `graceMs` milliseconds, then ends
 /// it for certain. Does nothing when that process is no longer there, so an id in use again is safe. Blocks until

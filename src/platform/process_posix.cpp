@@ -101,6 +101,13 @@ std::vector<Process> processesOf(const std::string& executable) {
     return processesWhere([&path](ProcessId pid, const Stat&) { return executablePath(pid) == path; });
 }
 
+std::vector<Process> processesNamed(const std::vector<std::string>& names) {
+    return processesWhere([&names](ProcessId pid, const Stat&) {
+        const std::string name = fs::path(executablePath(pid)).filename().string();
+        return !name.empty() && std::find(names.begin(), names.end(), name) != names.end();
+    });
+}
+
 Result<void> terminate(ProcessId pid, ProcessStartTime startTime, int graceMs) {
     const auto endsBy = [&](int signal, std::chrono::milliseconds atMost) {
         if (::kill(static_cast<pid_t>(pid), signal) != 0 && errno != ESRCH) return false;

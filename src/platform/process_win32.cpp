@@ -3,6 +3,8 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
+#include <algorithm>
+
 #include "platform/process.h"
 #include "platform/win32_call.h"
 
@@ -72,6 +74,13 @@ std::string executablePath(ProcessId pid) {
 std::vector<Process> processesOf(const std::string& executable) {
     return processesWhere([&](const Process& process, const PROCESSENTRY32&) {
         return ::lstrcmpiA(executablePath(process.id).c_str(), executable.c_str()) == 0;
+    });
+}
+
+std::vector<Process> processesNamed(const std::vector<std::string>& names) {
+    return processesWhere([&names](const Process&, const PROCESSENTRY32& entry) {
+        return std::any_of(names.begin(), names.end(),
+                           [&](const std::string& name) { return ::lstrcmpiA(entry.szExeFile, name.c_str()) == 0; });
     });
 }
 

@@ -116,6 +116,14 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     return ProcessId{result.pid};
 }
 
+Result<ProcessId> startCommand(const std::string& commandLine, ShowMode) {
+    std::vector<std::string> words = splitParameters(commandLine);
+    if (words.empty()) return Failure{FailureKind::InvalidArgument, "there is nothing to start", {}};
+    const std::string program = words.front();
+    words.erase(words.begin());
+    return startProgram(program, words);
+}
+
 Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
     return startProgram(program, arguments);
 }
@@ -128,6 +136,12 @@ Result<void> runElevated(const std::string& file, const std::string& parameters,
         program = asker;
     }
     const Result<ProcessId> started = startProgram(program, arguments);
+    return started ? Result<void>() : started.failure();
+}
+
+Result<void> startScript(const std::string& folder, const std::string& name,
+                         const std::vector<std::string>& arguments) {
+    const Result<ProcessId> started = startProgram(joinPath(folder, name), arguments);
     return started ? Result<void>() : started.failure();
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "platform/machine.h"
 #include "platform/one_line.h"
 #include "platform/shell.h"
 #include "platform/win32_call.h"
@@ -25,13 +26,12 @@ std::string quoted(const std::string& argument) {
     return text.append(backslashes, '\\') + '"';
 }
 
-Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags, bool minimised = false) {
+Result<ProcessId> start(const std::string& program, std::string commandLine, DWORD flags,
+                        ShowMode showMode = ShowMode::Normal) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
-    if (minimised) {
-        startup.dwFlags = STARTF_USESHOWWINDOW;
-        startup.wShowWindow = SW_SHOWMINIMIZED;
-    }
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = static_cast<WORD>(showMode);
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &startup,
                           &process))
@@ -59,6 +59,11 @@ Result<ProcessId> startProgram(const std::string& program, const std::vector<std
     return start(program, commandLine, DETACHED_PROCESS);
 }
 
+Result<ProcessId> startCommand(const std::string& commandLine, ShowMode showMode) {
+    const std::string program = commandLine.substr(0, commandLine.find(' '));
+    return start(program, commandLine, CREATE_NEW_CONSOLE, showMode);
+}
+
 Result<ProcessId> startMinimised(const std::string& program, const std::vector<std::string>& arguments) {
     const std::string path = findProgram(program);
     if (path.empty()) return Failure{FailureKind::NotFound, "there is no program " + program, {}};
@@ -68,7 +73,7 @@ Result<ProcessId> startMinimised(const std::string& program, const std::vector<s
         return Failure{FailureKind::InvalidArgument, "a command file can't be started: " + program, {}};
     std::string commandLine = quoted(path);
     for (const std::string& argument : arguments) commandLine += ' ' + quoted(argument);
-    return start(program, commandLine, 0, true);
+    return start(program, commandLine, 0, ShowMode::Minimised);
 }
 
 Result<void> runElevated(const std::string& file, const std::string& parameters, ShowMode showMode) {
@@ -77,6 +82,16 @@ Result<void> runElevated(const std::string& file, const std::string& parameters,
     // Not an instance but a number: above 32 all went well.
     if (reinterpret_cast<INT_PTR>(result) > 32) return {};
     return lastFailure("can't start " + file);
+}
+
+Result<void> startScript(const std::string& folder, const std::string& name,
+                         const std::vector<std::string>& arguments) {
+    const std::string file = joinPath(folder, name + ".bat");
+    if (::GetFileAttributesA(file.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return Failure{FailureKind::NotFound, "there is no script " + file, {}};
+    std::string parameters;
+    for (const std::string& argument : arguments) parameters += '"' + argument + "\" ";
+    return runElevated(file, parameters, ShowMode::Hidden);
 }
 
 Result<void> openForOperator(const std::string& addressOrFile) {

@@ -12,6 +12,7 @@ const sorts = [
 /** The attach menu with its file inputs, and the preview of what was chosen. */
 export class Attachments {
     #behaviour;
+    #spend;
     #onSend;
     #onClosed;
     #layer = el('div', {class: 'attachments'});
@@ -19,8 +20,9 @@ export class Attachments {
     #preview = null;
 
     /** `onSend(files, kind, caption)`: `kind` is "media", "document" or "sticker". `onClosed`: the preview is gone. */
-    constructor({behaviour, onSend, onClosed}) {
+    constructor({behaviour, spend, onSend, onClosed}) {
         this.#behaviour = behaviour;
+        this.#spend = spend;
         this.#onSend = onSend;
         this.#onClosed = onClosed;
         document.addEventListener('pointerdown', (event) => {
@@ -67,6 +69,7 @@ export class Attachments {
             this.#onSend(files, kind, '');
             return;
         }
+        if (this.#spend('losePreview')) return;
         await wait(this.#behaviour().previewDelayMs);
         this.#showPreview(files, kind);
     }
@@ -83,7 +86,7 @@ export class Attachments {
             await wait(this.#behaviour().uploadDelayMs);
             if (this.#preview !== preview) return;  // closed meanwhile
             this.closePreview();
-            this.#onSend(files, kind, caption);
+            if (!this.#spend('dropPreview')) this.#onSend(files, kind, caption);
         };
         const preview = el('div', {class: 'preview', 'data-testid': 'media-editor'},
             el('div', {class: 'preview-head'},
@@ -96,7 +99,7 @@ export class Attachments {
                            onClick: send}, icon('wds-ic-send-filled'))));
         this.#preview = preview;
         this.#layer.append(preview);
-        const composer = new Composer({box, behaviour: this.#behaviour, onEnter: () => void send()});
+        const composer = new Composer({box, behaviour: this.#behaviour, spend: this.#spend, onEnter: () => void send()});
         composer.focus();
     }
 }

@@ -18,6 +18,7 @@ export class ChatList {
     #extra = el('div', {});
     #renderDue = false;
     #openNumber = null;
+    #query = '';
 
     constructor({chats, behaviour, onChoose}) {
         this.#chats = chats;
@@ -51,9 +52,15 @@ export class ChatList {
         });
     }
 
+    /** The results come a while after the text; an empty box shows all chats at once. */
     #searched() {
-        this.#pane.scrollTop = 0;
-        this.refresh();
+        const text = this.search.value;
+        later(text ? this.#behaviour().searchDelayMs : 0, () => {
+            if (this.search.value !== text) return;
+            this.#query = text;
+            this.#pane.scrollTop = 0;
+            this.refresh();
+        });
     }
 
     /** Escape clears the search first; what else it does waits for the next press. */
@@ -64,17 +71,22 @@ export class ChatList {
         this.#searched();
     }
 
+    /** What the list holds: chats; in a search, below them, single messages under a heading. */
     #shown() {
-        const wanted = this.search.value.trim().toLowerCase();
-        if (!wanted) return this.#chats.all;
+        const wanted = this.#query.trim().toLowerCase();
+        if (!wanted) return this.#chats.all.map((chat) => ({chat}));
         const digits = wanted.replace(/\D/g, '');
-        return this.#chats.all.filter((chat) => this.#chats.title(chat).toLowerCase().includes(wanted) ||
-                                                (digits && chat.number.includes(digits)));
+        const chats = this.#chats.all.filter((chat) => this.#chats.title(chat).toLowerCase().includes(wanted) ||
+                                                       (digits && chat.number.includes(digits)));
+        const messages = this.#chats.all.flatMap((chat) => chat.messages
+            .filter((message) => message.text?.toLowerCase().includes(wanted)).map((message) => ({chat, message})));
+        if (messages.length > 0) messages.unshift({heading: 'Messages'});
+        return [...chats.map((chat) => ({chat})), ...messages];
     }
 
     #render() {
         const shown = this.#shown();
-        const {entryRole, entryPreviews, wholeList, extraRows, ornateEntries} = this.#behaviour();
+        const {entryRole, wholeList, extraRows} = this.#behaviour();
         const inSight = wholeList ? shown.length : Math.ceil(this.#pane.clientHeight / rowHeight) + 2 * spareRows;
         const first = wholeList ? 0 : Math.max(0, Math.floor(this.#pane.scrollTop / rowHeight) - spareRows);
         const slice = shown.slice(first, first + inSight);
@@ -83,20 +95,29 @@ export class ChatList {
         this.#canvas.style.height = `${shown.length * rowHeight}px`;
         while (this.#rows.length < slice.length) this.#rows.push(new Row(this.#canvas, this.#onChoose));
         while (this.#rows.length > slice.length) this.#rows.pop().remove();
-        slice.forEach((chat, i) => this.#rows[i].show({
+        slice.forEach((item, i) => {
+            const top = (first + i) * rowHeight;
+            this.#rows[i].show(item.heading ? {top, heading: item.heading} : this.#entry(item, top));
+        });
+    }
+
+    #entry({chat, message}, top) {
+        const newest = message ?? lastMessage(chat);
+        const open = chat.number === this.#openNumber;
+        return {
             number: chat.number,
-            top: (first + i) * rowHeight,
-            role: entryRole,
+            top,
+            role: this.#behaviour().entryRole,
             title: this.#chats.title(chat),
-            member: entryPreviews && !chat.typing && lastMessage(chat)?.member || '',
-            preview: entryPreviews ? preview(chat, chat.number === this.#openNumber) : '',
+            member: message ? '' : this.#behaviour().entryPreviews && !chat.typing && lastMessage(chat)?.member || '',
+            preview: message ? oneLine(message.text) : this.#behaviour().entryPreviews ? preview(chat, open) : '',
             muted: chat.muted,
             pinned: chat.pinned,
-            ornateEntries,
-            time: lastMessage(chat) ? clockTime(lastMessage(chat).timeMs) : '',
-            unread: chat.unread,
-            open: chat.number === this.#openNumber,
-        }));
+            ornateEntries: this.#behaviour().ornateEntries,
+            time: newest ? clockTime(newest.timeMs) : '',
+            unread: message ? 0 : chat.unread,
+            open,
+        };
     }
 }
 
@@ -134,7 +155,7 @@ class Row {
     #number = '';
 
     constructor(parent, onChoose) {
-        this.#element.addEventListener('click', () => onChoose(this.#number));
+        this.#element.addEventListener('click', () => this.#number && onChoose(this.#number));
         parent.append(this.#element);
     }
 
@@ -147,10 +168,16 @@ class Row {
         if (key === this.#shown) return;
         this.#shown = key;
         this.#number = entry.number;
-        this.#element.setAttribute('role', entry.role);
         this.#element.style.transform = `translateY(${entry.top}px)`;
-        this.#element.classList.toggle('open', entry.open);
-
+        this.#element.classList.toggle('heading', !!entry.heading);
+        this.#element.classList.toggle('open', !!entry.open);
+        this.#avatar.hidden = !!entry.heading;
+        if (entry.heading) {
+            this.#element.removeAttribute('role');
+            this.#text.replaceChildren(el('div', {}, entry.heading));
+            return;
+        }
+        this.#element.setAttribute('role', entry.role);
         this.#avatar.style.background = colourOf(entry.number);
         this.#text.replaceChildren(
             el('div', {class: 'chat-row-line'},

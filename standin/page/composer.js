@@ -9,6 +9,7 @@ import {later} from './timing.js';
 export class Composer {
     #model = new EditorModel();
     #behaviour;
+    #spend;
     #onEnter;
     #onChange;
     #pending = [];
@@ -19,9 +20,10 @@ export class Composer {
     #guard = new MutationObserver(() => this.#composing || this.#draw());
 
     /** `box`: the editable element. `onEnter` may return a promise: edits wait until it is fulfilled. */
-    constructor({box, behaviour, onEnter, onChange = () => {}}) {
+    constructor({box, behaviour, spend, onEnter, onChange = () => {}}) {
         this.box = box;
         this.#behaviour = behaviour;
+        this.#spend = spend;
         this.#onEnter = onEnter;
         this.#onChange = onChange;
         box.append(this.#paragraph);
@@ -82,7 +84,7 @@ export class Composer {
         const kind = event.inputType;
         const data = event.data ?? event.dataTransfer?.getData('text/plain') ?? '';
         if (kind === 'insertLineBreak' || kind === 'insertParagraph') this.#edit(() => this.#model.insert('\n'));
-        else if (kind.startsWith('insert')) this.#edit(() => this.#model.insert(data));
+        else if (kind.startsWith('insert')) this.#insert(data);
         else if (kind.endsWith('Forward')) this.#edit(() => this.#model.delete(1));
         else if (kind.startsWith('delete')) this.#edit(() => this.#model.delete(-1));
     }
@@ -97,7 +99,12 @@ export class Composer {
     #onPaste(event) {
         event.preventDefault();
         const text = event.clipboardData?.getData('text/plain') ?? '';
-        if (text) this.#edit(() => this.#model.insert(text));
+        if (text) this.#insert(text);
+    }
+
+    #insert(text) {
+        if (text.length > 1 && this.#spend('loseEdits')) return;
+        this.#edit(() => this.#model.insert(text));
     }
 
     #edit(change, draws = true) {

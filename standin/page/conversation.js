@@ -119,8 +119,8 @@ export class Conversation {
             el('footer', {class: 'footer'}, this.#parts.link,
                 el('div', {class: 'footer-line'}, attach, box, this.#parts.action)));
         this.#holder.replaceChildren(this.#main);
-        this.#composer = new Composer({box, behaviour: this.#behaviour, onEnter: () => this.#onEnter(),
-                                       onChange: () => this.#onText()});
+        this.#composer = new Composer({box, behaviour: this.#behaviour, spend: this.#spend,
+                                       onEnter: () => this.#onEnter(), onChange: () => this.#onText()});
     }
 
     #showTitle(chat) {

@@ -8,7 +8,7 @@ import {Disturbances} from './disturbances.js';
 import {el} from './dom.js';
 import {icon} from './icons.js';
 import {LoginPage} from './login.js';
-import {colourOf, pictureAddress} from './numbers.js';
+import {colourOf, isGroup, pictureAddress} from './numbers.js';
 import {Openings} from './openings.js';
 import {Server} from './server.js';
 import {later} from './timing.js';
@@ -51,7 +51,7 @@ class App {
         const common = {behaviour, spend, server: this.#server, chats: this.#chats};
         this.#list = new ChatList({...common, onChoose: (number) => this.#openings.request(number)});
         this.#attachments = new Attachments({
-            behaviour, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
+            behaviour, spend, onSend: (files, kind, caption) => this.#conversation.sendFiles(files, kind, caption),
             onClosed: () => this.#conversation.focus()});
         this.#conversation = new Conversation({...common, onAttach: () => this.#attachments.toggleMenu()});
         this.#openings = new Openings({...common, dialogs: this.#dialogs,
@@ -86,7 +86,7 @@ class App {
         const number = link.href.slice(prefix.length);
         if (!/^\d{1,20}$/.test(number)) return;
         event.preventDefault();
-        this.#openings.request(number);
+        this.#openings.request(number, !isGroup(number));
     }
 
     #onEscape() {
@@ -111,7 +111,12 @@ class App {
     }
 
     #followLogin() {
-        const {loggedIn, readyDelayMs} = this.#current.values;
+        const {loggedIn, openElsewhere, readyDelayMs} = this.#current.values;
+        if (loggedIn && openElsewhere) {
+            this.#login.stop();
+            this.#show('elsewhere', this.#elsewhereDialog());
+            return;
+        }
         if (!loggedIn) {
             this.#show('login', this.#login.element);
             this.#login.start();
@@ -127,6 +132,19 @@ class App {
         });
     }
 
+    /** What the page shows while the account is used in another window of the same browser. */
+    #elsewhereDialog() {
+        const useHere = () => {
+            this.#current.spend('openElsewhere');
+            this.#server.report('usedHere');
+            this.#followLogin();
+        };
+        return el('div', {class: 'dialogs'}, el('div', {role: 'dialog', 'data-testid': 'confirm-popup', class: 'dialog'},
+            el('div', {class: 'dialog-text'}, 'The app is open in another window. Click “Use here” to use it in this window.'),
+            el('div', {class: 'dialog-buttons'}, el('button', {type: 'button'}, 'Close'),
+               el('button', {type: 'button', onClick: useHere}, 'Use here'))));
+    }
+
     #show(phase, ...elements) {
         this.#phase = phase;
         this.#root.replaceChildren(...elements);
@@ -140,7 +158,7 @@ class App {
     #takeBehaviour(values) {
         const before = this.#current.values;
         this.#current.update(values);
-        if (values.loggedIn !== before.loggedIn) {
+        if (values.loggedIn !== before.loggedIn || values.openElsewhere && this.#phase !== 'elsewhere') {
             this.#openings.cancelAll();
             this.#dialogs.closeStarting();
             this.#closeChat();

@@ -10,6 +10,9 @@ export function formatNumber(digits) {
     return `+${digits.slice(0, code)} ${groups.join('-')}`;
 }
 
+/** Groups have ids of their own in place of numbers. */
+export const isGroup = (digits) => digits.length === 18 && digits.startsWith('120363');
+
 /** A colour that belongs to the number. */
 export function colourOf(digits) {
     let hash = 7;
@@ -19,11 +22,12 @@ export function colourOf(digits) {
 
 /** The address of the picture of `digits`; with `named` it tells whose it is. */
 export function pictureAddress(digits, named) {
-    return named ? `/page/file/picture.svg?t=s&u=${digits}%40c.us&i=1` : '/page/file/picture.svg';
+    return named ? `/page/file/picture.svg?t=s&u=${digits}%40${isGroup(digits) ? 'g' : 'c'}.us&i=1` : '/page/file/picture.svg';
 }
 
 /** The part before "@" and the domain of a chat's id: its phone number, or an id that doesn't tell it. */
 export function chatId(digits, style) {
+    if (isGroup(digits)) return `${digits}@g.us`;
     if (style !== 'lid') return `${digits}@c.us`;
     return `${('9' + [...digits].reverse().join('')).padEnd(15, '7').slice(0, 15)}@lid`;
 }

@@ -18,9 +18,10 @@ export class Openings {
         this.#onOpen = onOpen;
     }
 
-    request(number) {
+    /** `exists`: false for what no link can open. */
+    request(number, exists = true) {
         const {noticeDelayMs, chatOpenDelayMs, startingPopup, startingPopupMs} = this.#behaviour();
-        const known = this.#isKnown(number);
+        const known = exists && this.#isKnown(number);
         const delay = known ? drawDelay(chatOpenDelayMs) : noticeDelayMs;
         const opening = {number, known, began: performance.now()};
         this.#pending.add(opening);

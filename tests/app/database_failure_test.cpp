@@ -91,6 +91,10 @@ TEST(SqlTextTest, ValuesTakeThePlacesOfMarksOutsideOfQuotes) {
     EXPECT_EQ(withMySqlValues(QStringLiteral("a='?\\'?' and `b?`=? and c=? and d=? and e=\"?\" and f=?"),
                               {QStringLiteral("it's ?"), 5, QVariant()}),
               QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
+    // A backslash is nothing special to Access, neither in the statement nor in a value.
+    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=?"),
+                               {QStringLiteral("it's\\"), 5, QVariant()}),
+              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL"));
 }
 
 TEST(SqlTextTest, LogNamesHoldNoValues) {

@@ -4,7 +4,9 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <optional>
 #include <random>
+#include <utility>
 
 #include "app/database.h"
 #include "app/settings.h"
@@ -14,6 +16,20 @@
 #include "support/stores.h"
 
 namespace kibo::test {
+
+/// A clipboard that pastes into a page in memory.
+class FakeClipboard : public Clipboard {
+ public:
+    explicit FakeClipboard(FakePage& page) : page_(page) {}
+    void lend(const QString& text) override { kept_ = std::exchange(page_.clipboard, text); }
+    void giveBack() override {
+        if (kept_) page_.clipboard = *std::exchange(kept_, std::nullopt);
+    }
+
+ private:
+    FakePage& page_;
+    std::optional<QString> kept_;
+};
 
 /// The whole engine on a real local store and a page in memory, in time that moves only when the engine waits.
 class Engine : public ::testing::Test {
@@ -42,11 +58,13 @@ class Engine : public ::testing::Test {
         return file;
     }
 
-    qint64 queue(const QString& number, const QString& text, int mode = 0, const QString& media = {}) {
+    qint64 queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
+                 const QString& file = {}) {
         const bool added =
             database
-                .execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text, wa_media) values (?, ?, ?, ?)"),
-                         {mode, number, text, media})
+                .execute(QStringLiteral(
+                             "insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"),
+                         {mode, number, text, media, file})
                 .has_value();
         EXPECT_TRUE(added);
         return database.lastInsertId();
@@ -87,7 +105,18 @@ class Engine : public ::testing::Test {
     Database database{clock, policy};
     FakePage page{clock};
     SendJournal journal;
-    Gateway gateway{{state, settings, elements, database, page, clock, journal, [] { return 0.0; }}};
+    FetchMedia fetch;  // what the gateway fetches with; none at first
+    FakeClipboard clipboard{page};
+    Gateway gateway{{.state = state,
+                     .settings = settings,
+                     .elements = elements,
+                     .database = database,
+                     .page = page,
+                     .clock = clock,
+                     .journal = journal,
+                     .random = [] { return 0.0; },
+                     .fetchMedia = [this](const QString& address) { return fetch(address); },
+                     .clipboard = &clipboard}};
     std::mt19937 generator{4711};
 };
 

@@ -19,7 +19,9 @@ class FakePage : public ChatPage {
  public:
     struct Delivered {
         QString number;
-        QString text;
+        QString text;       // of a file: its caption
+        QString file = {};  // its path
+        FileInput input = FileInput::Document;
     };
 
     explicit FakePage(ManualClock& clock) : clock_(clock) {}
@@ -36,8 +38,16 @@ class FakePage : public ChatPage {
     int swallowEnters = 0;  // so many presses of Enter do nothing
     int loseTexts = 0;      // so many typed texts end up elsewhere
     bool noPage = false;    // the browser could not load the page
-    bool silent = false;    // no command is answered
+    bool errorPage = false, openElsewhere = false, updateOffered = false;
+    QString otherSite;
+    bool boxRenamed = false;  // the message box is no element that the locator matches
+    bool silent = false;      // no command is answered
     std::function<void()> beforeEnter;
+    enum class Preview { Comes, NeverComes, Vanishes, Stays, GoesUnsent };
+    Preview preview = Preview::Comes;
+    int previewDelay = 150, uploadDelay = 150;
+    int searchDelay = 200;  // until the results of a search replace the list
+    QString clipboard;      // what a paste gives
 
     bool hideHistory = false;  // the chat shows none of its messages
 
@@ -50,7 +60,8 @@ class FakePage : public ChatPage {
     void open(const QString& number) {
         ++serial_;
         openNumber_ = number;
-        box_.clear();
+        boxes_[Box::Message].clear();
+        previewShown_ = false;
         titles_.append(names.value(number, number));
     }
     void reload() {
@@ -63,8 +74,8 @@ class FakePage : public ChatPage {
         planted_ = false;
         ++generation_;
     }
-    void setBox(const QString& text) { box_ = text; }
-    QString box() const { return box_; }
+    void setBox(const QString& text) { boxes_[Box::Message] = text; }
+    QString box(Box box = Box::Message) const { return boxes_.value(box); }
     void deliver(const QString& number, const QString& text) {
         delivered.push_back({number, text});
         history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
@@ -81,7 +92,13 @@ class FakePage : public ChatPage {
         look.presence = silent ? PageLook::Presence::Silent : presence;
         if (look.presence != PageLook::Presence::Here) return look;
         look.noPage = noPage;
-        look.newChatControls = loggedIn && !noPage ? 1 : 0;
+        look.errorPage = errorPage;
+        look.otherSite = otherSite;
+        look.useHereButtons = openElsewhere ? 1 : 0;
+        look.hasUpdate = updateOffered;
+        look.hasChatList = loggedIn;
+        look.hasBox = !openNumber_.isEmpty() && !boxRenamed;
+        look.newChatControls = loggedIn && !noPage && !errorPage && otherSite.isEmpty() ? 1 : 0;
         look.qrCodes = qrCodes;
         look.qrData = qrData;
         look.qrReloads = qrReloads;
@@ -127,16 +144,17 @@ class FakePage : public ChatPage {
         }
         return clicked;
     }
-    std::optional<ChatLook> lookAtChat(bool) override {
+    std::optional<ChatLook> lookAtChat(bool focusBox) override {
         if (!answers("lookAtChat")) return std::nullopt;
+        if (focusBox) focus_ = Box::Message;
         ChatLook look;
         look.linkPlanted = planted_;
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
-        look.hasBox = look.boxFocused = !openNumber_.isEmpty();
-        look.boxText = box_;
+        look.hasBox = look.boxFocused = !openNumber_.isEmpty() && !boxRenamed;
         look.headerPicture = headerPicture;
+        look.boxText = boxes_[Box::Message];
         look.chat = chat();
         return look;
     }
@@ -144,33 +162,97 @@ class FakePage : public ChatPage {
         if (!answers("lastMessages")) return std::nullopt;
         return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
     }
+    std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
+        if (!answers("pasteText")) return std::nullopt;
+        if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;
+        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
+    }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
         if (loseTexts-- > 0) return true;
-        box_ += text;
+        boxes_[focus_] += text;
+        if (focus_ == Box::Search) searchedMs_ = clock_.monotonicMs();
         return true;
     }
-    std::optional<BoxLook> awaitBoxText(const QString& text, int milliseconds) override {
+    bool typeKeys(const QString& text) override { return answers("typeKeys") && typeText(text); }
+    bool pressPaste() override { return answers("pressPaste") && typeText(clipboard); }
+    std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override {
         if (!answers("awaitBoxText")) return std::nullopt;
-        if (box_.trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{box_.trimmed() == text.trimmed(), serial_};
+        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
     }
-    bool clearBox() override {
-        box_.clear();
+    bool clearBox(Box box) override {
+        boxes_[box].clear();
+        focus_ = box;
         return answers("clearBox");
+    }
+    bool chooseFile(FileInput input, const QString& path) override {
+        if (!answers("chooseFile")) return false;
+        file_ = {openNumber_, {}, path, input};
+        boxes_[Box::Caption].clear();
+        previewShown_ = false;
+        if (preview != Preview::NeverComes)
+            clock_.at(clock_.monotonicMs() + previewDelay, [this] { previewShown_ = true; });
+        return true;
+    }
+    std::optional<PreviewLook> lookAtPreview(bool focusCaption) override {
+        if (!answers("lookAtPreview")) return std::nullopt;
+        if (focusCaption && previewShown_) focus_ = Box::Caption;
+        return PreviewLook{previewShown_, previewShown_, previewShown_, serial_};
+    }
+    std::optional<bool> sendPreview() override {
+        if (!answers("sendPreview")) return std::nullopt;
+        if (preview == Preview::Vanishes) previewShown_ = false;
+        if (!previewShown_) return false;
+        inChat_ = false;
+        if (preview != Preview::Stays)
+            clock_.at(clock_.monotonicMs() + uploadDelay, [this] {
+                previewShown_ = false;
+                if (preview == Preview::GoesUnsent) return;
+                file_.text = boxes_[Box::Caption];
+                delivered.push_back(file_);
+                inChat_ = true;
+            });
+        return true;
+    }
+    std::optional<FileSentLook> awaitFileSent(int milliseconds) override {
+        if (!answers("awaitFileSent")) return std::nullopt;
+        if (previewShown_ || !inChat_) clock_.wait(milliseconds);
+        return FileSentLook{!previewShown_, inChat_, serial_};
+    }
+    std::optional<SearchLook> lookAtSearch() override {
+        if (!answers("lookAtSearch")) return std::nullopt;
+        SearchLook look{true, boxes_[Box::Search], {}, true};
+        const bool found = clock_.monotonicMs() >= searchedMs_ + searchDelay;
+        for (const QString& name : std::as_const(names))
+            if (!found || name.contains(look.text, Qt::CaseInsensitive)) look.titles.append(name);
+        look.titles.sort();
+        return look;
+    }
+    std::optional<EntryClick> clickEntry(const QString& title) override {
+        if (!answers("clickEntry")) return std::nullopt;
+        const QString number = names.key(title);
+        if (number.isEmpty()) return EntryClick{};
+        const EntryClick click{true, chat()};
+        clicks.append(title);
+        clock_.at(clock_.monotonicMs() + openDelay(number), [this, number] { open(number); });
+        return click;
     }
     bool pressEnter() override {
         if (!answers("pressEnter")) return false;
         if (beforeEnter) beforeEnter();
-        if (swallowEnters-- > 0 || openNumber_.isEmpty() || box_.isEmpty()) return true;
-        deliver(openNumber_, box_);
-        box_.clear();
+        if (swallowEnters-- > 0 || openNumber_.isEmpty() || box().isEmpty()) return true;
+        deliver(openNumber_, box());
+        setBox({});
         return true;
     }
     bool pressEscape() override {
         if (!answers("pressEscape")) return false;
         if (!notice_.isEmpty()) {
             notice_.clear();
+        } else if (previewShown_) {
+            previewShown_ = false;
         } else {
             openNumber_.clear();
         }
@@ -216,11 +298,17 @@ class FakePage : public ChatPage {
     }
     bool openStartPage() override {
         commands.append(QStringLiteral("openStartPage"));
-        noPage = false;
+        noPage = errorPage = false;
+        otherSite.clear();
         return true;
     }
     bool clickQrReload() override {
         ++reloadsClicked;
+        return true;
+    }
+    bool clickUseHere() override {
+        commands.append(QStringLiteral("clickUseHere"));
+        openElsewhere = false;
         return true;
     }
     QByteArray qrPicture() override { return {}; }
@@ -248,8 +336,8 @@ class FakePage : public ChatPage {
         chat.serial = serial_;
         chat.open = !openNumber_.isEmpty();
         chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
-        chat.number = chat.open ? namedNumber : QString();
         if (!hideHistory) chat.lastMessageId = messageIds(openNumber_).value(0);
+        chat.number = chat.open ? namedNumber : QString();
         chat.titles = titles_;
         chat.clicks = clicked_;
         chat.clicked = clickedAddresses_;
@@ -259,7 +347,12 @@ class FakePage : public ChatPage {
     ManualClock& clock_;
     int serial_ = 0;
     int generation_ = 0;
-    QString openNumber_, box_, notice_, linkAddress_;
+    QString openNumber_, notice_, linkAddress_;
+    QHash<Box, QString> boxes_;
+    Box focus_ = Box::Message;
+    Delivered file_;
+    bool previewShown_ = false, inChat_ = false;
+    qint64 searchedMs_ = 0;
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;

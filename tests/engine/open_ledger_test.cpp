@@ -143,6 +143,24 @@ TEST_F(Ledger, NameDrawnLateIsAwaitedAndAChangedOneIsNotTrusted) {
     EXPECT_FALSE(ledger.isOpen(kAni));
 }
 
+TEST_F(Ledger, EntryIsRecognisedByItsTitleOnly) {
+    const QString family = OpenLedger::entryKey(QStringLiteral("Family"));
+    ledger.observe(comesUp(QStringLiteral("Family")), 0);
+    ledger.clicked(family, chat, 0);
+    EXPECT_FALSE(ledger.isOpen(family)) << "it stood there before";
+    ledger.clicked(kAni, chat, 100);
+    ledger.observe(comesUp(QStringLiteral("Somebody")), 200);
+    EXPECT_FALSE(ledger.isOpen(family));
+    EXPECT_TRUE(ledger.isOpen(kAni)) << "the entry's click can't have brought this";
+    chat.personClicks = 1;
+    ledger.observe(comesUp(QStringLiteral("\u00a0FAMILY\u200e")), 300);
+    EXPECT_TRUE(ledger.isOpen(family));
+    EXPECT_TRUE(ledger.settled(300));
+    ledger.clickedBlindly(family, 400);
+    EXPECT_EQ(ledger.refusedBy(QStringLiteral("Phone number shared via url is invalid.")), QString());
+    EXPECT_FALSE(ledger.settled(400)) << "a notice is never about an entry";
+}
+
 TEST_F(Ledger, NoticeIsAboutTheNumberItNames) {
     ledger.clicked(kAni, closed(), 0);
     ledger.clicked(kBudi, closed(), 100);

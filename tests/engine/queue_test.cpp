@@ -37,6 +37,28 @@ TEST_F(Queue, ShowsDueRowsOldestFirst) {
     EXPECT_EQ(gateway.queue.nextRow()->text, QStringLiteral("a\tb")) << "but the stored text is sent";
 }
 
+TEST_F(Queue, IsLoadedAnewOnlyWhenSomebodyHasChangedTheStore) {
+    queue(QStringLiteral("6281"), QStringLiteral("a"));
+    const auto loadedAnew = [this] {
+        const quint64 before = state.ms_out.revision;
+        gateway.queue.cmd_OutboxRefresh_Click();
+        return state.ms_out.revision != before;
+    };
+    EXPECT_TRUE(loadedAnew());
+    EXPECT_FALSE(loadedAnew());
+    queue(QStringLiteral("6282"), QStringLiteral("b"));
+    EXPECT_TRUE(loadedAnew());
+    test::sqlite(folder.filePath(QStringLiteral("kb.mdb")), QStringLiteral("delete from outbox where id = 1"));
+    EXPECT_TRUE(loadedAnew()) << "by another program";
+    EXPECT_EQ(ids(), QStringList(QStringLiteral("2")));
+    state.cb_Profil.text = QStringLiteral("8");
+    settings.Multi = QStringLiteral("Y");
+    EXPECT_TRUE(loadedAnew()) << "other rows are asked for";
+    state.Outbox_Cnt.caption.clear();
+    EXPECT_FALSE(loadedAnew());
+    EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("0"));
+}
+
 TEST_F(Queue, TakingMovesTheRowInOnePiece) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("O'Brien \"x\" \\ 😀"));
     EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::Yes);

@@ -11,7 +11,7 @@ namespace {
 
 const QDateTime kNow(QDate(2026, 3, 14), QTime(15, 9, 26));
 
-std::string expand(const char* text, double random = 0) {
+std::string expand(const QByteArray& text, double random = 0) {
     const auto result = expandAlternatives(QString::fromUtf8(text), [random] { return random; });
     return result ? result.value().toStdString() : "(" + result.failure().text + ")";
 }
@@ -42,6 +42,20 @@ TEST(Expansion, RefusesMoreThanNineGroupsAndReversedBrackets) {
                   QStringLiteral("a]~rb"), kNow, [] { return 0.0; }, &problem),
               QStringLiteral("a]\r\nb"));
     EXPECT_FALSE(problem.isEmpty());
+}
+
+TEST(Expansion, BadInputIsReadByTheSameRule) {
+    EXPECT_EQ(expand("[a[b|c]d"), "a[bd");
+    EXPECT_EQ(expand("[[a]]").front(), '(') << "the second \"]\" stands before the appended \"[\"";
+    EXPECT_EQ(expand("late [a"), "late a[") << "closed by the appended group";
+    const auto many = [](const char* piece) { return QByteArray(piece).repeated(10'000); };
+    EXPECT_EQ(expand("x" + many("[")), ("x" + many("[")).toStdString());
+    for (const char* piece : {"]", "[]", "][", "[a|b]"}) EXPECT_EQ(expand(many(piece)).front(), '(') << piece;
+    // Each of nine members names the next one ten times.
+    QByteArray growing;
+    for (int group = 2; group <= 10; ++group)
+        growing += '[' + QByteArray("{" + QByteArray::number(group) + "}").repeated(10) + ']';
+    EXPECT_EQ(expand(growing), "(the alternatives make the text too long)");
 }
 
 TEST(Expansion, ReplacesCodes) {

@@ -18,6 +18,8 @@ void fill(GatewayState& state, Settings& settings, const QString& qrFile) {
     state.status = Label{QStringLiteral("Not Connect"), colour::kRed, colour::kYellow};
     state.dboff.visible = state.wait.visible = state.waitread.visible = state.l_disableread.visible = true;
     state.step = QStringLiteral("Waiting for the login code to be scanned");
+    state.doneAbout = QStringLiteral("Done about 24 Nov 15:40");
+    state.pageNotice = QStringLiteral("WhatsApp offers an update: press Refresh on its page");
     state.Outbox_Cnt.caption = QStringLiteral("100000");
     state.sentCount = 12345;
     state.failedCount = 678;

@@ -1,5 +1,8 @@
+#include <QAction>
 #include <QDir>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <algorithm>
 
 #include "app/settings_file.h"
 #include "main_window/close_all.h"
@@ -43,6 +46,16 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
     EXPECT_EQ(application.state().cb_Profil.text, QStringLiteral("7"));
     EXPECT_EQ(application.state().txt_DUMMY.text, QStringLiteral("6281"));
     EXPECT_FALSE(application.state().dboff.visible);
+
+    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    const auto windows = QApplication::topLevelWidgets();
+    const auto elements = std::find_if(windows.begin(), windows.end(), [](const QWidget* one) {
+        return one->objectName() == QStringLiteral("frm_element");
+    });
+    ASSERT_NE(elements, windows.end());
+    EXPECT_TRUE((*elements)->isVisible());
+    (*elements)->findChild<QPushButton*>(QStringLiteral("test_ChatBox"))->click();
+    EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
 }
 
 TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
@@ -91,6 +104,24 @@ TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {}).start()) << "without settings there is no database";
     EXPECT_TRUE(shown(0).contains(QStringLiteral("kibo.ini"))) << shown(0).toStdString();
     EXPECT_TRUE(shown(1).startsWith(QStringLiteral("Connection cannot be made")));
+}
+
+TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
+    const auto dump = [](const QString& store) { return sqlite(store, QStringLiteral(".dump")); };
+    const QDir home(folder.filePath(QStringLiteral("new")));
+    home.mkpath(QStringLiteral("."));
+    dialogs.answers = {false, true, true};
+    const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
+    EXPECT_FALSE(start());
+    EXPECT_EQ(dialogs.shown.size(), 1U) << "no more than that no database is chosen yet: " << shown(0).toStdString();
+    for (const char* name : {"kb.mdb", "element.sys"}) {
+        const QString made = home.filePath(QLatin1String(name));
+        EXPECT_EQ(dump(made), dump(file(name))) << name;
+        EXPECT_EQ(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther), 0) << name;
+        QFile::remove(made);
+    }
+    EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
+    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
 }
 
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {

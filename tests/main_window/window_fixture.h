@@ -4,30 +4,13 @@
 
 #include <QApplication>
 #include <QTest>
-#include <deque>
 #include <memory>
 #include <vector>
 
 #include "main_window/main_window.h"
+#include "support/answering_dialogs.h"
 
 namespace kibo::test {
-
-/// Answers boxes from a list prepared by the test (then with "Yes") and remembers what it was shown.
-class AnsweringDialogs : public Dialogs {
- public:
-    bool show(const MessageBox& box) override {
-        shown.push_back(box);
-        if (whileOpen) whileOpen();
-        if (answers.empty()) return true;
-        const bool answer = answers.front();
-        answers.pop_front();
-        return answer;
-    }
-
-    std::deque<bool> answers;
-    std::vector<MessageBox> shown;
-    std::function<void()> whileOpen;
-};
 
 /// Rows made up on the fly; counts how many different ones were read.
 class GeneratedRows : public RowSource {

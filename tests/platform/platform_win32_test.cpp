@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "platform/access_file.h"
+#include "platform/downloader.h"
 #include "platform/machine.h"
 #include "platform/process.h"
 #include "platform/shell.h"
@@ -94,12 +96,39 @@ TEST(WindowsMachine, readsChromesVersionFromTheRegistry) {
     ::RegDeleteKeyA(HKEY_CURRENT_USER, path);
 }
 
+TEST(WindowsAccessFile, isMadeOnlyByADriverThatIsInstalled) {
+    if (accessDriver().ok()) GTEST_SKIP() << "a driver is installed here; its record stays as it is";
+    EXPECT_EQ(accessDriver().failure().kind, FailureKind::NotFound);
+    const char* path = R"(SOFTWARE\ODBC\ODBCINST.INI\ODBC Drivers)";
+    const char* name = "Microsoft Access Driver (*.mdb, *.accdb)";
+    HKEY key = nullptr;
+    ASSERT_EQ(::RegCreateKeyA(HKEY_LOCAL_MACHINE, path, &key), ERROR_SUCCESS);
+    ::RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>("Installed"), sizeof "Installed");
+    EXPECT_EQ(accessDriver().valueOr({}), name);
+    // Recorded, but not there: its failure comes through, and no half-made file.
+    const TemporaryFolder folder;
+    const std::string file = (folder.path() / "kb.mdb").string();
+    const Result<void> made = createAccessFile(name, file);
+    ASSERT_FALSE(made.ok());
+    EXPECT_EQ(made.failure().kind, FailureKind::Io);
+    EXPECT_FALSE(fs::exists(file));
+    ::RegDeleteValueA(key, name);
+    ::RegCloseKey(key);
+}
+
 TEST(WindowsMachine, removesTheLockFileOfACrashedRun) {
     removeStaleLockFile();  // none there: no error
     fs::create_directories(R"(C:\Kibo\App)");
     writeContent(R"(C:\Kibo\App\kb.ldb)", "lock");
     removeStaleLockFile();
     EXPECT_FALSE(fs::exists(R"(C:\Kibo\App\kb.ldb)"));
+}
+
+TEST(WindowsDownloader, isCalledAtItsFixedPlace) {
+    const std::string expected =
+        R"(C:\Kibo\wget\wget.exe --max-threads 1 --output-document=C:\tmp\photo.jpg https://host/a/b/photo.jpg)";
+    EXPECT_EQ(downloaderCommand(R"(C:\tmp)", "photo.jpg", "https://host/a/b/photo.jpg").value(), expected);
+    EXPECT_TRUE(startCommand("cmd /c exit", ShowMode::Minimised).ok());
 }
 
 }  // namespace

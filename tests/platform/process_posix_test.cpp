@@ -57,6 +57,9 @@ TEST(ProcessTest, listsChildrenAndTheirChildren) {
 
     const std::vector<Process> same = processesOf(executablePath(ownProcessId()));
     for (const ProcessId id : {ownProcessId(), child.id(), below[0].id, below[1].id}) EXPECT_TRUE(contains(same, id));
+    const std::string path = executablePath(ownProcessId());
+    EXPECT_TRUE(contains(processesNamed({"no such name", path.substr(path.rfind('/') + 1)}), child.id()));
+    EXPECT_TRUE(processesNamed({"platform_tes", path}).empty()) << "a name is a whole name, not a path";
     EXPECT_TRUE(processesOf("/nowhere/at/all").empty());
     EXPECT_TRUE(children(0).empty());
 }

@@ -139,7 +139,7 @@ TEST_F(StandInPage, BoxTakesEditsAndThrowsAwayWhatScriptsPutIntoIt) {
     run("document.querySelector('#main .box span').firstChild.data = 'no'");
     EXPECT_EQ(box(), "satu 😀\ndua tiga");
 
-    EXPECT_TRUE(real->page->clearBox());
+    EXPECT_TRUE(real->page->clearBox(Box::Message));
     EXPECT_TRUE(boxBecomes(kEmpty));
     type("b😀");
     keys("XX_ChatBox", QString(QChar(0xE003)));

@@ -57,7 +57,7 @@ int kills() {
 
 // The page shows the last message of a chat only, so each comes from a chat of its own.
 TEST_F(Program, KilledWhileItReadsItStoresEachMessageOnce) {
-    const QString store = home_.filePath(QStringLiteral("kb.mdb"));
+    const QString store = program.home.filePath(QStringLiteral("kb.mdb"));
     const auto stored = [&] { return test::sqlite(store, QStringLiteral("select count(*) from inbox")).toInt(); };
     const int expected = 10 * (kills() + 1);
     int shown = 0;
@@ -65,25 +65,26 @@ TEST_F(Program, KilledWhileItReadsItStoresEachMessageOnce) {
         for (; count > 0; --count, ++shown) {
             const std::string number = std::to_string(628170000 + shown);
             const auto done =
-                standIn_.act("incoming", R"({"number": ")" + number + R"(", "text": "text )" + number + "\"}");
+                program.standIn.act("incoming", R"({"number": ")" + number + R"(", "text": "text )" + number + "\"}");
             ASSERT_TRUE(done.ok()) << done.failure().text;
         }
     };
     for (int round = 0; round < kills(); ++round) {
-        start();
+        ASSERT_TRUE(program.start());
         incoming(10);
-        ASSERT_TRUE(test::eventually([&] { return stored() > 7 * round + round % 5; }, 60'000)) << log().toStdString();
-        program_.kill();
-        program_.waitForFinished();
+        ASSERT_TRUE(test::eventually([&] { return stored() > 7 * round + round % 5; }, 60'000))
+            << program.log().toStdString();
+        program.kill();
     }
-    start();
+    ASSERT_TRUE(program.start());
     incoming(10);
-    EXPECT_TRUE(test::eventually([&] { return stored() >= expected; }, 120'000)) << stored() << log().toStdString();
+    EXPECT_TRUE(test::eventually([&] { return stored() >= expected; }, 120'000))
+        << stored() << program.log().toStdString();
     EXPECT_FALSE(test::eventually([&] { return stored() > expected; }, 3'000)) << "one too many";
     EXPECT_EQ(test::sqlite(store, QStringLiteral("select count(distinct wa_text) from inbox")).toInt(), expected);
-    EXPECT_FALSE(log().contains("text 628"));
-    program_.terminate();
-    EXPECT_TRUE(program_.waitForFinished(15'000));
+    EXPECT_FALSE(program.log().contains("text 628"));
+    program.process.terminate();
+    EXPECT_TRUE(program.process.waitForFinished(15'000));
 }
 
 }  // namespace

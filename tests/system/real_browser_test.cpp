@@ -1,7 +1,13 @@
+#include <signal.h>
+
 #include <QElapsedTimer>
+#include <algorithm>
 #include <iostream>
 
+#include "platform/process.h"
 #include "real_gateway.h"
+#include "support/eventually.h"
+#include "support/processes.h"
 
 namespace kibo {
 namespace {
@@ -11,6 +17,7 @@ const QString kAni = QStringLiteral("6281234567890");
 class RealBrowser : public test::OnRealGateway<10> {
  protected:
     void SetUp() override {
+        real->behave(R"({"chatOpenDelayMs": 0, "messageIds": "phone"})");  // as before the last test
         first = real->standIn.received().size();
         failed = real->state.failedCount;
     }
@@ -28,6 +35,11 @@ class RealBrowser : public test::OnRealGateway<10> {
         real->runQueue();
         real->standIn.waitForReceived(first + 1, std::chrono::milliseconds(300));
         return arrived();
+    }
+    /// Ticks until the line says `step`.
+    static bool tickUntil(const QString& step) {
+        for (int i = 0; i < 300 && real->state.step != step; ++i) real->tick();
+        return real->state.step == step;
     }
     int newFailures() const { return real->state.failedCount - failed; }
     QString lastReason() const { return real->state.ms2.text(real->state.ms2.rowCount() - 1, 3); }
@@ -60,7 +72,7 @@ TEST_F(RealBrowser, MessageTakesFewCommands) {
     real->queue(kAni, QStringLiteral("counted"));
     const quint64 before = real->browser.client().commandsSent();
     real->gateway->machine.Timer_KIBO_Timer();
-    EXPECT_LE(real->browser.client().commandsSent() - before, 12u);
+    EXPECT_LE(real->browser.client().commandsSent() - before, 11u);
     const quint64 idle = real->browser.client().commandsSent();
     real->gateway->machine.Timer_KIBO_Timer();
     EXPECT_LE(real->browser.client().commandsSent() - idle, 2u);
@@ -164,14 +176,124 @@ TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {
     std::cout << "sent " << seen.size() << ", marked as failed " << newFailures() << std::endl;
 }
 
-// The last one: it ends the session.
-TEST_F(RealBrowser, PageWhoseProcessDiesIsNoticed) {
-    const auto crashed = real->browser.client().send(webdriver::NavigateTo{QStringLiteral("chrome://crash")});
-    (void)crashed;  // the driver may or may not answer to this
-    for (int i = 0; i < 20 && real->state.waurl.text.isEmpty(); ++i) real->tick();
-    EXPECT_EQ(real->state.waurl.text, QStringLiteral("!!"));
-    EXPECT_FALSE(real->state.Timer_KIBO.enabled());
-    EXPECT_FALSE(real->browser.isOpen());
+TEST_F(RealBrowser, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
+    const auto ready = [] { return real->state.status.caption == QStringLiteral("Ready"); };
+    const auto awaitReady = [&] {
+        for (int i = 0; i < 300 && !ready(); ++i) real->tick();
+        EXPECT_TRUE(ready()) << real->state.step.toStdString();
+    };
+    real->behave(R"({"openElsewhere": true})");
+    real->gateway->machine.Timer_KIBO_Timer();
+    EXPECT_TRUE(real->state.step.contains(QStringLiteral("open in another window"))) << real->state.step.toStdString();
+    awaitReady();
+
+    ASSERT_TRUE(real->standIn.updateBehaviour(R"({"errorPage": 1})").ok());
+    real->page->openStartPage();
+    EXPECT_TRUE(tickUntil(QStringLiteral("The page shows an error, trying again")));
+    awaitReady();
+
+    // Another name of this computer is another site, as after a redirect.
+    const QString elsewhere =
+        QString(real->settings.StartAddress).replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost"));
+    EXPECT_TRUE(real->browser.client().send(webdriver::NavigateTo{elsewhere}).ok());
+    real->standIn.updateBehaviour(R"({"loggedIn": false})").ok();
+    EXPECT_TRUE(tickUntil(QStringLiteral("The browser shows another page, localhost, trying again")));
+    real->standIn.updateBehaviour(R"({"loggedIn": true})").ok();
+    awaitReady();
+    EXPECT_EQ(send(QStringLiteral("after all that")).size(), 1) << lastReason().toStdString();
+}
+
+TEST_F(RealBrowser, ChangedMessageBoxHoldsTheQueue) {
+    real->behave(R"({"renameBox": true})");
+    real->queue(kAni, QStringLiteral("kept"));
+    EXPECT_TRUE(tickUntil(QStringLiteral("Page changed: XX_ChatBox")));
+    EXPECT_EQ(real->count("select count(*) from outbox"), 1);
+    real->behave(R"({"renameBox": false})");
+    real->runQueue();
+    real->standIn.waitForReceived(first + 1, std::chrono::seconds(1));
+    EXPECT_EQ(arrived(), QStringList(QStringLiteral("kept")));
+    EXPECT_EQ(newFailures(), 0);
+}
+
+TEST_F(RealBrowser, OutlinesWhatALocatorFindsForAWhile) {
+    const auto frames = [] {
+        const auto answer = real->browser.client().send(webdriver::ExecuteScript{
+            QStringLiteral("return document.querySelectorAll('#kibo-outline > div').length"), {}});
+        return answer ? answer.value().toInt() : -1;
+    };
+    const auto list = real->page->outline(QStringLiteral("//*[@id='pane-side']"));
+    ASSERT_TRUE(list.ok()) << list.failure().text;
+    EXPECT_EQ(list.value().count, 1);
+    EXPECT_EQ(list.value().visible, 1);
+    EXPECT_EQ(frames(), 1);
+    for (int i = 0; i < 100 && frames() > 0; ++i) SystemClock().wait(100);
+    EXPECT_EQ(frames(), 0);
+
+    const auto input = real->page->outline(QStringLiteral("head > title"));
+    ASSERT_TRUE(input.ok());
+    EXPECT_EQ(input.value().count, 1);
+    EXPECT_EQ(input.value().visible, 0);
+    for (const char* wrong : {"//[", "div[", "count(//div)"}) {
+        const auto refused = real->page->outline(QString::fromLatin1(wrong));
+        ASSERT_TRUE(refused.ok()) << refused.failure().text;
+        EXPECT_FALSE(refused.value().understood) << wrong;
+    }
+
+    // A locator that changes counts at once.
+    const QString saved = real->elements[QStringLiteral("XX_NewChat")];
+    real->elements.set(QStringLiteral("XX_NewChat"), QStringLiteral("#nowhere"));
+    EXPECT_EQ(real->page->look().newChatControls, 0);
+    real->elements.set(QStringLiteral("XX_NewChat"), saved);
+    EXPECT_EQ(real->page->look().newChatControls, 1);
+}
+
+// The last one: it ends the session, again and again.
+TEST_F(RealBrowser, LostSessionIsNoticedWithinOneTickAndTheProfileKeepsItsLogin) {
+    const auto processes = [] { return test::processesNaming(real->folder.path()); };
+    const auto driver = [] {
+        const auto children = platform::children(platform::ownProcessId());
+        const auto found = std::find_if(children.begin(), children.end(), [](const platform::Process& child) {
+            return platform::executablePath(child.id).ends_with("/chromedriver");
+        });
+        return found == children.end() ? platform::Process{} : *found;
+    };
+    const std::pair<const char*, std::function<void()>> losses[] = {
+        {"driver killed", [&] { ::kill(static_cast<pid_t>(driver().id), SIGKILL); }},
+        {"browser killed",
+         [&] {
+             for (const auto& browser : platform::children(driver().id))
+                 ::kill(static_cast<pid_t>(browser.id), SIGKILL);
+         }},
+        {"page crashed",
+         [] { (void)real->browser.client().send(webdriver::NavigateTo{QStringLiteral("chrome://crash")}); }},
+    };
+    EXPECT_TRUE(real->browser.client()
+                    .send(webdriver::ExecuteScript{QStringLiteral("localStorage.setItem('login', 'kept')"), {}})
+                    .ok());
+    real->clock.SystemClock::wait(7000);  // the browser writes it down after five seconds
+    for (const auto& [what, lose] : losses) {
+        SCOPED_TRACE(what);
+        ASSERT_NE(driver().id, 0);
+        lose();
+        real->clock.SystemClock::wait(300);  // the system takes a moment to tell
+        real->state.Timer_KIBO.setEnabled(true);
+        real->gateway->machine.Timer_KIBO_Timer();
+        EXPECT_EQ(real->state.waurl.text, QStringLiteral("!!"));
+        EXPECT_EQ(real->state.status.caption, QStringLiteral("Not Connect"));
+        EXPECT_FALSE(real->state.Timer_KIBO.enabled());
+        EXPECT_FALSE(real->browser.isOpen());
+        EXPECT_TRUE(test::eventually([&] { return processes().empty(); })) << processes().size() << " processes left";
+
+        real->state.waurl.text.clear();
+        const auto opened = real->browser.open({real->settings, real->settings.Profil});
+        ASSERT_TRUE(opened.ok()) << opened.failure().text;
+        for (int i = 0; i < 300 && real->state.status.caption != QStringLiteral("Ready"); ++i) real->tick();
+        const auto login = real->browser.client().send(
+            webdriver::ExecuteScript{QStringLiteral("return localStorage.getItem('login')"), {}});
+        EXPECT_EQ(login.valueOr({}).toString(), QStringLiteral("kept")) << "the profile is the same";
+        EXPECT_EQ(send(QStringLiteral("again %1").arg(QLatin1String(what))).size(), 1) << lastReason().toStdString();
+        first = real->standIn.received().size();
+    }
 }
 
 }  // namespace

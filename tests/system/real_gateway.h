@@ -57,6 +57,7 @@ class RealGateway {
         behaviour.chatOpenDelayMs = {0, 0};
         behaviour.readyDelayMs = 0;
         behaviour.noticeDelayMs = 0;
+        behaviour.previewDelayMs = behaviour.uploadDelayMs = behaviour.searchDelayMs = 0;
         standIn.setBehaviour(behaviour);
     }
 
@@ -90,9 +91,11 @@ class RealGateway {
         clock.wait(500);
     }
     int count(const char* sql) { return database.OpenRecordset(QString::fromLatin1(sql)).field(0).toInt(); }
-    void queue(const QString& number, const QString& text, int mode = 0) {
-        ASSERT_TRUE(database.execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (?, ?, ?)"),
-                                     {mode, number, text}));
+    void queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
+               const QString& file = {}) {
+        ASSERT_TRUE(database.execute(
+            QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"),
+            {mode, number, text, media, file}));
     }
     void runQueue(int mostTicks = 2000) {
         for (int i = 0; i < mostTicks && count("select count(*) from outbox") > 0; ++i) tick();

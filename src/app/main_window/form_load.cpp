@@ -46,6 +46,7 @@ bool FormLoad::Form_Load() {
         settings.HideChrome = QStringLiteral("N");
         WriteIni(QStringLiteral("kibo"), QStringLiteral("HideChrome"), settings.HideChrome, settingsFile);
     }
+    if (installHelper) installHelper();
     // Exactly "N": an unset option starts nothing.
     if (mySql && multi && settings.NoAgent == QStringLiteral("N") && startAgent) {
         startAgent(programFolder + QDir::separator() + QStringLiteral("Tarro.exe"));

@@ -24,6 +24,7 @@ struct FormLoad {
     QString commandLine = QStringLiteral("0");            ///< "0" when there is none
     bool mySql = false;                                   ///< the main store is a MySQL one
     std::function<QString()> machineProblem = {};         ///< empty text: the machine is fine
+    std::function<void()> installHelper = {};             ///< puts the download helper in place
     std::function<void(const QString&)> startAgent = {};  ///< starts a program by its path
 
     /// Arranges the window, checks the machine and announces the instance. False when the program must end; the

@@ -2,12 +2,13 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QSaveFile>
-#include <QScopedValueRollback>
 
 #include "app/log.h"
 #include "app/settings_file.h"
+#include "inbox/helper_installation.h"
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
 #include "main_window/setting_indicators.h"
@@ -21,11 +22,22 @@ namespace {
 
 /// How soon a termination signal and a due picture are noticed.
 constexpr int kHeartbeatMs = 100;
-constexpr qint64 kLongestReopenPauseMs = 300'000;
 const QString kSection = QStringLiteral("kibo");
 
 void logFailure(const Result<void>& result) {
     if (!result) log::warning("window", QString::fromStdString(result.failure().text));
+}
+
+QString installedBrowserVersion(const Settings& settings) {
+    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
+    return QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
+}
+
+/// Where the scripts are that belong to the program: its folder, or, when that is another one, beside the executable.
+QString scriptFolder(const QString& programFolder, const QString& script) {
+    const QDir folder(programFolder);
+    if (!folder.entryList({script, script + QStringLiteral(".bat")}, QDir::Files).isEmpty()) return programFolder;
+    return QFileInfo(QString::fromStdString(platform::executableFile())).path();
 }
 
 void openForOperator(const QString& file) {
@@ -39,10 +51,12 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
       database_(clock_, policy_),
-      elementStore_(clock_, policy_),
+      elementDatabase_(clock_, policy_),
+      elementStore_(elementDatabase_),
       instanceRows_(database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_) {
+      browser_(programFolder_, clock_),
+      mediaDownload_(settings_, clock_, programFolder_) {
     // Already while a box of the start-up routine waits for its answer.
     QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
     heartbeat_.start(kHeartbeatMs);
@@ -53,13 +67,12 @@ GatewayApplication::~GatewayApplication() = default;
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
+    startUp_.makeFirstStores(settings_.applicationName);
     startUp_.reportSettingsProblem(settings_.applicationName);
     settings_ = loadSettings(startUp_.settingsFile());
     if (!startUp_.openDatabase(database_, settings_)) return false;
-    if (!startUp_.openElementStore(elementStore_)) return false;
-    elements_ = ElementTable([this](const QString& name) {
-        return elementStore_.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
-    });
+    if (!startUp_.openElementStore(elementDatabase_)) return false;
+    elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff.visible = !database_.isOpen();
     if (clock_.waitingStopped()) return false;
     buildEngine();
@@ -76,8 +89,21 @@ void GatewayApplication::buildEngine() {
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    gateway_ = std::make_unique<Gateway>(Gateway::Needs{state_, settings_, elements_, database_, *page_, clock_,
-                                                        journal_, random, [this] { inbox_->reader.BACA_WA(); }});
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{
+        .state = state_,
+        .settings = settings_,
+        .elements = elements_,
+        .database = database_,
+        .page = *page_,
+        .clock = clock_,
+        .journal = journal_,
+        .random = random,
+        .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
+        .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
+        .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+        .programFolder = programFolder_,
+        .clipboard = &clipboard_,
+    });
     inbox_ = std::make_unique<Inbox>(
         Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
 }
@@ -88,6 +114,7 @@ bool GatewayApplication::showWindow() {
                       commandLine_};
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
+    formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
     formLoad.startAgent = [](const QString& program) {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
@@ -115,6 +142,7 @@ bool GatewayApplication::showWindow() {
             file.commit();
         });
     }
+    buildBrowserParts();
     addTimers();
     state_.step = QStringLiteral("WhatsApp is not open");
     window_->showState();
@@ -123,19 +151,45 @@ bool GatewayApplication::showWindow() {
     return true;
 }
 
+void GatewayApplication::buildBrowserParts() {
+    keeper_ = std::make_unique<SessionKeeper>(SessionKeeper::Needs{
+        .state = state_,
+        .settings = settings_,
+        .clock = clock_,
+        .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
+        .closeBrowser = [this] { browser_.quit(); },
+        .showState = [this] { window_->showState(); },
+    });
+    care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
+        .state = state_,
+        .settings = settings_,
+        .dialogs = dialogs_,
+        .programFolder = programFolder_,
+        .settingsFile = startUp_.settingsFile(),
+        .hideWindow = [this](bool hide) { return browser_.hideWindow(hide); },
+        .endSession = [this] { keeper_->close(); },
+        .browserVersion = [this] { return installedBrowserVersion(settings_); },
+        .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
+    });
+    if (!isYes(settings_.Multi)) care_->checkVersions();
+}
+
 MainWindowActions GatewayApplication::actions() {
     MainWindowActions actions;
-    actions.openWhatsApp = guarded([this] { cmd_OpenWA_Click(); });
+    actions.openWhatsApp = guarded([this] { keeper_->cmd_OpenWA_Click(); });
     actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
     actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
-    if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { HideChrome_Click(hide); };
+    if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
-    actions.profileChanged = [this](const QString& profile) { cb_Profil_Change(profile); };
+    actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };
+    actions.newProfile = [this] { care_->newProfile(); };
+    actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
     actions.closeAll = guarded([this] { mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
+    actions.showElements = guarded([this] { mnElement_Click(); });
     actions.activated = guarded([this] { activate(); });
     actions.unloaded = [this] { unload(); };
     return actions;
@@ -146,7 +200,7 @@ std::function<void()> GatewayApplication::guarded(std::function<void()> step) {
 }
 
 void GatewayApplication::addTimers() {
-    timers_->add(state_.timer_start, [this] { timer_start_Timer(); });
+    timers_->add(state_.timer_start, [this] { keeper_->timer_start_Timer(); });
     timers_->add(state_.Timer_variabel, [this] { refreshSettingIndicators(settings_, state_); });
     timers_->add(state_.Timer1, [this] { Timer1_Timer(); });
     timers_->add(state_.Timer_KIBO, [this] { gateway_->machine.Timer_KIBO_Timer(); });
@@ -157,36 +211,10 @@ void GatewayApplication::addTimers() {
     timers_->add(state_.timer_QR, [] {});
 }
 
-void GatewayApplication::cmd_OpenWA_Click() {
-    // Starting the browser may let clicks run; the second one must not start another.
-    if (opening_) return;
-    const QScopedValueRollback<bool> opening(opening_, true);
-    const bool lost = state_.waurl.text == QStringLiteral("!!");
-    state_.waurl.text.clear();
-    state_.step = QStringLiteral("Starting the browser");
-    window_->showState();
-    clock_.runPendingEvents();
-    // From here on the profile and the store stay as they are.
-    if (const Result<void> opened = openJournal(); !opened) {
-        state_.step = QStringLiteral("Nothing can be sent: ") + QString::fromStdString(opened.failure().text);
-        log::error("window", state_.step);
-        return;
-    }
-    LaunchOptions options{settings_, state_.cb_Profil.text, state_.HideChrome.checked};
-    options.armStepMachine = [this] { state_.Timer_KIBO.setEnabled(true); };
-    const Result<void> opened = browser_.open(options);
-    if (opened) {
-        reopenPauseMs_ = kShortestReopenPauseMs;
-        state_.cb_Profil.enabled = false;  // the queue belongs to the account that is logged in
-        return;
-    }
-    if (lost) {  // what ran before shall run again
-        state_.waurl.text = QStringLiteral("!!");
-        reopenAtMs_ = clock_.monotonicMs() + reopenPauseMs_;
-        reopenPauseMs_ = std::min(2 * reopenPauseMs_, kLongestReopenPauseMs);
-    }
-    state_.step = QString::fromStdString(opened.failure().text);
-    log::error("window", QStringLiteral("the browser can't be started: ") + state_.step);
+Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
+    // From here on profile and store stay as they are.
+    if (const Result<void> opened = openJournal(); !opened) return opened;
+    return browser_.open(options);
 }
 
 Result<void> GatewayApplication::openJournal() {
@@ -194,32 +222,14 @@ Result<void> GatewayApplication::openJournal() {
         QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
 }
 
-void GatewayApplication::timer_start_Timer() {
-    state_.timer_start.setEnabled(false);
-    if (isYes(settings_.AutoStart) && state_.cb_Profil.text != QStringLiteral("0")) cmd_OpenWA_Click();
-}
-
 void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
     inbox_->reader.storeWaiting();
     inbox_->grid.keepFresh();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
-    if (state_.waurl.text == QStringLiteral("!!") && clock_.monotonicMs() >= reopenAtMs_) cmd_OpenWA_Click();
+    keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
-}
-
-void GatewayApplication::HideChrome_Click(bool hide) {
-    // Without a browser window there is nothing to hide, and nothing to remember.
-    if (!browser_.hideWindow(hide)) return;
-    settings_.HideChrome = hide ? QStringLiteral("Y") : QStringLiteral("N");
-    WriteIni(kSection, QStringLiteral("HideChrome"), settings_.HideChrome, startUp_.settingsFile());
-}
-
-void GatewayApplication::cb_Profil_Change(const QString& profile) {
-    if (isYes(settings_.Multi)) return;
-    settings_.Profil = profile;
-    WriteIni(kSection, QStringLiteral("Profil"), profile, startUp_.settingsFile());
 }
 
 void GatewayApplication::mncloseall_Click() {
@@ -230,6 +240,17 @@ void GatewayApplication::mncloseall_Click() {
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
     if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
+}
+
+void GatewayApplication::mnElement_Click() {
+    if (!elementScreen_) {
+        elementScreen_ = std::make_unique<ElementScreen>(
+            ElementScreen::Parts{elements_, elementStore_, *page_, state_, dialogs_,
+                                 ElementService(settings_.ElementServer, startUp_.settingsFile()),
+                                 startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }});
+        elementScreen_->setWindowIcon(window_->windowIcon());
+    }
+    elementScreen_->open();
 }
 
 void GatewayApplication::applyHideMe() {

@@ -11,16 +11,22 @@
 #include "app/error_policy.h"
 #include "app/settings.h"
 #include "browser/browser.h"
+#include "browser/element_store.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
 #include "inbox/inbox.h"
+#include "inbox/media_download.h"
+#include "main_window/browser_care.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
+#include "main_window/qt_clipboard.h"
+#include "main_window/session_keeper.h"
 #include "main_window/start_up.h"
 #include "main_window/timer_runner.h"
 #include "main_window/window_picture.h"
+#include "screens/element_screen.h"
 
 namespace kibo {
 
@@ -50,14 +56,13 @@ class GatewayApplication {
     std::function<void()> guarded(std::function<void()> step);
     void addTimers();
 
-    void cmd_OpenWA_Click();
+    Result<void> openBrowser(const LaunchOptions& options);
     Result<void> openJournal();
-    void timer_start_Timer();
+    void buildBrowserParts();
     void Timer1_Timer();
-    void HideChrome_Click(bool hide);
-    void cb_Profil_Change(const QString& profile);
     void mncloseall_Click();
     void refreshOutbox();
+    void mnElement_Click();
     void applyHideMe();
     void activate();
     void unload();
@@ -73,24 +78,26 @@ class GatewayApplication {
     Settings settings_;
     GatewayState state_;
     Database database_;
-    Database elementStore_;
+    Database elementDatabase_;
+    ElementStore elementStore_;
     InstanceRows instanceRows_;
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;
+    QtClipboard clipboard_;
     std::unique_ptr<WebPage> page_;
+    MediaDownload mediaDownload_;
     SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<TimerRunner> timers_;
+    std::unique_ptr<SessionKeeper> keeper_;
+    std::unique_ptr<BrowserCare> care_;
     std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<ElementScreen> elementScreen_;  // from the first time it is asked for
     std::unique_ptr<WindowPicture> picture_;
     QTimer heartbeat_;
-    bool opening_ = false;
-    static constexpr qint64 kShortestReopenPauseMs = 5'000;
-    qint64 reopenPauseMs_ = kShortestReopenPauseMs;  // after the next start that fails
-    qint64 reopenAtMs_ = 0;
 };
 
 }  // namespace kibo

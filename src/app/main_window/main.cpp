@@ -1,7 +1,9 @@
 #include <QApplication>
 #include <memory>
+#include <string_view>
 
 #include "main_window/gateway_application.h"
+#include "main_window/qt_clipboard.h"
 #include "main_window/qt_dialogs.h"
 #include "main_window/termination_signal.h"
 #include "main_window/window_look.h"
@@ -24,6 +26,10 @@ bool choosePlatform() {
 
 int main(int argc, char** argv) {
     const bool attended = choosePlatform();
+    if (argc > 1 && std::string_view(argv[1]) == kibo::QtClipboard::kHoldArgument) {
+        const QGuiApplication qt(argc, argv);
+        return kibo::QtClipboard::hold();
+    }
     QApplication qt(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     kibo::applyLook(qt);

@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QMenuBar>
+#include <cmath>
 
 #include "main_window/icons.h"
 #include "main_window/window_controls.h"
@@ -18,6 +19,14 @@ constexpr QSize kSmallestWindow(960, 600);
 constexpr int kShownCharacters = 4000;
 /// The pause button's caption in the symbol font that the state speaks of.
 constexpr char16_t kPausedCaption = u'4';
+
+/// The entry below the profiles, for one more. No folder can have this name.
+const QString kNewProfile = QStringLiteral("New profile…");
+
+QString timeLeft(int seconds) {
+    if (seconds < 60) return QStringLiteral("%1 s left").arg(seconds);
+    return QStringLiteral("%1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+}
 
 void setText(QLabel* label, const QString& text) {
     if (label->text() != text) label->setText(text);
@@ -132,6 +141,7 @@ void MainWindow::buildMenus() {
     add(gateway, "mnRefreshInbox", "Refresh I&nbox", actions_.refreshInbox, QKeySequence(Qt::Key_F6));
     gateway->addSeparator();
     mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
+    add(gateway, "mn_cleaner", "Run &Cleaner", actions_.runCleaner);
     add(gateway, "mncloseall", "&Close All", actions_.closeAll);
     add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
@@ -143,6 +153,9 @@ void MainWindow::buildMenus() {
     view->addSeparator();
     add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
     add(view, "mnLogFile", "&Log file", actions_.openLogFile);
+
+    QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
+    add(tools, "mnElement", "&Elements…", actions_.showElements, QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
@@ -170,6 +183,11 @@ void MainWindow::connectControls() {
         click([this, on] { actions_.hideChrome(on); });
     });
     connect(c.cb_Profil, &QComboBox::textActivated, this, [this](const QString& profile) {
+        if (profile == kNewProfile) {
+            if (actions_.newProfile) actions_.newProfile();
+            showState();  // also back to the profile in force
+            return;
+        }
         if (profile == state_.cb_Profil.text) return;
         state_.cb_Profil.text = profile;
         click(actions_.profileChanged ? [this, profile] { actions_.profileChanged(profile); }
@@ -203,8 +221,11 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    setText(c.step, state_.step);
-    setHint(c.step, state_.step);
+    QStringList line{state_.step, state_.doneAbout, state_.pageNotice};
+    line.removeAll(QString());
+    const QString doing = line.join(QStringLiteral("   ·   "));
+    setText(c.step, doing);
+    setHint(c.step, doing);
     setShown(c.wait, state_.wait.visible);
     setShown(c.waitread, state_.waitread.visible);
     setShown(c.l_disableread, state_.l_disableread.visible);
@@ -243,7 +264,9 @@ void MainWindow::showHead() {
     mnPause_->setEnabled(c.cmd_Pause->isEnabled());
     setBackground(c.cmd_Pause, state_.cmd_Pause.background);
 
-    showList(c.cb_Profil, state_.cb_Profil);
+    ComboBox profiles = state_.cb_Profil;
+    if (actions_.newProfile) profiles.items.append(kNewProfile);
+    showList(c.cb_Profil, profiles);
     setUsable(c.cb_Profil, state_.cb_Profil.enabled);
     ComboBox dummy = state_.cb_DummyContact;
     dummy.background = palette().color(QPalette::Button).rgb() & 0xFFFFFF;
@@ -280,9 +303,14 @@ void MainWindow::showPace() {
     setText(c.HitungKirim, state_.HitungKirim.text);
     setText(c.DetikBreak, state_.DetikBreak.text);
     setText(c.wait2, state_.wait2.caption);
-    setShown(c.wait2, state_.wait2.visible);
-    setShown(c.BreakProgress, state_.BreakTime.enabled());
-    if (!state_.BreakTime.enabled()) return;
+    // Each send attempt hides the mark, and the break clock shows it again: as long as the break lasts it stays.
+    const bool isBreak = state_.BreakTime.enabled();
+    setShown(c.wait2, state_.wait2.visible || isBreak);
+    setShown(c.BreakProgress, isBreak);
+    setShown(c.BreakLeft, isBreak);
+    if (!isBreak) return;
+    const int left = static_cast<int>(std::ceil(settings_.Break.toDouble() - state_.DetikBreak.text.toDouble()));
+    setText(c.BreakLeft, timeLeft(qMax(0, left)));
     // Both texts may hold a fraction; the bar needs whole seconds and a range that isn't empty.
     c.BreakProgress->setMaximum(qMax(1, static_cast<int>(settings_.Break.toDouble())));
     c.BreakProgress->setValue(qMin(c.BreakProgress->maximum(), static_cast<int>(state_.DetikBreak.text.toDouble())));

@@ -25,10 +25,13 @@ struct MainWindowActions {
     std::function<void()> refreshInbox;
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
+    std::function<void()> newProfile;  ///< the entry below the profiles
+    std::function<void()> runCleaner;
     std::function<void()> closeAll;
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;
     std::function<void()> openLogFile;
+    std::function<void()> showElements;
     std::function<void()> activated;  ///< the window has come to the front
     std::function<void()> unloaded;   ///< the window is being closed; called once
 };

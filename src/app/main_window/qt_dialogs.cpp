@@ -1,6 +1,7 @@
 #include "main_window/qt_dialogs.h"
 
 #include <QApplication>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <iostream>
 
@@ -40,6 +41,14 @@ bool QtDialogs::show(const MessageBox& box) {
     return answer == QMessageBox::Yes || answer == QMessageBox::Ok;
 }
 
+std::optional<QString> QtDialogs::ask(const InputBox& box) {
+    bool entered = false;
+    const QString text =
+        QInputDialog::getText(QApplication::activeWindow(), box.title, box.prompt,
+                              box.secret ? QLineEdit::Password : QLineEdit::Normal, box.proposal, &entered);
+    return entered ? std::optional(text) : std::nullopt;
+}
+
 bool UnattendedDialogs::show(const MessageBox& box) {
     const bool yes = box.buttons == MessageBox::Buttons::Ok;
     const QString answer = yes ? QString() : QStringLiteral(" (answered No: there is nobody to ask)");
@@ -47,6 +56,11 @@ bool UnattendedDialogs::show(const MessageBox& box) {
     log::warning("window", line);
     std::cerr << line.toStdString() << std::endl;
     return yes;
+}
+
+std::optional<QString> UnattendedDialogs::ask(const InputBox& box) {
+    log::warning("window", QStringLiteral("%1: nobody is there to answer").arg(box.title));
+    return std::nullopt;
 }
 
 }  // namespace kibo

@@ -8,13 +8,15 @@ namespace kibo {
 class QtDialogs : public Dialogs {
  public:
     bool show(const MessageBox& box) override;
+    std::optional<QString> ask(const InputBox& box) override;
 };
 
 /// For a start without a display: nobody could answer, so no box may block. A box goes to the log and to
-/// standard error, and a question is answered with "No", which changes nothing.
+/// standard error, a question is answered with "No", which changes nothing, and a box for a text is cancelled.
 class UnattendedDialogs : public Dialogs {
  public:
     bool show(const MessageBox& box) override;
+    std::optional<QString> ask(const InputBox& box) override;
 };
 
 }  // namespace kibo

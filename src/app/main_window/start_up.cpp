@@ -3,11 +3,39 @@
 #include <QDir>
 
 #include "app/log.h"
+#include "app/new_store.h"
+#include "platform/access_file.h"
 
 namespace kibo {
 
 QString StartUp::settingsFile() const {
     return QDir(programFolder_).filePath(QStringLiteral("kibo.ini"));
+}
+
+void StartUp::makeFirstStores(const QString& applicationName) {
+    const QDir folder(programFolder_);
+    if (folder.exists(QStringLiteral("kibo.ini"))) return;
+    const std::pair<QString, StoreContent> stores[] = {{QStringLiteral("kb.mdb"), StoreContent::Main},
+                                                       {QStringLiteral("element.sys"), StoreContent::Elements}};
+    for (const auto& [name, content] : stores) {
+        if (folder.exists(name)) continue;
+        const Result<LocalFormat> made = makeStore(folder.filePath(name), content);
+        if (!made) {
+            log::error("app", QString::fromStdString(made.failure().text));
+            continue;
+        }
+        const bool access = made.value() == LocalFormat::Access;
+        log::info("app", QStringLiteral("first start: made %1, %2 file")
+                             .arg(name, access ? QStringLiteral("an Access") : QStringLiteral("a SQLite")));
+        if (access || content == StoreContent::Elements || !platform::usesAccessFiles()) continue;
+        dialogs_.show(
+            {applicationName,
+             QStringLiteral("The queue kb.mdb is a SQLite file here, since %1.\n\nPrograms that write messages "
+                            "into it must use SQLite. For an Access file install the driver, remove kb.mdb, "
+                            "element.sys and kibo.ini, and start again.")
+                 .arg(QString::fromStdString(platform::accessDriver().failure().text)),
+             MessageBox::Icon::Information});
+    }
 }
 
 void StartUp::reportSettingsProblem(const QString& applicationName) {

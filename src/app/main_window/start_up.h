@@ -17,6 +17,9 @@ class StartUp {
 
     QString settingsFile() const;
 
+    /// In a folder that has no settings file yet, the program's first start there: makes the local stores that are
+    /// missing. Later a missing store is an error, since another folder may be the right one.
+    void makeFirstStores(const QString& applicationName);
     /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
     void reportSettingsProblem(const QString& applicationName);
     /// False: the operator chose to end the program. True with a closed database: the settings are to be mended.

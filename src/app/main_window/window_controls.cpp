@@ -10,6 +10,7 @@ namespace {
 constexpr int kLeft = 12, kLeftWidth = 914;
 constexpr int kRight = 938, kRightWidth = 330;
 constexpr int kLine = 26;
+constexpr int kQrWidth = 520;
 
 constexpr Colour kPaper = 0xFFFFFF, kDark = 0x2B3138, kOutline = 0xD3DAE0;
 constexpr Colour kBusy = 0x2B7A66, kNotice = 0xFFE9B8, kNoticeText = 0x5A4300;
@@ -175,7 +176,9 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
     BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 508, 306, 18);
     BreakProgress->setTextVisible(false);
-    wait2 = build.text("wait2", 950, 532, 306);
+    wait2 = build.text("wait2", 950, 532, 200);
+    BreakLeft = build.text("BreakLeft", 1156, 532, 100);
+    BreakLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
     HitungKirim = build.field("HitungKirim", 1126, 612, 62);
     DetikBreak = build.field("DetikBreak", 1194, 612, 62);
@@ -190,8 +193,8 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
         lb[i]->setToolTip(QLatin1String(settingIndicators()[i].setting));
     }
 
-    // Above the right half while a login is awaited: nothing is sent then.
-    pQR = build.place(new QrBox(area), "pQR", kRight, 66, kRightWidth, 584);
+    // Above the others while a login is awaited: nothing is sent then, and a phone must be able to read it.
+    pQR = build.place(new QrBox(area), "pQR", kDesignWidth - 12 - kQrWidth, 66, kQrWidth, 584);
 }
 
 }  // namespace kibo

@@ -62,6 +62,7 @@ struct WindowControls {
     QLabel* lblBatch;
     QProgressBar* BreakProgress;
     QLabel* wait2;
+    QLabel* BreakLeft;
     QLabel* lblDiagnostic;
     QLineEdit* HitungKirim;
     QLineEdit* DetikBreak;

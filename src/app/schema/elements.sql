@@ -32,5 +32,8 @@ INSERT INTO element VALUES ('XX_MediaInput', '//input[@type=''file''][contains(@
 INSERT INTO element VALUES ('XX_DocumentInput', '//input[@type=''file''][@accept=''*'' or not(@accept)]');
 INSERT INTO element VALUES ('XX_Caption', '//*[@data-testid=''media-caption-input-container'']/descendant-or-self::*[@contenteditable=''true''] | //*[@contenteditable=''true''][@data-tab=''10'' or @data-tab=''11''][not(ancestor::footer)]');
 INSERT INTO element VALUES ('XX_SearchBox', '//*[@id=''side'']//*[self::input or @contenteditable=''true''][@data-tab=''3'']');
+INSERT INTO element VALUES ('XX_MessageResults', '//*[@id=''pane-side'']//*[not(*)][translate(normalize-space(.),''MESAG'',''mesag'')=''messages''][not(ancestor::*[@role=''row'' or @role=''listitem''][.//span[@title]])]');
+INSERT INTO element VALUES ('XX_UseHere', '(//*[@data-testid=''confirm-popup'' or @role=''dialog'']//*[self::button or @role=''button''][contains(.,''Use here'') or contains(.,''Use Here'')])[1]');
+INSERT INTO element VALUES ('XX_ErrorPage', '//*[@id=''main-frame-error''] | //h1[contains(.,''Server Error'') or contains(.,''Bad Gateway'') or contains(.,''Service Unavailable'') or contains(.,''Gateway Time'') or contains(.,''Not Found'')] | //h1[contains(.,''works with'')][contains(.,''Chrome'')]');
 INSERT INTO element VALUES ('XX_EntryTitle', './/span[@title]');
 INSERT INTO element VALUES ('XX_UnreadBadge', './/*[@data-testid=''icon-unread-count'' or contains(@aria-label,''unread'')]');

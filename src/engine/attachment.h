@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "browser/chat_page.h"
+#include "platform/result.h"
+
+namespace kibo {
+
+/// A file on this computer that goes out with a message.
+struct Attachment {
+    FileInput input = FileInput::Document;
+    QString path;  ///< absolute, in the system's own spelling
+    qint64 size = 0;
+};
+
+/// Fetches the file at `address` to this computer and returns its path. May take long: it lets events run meanwhile.
+using FetchMedia = std::function<Result<QString>(const QString& address)>;
+
+/// The two columns of a queued message that name files.
+enum class FileColumn { Media, Document };
+
+/// What the column is called towards the operator.
+QString nameOf(FileColumn column);
+
+/// Whether a column holds an address rather than a path: it begins with "HTTP", in any case.
+bool isAddress(const QString& entry);
+
+/// The file at `path`, when the page can take it: there, readable, neither empty nor larger than `mostBytes`. Pictures
+/// and videos of the media column go where the page shows them as such; what the page can't show goes as a document.
+Result<Attachment> checkedAttachment(FileColumn column, const QString& path, qint64 mostBytes);
+
+}  // namespace kibo

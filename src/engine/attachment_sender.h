@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "app/clock.h"
+#include "browser/chat_page.h"
+#include "engine/attachment.h"
+#include "engine/pacing.h"
+#include "engine/text_typer.h"
+#include "platform/result.h"
+
+namespace kibo {
+
+/// Puts one file into the open chat: gives it to the page, awaits its preview, types the caption, sends the preview
+/// and sees the message stand in the chat.
+class AttachmentSender {
+ public:
+    AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer);
+
+    /// Sends into the conversation `chatSerial`, which is open. `beforeSending` runs right before the preview is sent;
+    /// when it fails, nothing is sent. The failure's text is a reason for the operator; it
+    /// begins with "in doubt" when the file may have gone out all the same. What is left open then is the caller's
+    /// business to close.
+    Result<void> send(const Attachment& file, const QString& caption, int chatSerial,
+                      const std::function<Result<void>()>& beforeSending);
+
+ private:
+    Result<void> awaitPreview(int chatSerial);
+    Result<void> sendAndConfirm();
+
+    ChatPage& page_;
+    Clock& clock_;
+    Pacing& pacing_;
+    TextTyper& typer_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,91 @@
+#include "screens/element_rows.h"
+
+#include <QSet>
+
+#include "browser/element_table.h"
+
+namespace kibo {
+namespace {
+
+struct Description {
+    const char* name;
+    const char* text;
+};
+
+struct Group {
+    const char* title;
+    std::vector<Description> rows;
+};
+
+const std::vector<Group>& described() {
+    static const std::vector<Group> groups{
+        {"Login",
+         {{"XX_QR", "The login's QR code; its attribute data-ref holds the code"},
+          {"XX_QRReload", "Button over an expired QR code"},
+          {"XX_NewChat", "Button for a new chat; when it is there, the login is done"},
+          {"XX_OwnPicture", "Your own picture; its address may name your number"},
+          {"XX_ErrorPage", "What only a page in place of WhatsApp has, as a server's error"}}},
+        {"Chats",
+         {{"XX_ChatList", "The list of chats at the left"},
+          {"XX_SearchBox", "Search box above the list"},
+          {"XX_MessageResults", "Heading of found messages in the list"},
+          {"XX_Conversation", "The open chat as a whole"},
+          {"XX_To", "Name or number at the top of the open chat"},
+          {"XX_PP", "Picture of the open chat's contact"},
+          {"XX_HeaderPicture", "The same picture, where its address names the number"},
+          {"XX_MessageRow", "Each message of the open chat"}}},
+        {"Sending",
+         {{"XX_ChatBox", "The box in which a message is typed"},
+          {"XX_SendButton", "Send button beside it; there once the box holds a text"}}},
+        {"Attachments",
+         {{"XX_AttachMenu", "Button that opens the attachment menu"},
+          {"XX_MediaInput", "File input for pictures and videos; never visible"},
+          {"XX_DocumentInput", "File input for documents; never visible"},
+          {"XX_Caption", "Caption box of the preview, once a file is chosen"},
+          {"XX_SendFileButton", "Send button of the preview"}}},
+        {"Inbox",
+         {{"XX_ReadMessage", "Each entry of the chat list, read for unread messages"},
+          {"XXTyping", "Text shown while the other side types"}}},
+        {"Notices",
+         {{"XX_Info", "Notice bar above the chat list"},
+          {"XXInfo1", "Texts of the bar: the phone is not connected"},
+          {"XXInfo2", "Texts of the bar: the computer is not connected"},
+          {"XX_Update", "Button of the bar's notice that the page is to be renewed"},
+          {"XX_UseHere", "Button that takes the account back from another window"},
+          {"XX_InvalidNumber", "Popup that says a number is not on WhatsApp"},
+          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"},
+          {"XX_UseHere", "Button of the notice that WhatsApp is open in another window"},
+          {"XX_ErrorPage", "What shows that an error page stands in WhatsApp's place"}}},
+    };
+    return groups;
+}
+
+QString boxNameOf(const QString& name) {
+    // This one box has always been written with a small letter.
+    if (name == QStringLiteral("XX_SendButton")) return QStringLiteral("nn_sendButton");
+    return QStringLiteral("nn_") + name.mid(name.startsWith(QStringLiteral("XX_")) ? 3 : 2);
+}
+
+}  // namespace
+
+std::vector<ElementGroup> elementGroups() {
+    const QStringList names = ElementTable::names();
+    QSet<QString> left(names.begin(), names.end());
+    std::vector<ElementGroup> groups;
+    for (const Group& group : described()) {
+        ElementGroup shown{QString::fromLatin1(group.title), {}};
+        for (const Description& row : group.rows) {
+            const QString name = QString::fromLatin1(row.name);
+            if (left.remove(name)) shown.rows.push_back({name, boxNameOf(name), QString::fromLatin1(row.text)});
+        }
+        groups.push_back(std::move(shown));
+    }
+    if (left.isEmpty()) return groups;
+    ElementGroup further{QStringLiteral("Further"), {}};
+    for (const QString& name : names)
+        if (left.contains(name)) further.rows.push_back({name, boxNameOf(name), {}});
+    groups.push_back(std::move(further));
+    return groups;
+}
+
+}  // namespace kibo

@@ -1,0 +1,141 @@
+#include "main_window/browser_care.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "app/settings_file.h"
+#include "browser/version_check.h"
+#include "platform/process.h"
+#include "support/eventually.h"
+#include "window_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+class BrowserCareTest : public WindowFixture {
+ protected:
+    BrowserCare care() {
+        return BrowserCare({.state = state,
+                            .settings = settings,
+                            .dialogs = dialogs,
+                            .programFolder = folder.path(),
+                            .settingsFile = folder.filePath(QStringLiteral("kibo.ini")),
+                            .hideWindow = [this](bool) { return browserWindow; },
+                            .endSession = [this] { ++sessionsEnded; },
+                            .cleanUp = targets,
+                            .browserVersion = [] { return QStringLiteral("116.0.5845.141"); },
+                            .scriptFolder = folder.path()});
+    }
+    QString ini(const char* key) const {
+        return ReadIni(QStringLiteral("kibo"), QLatin1String(key), folder.filePath(QStringLiteral("kibo.ini")));
+    }
+    void writeScript(const char* text) const {
+        QFile script(folder.filePath(QStringLiteral("cekver")));
+        ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+        script.write(text);
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    QTemporaryDir folder;
+    CleanUpTargets targets;  // nothing: the usual ones would end other people's drivers
+    bool browserWindow = false;
+    int sessionsEnded = 0;
+};
+
+TEST_F(BrowserCareTest, writesOnlyWhatWasDone) {
+    BrowserCare browserCare = care();
+    browserCare.HideChrome_Click(true);
+    EXPECT_EQ(ini("HideChrome"), QString()) << "there is no window to hide";
+    browserWindow = true;
+    browserCare.HideChrome_Click(true);
+    EXPECT_EQ(ini("HideChrome"), QStringLiteral("Y"));
+    browserCare.cb_Profil_Change(QStringLiteral("2"));
+    settings.Multi = QStringLiteral("Y");
+    browserCare.cb_Profil_Change(QStringLiteral("3"));
+    EXPECT_EQ(ini("Profil"), QStringLiteral("2")) << "with several sessions the command line names it";
+}
+
+TEST_F(BrowserCareTest, newProfileGetsItsFolderAndABadNameIsAskedForAgain) {
+    state.cb_Profil.items = QStringList{QStringLiteral("1")};
+    state.cb_Profil.text = QStringLiteral("1");
+    dialogs.texts = {QStringLiteral("../x"), QStringLiteral("1"), QStringLiteral("  shop "), std::nullopt};
+    BrowserCare browserCare = care();
+    browserCare.newProfile();
+    EXPECT_EQ(dialogs.shown.size(), 2U) << "two names that can't be";
+    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("profil/shop"))).exists());
+    EXPECT_EQ(state.cb_Profil.items.last(), QStringLiteral("shop"));
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("shop"));
+    EXPECT_EQ(ini("Profil"), QStringLiteral("shop"));
+    browserCare.newProfile();
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("shop")) << "cancelled";
+}
+
+TEST_F(BrowserCareTest, cleanerEndsNamedDriversWithTheirChildrenAndRemovesTheirFiles) {
+    const QString name = QStringLiteral("kibo-test-driver-%1").arg(platform::ownProcessId());
+    const auto copyShell = [this](const QString& as) {
+        const QString program = folder.filePath(as);
+        EXPECT_TRUE(QFile::copy(QStringLiteral("/bin/sh"), program));
+        return program;
+    };
+    const QStringList sleeping{QStringLiteral("-c"), QStringLiteral("sleep 100 & wait")};
+    QProcess driver, other;
+    driver.start(copyShell(name), sleeping);
+    other.start(copyShell(name + QStringLiteral("-not")), sleeping);
+    ASSERT_TRUE(driver.waitForStarted() && other.waitForStarted());
+    ASSERT_TRUE(eventually([&] { return platform::children(driver.processId()).size() == 1; }, 10'000));
+    const platform::Process browser = platform::children(driver.processId())[0];
+    const QString files = folder.filePath(QStringLiteral("files"));
+    QDir().mkpath(files + QStringLiteral("/scoped"));
+    targets = {{name.toStdString()}, files.toStdString()};
+
+    dialogs.answers = {false};
+    BrowserCare browserCare = care();
+    browserCare.mn_cleaner_Click();
+    EXPECT_EQ(sessionsEnded, 0);
+    EXPECT_TRUE(QFile::exists(files));
+
+    browserCare.mn_cleaner_Click();
+    EXPECT_EQ(sessionsEnded, 1);
+    EXPECT_TRUE(driver.waitForFinished(5000));
+    EXPECT_FALSE(platform::isRunning(browser.id, browser.startTime));
+    EXPECT_FALSE(QFile::exists(files));
+    EXPECT_EQ(other.state(), QProcess::Running) << "another name";
+    EXPECT_EQ(dialogs.shown.front().title, QStringLiteral("Run Cleaner"));
+    EXPECT_EQ(dialogs.shown.front().text, QStringLiteral("This Process will Close Your WhatsApp Web\nAre You Sure??"));
+    EXPECT_EQ(dialogs.shown.back().title, QStringLiteral("Cleaner"));
+    EXPECT_EQ(dialogs.shown.back().text, QStringLiteral("Done!"));
+    for (const auto& child : platform::children(other.processId()))
+        EXPECT_TRUE(platform::terminate(child.id, child.startTime, 0));
+    other.waitForFinished(5000);
+}
+
+TEST_F(BrowserCareTest, versionBoxComesForAnotherMajorVersionOnly) {
+    const QString chrome = QStringLiteral("116.0.5845.141");
+    EXPECT_FALSE(versionMismatch(QStringLiteral("ChromeDriver 116.0.5845.96 (1a39)"), chrome));
+    EXPECT_FALSE(versionMismatch(QString(), chrome));
+    EXPECT_FALSE(versionMismatch(QStringLiteral("ChromeDriver 115.0"), QString()));
+    const auto box = versionMismatch(QStringLiteral("ChromeDriver 115.0.5790.170"), chrome);
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->title, QStringLiteral("Error Version of Chrome"));
+    EXPECT_EQ(box->buttons, MessageBox::Buttons::YesNo);
+    EXPECT_EQ(
+        box->text.toStdString(),
+        "Chromedriver (115) is different with Chrome (116) version..!\nPlease use same version to make Kibo work "
+        "properly\n\nDownload the Chromedriver same as Chrome version you are using, and replace to C:\\Kibo\\App "
+        "folder\n\nAre you want to update Chromedriver now ?");
+}
+
+TEST_F(BrowserCareTest, versionsAreComparedWithoutHoldingUpTheStart) {
+    writeScript("#!/bin/sh\nsleep 0.3\necho 'ChromeDriver 99.0.1 (x)' > \"$2/ver\"\n");
+    dialogs.answers = {false};
+    BrowserCare browserCare = care();
+    browserCare.checkVersions();
+    EXPECT_TRUE(dialogs.shown.empty());
+    QTRY_COMPARE_WITH_TIMEOUT(dialogs.shown.size(), 1U, 20'000);
+    EXPECT_TRUE(dialogs.shown[0].text.startsWith(QStringLiteral("Chromedriver (99)")));
+}
+
+}  // namespace
+}  // namespace kibo::test

@@ -1,0 +1,122 @@
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <functional>
+#include <iostream>
+
+#include "main_window/gateway_application.h"
+#include "main_window/qt_dialogs.h"
+#include "main_window/window_look.h"
+#include "standin/stand_in.h"
+#include "support/eventually.h"
+#include "support/stores.h"
+
+namespace kibo {
+namespace {
+
+/// The whole program on the stand-in page, brought into one state after the other; a picture of the window in each.
+class Pictures {
+ public:
+    explicit Pictures(QString folder) : folder_(std::move(folder)) {
+        test::createStores(home_.path());
+        standIn_.addContact("6281230000001", "Ani Wijaya");
+        standIn_.addContact("6281230000002", "Budi Santoso");
+        behave(R"({"loggedIn": false, "chatOpenDelayMs": 300})");
+        QFile ini(home_.filePath(QStringLiteral("kibo.ini")));
+        if (!ini.open(QIODevice::WriteOnly)) return;
+        ini.write(
+            "[DB]\nUseMDB=Y\n[kibo]\nProfil=1\nAutoStart=Y\nHeadless=Y\nSpeed=NORMAL\nCaptureQR=Y\nAfterSend=5\n"
+            "Break=60\nDummyContact=6281200000002\n");
+        ini.write("StartAddress=" + QByteArray::fromStdString(standIn_.address()) + '\n');
+        ini.write("ChatAddress=" + QByteArray::fromStdString(standIn_.chatAddress()) + '\n');
+    }
+
+    bool takeAll() {
+        gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
+        if (!gateway_->start()) return false;
+        const GatewayState& s = gateway_->state();
+        return takeLogin(s) && takeSending(s) && takePauses(s) && takeTroubles(s);
+    }
+
+ private:
+    bool takeLogin(const GatewayState& s) {
+        if (!take("login", [&] { return s.pQR.visible; })) return false;
+        behave(R"({"loggedIn": true})");
+        return take("ready", [&] { return s.step == QStringLiteral("Queue empty"); });
+    }
+    bool takeSending(const GatewayState& s) {
+        const char* texts[] = {"Your order is ready to be collected.", "Good morning, %name%!",
+                               "We are open until 18:00 today.", "See you on Monday 😀"};
+        for (int i = 0; i < 12; ++i)
+            insert(QStringLiteral("628123000000%1").arg(1 + i % 4), QString::fromUtf8(texts[i % 4]));
+        insert(QStringLiteral("12"), QStringLiteral("Nobody gets this"));
+        return take("sending", [&] {
+            return s.sentCount == 3 && s.step.startsWith(QStringLiteral("Opening")) && !s.doneAbout.isEmpty();
+        });
+    }
+    bool takePauses(const GatewayState& s) {
+        if (!take("break", [&] { return s.BreakTime.enabled() && s.DetikBreak.text.toInt() >= 4; })) return false;
+        press("cmd_Pause");  // ends the break
+        press("cmd_Pause");
+        return take("paused", [&] { return s.step == QStringLiteral("Paused"); });
+    }
+    bool takeTroubles(const GatewayState& s) {
+        sql("alter table outbox rename to away");
+        if (!take("database_off", [&] { return s.dboff.visible; })) return false;
+        sql("alter table away rename to outbox");
+        behave(R"({"renameBox": true})");
+        press("cmd_Pause");
+        return take("page_changed", [&] { return s.step.startsWith(QStringLiteral("Page changed")); });
+    }
+
+    /// Waits for the state and saves the window. A timer looks, since a state may last only while the engine waits.
+    bool take(const char* name, const std::function<bool()>& reached) {
+        const QString file = QDir(folder_).filePath(QLatin1String(name) + QStringLiteral(".png"));
+        bool saved = false;
+        QTimer looks;
+        QObject::connect(&looks, &QTimer::timeout, &looks, [&] {
+            if (saved || !reached()) return;
+            gateway_->window()->showState();
+            saved = gateway_->window()->grab().save(file);
+        });
+        looks.start(20);
+        if (test::eventually([&] { return saved; }, 60'000)) {
+            std::cout << file.toStdString() << std::endl;
+        } else {
+            std::cerr << name << " was not reached: " << gateway_->state().step.toStdString() << std::endl;
+        }
+        return saved;
+    }
+    void press(const char* button) const {
+        gateway_->window()->findChild<QAbstractButton*>(QLatin1String(button))->click();
+    }
+    void behave(const char* json) { (void)standIn_.updateBehaviour(json); }
+    void sql(const QString& statement) const { test::sqlite(home_.filePath(QStringLiteral("kb.mdb")), statement); }
+    void sql(const char* statement) const { sql(QString::fromLatin1(statement)); }
+    void insert(const QString& number, const QString& text) const {
+        sql(QStringLiteral("insert into outbox (wa_no, wa_text) values ('%1', '%2')").arg(number, text));
+    }
+
+    QString folder_;
+    QTemporaryDir home_;
+    standin::StandIn standIn_;
+    UnattendedDialogs dialogs_;
+    std::unique_ptr<GatewayApplication> gateway_;
+};
+
+}  // namespace
+}  // namespace kibo
+
+int main(int argc, char** argv) {
+    QApplication qt(argc, argv);
+    kibo::applyLook(qt);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 2) {
+        std::cerr << "usage: kibo_pictures FOLDER" << std::endl;
+        return 2;
+    }
+    return kibo::Pictures(arguments[1]).takeAll() ? 0 : 1;
+}

@@ -1,0 +1,299 @@
+#include "screens/element_screen.h"
+
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUuid>
+#include <mutex>
+#include <thread>
+
+#include "app/settings_file.h"
+#include "support/answering_dialogs.h"
+#include "support/stores.h"
+
+namespace kibo::test {
+namespace {
+
+/// An element service on a free port of this computer. It answers a fetch with "//fetched/" and the name.
+class Service {
+ public:
+    Service() {
+        const auto handle = [this](const httplib::Request& request, httplib::Response& answer) {
+            const std::lock_guard lock(mutex_);
+            requests_.push_back(request);
+            const std::string key = request.get_param_value("key");
+            answer.set_content(bodies.count(key) ? bodies[key] : "//fetched/" + key + "\n", "text/plain");
+            if (statuses.count(key)) answer.status = statuses[key];
+        };
+        server_.Get("/base/element.php", handle);
+        server_.Get("/base/updateelement.php", handle);
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+    }
+    ~Service() { stop(); }
+    void stop() {
+        if (!thread_.joinable()) return;
+        while (!server_.is_running()) std::this_thread::yield();
+        server_.stop();
+        thread_.join();
+    }
+    QString address() const { return QStringLiteral("http://127.0.0.1:%1/base/").arg(port_); }
+    std::vector<httplib::Request> requests() const {
+        const std::lock_guard lock(mutex_);
+        return requests_;
+    }
+
+    std::map<std::string, std::string> bodies;  // set them before a request
+    std::map<std::string, int> statuses;
+
+ private:
+    httplib::Server server_;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    std::vector<httplib::Request> requests_;
+    std::thread thread_;
+};
+
+class PreparedPage : public PageProbe {
+ public:
+    Result<Matches> outline(const QString& locator) override {
+        asked.append(locator);
+        if (closed) return Failure{FailureKind::ConnectionLost, "no session"};
+        if (whileAsked) whileAsked();
+        return matches;
+    }
+    Matches matches;
+    bool closed = false;
+    QStringList asked;
+    std::function<void()> whileAsked;
+};
+
+class ElementScreenTest : public testing::Test {
+ protected:
+    void SetUp() override {
+        createStores(folder.path());
+        ASSERT_TRUE(database.OpenElementStore(storeFile()).ok());
+        elements = ElementTable([this](const QString& name) { return store.LoadElement(name); });
+    }
+    ElementScreen& open(const QString& server) {
+        screen = std::make_unique<ElementScreen>(ElementScreen::Parts{elements, store, page, state, dialogs,
+                                                                      ElementService(server, ini()), ini(),
+                                                                      [](const auto& step) { step(); }});
+        screen->open();
+        return *screen;
+    }
+    QString storeFile() const { return folder.filePath(QStringLiteral("element.sys")); }
+    QString ini() const { return folder.filePath(QStringLiteral("kibo.ini")); }
+    QLineEdit* box(const char* name) const { return screen->findChild<QLineEdit*>(QLatin1String(name)); }
+    QPushButton* button(const char* name) const { return screen->findChild<QPushButton*>(QLatin1String(name)); }
+    std::string verdict(const char* name) const {
+        return screen->findChild<QLabel*>(QLatin1String(name))->text().toStdString();
+    }
+    void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+    /// Clicks and waits for the box at the end.
+    MessageBox boxAfter(const char* name) {
+        const std::size_t before = dialogs.shown.size();
+        click(name);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return dialogs.shown.size() > before; }, 20'000));
+        return dialogs.shown.size() > before ? dialogs.shown.back() : MessageBox{};
+    }
+    QString row(const char* name) const {
+        return sqlite(storeFile(), QStringLiteral("select isi from element where nama = '%1'").arg(QLatin1String(name)))
+            .trimmed();
+    }
+
+    QTemporaryDir folder;
+    SystemClock clock;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    ElementStore store{database};
+    ElementTable elements;
+    PreparedPage page;
+    GatewayState state;
+    AnsweringDialogs dialogs;
+    Service service;
+    std::unique_ptr<ElementScreen> screen;
+};
+
+TEST_F(ElementScreenTest, ShowsEveryNameWithItsValueAndWhatItIsFor) {
+    elements.set(QStringLiteral("XXTyping"), QString());
+    open({});
+    int shown = 0;
+    for (const ElementGroup& group : elementGroups()) {
+        for (const ElementRow& one : group.rows) {
+            ++shown;
+            const auto* edit = screen->findChild<QLineEdit*>(one.box);
+            ASSERT_NE(edit, nullptr) << one.box.toStdString();
+            EXPECT_EQ(edit->text(), elements[one.name]) << one.name.toStdString();
+            EXPECT_FALSE(one.description.isEmpty()) << "describe " << one.name.toStdString();
+        }
+    }
+    EXPECT_EQ(shown, ElementTable::names().size());
+    for (const char* name :
+         {"nn_QR", "nn_To", "nn_Info", "nn_ChatBox", "nn_NewChat", "nn_QRReload", "nn_sendButton", "nn_ReadMessage"})
+        EXPECT_NE(box(name), nullptr) << name;
+    EXPECT_EQ(box("nn_Info3")->placeholderText(), QStringLiteral("Phone number shared via url is invalid."));
+    EXPECT_EQ(box("nn_Typing")->text(), QStringLiteral("typing")) << "a name without a row has its built-in value";
+}
+
+TEST_F(ElementScreenTest, FetchFillsBoxesInOrderAndStoresNothing) {
+    service.bodies = {{"XX_QR", "a[title=\"caf\xC3\xA9 + more\"]"},
+                      {"XX_To", ""},
+                      {"XX_Info", "<html>log in</html>"},
+                      {"XX_Update", "\xFF\xFE"},
+                      {"XX_SendButton", std::string(20'000, 'x')}};
+    service.statuses = {{"XX_NewChat", 404}};
+    open(service.address());
+    const MessageBox done = boxAfter("cmd_Fetch");
+    EXPECT_EQ(done.title, QStringLiteral("Done.."));
+    EXPECT_EQ(done.text, QStringLiteral("Element updated.. \nPlease SAVE then CLOSE APP"));
+    EXPECT_EQ(done.icon, MessageBox::Icon::Information);
+    std::string order;
+    const std::string id = ReadIni(QStringLiteral("kibo"), QStringLiteral("InstallId"), ini()).toStdString();
+    EXPECT_FALSE(QUuid::fromString(QString::fromStdString(id)).isNull());
+    for (const httplib::Request& request : service.requests()) {
+        order += request.get_param_value("key") + ' ';
+        EXPECT_EQ(request.path, "/base/element.php");
+        EXPECT_EQ(request.get_param_value("id"), id);
+        EXPECT_NE(request.get_param_value("xx"), "");
+    }
+    EXPECT_EQ(order,
+              "XX_QR XX_To XX_Info XX_Update XX_ChatBox XX_NewChat XX_QRReload XX_SendButton XX_ReadMessage "
+              "XX_InvalidNumber XX_SendFileButton ");
+    EXPECT_EQ(box("nn_QR")->text(), QStringLiteral("a[title=\"café + more\"]"));
+    EXPECT_EQ(box("nn_ChatBox")->text(), QStringLiteral("//fetched/XX_ChatBox"));
+    for (const char* name : {"XX_To", "XX_Info", "XX_Update", "XX_NewChat"}) {
+        const QString now = box(("nn" + std::string(name + 2)).c_str())->text();
+        EXPECT_EQ(now, elements[QLatin1String(name)]) << name << " must stay as it was";
+    }
+    EXPECT_EQ(verdict("verdict_sendButton"), "the answer is larger than 16384 bytes");
+    EXPECT_EQ(verdict("verdict_NewChat"), "the server answered with status 404");
+    EXPECT_NE(row("XX_ChatBox"), QStringLiteral("//fetched/XX_ChatBox"));
+    EXPECT_NE(elements[QStringLiteral("XX_ChatBox")], QStringLiteral("//fetched/XX_ChatBox"));
+}
+
+TEST_F(ElementScreenTest, WithoutAServiceNothingIsAskedTwice) {
+    open({});
+    EXPECT_TRUE(boxAfter("cmd_Fetch").text.contains(QStringLiteral("ElementServer=")));
+    EXPECT_TRUE(boxAfter("cmd_Upload").text.contains(QDir::toNativeSeparators(ini())));
+    open(service.address());
+    service.stop();
+    const QString before = box("nn_QR")->text();
+    EXPECT_EQ(boxAfter("cmd_Fetch").icon, MessageBox::Icon::Critical);
+    EXPECT_EQ(box("nn_QR")->text(), before);
+    EXPECT_EQ(verdict("verdict_To"), "") << "after the first that isn't answered the rest isn't asked";
+    EXPECT_TRUE(button("cmd_Fetch")->isEnabled());
+}
+
+TEST_F(ElementScreenTest, UploadNeedsTheAccessCodeAndSendsEveryName) {
+    open(service.address());
+    box("nn_ChatBox")->setText(QStringLiteral("//a[@t=\"x + y\"]&key=z"));
+    dialogs.texts = {QStringLiteral("guess")};
+    click("cmd_Upload");
+    click("cmd_Upload");  // and cancelled
+    ASSERT_EQ(dialogs.asked.size(), 2);
+    EXPECT_EQ(dialogs.asked[0].title, QStringLiteral("Upload Update"));
+    EXPECT_EQ(dialogs.asked[0].prompt, QStringLiteral("Password"));
+    QTest::qWait(50);
+    EXPECT_TRUE(service.requests().empty());
+    dialogs.texts = {QStringLiteral("qtrwz")};
+    const MessageBox done = boxAfter("cmd_Upload");
+    EXPECT_EQ(done.title, QStringLiteral("Okay.."));
+    EXPECT_EQ(done.text, QStringLiteral("New Update Element Uploaded.."));
+    QStringList names;
+    for (const httplib::Request& request : service.requests()) {
+        const std::string name = request.get_param_value("key");
+        names.append(QString::fromStdString(name));
+        EXPECT_EQ(request.path, "/base/updateelement.php");
+        const QString value = elements[names.last()];
+        EXPECT_EQ(request.get_param_value("data"),
+                  name == "XX_ChatBox" ? "//a[@t='x plus y']&key=z" : value.toStdString());
+    }
+    EXPECT_EQ(names, ElementTable::names());
+}
+
+TEST_F(ElementScreenTest, SaveStoresAllOrNothing) {
+    open({});
+    box("nn_ChatBox")->setText(QStringLiteral("//div[@a=\"b\"]"));
+    box("nn_Typing")->clear();
+    const QString rows = sqlite(storeFile(), QStringLiteral("select nama, isi from element order by nama"));
+    sqlite(storeFile(), QStringLiteral("create trigger t before insert on element when new.nama = 'XX_SearchBox' "
+                                       "begin select raise(abort, 'no'); end"));
+    EXPECT_EQ(boxAfter("cmd_Save").icon, MessageBox::Icon::Critical);
+    EXPECT_EQ(sqlite(storeFile(), QStringLiteral("select nama, isi from element order by nama")), rows);
+
+    sqlite(storeFile(), QStringLiteral("drop trigger t"));
+    const MessageBox okay = boxAfter("cmd_Save");
+    EXPECT_EQ(okay.title, QStringLiteral("Okay.."));
+    EXPECT_EQ(okay.text, QStringLiteral("Element updated..\nPlease Re-Open Kibo"));
+    EXPECT_EQ(row("XX_ChatBox"), QStringLiteral("//div[@a='b']"));
+    EXPECT_EQ(elements[QStringLiteral("XX_ChatBox")], QStringLiteral("//div[@a='b']"));
+    EXPECT_EQ(row("XXTyping"), QString());
+    EXPECT_EQ(elements[QStringLiteral("XXTyping")], QStringLiteral("typing"));
+
+    dialogs.answers = {false};
+    box("nn_QR")->setText(QStringLiteral("other"));
+    EXPECT_FALSE(screen->close()) << "unsaved changes aren't lost without a question";
+}
+
+TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) {
+    open({});
+    state.stepRunning = true;
+    EXPECT_EQ(boxAfter("test_To").title, QStringLiteral("Test"));
+    EXPECT_TRUE(page.asked.isEmpty());
+    state.stepRunning = false;
+
+    page.closed = true;
+    EXPECT_EQ(boxAfter("test_To").text, QStringLiteral("Please Connect first to test.."));
+    EXPECT_EQ(boxAfter("test_Info1").text, QStringLiteral("Please Connect first to test.."));
+    EXPECT_FALSE(screen->pageInUse());
+    page.closed = false;
+
+    const std::pair<Matches, const char*> cases[] = {{{true, 3, 3, {}}, "3 matches"},
+                                                     {{true, 1, 0, {}}, "1 match, not visible"},
+                                                     {{true, 0, 0, {}}, "no match"},
+                                                     {{false, 0, 0, {}}, "neither XPath nor CSS"}};
+    for (const auto& [matches, text] : cases) {
+        page.matches = matches;
+        box("nn_To")->setText(QStringLiteral("//b"));
+        QTest::keyClick(box("nn_To"), Qt::Key_Return);
+        EXPECT_EQ(verdict("verdict_To"), text);
+        EXPECT_EQ(page.asked.last(), QStringLiteral("//b")) << "what stands in the box is tried, not what is saved";
+    }
+}
+
+TEST_F(ElementScreenTest, NoticeTestsAskForTheSituationAndWaitForTheNotice) {
+    const std::pair<const char*, const char*> requests[] = {{"Info1", "Please Disconnect Your Phone to test.."},
+                                                            {"Info2", "Please Disconnect Your Computer to test.."}};
+    open({});
+    for (const auto& [name, request] : requests) {
+        const std::string test = std::string("test_") + name, shown = std::string("verdict_") + name;
+        page.matches = {};
+        int looks = 0;
+        page.whileAsked = [&,
+                           text = screen->findChild<QLineEdit*>(QLatin1String("nn_") + QLatin1String(name))->text()] {
+            EXPECT_TRUE(screen->pageInUse());
+            EXPECT_EQ(button(test.c_str())->text(), QStringLiteral("Test"));
+            if (++looks == 3) page.matches.texts = QStringList{text.section(QLatin1Char('|'), 0, 0).remove(u'*')};
+        };
+        EXPECT_EQ(boxAfter(test.c_str()).text, QLatin1String(request));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return verdict(shown.c_str()) == "found"; }, 20'000))
+            << verdict(shown.c_str());
+        EXPECT_EQ(button(test.c_str())->text(), QStringLiteral("Ready"));
+        EXPECT_FALSE(screen->pageInUse());
+        EXPECT_EQ(page.asked.last(), box("nn_Info")->text());
+    }
+    page.whileAsked = nullptr;
+    page.matches.texts = QStringList{QStringLiteral("Something else")};
+    click("test_Info3");
+    EXPECT_EQ(verdict("verdict_Info3"), "the page says: Something else");
+    EXPECT_EQ(page.asked.last(), box("nn_InvalidNumber")->text());
+}
+
+}  // namespace
+}  // namespace kibo::test

@@ -1,0 +1,101 @@
+#include "wine.h"
+
+#include <QDir>
+#include <QFile>
+#include <stdexcept>
+
+#include "platform/top_level_windows.h"
+#include "support/virtual_display.h"
+
+namespace kibo::test {
+namespace {
+
+constexpr int kPrefixMs = 120'000;
+
+xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
+    const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::string(name).size()), name);
+    auto* reply = xcb_intern_atom_reply(connection, cookie, nullptr);
+    const xcb_atom_t found = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    std::free(reply);
+    return found;
+}
+
+}  // namespace
+
+Wine::Wine() {
+    QProcess boot;
+    start(boot, QStringLiteral("wineboot.exe"));
+    if (!boot.waitForFinished(kPrefixMs)) throw std::runtime_error("Wine can't make its folder");
+    // Wine brings no .NET; the program looks for the folder only.
+    QDir(prefix_.path()).mkpath(QStringLiteral("drive_c/windows/Microsoft.NET/Framework/v3.5"));
+    setFonts();
+}
+
+Wine::~Wine() {
+    // Only what runs in this prefix.
+    QProcess server;
+    server.setProcessEnvironment(environment());
+    server.start(QDir(QFileInfo(loader()).path()).filePath(QStringLiteral("wineserver")), {QStringLiteral("-k")});
+    server.waitForFinished();
+}
+
+QString Wine::loader() {
+    for (const char* path : {"/usr/lib/wine/wine64", "/usr/bin/wine64", "/usr/bin/wine"})
+        if (QFile::exists(QLatin1String(path))) return QLatin1String(path);
+    return {};
+}
+
+void Wine::start(QProcess& process, const QString& program, const QProcessEnvironment& variables) const {
+    QProcessEnvironment all = environment();
+    all.insert(variables);
+    process.setProcessEnvironment(all);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(loader(), {program});
+    process.waitForStarted();
+}
+
+QString Wine::windowsPath(const QString& path) {
+    return QStringLiteral("Z:") + QString(path).replace(u'/', u'\\');
+}
+
+QProcessEnvironment Wine::environment() const {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("WINEPREFIX"), prefix_.path());
+    environment.insert(QStringLiteral("WINEDEBUG"), QStringLiteral("-all"));
+    // Without menus, and without the two add-ons that a new prefix would otherwise ask to download.
+    environment.insert(QStringLiteral("WINEDLLOVERRIDES"), QStringLiteral("winemenubuilder.exe,mscoree,mshtml=d"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    return environment;
+}
+
+void Wine::setFonts() const {
+    // In the place of Windows' fonts, so that pictures look the same wherever they are taken.
+    QFile file(prefix_.filePath(QStringLiteral("fonts.reg")));
+    if (!file.open(QIODevice::WriteOnly)) return;
+    file.write("REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\r\n");
+    for (const char* name : {"Segoe UI", "Tahoma", "MS Shell Dlg", "MS Shell Dlg 2"})
+        file.write(QByteArray("\"") + name + "\"=\"DejaVu Sans\"\r\n");
+    file.close();
+    QProcess registry;
+    registry.setProcessEnvironment(environment());
+    registry.start(loader(), {QStringLiteral("regedit.exe"), QStringLiteral("/S"), windowsPath(file.fileName())});
+    registry.waitForFinished();
+}
+
+bool closeWindow(const char* title) {
+    const auto window = platform::FindWindowByTitle(title);
+    XClient client;
+    if (!window || !client.isViewable(static_cast<xcb_window_t>(*window))) return false;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = static_cast<xcb_window_t>(*window);
+    event.type = atom(client.get(), "WM_PROTOCOLS");
+    event.data.data32[0] = atom(client.get(), "WM_DELETE_WINDOW");
+    event.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(client.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+    xcb_flush(client.get());
+    return true;
+}
+
+}  // namespace kibo::test
