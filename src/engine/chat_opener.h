@@ -59,6 +59,8 @@ class ChatOpener {
     void clickedName(const QString& title, const OpenChat& before) {
         ledger_.clickedName(title, before, clock_.monotonicMs());
     }
+    /// The same where the page did not answer.
+    void clickedNameBlindly(const QString& title) { ledger_.clickedNameBlindly(title, clock_.monotonicMs()); }
     bool linkPlanted() const { return linkPlanted_; }
     /// Whether the conversation on the page is known to be the one of `number` (as given to GOTONOMOR).
     bool isOpen(const QString& number) const { return ledger_.isOpen(number); }

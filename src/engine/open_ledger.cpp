@@ -55,8 +55,13 @@ void OpenLedger::clickedBlindly(const QString& number, qint64 nowMs) {
 
 void OpenLedger::clickedName(const QString& title, const OpenChat& before, qint64 nowMs) {
     observe(before, nowMs);
+    clickedNameBlindly(title, nowMs);
+    if (before.open && before.title == title) settleName(title);  // nothing comes up
+}
+
+void OpenLedger::clickedNameBlindly(const QString& title, qint64 nowMs) {
     settleName(title);
-    if (!before.open || before.title != title) waiting_.push_back({{}, nowMs, -1, title});
+    waiting_.push_back({{}, nowMs, -1, title});
     lastClicked_.clear();
     current_.clear();
     cameUpSinceClick_ = false;

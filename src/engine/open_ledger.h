@@ -38,6 +38,8 @@ class OpenLedger {
     /// The chat with this title was clicked in the chat list while `before` was on the page. It comes up like any
     /// other, some time later, and must not be taken for the chat of a number.
     void clickedName(const QString& title, const OpenChat& before, qint64 nowMs);
+    /// The same, where the page did not answer.
+    void clickedNameBlindly(const QString& title, qint64 nowMs);
     /// The page showed this. Call with every look.
     void observe(const OpenChat& chat, qint64 nowMs);
     /// The page says that a number can't be opened, so nothing is awaited from that click any more. Returns which:

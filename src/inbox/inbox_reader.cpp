@@ -119,7 +119,8 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     }
     if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
     // Its rows are stored; what is left is a chat to be rid of.
-    if (const auto clicked = p_.page.clickEntry(entry)) {
+    awaitSettled();
+    if (const auto clicked = p_.page.clickEntry(entry); clicked && clicked->found) {
         p_.opener.clickedName(chat.title, clicked->before);
         awaitChat(chat.title, clicked->before);
     }
@@ -147,13 +148,13 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat c
     awaitSettled();
     p_.journal.setDoubtful(key, true);  // until the page has answered
     const auto clicked = p_.page.clickEntry(entry);
-    p_.opener.clickedName(chat.title, clicked ? clicked->before : OpenChat());
+    if (clicked && clicked->found) p_.opener.clickedName(chat.title, clicked->before);
     if (!clicked) {
+        p_.opener.clickedNameBlindly(chat.title);
         p_.state.len1.text.clear();  // so that there is a next pass, which decides
         return Then::EndPass;
     }
-    if (!clicked->found) {
-        p_.journal.settle(key);
+    if (!clicked->found) {  // opened by a person or by an earlier click, or its row shows something newer: see later
         p_.state.waitread.visible = false;
         return Then::GoOn;
     }

@@ -190,5 +190,25 @@ TEST_F(Ledger, ContactThatGotAnotherNameIsFoundAgainAfterOneFailure) {
     EXPECT_TRUE(ledger.isOpen(kAni));
 }
 
+TEST_F(Ledger, ChatClickedInTheListIsNotTakenForThatOfANumber) {
+    ledger.clicked(kDummy, closed(), 0);
+    ledger.clickedName(QStringLiteral("Ani"), chat, 100);
+    ledger.observe(comesUp(QStringLiteral("Ani")), 200);
+    EXPECT_FALSE(ledger.isOpen(kDummy)) << "though it is the only number that waits";
+    EXPECT_FALSE(ledger.settled(200));
+    ledger.observe(comesUp(QStringLiteral("Dummy")), 300);
+    EXPECT_TRUE(ledger.isOpen(kDummy));
+    EXPECT_TRUE(ledger.settled(300));
+
+    // A number may show the same name: then it is either, and no text goes there.
+    ledger.clickedName(QStringLiteral("Budi"), chat, 400);
+    ledger.clicked(kBudi, chat, 500);
+    ledger.observe(comesUp(QStringLiteral("Budi")), 600);
+    EXPECT_FALSE(ledger.isOpen(kBudi));
+    ledger.clickedNameBlindly(QStringLiteral("Citra"), 700);
+    EXPECT_FALSE(ledger.settled(700 + OpenLedger::kGiveUpMs));
+    EXPECT_TRUE(ledger.settled(701 + OpenLedger::kGiveUpMs));
+}
+
 }  // namespace
 }  // namespace kibo
