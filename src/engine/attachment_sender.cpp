@@ -18,6 +18,10 @@ Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
 }
 
+Failure inDoubt(const char* why) {
+    return {FailureKind::NotFound, why, kInDoubt};
+}
+
 }  // namespace
 
 AttachmentSender::AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer)
@@ -59,11 +63,11 @@ Result<void> AttachmentSender::sendAndConfirm() {
         } else if (!goneSince) {
             goneSince = clock_.monotonicMs();
         } else if (clock_.monotonicMs() - *goneSince > kLongestDrawingMs) {
-            return failed("in doubt: the file's preview has gone, but the file did not appear in the chat");
+            return inDoubt("in doubt: the file's preview has gone, but the file did not appear in the chat");
         }
         pacing_.WA_WAIT(kLookMs);  // the window stays alive
     }
-    return failed("in doubt: the file was sent, but its preview did not close");
+    return inDoubt("in doubt: the file was sent, but its preview did not close");
 }
 
 }  // namespace kibo

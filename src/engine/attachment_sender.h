@@ -12,6 +12,9 @@
 
 namespace kibo {
 
+/// Failure code: the message may have gone out.
+inline constexpr char kInDoubt[] = "in doubt";
+
 /// Puts one file into the open chat: gives it to the page, awaits its preview, types the caption, sends the preview
 /// and sees the message stand in the chat.
 class AttachmentSender {

@@ -25,6 +25,11 @@ ChatTarget::ChatTarget(const GatewayState& state, ChatPage& page, const ElementT
       locators_(locators),
       search_(page, clock, pacing) {}
 
+bool ChatTarget::isByName(const QString& mode, const QString& destination) {
+    if (mode == QStringLiteral("1") || mode == QStringLiteral("2")) return mode == QStringLiteral("2");
+    return !isPositiveNumber(cleanedNumber(destination));
+}
+
 Result<ChatLook> ChatTarget::openNumber(const QString& number) {
     const QString cleaned = cleanedNumber(number);
     if (!opener_.GOTONOMOR(number)) {

@@ -22,6 +22,10 @@ class ChatTarget {
     ChatTarget(const GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
                ChatOpener& opener, LocatorCheck& locators);
 
+    /// Whether a message of this `wa_mode` is addressed by its chat's name; the modes "0" and "9" go by what it looks
+    /// like.
+    static bool isByName(const QString& mode, const QString& destination);
+
     /// The chat of a number, through the planted link.
     Result<ChatLook> openNumber(const QString& number);
     /// The chat, of a contact or a group, with this title, through the page's search.

@@ -3,8 +3,6 @@
 #include <QRegularExpression>
 #include <algorithm>
 
-#include "engine/phone_number.h"
-
 namespace kibo {
 namespace {
 
@@ -38,11 +36,13 @@ Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>
     return found ? Delivery::Delivered : Delivery::NotDelivered;
 }
 
-DeliveryCheck::DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatOpener& opener)
-    : page_(page), clock_(clock), pacing_(pacing), opener_(opener) {}
+DeliveryCheck::DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatTarget& target)
+    : page_(page), clock_(clock), pacing_(pacing), target_(target) {}
 
 Delivery DeliveryCheck::look(const SendJournal::Entry& entry) {
-    if (!openChat(cleanedNumber(entry.row.number))) return Delivery::Unknown;
+    const bool byName = ChatTarget::isByName(entry.row.mode, entry.destination);
+    if (!(byName ? target_.openName(entry.destination) : target_.openNumber(entry.destination)))
+        return Delivery::Unknown;
     Delivery delivery = Delivery::Unknown;
     // Found is certain at once; missing only when the messages have had time to come up.
     for (int i = 0; i < kLooks && delivery != Delivery::Delivered && !clock_.waitingStopped(); ++i) {
@@ -50,22 +50,6 @@ Delivery DeliveryCheck::look(const SendJournal::Entry& entry) {
         if (const auto shown = page_.lastMessages()) delivery = judgeDelivery(entry, *shown);
     }
     return clock_.waitingStopped() ? Delivery::Unknown : delivery;
-}
-
-bool DeliveryCheck::openChat(const QString& number) {
-    if (!opener_.GOTONOMOR(number)) {
-        opener_.enableTimers();
-        return false;
-    }
-    pacing_.WA_WAIT(pacing_.dwell());
-    for (int tries = 0; tries <= ChatOpener::kTryLimit && !clock_.waitingStopped(); ++tries) {
-        pacing_.WA_WAIT(kSmallWaitMs);
-        const auto look = page_.lookAtChat(false);
-        if (!look) continue;
-        opener_.observe(look->chat, look->linkPlanted);
-        if (opener_.isOpen(number)) return true;
-    }
-    return false;
 }
 
 }  // namespace kibo

@@ -4,7 +4,7 @@
 
 #include "app/clock.h"
 #include "browser/chat_page.h"
-#include "engine/chat_opener.h"
+#include "engine/chat_target.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
 
@@ -20,17 +20,15 @@ Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>
 /// Opens the chat of a message that a crash left in doubt and looks for it.
 class DeliveryCheck {
  public:
-    DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatOpener& opener);
+    DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatTarget& target);
 
     Delivery look(const SendJournal::Entry& entry);
 
  private:
-    bool openChat(const QString& number);
-
     ChatPage& page_;
     Clock& clock_;
     Pacing& pacing_;
-    ChatOpener& opener_;
+    ChatTarget& target_;
 };
 
 }  // namespace kibo

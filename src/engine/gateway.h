@@ -51,7 +51,7 @@ struct Gateway {
           files(n.settings, n.fetchMedia),
           attachments(n.page, n.clock, pacing, typer),
           sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
-          deliveryCheck(n.page, n.clock, pacing, opener),
+          deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,

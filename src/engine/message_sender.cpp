@@ -30,6 +30,7 @@ bool MessageSender::KIRIM_MODE2() {
 
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
+    leftInDoubt_ = false;
     const qint64 start = p_.clock.monotonicMs();
     if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty())
         s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
@@ -46,6 +47,12 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
+        leftInDoubt_ = sent.failure().code == kInDoubt && p_.page.look().presence == PageLook::Presence::Gone;
+        if (leftInDoubt_) {
+            log::warning("engine",
+                         QStringLiteral("whether message %1 was sent is seen when the page is back").arg(s.txtid.text));
+            return false;
+        }
         SEND_FAIL(QString::fromStdString(sent.failure().text));
         return false;
     }
@@ -87,7 +94,8 @@ Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) 
     Result<void> done = typeText(chat, text);
     if (done) done = noteInJournal(chat, text);
     if (done && !pressEnterAndConfirm(chat.chat.serial))
-        done = failed("in doubt: Enter was pressed, but the message did not leave the message box");
+        done = Failure{FailureKind::NotFound,
+                       "in doubt: Enter was pressed, but the message did not leave the message box", kInDoubt};
     if (!done) {
         // What stands in another chat's box is the operator's own draft.
         const auto look = p_.page.lookAtChat(false);
@@ -108,7 +116,7 @@ Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) 
 
 /// The last thing before something is sent.
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
-    if (p_.journal.typed(p_.state.txtid.text, text, chat.chat.lastMessageId)) return {};
+    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, chat.chat.lastMessageId)) return {};
     return failed("the journal can't be written, so the message was not sent");
 }
 

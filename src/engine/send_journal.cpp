@@ -10,7 +10,8 @@ namespace kibo {
 namespace {
 
 const QString kDo = QStringLiteral("do"), kId = QStringLiteral("id"), kText = QStringLiteral("text"),
-              kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"), kRow = QStringLiteral("row");
+              kTo = QStringLiteral("to"), kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"),
+              kRow = QStringLiteral("row");
 const QString kTaken = QStringLiteral("taken"), kTyped = QStringLiteral("typed"), kFailed = QStringLiteral("failed"),
               kEnded = QStringLiteral("ended");
 
@@ -58,8 +59,9 @@ Result<void> SendJournal::taken(const QueuedRow& row) {
     return write({{kDo, kTaken}, {kId, row.id}, {kRow, columns}});
 }
 
-Result<void> SendJournal::typed(const QString& id, const QString& text, const QString& lastMessageId) {
-    return write({{kDo, kTyped}, {kId, id}, {kText, text}, {kLast, lastMessageId}});
+Result<void> SendJournal::typed(const QString& id, const QString& destination, const QString& text,
+                                const QString& lastMessageId) {
+    return write({{kDo, kTyped}, {kId, id}, {kTo, destination}, {kText, text}, {kLast, lastMessageId}});
 }
 
 void SendJournal::failed(const QString& id, const QString& reason) {
@@ -109,6 +111,7 @@ void SendJournal::apply(const QJsonObject& record) {
     } else if (what == kTyped) {
         entry->stage = Stage::Typed;
         entry->text = record[kText].toString();
+        entry->destination = record[kTo].toString();
         entry->lastMessageId = record[kLast].toString();
     } else if (what == kFailed) {
         entry->stage = Stage::Failed;

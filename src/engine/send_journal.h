@@ -28,6 +28,7 @@ class SendJournal {
         QueuedRow row;
         Stage stage = Stage::Taken;
         QString text;           ///< as it was typed
+        QString destination;    ///< number or name, as the chat was opened by it
         QString lastMessageId;  ///< of the chat before Enter; empty when not known
         QString reason;         ///< of the failure
     };
@@ -42,7 +43,8 @@ class SendJournal {
 
     /// Each returns when its record is on the disk. After a failure of these two the step must not be taken.
     Result<void> taken(const QueuedRow& row);
-    Result<void> typed(const QString& id, const QString& text, const QString& lastMessageId);
+    Result<void> typed(const QString& id, const QString& destination, const QString& text,
+                       const QString& lastMessageId);
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
     void failed(const QString& id, const QString& reason);
     /// Sent, marked as failed, or back in the queue.

@@ -9,7 +9,7 @@ namespace {
 
 const QString kNotTyped = QStringLiteral("the gateway ended before the message was typed; it can be queued again");
 const QString kNotSent = QStringLiteral("the gateway ended before the message was sent; it can be queued again");
-const QString kInDoubt =
+const QString kCanNotTell =
     QStringLiteral("in doubt: the gateway ended while the message was being sent, and the chat doesn't tell");
 
 }  // namespace
@@ -67,14 +67,14 @@ bool SendRecovery::settleOnPage() {
         ++state_.sentCount;
         journal_.ended(entry.row.id);
     } else {
-        sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kInDoubt);
+        sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
     }
     return true;
 }
 
 void SendRecovery::showAsMessage(const SendJournal::Entry& entry) {
     state_.txtid.text = entry.row.id;
-    state_.txtNo.text = entry.row.number;
+    state_.txtNo.text = entry.destination.isEmpty() ? entry.row.number : entry.destination;
     state_.txtMedia.text = entry.row.media;
     state_.txtFile.text = entry.row.file;
     state_.txtMsg2.text = entry.text.isEmpty() ? entry.row.text : entry.text;

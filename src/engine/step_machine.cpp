@@ -264,7 +264,7 @@ void StepMachine::dispatch(const QString& mode) {
         const GatewayState& state;
         const int outcomes = state.sentCount + state.failedCount;
         ~Attempt() {
-            if (state.sentCount + state.failedCount > outcomes) return;
+            if (state.sentCount + state.failedCount > outcomes || sender.isLeftInDoubt()) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
@@ -274,19 +274,18 @@ void StepMachine::dispatch(const QString& mode) {
     } const attempt{p_.sender, s};
 
     s.mode9 = mode == QStringLiteral("9");
-    const bool automatic = s.mode9 || mode == QStringLiteral("0");
-    const bool byNumber = isPositiveNumber(cleanedNumber(s.txtNo.text));
+    static const QStringList kModes{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("9")};
     const bool hasFiles = !s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty();
     if (typableText(s.txtMsg2.text).trimmed().isEmpty() && !hasFiles) {
         p_.sender.recordFailure(QStringLiteral("the message is empty"));
     } else if (s.txtNo.text.trimmed().isEmpty()) {
         p_.sender.recordFailure(QStringLiteral("the row names neither a number nor a name"));
-    } else if (mode == QStringLiteral("1") || (automatic && byNumber)) {
-        p_.sender.KIRIM_MODE1();
-    } else if (mode == QStringLiteral("2") || automatic) {
+    } else if (!kModes.contains(mode)) {
+        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
+    } else if (ChatTarget::isByName(mode, s.txtNo.text)) {
         p_.sender.KIRIM_MODE2();
     } else {
-        p_.sender.recordFailure(QStringLiteral("unknown wa_mode %1").arg(mode.left(8)));
+        p_.sender.KIRIM_MODE1();
     }
 }
 

@@ -86,7 +86,7 @@ TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
         row.text = text;
         EXPECT_TRUE(journal.taken(row).ok());
         EXPECT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
-        EXPECT_TRUE(journal.typed(row.id, text, page.messageIds(kAni).value(0)).ok());
+        EXPECT_TRUE(journal.typed(row.id, kAni, text, page.messageIds(kAni).value(0)).ok());
     };
     settle();  // the first message, so that the chat is not empty
     const size_t before = page.delivered.size();
@@ -107,6 +107,22 @@ TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
     EXPECT_EQ(status(id), QStringLiteral("fail"));
     EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
     EXPECT_EQ(page.delivered.size(), before + 1) << "nothing is sent a second time";
+}
+
+TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
+    settle();  // the first message, so that the chat is not empty
+    id = queue(kAni, QStringLiteral("second"));
+    page.beforeEnter = [this] { page.presence = PageLook::Presence::Gone; };
+    tick();
+    EXPECT_EQ(page.delivered.size(), 2u);
+    ASSERT_EQ(journal.entries().size(), 1u) << "neither sent nor failed yet";
+    page.beforeEnter = nullptr;
+    tick();
+    page.presence = PageLook::Presence::Here;
+    settle();
+    EXPECT_EQ(status(id), QString());
+    EXPECT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(state.sentCount, 2);
 }
 
 TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
