@@ -159,7 +159,10 @@ TEST_F(RealBrowser, NoTextEverReachesAnotherChat) {
         const QString number = QStringLiteral("62855000%1").arg(i % 25, 4, 10, QLatin1Char('0'));
         const QString text = QStringLiteral("message %1").arg(i);
         numberOf[text] = number;
-        real->queue(number, text);
+        // Every third one to a saved contact goes by name.
+        const int contact = i % 25;
+        const bool byName = contact % 4 && i % 3 == 0;
+        real->queue(byName ? QStringLiteral("Contact %1").arg(contact) : number, text, byName ? 2 : 0);
     }
     real->runQueue(20'000);
     real->standIn.waitForReceived(first + 100 - static_cast<size_t>(newFailures()), std::chrono::seconds(3));
