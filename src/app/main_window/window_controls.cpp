@@ -129,7 +129,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
     build.card("shapInbox", kLeft, 368, 392, 176);
-    ms = new QueueGrid(state.ms, {30, 27, 28, 15}, -1, QStringLiteral("No message has arrived"), area);
+    ms = new QueueGrid(state.ms, {32, 25, 30, 13}, -1, QStringLiteral("No message has arrived"), area);
     build.heading("lblInbox", "&Inbox", 24, 373, 62, ms);
     Inbox_Cnt = build.mark("Inbox_Cnt", "", 88, 375, 44, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
