@@ -18,7 +18,7 @@ Failure failed(const char* why) {
 
 }  // namespace
 
-MessageSender::MessageSender(Parts parts) : p_(std::move(parts)) {}
+MessageSender::MessageSender(Parts parts) : p_(parts) {}
 
 bool MessageSender::KIRIM_MODE1() {
     return send([this] { return p_.target.openNumber(p_.state.txtNo.text); });

@@ -52,7 +52,8 @@ bool SendRecovery::settleOnPage() {
     const auto found = std::find_if(journal_.entries().begin(), journal_.entries().end(),
                                     [](const SendJournal::Entry& e) { return e.stage == SendJournal::Stage::Typed; });
     if (found == journal_.entries().end()) return false;
-    const SendJournal::Entry entry = *found;
+    // A copy, since settling takes the entry out of the journal.
+    SendJournal::Entry entry = *found;
     const auto place = queue_.find(entry.row.id);
     if (!place) return false;  // the store is away again
     // A store that lost its last statements may have it in the queue again; it must not go out from there.

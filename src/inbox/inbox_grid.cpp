@@ -76,7 +76,10 @@ void InboxGrid::keepFresh() {
 }
 
 void InboxGrid::countNew() {
-    state_.Inbox_Cnt.caption = new_ > 0 ? QString::number(new_) : QString();
+    constexpr int kMostShown = 999;
+    state_.Inbox_Cnt.caption = new_ > kMostShown ? QStringLiteral("%1+").arg(kMostShown)
+                               : new_ > 0        ? QString::number(new_)
+                                                 : QString();
 }
 
 }  // namespace kibo

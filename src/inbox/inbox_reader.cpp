@@ -128,7 +128,7 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     return Then::GoOn;
 }
 
-InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, UnreadChat chat) {
+InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const UnreadChat& chat) {
     const GatewayState& s = p_.state;
     const qint64 began = p_.clock.monotonicMs();
     IncomingRow row{isYes(p_.settings.Multi),

@@ -71,7 +71,7 @@ class InboxReader {
     bool mustGiveWay() const;
     void awaitSettled();
     Then readEntry(const ChatEntry& entry);
-    Then openAndStore(const ChatEntry& entry, UnreadChat chat);
+    Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
     QString numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const;
     QString textBehindDraft(const QString& title, const QString& draft);

@@ -89,6 +89,7 @@ void GatewayApplication::buildEngine() {
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
+    const auto pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,
         .settings = settings_,
@@ -99,13 +100,13 @@ void GatewayApplication::buildEngine() {
         .journal = journal_,
         .random = random,
         .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
-        .pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); },
+        .pageInUse = pageInUse,
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
     });
-    inbox_ = std::make_unique<Inbox>(
-        Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_, programFolder_});
+    inbox_ = std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random,
+                                                  *gateway_, programFolder_, pageInUse});
 }
 
 bool GatewayApplication::showWindow() {

@@ -129,9 +129,9 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
     build.card("shapInbox", kLeft, 368, 392, 176);
-    ms = new QueueGrid(state.ms, {30, 27, 28, 15}, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 373, 54, ms);
-    Inbox_Cnt = build.mark("Inbox_Cnt", "", 80, 375, 42, 20, kBusy, 0xFFFFFF);
+    ms = new QueueGrid(state.ms, {32, 25, 30, 13}, -1, QStringLiteral("No message has arrived"), area);
+    build.heading("lblInbox", "&Inbox", 24, 373, 58, ms);
+    Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 375, 43, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
     l_disableread = build.mark("l_disableread", "Reading is off", 126, 374, 106, 22, kNotice, kNoticeText);
     newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 234, 373, 80, 24);
