@@ -63,7 +63,7 @@ void usePage(WebPage& page) {
     page.pointLink(text);
     page.clickLink(text);
     page.typeText(text);
-    page.awaitBoxText(text, 1);
+    page.awaitBoxText(Box::Message, text, 1);
     page.watchChatList(text);
     page.closeStrayTabs();
     page.qrPicture();

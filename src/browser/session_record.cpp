@@ -7,7 +7,7 @@
 #include <QJsonObject>
 #include <QSaveFile>
 #include <QSysInfo>
-#include <array>
+#include <algorithm>
 #include <vector>
 
 #include "app/log.h"
@@ -16,6 +16,7 @@ namespace kibo {
 namespace {
 
 constexpr const char* kLog = "browser";
+constexpr int kGraceMs = 5'000;
 const QString kFilePrefix = QStringLiteral("kibo-session-");
 const QString kFileSuffix = QStringLiteral(".json");
 
@@ -39,6 +40,16 @@ SessionRecord readRecord(const QString& file) {
     const QJsonDocument json = QJsonDocument::fromJson(in.readAll());
     return {processFrom(json[QLatin1String("owner")]), processFrom(json[QLatin1String("driver")]),
             processFrom(json[QLatin1String("browser")])};
+}
+
+/// Whether a driver started this process as a browser on this profile. One that a person started is left alone.
+bool isDriven(platform::ProcessId browser, const QString& profileFolder) {
+    const std::string profile = "--user-data-dir=" + profileFolder.toStdString();
+    const std::vector<std::string> arguments = platform::commandLine(browser);
+    const bool onProfile = std::find(arguments.begin(), arguments.end(), profile) != arguments.end();
+    return onProfile && std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
+               return argument.rfind("--remote-debugging-", 0) == 0;
+           });
 }
 
 void endTree(const platform::Process& root, int graceMs) {
@@ -108,14 +119,19 @@ QString SessionRecords::fileOf(platform::ProcessId owner) const {
     return QDir(folder_).filePath(kFilePrefix + QString::number(owner) + kFileSuffix);
 }
 
-void removeStaleProfileLock(const QString& profileFolder) {
+void freeProfile(const QString& profileFolder) {
     const QDir folder(profileFolder);
     // A symbolic link to "<host>-<process id>"; on Windows Chrome uses an open file instead, which can't go stale.
     const QString owner = QFile::symLinkTarget(folder.filePath(QStringLiteral("SingletonLock"))).section(u'/', -1);
     if (owner.isEmpty()) return;
     const QString host = owner.section(u'-', 0, -2);
     const platform::ProcessId pid = owner.section(u'-', -1).toLongLong();
-    if (host == QSysInfo::machineHostName() && platform::processStartTime(pid) != 0) return;
+    const platform::Process holder{pid, platform::processStartTime(pid)};
+    if (host == QSysInfo::machineHostName() && holder.startTime != 0) {
+        if (!isDriven(holder.id, profileFolder)) return;
+        log::info(kLog, QStringLiteral("ending browser %1, which was left on the profile").arg(pid));
+        endTree(holder, kGraceMs);
+    }
     for (const char* name : {"SingletonLock", "SingletonSocket", "SingletonCookie"}) {
         QFile::remove(folder.filePath(QLatin1String(name)));
     }

@@ -40,8 +40,9 @@ class SessionRecords {
     QString folder_;
 };
 
-/// Removes Chrome's marks of a profile in use whose browser is gone: its process has ended, or the profile
-/// comes from another computer. Chrome would refuse to start on it.
-void removeStaleProfileLock(const QString& profileFolder);
+/// Makes a profile free that no running gateway uses; Chrome would refuse to start on it. Removes Chrome's marks of a
+/// profile in use when their process has ended, or when the profile comes from another computer. Ends a browser that a
+/// driver started on this profile and that is in no record: its driver ended before it could tell of the browser.
+void freeProfile(const QString& profileFolder);
 
 }  // namespace kibo

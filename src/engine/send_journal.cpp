@@ -32,6 +32,7 @@ QString SendJournal::fileName(const QString& profile, const QString& store) {
 }
 
 Result<void> SendJournal::open(const QString& file) {
+    if (file_ && path_ == file) return {};
     file_.reset();
     entries_.clear();
     auto opened = platform::DurableFile::open(file.toStdString());
@@ -44,6 +45,7 @@ Result<void> SendJournal::open(const QString& file) {
         apply(QJsonDocument::fromJson(line).object());
     }
     file_ = std::move(opened).value();
+    path_ = file;
     if (!text.isEmpty() && !text.endsWith('\n')) {
         if (const Result<void> closed = file_->append("\n"); !closed) return closed;
     }

@@ -37,7 +37,8 @@ class SendJournal {
     /// operator may have changed it between two starts.
     static QString fileName(const QString& profile, const QString& store);
 
-    /// Opens `file`, with what an earlier run left open. The failure's text is meant for the operator.
+    /// Opens `file`, with what an earlier run left open; nothing changes when it is open already. The failure's text is
+    /// meant for the operator.
     Result<void> open(const QString& file);
     bool isOpen() const { return file_ != nullptr; }
 
@@ -59,6 +60,7 @@ class SendJournal {
     std::vector<Entry>::iterator find(const QString& id);
 
     std::unique_ptr<platform::DurableFile> file_;
+    QString path_;  // of `file_`
     std::vector<Entry> entries_;
 };
 

@@ -94,6 +94,13 @@ std::string executablePath(ProcessId pid) {
     return path;
 }
 
+std::vector<std::string> commandLine(ProcessId pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
+    std::vector<std::string> arguments;
+    for (std::string argument; std::getline(file, argument, '\0');) arguments.push_back(argument);
+    return arguments;
+}
+
 std::vector<Process> processesOf(const std::string& executable) {
     std::error_code error;
     const std::string path = fs::weakly_canonical(executable, error).string();

@@ -71,6 +71,10 @@ std::string executablePath(ProcessId pid) {
     return {path, size};
 }
 
+std::vector<std::string> commandLine(ProcessId) {
+    return {};
+}
+
 std::vector<Process> processesOf(const std::string& executable) {
     return processesWhere([&](const Process& process, const PROCESSENTRY32&) {
         return ::lstrcmpiA(executablePath(process.id).c_str(), executable.c_str()) == 0;

@@ -99,7 +99,7 @@ TEST_F(SessionRecordTest, OnlyAStaleProfileLockIsRemoved) {
     for (const auto& c : cases) {
         QFile::remove(lock);
         ASSERT_TRUE(QFile::link(c.owner, lock));
-        removeStaleProfileLock(folder_.path());
+        freeProfile(folder_.path());
         EXPECT_EQ(!QFileInfo(lock).isSymLink(), c.removed) << c.owner.toStdString();
     }
 }

@@ -227,6 +227,8 @@ void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
     inbox_->reader.storeWaiting();
     inbox_->grid.keepFresh();
+    // What the store alone can settle need not wait for the page.
+    if (!state_.stepRunning && database_.isOpen()) gateway_->recovery.settleInStore();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
