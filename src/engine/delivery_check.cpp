@@ -39,17 +39,18 @@ Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>
 DeliveryCheck::DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatTarget& target)
     : page_(page), clock_(clock), pacing_(pacing), target_(target) {}
 
-Delivery DeliveryCheck::look(const SendJournal::Entry& entry) {
+std::optional<Delivery> DeliveryCheck::look(const SendJournal::Entry& entry) {
     const bool byName = ChatTarget::isByName(entry.row.mode, entry.destination);
-    if (!(byName ? target_.openName(entry.destination) : target_.openNumber(entry.destination)))
-        return Delivery::Unknown;
+    const auto chat = byName ? target_.openName(entry.destination) : target_.openNumber(entry.destination);
     Delivery delivery = Delivery::Unknown;
     // Found is certain at once; missing only when the messages have had time to come up.
-    for (int i = 0; i < kLooks && delivery != Delivery::Delivered && !clock_.waitingStopped(); ++i) {
+    for (int i = 0; chat && i < kLooks && delivery != Delivery::Delivered && !clock_.waitingStopped(); ++i) {
         pacing_.WA_WAIT(kSmallWaitMs);
         if (const auto shown = page_.lastMessages()) delivery = judgeDelivery(entry, *shown);
     }
-    return clock_.waitingStopped() ? Delivery::Unknown : delivery;
+    if (delivery == Delivery::Delivered) return delivery;
+    if (clock_.waitingStopped() || page_.look().presence == PageLook::Presence::Gone) return std::nullopt;
+    return delivery;
 }
 
 }  // namespace kibo

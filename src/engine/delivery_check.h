@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <optional>
 
 #include "app/clock.h"
 #include "browser/chat_page.h"
@@ -22,7 +23,8 @@ class DeliveryCheck {
  public:
     DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatTarget& target);
 
-    Delivery look(const SendJournal::Entry& entry);
+    /// Nothing when the look was broken off: the program is about to end, or the browser has gone.
+    std::optional<Delivery> look(const SendJournal::Entry& entry);
 
  private:
     ChatPage& page_;

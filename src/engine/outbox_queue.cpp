@@ -199,8 +199,10 @@ bool OutboxQueue::removeCopy(const QueuedRow& row) {
 }
 
 bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {
-    const Database::Values message{row.id.toLongLong(), row.mode, row.number, row.text,
-                                   row.media,           row.file, row.time,   status};
+    // A row without a time has none, and a server takes no empty text for one.
+    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant(row.time);
+    const Database::Values message{row.id.toLongLong(), row.mode.toInt(), row.number, row.text,
+                                   row.media,           row.file,         time,       status};
     return multi() ? database_.execute(kAddCopyToMulti, Database::Values{profile()} + message).has_value()
                    : database_.execute(kAddCopyToSent, message).has_value();
 }

@@ -46,7 +46,8 @@ int Pacing::dwell() const {
 }
 
 bool Pacing::countMessage() {
-    if (batchSize() <= 0) return false;
+    // Paused in the middle of a message: a break would end the pause, and continuing begins a fresh batch anyway.
+    if (batchSize() <= 0 || isPaused()) return false;
     const int sent = state_.HitungKirim.text.toInt() + 1;
     state_.HitungKirim.text = QString::number(sent);
     state_.Kirim_Cnt.caption = QStringLiteral("%1/%2").arg(sent).arg(settings_.AfterSend);

@@ -60,7 +60,8 @@ bool SendRecovery::settleOnPage() {
     if (place->queued && queue_.take(entry.row.id) != OutboxQueue::Taken::Yes) return false;
     showAsMessage(entry);
     state_.step = QStringLiteral("Looking whether message %1 was sent").arg(entry.row.id);
-    const Delivery delivery = deliveryCheck_.look(entry);
+    const std::optional<Delivery> delivery = deliveryCheck_.look(entry);
+    if (!delivery) return true;
     const QString status = delivery == Delivery::Delivered ? QString() : QStringLiteral("fail");
     if (!place->queued && !place->copied && !queue_.addCopy(entry.row, status)) return true;
     if (delivery == Delivery::Delivered) {
@@ -68,7 +69,7 @@ bool SendRecovery::settleOnPage() {
         ++state_.sentCount;
         journal_.ended(entry.row.id);
     } else {
-        sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
+        sender_.recordFailure(*delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
     }
     return true;
 }

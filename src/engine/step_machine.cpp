@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kAfterSendMs = 500;
 constexpr qint64 kRefusedPauseMs = 3'000;
+const QString kWaitingForStore = QStringLiteral("Waiting for the database to tell what became of the last message");
 constexpr qint64 kLongestSilenceMs = 60'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
@@ -143,12 +144,15 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     const qint64 begin = p_.clock.monotonicMs();
     if (!mayTakeMessage(look)) return false;
     if (!settled) {
-        idle(QStringLiteral("Waiting for the database to tell what became of the last message"));
+        idle(kWaitingForStore);
         return false;
     }
     if (p_.recovery.needsPage()) {
         s.wait.visible = true;
-        if (!p_.recovery.settleOnPage()) return false;
+        if (!p_.recovery.settleOnPage()) {
+            idle(kWaitingForStore);
+            return false;
+        }
         finishMessage(look);
         return true;
     }
@@ -261,17 +265,20 @@ void StepMachine::dispatch(const QString& mode) {
     // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
     struct Attempt {
         MessageSender& sender;
+        const SendRecovery& recovery;
         const GatewayState& state;
         const int outcomes = state.sentCount + state.failedCount;
         ~Attempt() {
-            if (state.sentCount + state.failedCount > outcomes || sender.isLeftInDoubt()) return;
+            if (state.sentCount + state.failedCount > outcomes) return;
+            // Broken off around Enter: its chat is looked into before anything else is sent.
+            if (sender.isLeftInDoubt() || recovery.needsPage()) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
                 log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
             }
         }
-    } const attempt{p_.sender, s};
+    } const attempt{p_.sender, p_.recovery, s};
 
     s.mode9 = mode == QStringLiteral("9");
     static const QStringList kModes{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("9")};

@@ -20,12 +20,10 @@ Result<void> start(const QString& program, const QString& argument) {
     return started ? Result<void>() : started.failure();
 }
 
-/// Instances that share a folder have a journal each.
+/// One for each profile: what another account received says nothing about this one's chats, and programs that share a
+/// folder must not wait for each other.
 QString journalFile(const Inbox::Needs& needs) {
-    const bool shared = isYes(needs.settings.Multi);
-    return QDir(needs.programFolder)
-        .filePath(shared ? QStringLiteral("inbox.%1.journal").arg(needs.state.cb_Profil.text)
-                         : QStringLiteral("inbox.journal"));
+    return QDir(needs.programFolder).filePath(QStringLiteral("inbox.%1.journal").arg(needs.state.cb_Profil.text));
 }
 
 }  // namespace

@@ -34,8 +34,11 @@ IncomingRow rowFrom(const QJsonObject& json) {
 }  // namespace
 
 Result<void> InboxJournal::open() {
-    if (file_) return {};
-    auto file = platform::DurableFile::open(path_().toStdString());
+    const QString path = path_();
+    if (file_ && openPath_ == path) return {};
+    file_.reset();
+    entries_.clear();
+    auto file = platform::DurableFile::open(path.toStdString());
     if (!file) return file.failure();
     const Result<std::string> content = file.value()->read();
     if (!content) return content.failure();
@@ -49,6 +52,7 @@ Result<void> InboxJournal::open() {
         if (json.contains(kRow)) entries_.push_back({key, rowFrom(json[kRow].toObject()), true});
     }
     file_ = std::move(file).value();
+    openPath_ = path;
     if (!entries_.empty())
         log::info("inbox",
                   QStringLiteral("%1 received messages were under way when the last run ended").arg(entries_.size()));

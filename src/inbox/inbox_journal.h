@@ -23,7 +23,7 @@ class InboxJournal {
         bool doubtful;
     };
 
-    /// `path` gives the file, asked once, when it is opened.
+    /// `path` gives the file; when it gives another one, that is opened in the place of the first.
     explicit InboxJournal(std::function<QString()> path) : path_(std::move(path)) {}
 
     /// Opens the file, if it isn't open yet, with what an earlier run has left in it: that is doubtful. Fails with Io
@@ -46,6 +46,7 @@ class InboxJournal {
 
     std::function<QString()> path_;
     std::unique_ptr<platform::DurableFile> file_;
+    QString openPath_;  // of `file_`
     std::vector<Entry> entries_;
     quint64 lastKey_ = 0;
 };

@@ -125,6 +125,33 @@ TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
     EXPECT_EQ(state.sentCount, 2);
 }
 
+TEST_F(Crash, ErrorThatSurfacesAfterEnterIsDecidedByTheChatToo) {
+    settle();
+    policy.setDebugMode(true);
+    id = queue(kAni, QStringLiteral("second"));
+    page.beforeEnter = [this] {
+        page.deliver(kAni, QStringLiteral("second"));
+        throw SurfacedError(Failure{FailureKind::Transport, "time-out"});
+    };
+    EXPECT_THROW(gateway.machine.Timer_KIBO_Timer(), SurfacedError);
+    policy.setDebugMode(false);
+    page.beforeEnter = nullptr;
+    settle();
+    EXPECT_EQ(status(id), QString());
+    EXPECT_EQ(page.delivered.size(), 2u);
+}
+
+TEST_F(Crash, OfTheLookIntoTheChatLeavesTheMessageForTheNextStart) {
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
+    tick();  // connects
+    clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
+    for (int i = 0; i < 5; ++i) gateway.machine.Timer_KIBO_Timer();
+    EXPECT_EQ(journal.entries().size(), 1u);
+    EXPECT_EQ(status(id), QString());
+}
+
 TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
     ASSERT_TRUE(journal.taken(row));
     ASSERT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);

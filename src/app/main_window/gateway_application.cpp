@@ -124,8 +124,7 @@ bool GatewayApplication::showWindow() {
     if (const Result<void> opened = openJournal(); !opened) {
         log::error("window", QString::fromStdString(opened.failure().text));
         dialogs_.show({settings_.applicationName,
-                       QStringLiteral("Nothing can be sent: the journal in the program folder can't be written.\n%1")
-                           .arg(QString::fromStdString(opened.failure().text)),
+                       QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(opened.failure().text)),
                        MessageBox::Icon::Critical});
     }
     // Start-up skips what fails; from here on `DebugMode` decides.
