@@ -11,11 +11,14 @@ void ChatListWatch::Timer2_Timer() {
     const auto glance = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
     if (!glance) return;
     // Unread rows count even if the length is known already: what comes in while a chat is left is within the length
-    // that was stored then. Those that the last pass has met are not worth another one.
-    const bool unread = !glance->unread.isEmpty() && handled_ != glance->unread;
+    // that was stored then. Those that the last pass has met are not worth another one at once; but a chat that was
+    // read and says the same again looks just like one that was not read.
+    const qint64 now = clock_.monotonicMs();
+    const bool met = handled_ == glance->unread && now - handledAtMs_ < kMeetAgainMs;
+    const bool unread = !glance->unread.isEmpty() && !met;
     const bool changed = !handled_ || unread || state_.len1.text != QString::number(glance->length);
     if (glance->unread.isEmpty() && handled_) handled_ = QString();
-    if (!changed || !BACA_WA_ || clock_.monotonicMs() - refusedAtMs_ < kRetryMs) return;
+    if (!changed || !BACA_WA_ || now - refusedAtMs_ < kRetryMs) return;
     const int passes = state_.readPasses;
     BACA_WA_();
     if (state_.readPasses == passes) {
@@ -23,6 +26,7 @@ void ChatListWatch::Timer2_Timer() {
         return;
     }
     handled_ = glance->unread;
+    handledAtMs_ = clock_.monotonicMs();
 }
 
 }  // namespace kibo

@@ -20,12 +20,14 @@ class ChatListWatch {
  private:
     /// A reader that couldn't begin, say with the database away, or not finish is asked again after this time.
     static constexpr qint64 kRetryMs = 2'000;
+    static constexpr qint64 kMeetAgainMs = 10'000;
 
     GatewayState& state_;
     ChatPage& page_;
     Clock& clock_;
     std::function<void()> BACA_WA_;
     std::optional<QString> handled_;  // the unread rows that the last pass began with
+    qint64 handledAtMs_ = 0;          // when that pass ended
     qint64 refusedAtMs_ = -kRetryMs;  // the reader could not begin
 };
 

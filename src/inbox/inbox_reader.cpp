@@ -134,7 +134,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     IncomingRow row{isYes(p_.settings.Multi),
                     s.cb_Profil.text,
                     chat.title,
-                    chat.title,
+                    numberOf(chat, std::nullopt),
                     chat.sender,
                     chat.text,
                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
@@ -169,7 +169,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
         leave();
         return Then::EndPass;
     }
-    if (row.wa_no != row.title || row.wa_text != chat.text) p_.journal.change(key, row);
+    p_.journal.change(key, row);
     const bool stored = store(key);
     lastSignature_ = chat.title + chat.text;
     log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
