@@ -56,9 +56,7 @@ const std::vector<Group>& described() {
           {"XX_Update", "Button of the bar's notice that the page is to be renewed"},
           {"XX_UseHere", "Button that takes the account back from another window"},
           {"XX_InvalidNumber", "Popup that says a number is not on WhatsApp"},
-          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"},
-          {"XX_UseHere", "Button of the notice that WhatsApp is open in another window"},
-          {"XX_ErrorPage", "What shows that an error page stands in WhatsApp's place"}}},
+          {"XXInfo3", "Texts of the popup: the number is not on WhatsApp"}}},
     };
     return groups;
 }
