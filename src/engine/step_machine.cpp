@@ -144,6 +144,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     const qint64 begin = p_.clock.monotonicMs();
     if (!mayTakeMessage(look)) return false;
     if (!settled) {
+        s.dboff.visible = true;
         idle(kWaitingForStore);
         return false;
     }
@@ -254,6 +255,7 @@ bool StepMachine::loadMessage() {
         return !storeRefuses();
     }
     refusedAtMs_.reset();
+    s.dboff.visible = false;
     if (taken == OutboxQueue::Taken::Yes) return true;
     p_.journal.ended(s.txtid.text);
     idle(QStringLiteral("Queue changed"));
