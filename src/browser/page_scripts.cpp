@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kPrelude = R"js(
 const locators = arguments[0];
 const misunderstood = [];
-const find = (locator, root) => {
+const find = (locator, root = document) => {
   if (!locator.xpath) return Array.from(root.querySelectorAll(locator.text));
   const found = document.evaluate(locator.text, root, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
   return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));

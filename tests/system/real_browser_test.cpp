@@ -224,8 +224,6 @@ TEST_F(RealBrowser, OutlinesWhatALocatorFindsForAWhile) {
             QStringLiteral("return document.querySelectorAll('#kibo-outline > div').length"), {}});
         return answer ? answer.value().toInt() : -1;
     };
-    // The page may still be coming up after what the test before asked of it.
-    for (int i = 0; i < 100 && real->page->look().newChatControls == 0; ++i) SystemClock().wait(100);
     const auto list = real->page->outline(QStringLiteral("//*[@id='pane-side']"));
     ASSERT_TRUE(list.ok()) << list.failure().text;
     EXPECT_EQ(list.value().count, 1);
