@@ -9,6 +9,7 @@
 namespace kibo {
 namespace {
 
+constexpr int kPortTries = 3;
 constexpr const char* kLog = "browser";
 constexpr int kLookMs = 50;
 constexpr int kStatusMs = 1'000;
@@ -50,6 +51,14 @@ DriverProcess::~DriverProcess() {
 }
 
 Result<QByteArray> DriverProcess::start(int readyWithinMs) {
+    Result<QByteArray> address = startOnce(readyWithinMs);
+    // ChromeDriver picks a port that is free with one address family and may find it taken with the other.
+    for (int tries = 1; !address && tries < kPortTries && lastLine_.contains(u"port not available"); ++tries)
+        address = startOnce(readyWithinMs);
+    return address;
+}
+
+Result<QByteArray> DriverProcess::startOnce(int readyWithinMs) {
     const QDeadlineTimer deadline(readyWithinMs);
     port_ = 0;
     lastLine_.clear();

@@ -36,6 +36,7 @@ class DriverProcess {
     void stop();
 
  private:
+    Result<QByteArray> startOnce(int readyWithinMs);
     Result<void> awaitPort(const QDeadlineTimer& deadline);
     Result<QByteArray> awaitReadiness(const QDeadlineTimer& deadline);
     Failure exitedEarly() const;
