@@ -30,7 +30,6 @@ bool MessageSender::KIRIM_MODE2() {
 
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
-    leftInDoubt_ = false;
     const qint64 start = p_.clock.monotonicMs();
     if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty())
         s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
@@ -47,8 +46,8 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        leftInDoubt_ = sent.failure().code == kInDoubt && p_.page.look().presence == PageLook::Presence::Gone;
-        if (leftInDoubt_) {
+        // The journal keeps it open: neither sent nor failed.
+        if (sent.failure().code == kInDoubt && p_.page.look().presence == PageLook::Presence::Gone) {
             log::warning("engine",
                          QStringLiteral("whether message %1 was sent is seen when the page is back").arg(s.txtid.text));
             return false;

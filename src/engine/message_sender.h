@@ -45,10 +45,6 @@ class MessageSender {
     /// Sends to a contact or a group by its name. True when the message was seen to go.
     bool KIRIM_MODE2();
 
-    /// The browser went away around the moment of sending: the message has neither been sent nor failed, and is settled
-    /// when the page is back.
-    bool isLeftInDoubt() const { return leftInDoubt_; }
-
     /// Marks the current message as failed, lists it in `ms2`, and closes what is open on the page.
     void SEND_FAIL(const QString& reason);
 
@@ -71,7 +67,6 @@ class MessageSender {
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
-    bool leftInDoubt_ = false;
 };
 
 }  // namespace kibo

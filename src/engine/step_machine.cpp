@@ -273,7 +273,7 @@ void StepMachine::dispatch(const QString& mode) {
         ~Attempt() {
             if (state.sentCount + state.failedCount > outcomes) return;
             // Broken off around Enter: its chat is looked into before anything else is sent.
-            if (sender.isLeftInDoubt() || recovery.needsPage()) return;
+            if (recovery.needsPage()) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
