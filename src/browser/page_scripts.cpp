@@ -76,6 +76,11 @@ const openChat = () => {
 };
 const chatListLength = () => visibleText(one('XX_ChatList')).length;
 const link = () => document.getElementById('kirim');
+const pointLink = (address) => {
+  if (!address || !link()) return false;
+  document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
+  return true;
+};
 )js";
 
 // Rows of the chat list. Several may be drawn anew between two commands, so a row is known by what it shows.
@@ -130,15 +135,14 @@ const boxText = (box) => {
 const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
 const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
 // The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
-const awaitText = (...given) => {
-  const [, name, text, milliseconds] = given;
+const awaitText = (name, text, milliseconds, answer) => {
   const end = performance.now() + milliseconds;
   const check = () => {
     const box = boxNamed(name);
     const asExpected = !!box && boxText(box).trim() === text.trim();
     if (asExpected || performance.now() >= end) {
       watch.update();
-      given[given.length - 1]({asExpected: asExpected, chatSerial: watch.serial});
+      answer({asExpected: asExpected, chatSerial: watch.serial});
     } else {
       setTimeout(check, 10);
     }
@@ -197,6 +201,8 @@ QString listScript(const char* body) {
 
 QString look() {
     return script(R"js(
+const [, nextAddress] = arguments;
+if (link()?.textContent !== nextAddress) pointLink(nextAddress);
 const qr = all('XX_QR');
 const banner = all('XX_Info');
 const own = one('XX_OwnPicture');
@@ -216,7 +222,7 @@ return {
   qrReloads: all('XX_QRReload').length,
   hasBanner: banner.length > 0,
   banner: visibleText(banner[0]).trim(),
-  linkPlanted: !!link(),
+  linkText: link()?.textContent || '',
   ownPicture: own ? own.getAttribute('src') || '' : '',
   hasNotice: !!notice,
   notice: visibleText(notice).trim(),
@@ -237,10 +243,7 @@ return true;
 
 QString pointLink() {
     return script(R"js(
-const address = arguments[1];
-if (!link()) return false;
-document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
-return true;
+return pointLink(arguments[1]);
 )js");
 }
 
@@ -263,8 +266,7 @@ const notice = one('XX_InvalidNumber');
 const box = one('XX_ChatBox');
 const boxFocused = arguments[1] ? focusOn(box) : focused(box);
 return {
-  linkPlanted: !!link(),
-  linkText: link() ? link().textContent : '',
+  linkText: link()?.textContent || '',
   hasNotice: !!notice,
   notice: visibleText(notice).trim(),
   hasBox: !!box,
@@ -288,14 +290,25 @@ return all('XX_MessageRow').map((row) => ({
 }
 
 QString awaitBoxText() {
-    return boxScript("awaitText(...arguments);");
+    return boxScript(R"js(
+const [, name, text, milliseconds, callback] = arguments;
+awaitText(name, text, milliseconds, callback);
+)js");
+}
+
+QString awaitSent() {
+    return boxScript(R"js(
+const [, nextAddress, milliseconds, callback] = arguments;
+awaitText('XX_ChatBox', '', milliseconds,
+          (seen) => callback({...seen, linkPointed: seen.asExpected && pointLink(nextAddress)}));
+)js");
 }
 
 // Editors take a pasted text whole, whatever its script and its line breaks. The conversation is compared here, so that
 // nothing gets into the box of a chat that has come up since.
 QString pasteText() {
     return boxScript(R"js(
-const [, name, text, , chatSerial] = arguments;
+const [, name, text, milliseconds, chatSerial, callback] = arguments;
 watch.update();
 const box = boxNamed(name);
 if (watch.serial === chatSerial && focusOn(box)) {
@@ -303,7 +316,7 @@ if (watch.serial === chatSerial && focusOn(box)) {
   clipboardData.setData('text/plain', text);
   box.dispatchEvent(new ClipboardEvent('paste', {clipboardData: clipboardData, bubbles: true, cancelable: true}));
 }
-awaitText(...arguments);
+awaitText(name, text, milliseconds, callback);
 )js");
 }
 

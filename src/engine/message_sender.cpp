@@ -125,7 +125,9 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
     // Asked again, the page may only have been slow. Enter is not repeated: whether the first one is still on
     // its way can't be known.
     for (int tries = 0; tries < kConfirmTries; ++tries) {
-        const auto box = p_.page.awaitBoxText(Box::Message, QString(), kEmptiedMs);
+        const QString next = p_.opener.addressAfterMessage();
+        const auto box = p_.page.awaitSent(next, kEmptiedMs);
+        if (box && box->linkPointed) p_.opener.linkPointed(next);
         if (box && box->chatSerial != chatSerial) return false;
         if (box && box->asExpected) return true;
     }
@@ -162,9 +164,7 @@ QString MessageSender::destination() const {
 }
 
 void MessageSender::ESC() {
-    p_.page.pressEscape();
-    p_.pacing.WA_WAIT(kSmallWaitMs);
-    p_.page.pressEscape();
+    p_.page.pressEscapeTwice(kBetweenEscapesMs);
 }
 
 }  // namespace kibo

@@ -31,6 +31,7 @@ class MessageSender {
         ChatPage& page;
         Clock& clock;
         Pacing& pacing;
+        ChatOpener& opener;
         ChatTarget& target;
         TextTyper& typer;
         MessageFiles& files;
@@ -39,6 +40,9 @@ class MessageSender {
         SendJournal& journal;
     };
     explicit MessageSender(Parts parts);
+
+    /// Between the two presses of Escape that close what stands open on the page. The driver waits, not the Clock.
+    static constexpr int kBetweenEscapesMs = 100;
 
     /// Sends to a number. True when the message was seen to go.
     bool KIRIM_MODE1();

@@ -31,7 +31,7 @@ void StepMachine::Timer_KIBO_Timer() {
     GatewayState& s = p_.state;
     const QScopedValueRollback<bool> inTick(s.stepRunning, true);
     s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
-    const PageLook look = p_.page.look();
+    const PageLook look = p_.page.look(nextLink());
     const bool givenUp = silentTooLong(look);
     if (look.presence == PageLook::Presence::Silent && !givenUp) {
         idle(QStringLiteral("The page does not answer"));
@@ -40,7 +40,7 @@ void StepMachine::Timer_KIBO_Timer() {
     if (look.presence == PageLook::Presence::Gone || givenUp) {
         browserHasGone();
     }
-    p_.opener.observe(look.chat, look.linkPlanted);
+    p_.opener.observe(look.chat, look.linkText);
     s.newChatCount = look.newChatControls;
     s.pageNotice = look.hasUpdate ? QStringLiteral("WhatsApp offers an update: press Refresh on its page") : QString();
     const bool chatsShown = look.newChatControls > 0 && look.useHereButtons == 0;
@@ -226,12 +226,30 @@ bool StepMachine::storeRefuses() {
     return true;
 }
 
+/// Number, as it is dialled, or name of a row of the queue.
+QString StepMachine::destination(int row) const {
+    const QString written = p_.state.ms_out.text(row, OutboxQueue::Number);
+    const QString number = destinationNumber(written, p_.settings.Prefix, p_.settings.CountryCode);
+    return isPositiveNumber(number) ? number : written;
+}
+
+/// Where the link must point for the message that this tick will most likely send: the grid's first one that was not
+/// tried yet. Empty when it is not known or has no number.
+QString StepMachine::nextLink() const {
+    const GatewayState& s = p_.state;
+    const int row = s.ms_out.rowCount() > 1 && s.ms_out.text(1, OutboxQueue::Id) == s.txtid.text ? 2 : 1;
+    if (s.ms_out.rowCount() <= row) return {};
+    const QString number = destination(row);
+    return ChatTarget::isByName(s.ms_out.text(row, OutboxQueue::Mode), number) ? QString()
+                                                                               : p_.opener.linkAddress(number);
+}
+
 /// Copies the first queued row into the message fields and moves it out of the queue.
 bool StepMachine::loadMessage() {
     GatewayState& s = p_.state;
     s.wait.visible = true;
     s.txtid.text = s.ms_out.text(1, OutboxQueue::Id);
-    s.txtNo.text = s.ms_out.text(1, OutboxQueue::Number);
+    s.txtNo.text = destination(1);
     s.txtMedia.text = s.ms_out.text(1, OutboxQueue::Media).trimmed();
     s.txtFile.text = s.ms_out.text(1, OutboxQueue::File).trimmed();
     const auto row = p_.queue.nextRow();
@@ -243,8 +261,6 @@ bool StepMachine::loadMessage() {
     s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
-    const QString number = destinationNumber(s.txtNo.text, p_.settings.Prefix, p_.settings.CountryCode);
-    if (isPositiveNumber(number)) s.txtNo.text = number;
     if (const Result<void> noted = p_.journal.taken(*row); !noted) {
         idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
         return false;

@@ -61,6 +61,8 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
+    QString destination(int row) const;
+    QString nextLink() const;
     bool loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);

@@ -184,7 +184,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
 /// Lets the dummy's chat come up first: later it would take the place of the one that is about to be clicked.
 void InboxReader::awaitSettled() {
     for (int tries = 0; tries < ChatOpener::kTryLimit && !p_.opener.settled() && !p_.clock.waitingStopped(); ++tries) {
-        if (const auto look = p_.page.lookAtChat(false)) p_.opener.observe(look->chat, look->linkPlanted);
+        if (const auto look = p_.page.lookAtChat(false)) p_.opener.observe(look->chat, look->linkText);
         if (!p_.opener.settled()) p_.pacing.WA_WAIT(kSmallWaitMs);
     }
 }
@@ -195,7 +195,7 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
         p_.pacing.WA_WAIT(kSmallWaitMs);
         const auto look = p_.page.lookAtChat(false);
         if (!look) continue;
-        p_.opener.observe(look->chat, look->linkPlanted);
+        p_.opener.observe(look->chat, look->linkText);
         const bool cameUp = look->chat.serial != before.serial || (before.open && before.title == title);
         if (cameUp && look->chat.open && look->chat.title == title) return look;
     }
