@@ -23,6 +23,7 @@ scrollThrough((found) => {
   entry = found.find(({at, title}) => title === wanted && at < messagesFrom)?.row || null;
   return !!entry;
 }).then(() => {
+  if (entry) watch.beforeClick('');
   if (entry) watch.ownClickUntil = performance.now() + 3000;
   callback({entry: entry, before: openChat()});
 });
@@ -88,6 +89,7 @@ const row = chatRows().find(
     (row) => JSON.stringify(linesOf(row)) === shown && titleOf(row) === title && badgeOf(row) === badge);
 const clicked = {found: !!row, before: openChat()};
 if (!row) return clicked;
+watch.beforeClick(title);
 const target = one('XX_EntryTitle', row) || row;
 for (const type of ['pointerdown', 'mousedown', 'pointerup', 'mouseup', 'click']) {
   const Event = type.startsWith('pointer') ? PointerEvent : MouseEvent;

@@ -29,7 +29,8 @@ return {
   ownPicture: own ? own.getAttribute('src') || '' : '',
   hasNotice: !!notice,
   notice: visibleText(notice).trim(),
-  chat: openChat()
+  chat: openChat(),
+  arrived: watch.takeable()
 };
 )js");
 }
@@ -59,6 +60,7 @@ QString clickLink() {
 const anchor = Array.from(link()?.querySelectorAll('a') || []).find((a) => a.textContent === arguments[1]);
 if (!anchor) return null;
 const clicked = {before: openChat(), chatListLength: chatListLength()};
+watch.beforeClick('');
 ++watch.clicks;
 watch.clicked = [...watch.clicked.slice(-19), arguments[1]];
 anchor.click();
@@ -85,14 +87,20 @@ return {
 )js");
 }
 
-// Ids of own messages begin with "true_"; a page that names them otherwise marks them by their class.
 QString lastMessages() {
     return boxScript(R"js(
 return all('XX_MessageRow').map((row) => ({
   id: row.dataset.id || '',
-  own: /^true_/.test(row.dataset.id || '') || row.matches('.message-out') || !!row.querySelector('.message-out'),
+  own: isOwn(row),
   text: boxText(row)
 }));
+)js");
+}
+
+QString forgetArrived() {
+    return script(R"js(
+watch.arrived = watch.arrived.filter((message) => !arguments[1].includes(message.key));
+return true;
 )js");
 }
 
@@ -180,13 +188,12 @@ QString awaitFileSent() {
     return script(R"js(
 const [, milliseconds, callback] = arguments;
 const end = performance.now() + milliseconds;
-const outgoing = (row) => /^true_/.test(row.dataset.id) || !!row.closest('.message-out') || !!row.querySelector('.message-out');
 const check = () => {
   watch.update();
   const before = watch.beforeFile;
   const rows = all('XX_MessageRow');
   const last = before ? rows.findLastIndex((row) => before.ids.has(row.dataset.id)) : rows.length;
-  const inChat = !!before && watch.title === before.title && rows.slice(last + 1).some(outgoing);
+  const inChat = !!before && watch.title === before.title && rows.slice(last + 1).some(isOwn);
   const previewGone = !one('XX_Caption') && !one('XX_SendFileButton');
   if ((previewGone && inChat) || performance.now() >= end) {
     callback({previewGone: previewGone, inChat: inChat, chatSerial: watch.serial});

@@ -3,11 +3,9 @@
 namespace kibo::scripts {
 namespace {
 
-// Shared by all scripts: finding by locator, texts as a person sees them, and the conversation watch.
-//
-// The watch lives in the page because a conversation that comes up and is replaced between two looks would
-// otherwise go unnoticed, and which chats came up since a click is what decides whether a text may be typed.
-constexpr const char* kPrelude = R"js(
+// Finding by locator, and texts as a person sees them. Rows of the chat list may be drawn anew between two commands, so
+// a row is known by what it shows.
+constexpr const char* kBasics = R"js(
 const locators = arguments[0];
 const misunderstood = [];
 const find = (locator, root = document) => {
@@ -36,50 +34,6 @@ const textWithEmoji = (node) => {
   walk(node);
   return plain(text);
 };
-const watch = window.kiboWatch || (window.kiboWatch = (() => {
-  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0};
-  // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
-  document.addEventListener('mousedown', (event) => {
-    if (!event.isTrusted) return;
-    if (performance.now() > w.ownClickUntil) ++w.personClicks;
-    w.ownClickUntil = 0;
-  }, true);
-  w.update = () => {
-    const node = one('XX_Conversation');
-    const title = node ? textWithEmoji(one('XX_To')).trim() : '';
-    const cameUp = node && (node !== w.node || (title && w.title && title !== w.title));
-    if (cameUp) {
-      ++w.serial;
-      w.titles = [...w.titles.slice(-19), title];
-    } else if (node && title) {
-      w.titles[w.titles.length - 1] = title;  // the name may be drawn after the rest
-    }
-    w.node = node;
-    w.title = cameUp ? title : node ? title || w.title : '';
-  };
-  new MutationObserver(w.update).observe(document.documentElement, {childList: true, subtree: true, characterData: true});
-  return w;
-})());
-const openChat = () => {
-  watch.update();
-  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', lastMessageId: '', titles: watch.titles,
-                 clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
-  if (!shown.open) return shown;
-  const rows = all('XX_MessageRow');
-  if (rows.length) shown.lastMessageId = rows[rows.length - 1].dataset.id || '';
-  const ids = [shown.lastMessageId];
-  const picture = one('XX_HeaderPicture');
-  if (picture) ids.push(picture.getAttribute('src') || '');
-  const named = ids.map((id) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(id)).filter(Boolean);
-  if (named.length) shown.number = named[0][1];
-  return shown;
-};
-const chatListLength = () => visibleText(one('XX_ChatList')).length;
-const link = () => document.getElementById('kirim');
-)js";
-
-// Rows of the chat list. Several may be drawn anew between two commands, so a row is known by what it shows.
-constexpr const char* kEntries = R"js(
 let rowsWithEmoji = new Set();
 const chatRows = () => {
   const rows = all('XX_ReadMessage');
@@ -106,9 +60,154 @@ const textOfRow = (row) => {
 const endsInCount = (lines) => /^\d/.test(lines[lines.length - 1] || '');
 const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
 const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
+const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
+)js";
+
+// The watch lives in the page because a conversation that comes up and is replaced between two looks would otherwise go
+// unnoticed, and which chats came up since a click is what decides whether a text may be typed.
+//
+// It also listens. What comes in while its chat is open is read for the page and gets no mark in the chat list, and
+// opening a chat to write takes the mark of what was unread. For chats that were opened by us and left to us, `arrived`
+// keeps what the list will not tell any more.
+constexpr const char* kWatch = R"js(
+const contentOf = (row) => {
+  const lines = linesOf(row);
+  return {lines: lines, badge: endsInCount(lines) ? badgeOf(row) : ''};
+};
+const rowOf = (title) => {
+  const row = title && chatRows().find((row) => titleOf(row) === title);
+  return row ? contentOf(row) : null;
+};
+const previewOf = (row) => (row ? row.lines[row.lines.length - (row.badge ? 2 : 1)] || '' : '');
+const oneLine = (text) => text.replace(/\s+/g, ' ').trim();
+// The list shows the beginning of a long text.
+const isPreviewOf = (preview, text) => !!text && !!preview && (text.startsWith(preview.slice(0, 60)) || preview.startsWith(text.slice(0, 60)));
+// Ids of own messages begin with "true_"; a page that names them otherwise marks them by their class.
+const isOwn = (row) => /^true_/.test(row.dataset.id || '') || !!row.closest('.message-out') || !!row.querySelector('.message-out');
+const namedNumber = (id) => {
+  const texts = [id, one('XX_HeaderPicture')?.getAttribute('src') || ''];
+  return texts.map((text) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(text)).find(Boolean)?.[1] || '';
+};
+const said = (row) => {
+  const id = row.dataset.id || '';
+  const inGroup = /@g\.us/.test(id);
+  const stamp = row.querySelector('[data-pre-plain-text]')?.dataset.prePlainText || '';
+  const texts = all('XX_MessageText', row);
+  return {
+    number: namedNumber(id),
+    picture: one('XX_HeaderPicture')?.getAttribute('src') || '',
+    sender: inGroup ? plain(/\] (.*):\s*$/.exec(stamp)?.[1] || '').trim() : '',
+    text: texts.length ? oneLine(textWithEmoji(texts[texts.length - 1])) : ''
+  };
+};
+const watch = window.kiboWatch || (window.kiboWatch = (() => {
+  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0,
+             personAtClick: -1, rows: new Map(), reading: '', opening: {serial: 0}, arrived: [], unsure: [], kept: 0};
+  // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
+  document.addEventListener('mousedown', (event) => {
+    if (!event.isTrusted) return;
+    if (performance.now() > w.ownClickUntil) ++w.personClicks;
+    w.ownClickUntil = 0;
+  }, true);
+  w.update = () => {
+    const node = one('XX_Conversation');
+    const title = node ? textWithEmoji(one('XX_To')).trim() : '';
+    const cameUp = node && (node !== w.node || (title && w.title && title !== w.title));
+    if (cameUp) {
+      ++w.serial;
+      w.titles = [...w.titles.slice(-19), title];
+    } else if (node && title) {
+      w.titles[w.titles.length - 1] = title;  // the name may be drawn after the rest
+    }
+    w.node = node;
+    w.title = cameUp ? title : node ? title || w.title : '';
+    w.listen();
+  };
+  // `reading`: title of the chat whose unread message is in hand already.
+  w.beforeClick = (reading) => {
+    w.personAtClick = w.personClicks;
+    w.rows = new Map(chatRows().map((row) => [titleOf(row), contentOf(row)]));
+    w.reading = reading;
+  };
+  const keep = (list, what) => list.push({
+    key: `${performance.timeOrigin}/${++w.kept}`, serial: w.serial, at: performance.now(), title: w.title,
+    number: '', picture: '', sender: '', text: '', lines: [], badge: '', previewBefore: '', ...what});
+  // A conversation may be drawn in several steps, so what comes below the rest soon after the opening counts only once
+  // the chat list shows it as something new. What has no text of its own goes by what the list says.
+  const settle = () => {
+    if (!w.unsure.length) return;
+    const shown = previewOf(rowOf(w.unsure[0].title));
+    const last = w.unsure.findLastIndex((message) =>
+      message.text ? shown !== w.opening.preview && isPreviewOf(shown, message.text) : shown !== message.shown);
+    if (last < 0) return;
+    w.unsure[last].text ||= shown;
+    w.arrived.push(...w.unsure.splice(0, last + 1));
+  };
+  w.listen = () => {
+    settle();
+    if (!w.node || !w.title || w.personClicks !== w.personAtClick) return;
+    if (w.opening.serial !== w.serial) {
+      w.unsure = [];
+      const before = w.rows.get(w.title) || null;
+      w.opening = {serial: w.serial, at: performance.now(), before: before, preview: previewOf(rowOf(w.title)), known: null};
+      if (before?.badge && w.title !== w.reading) keep(w.arrived, {lines: before.lines, badge: before.badge});
+    }
+    const rows = all('XX_MessageRow');
+    const newest = rows[rows.length - 1];
+    const {known, before} = w.opening;
+    if (!newest?.dataset.id || known?.has(newest.dataset.id)) return;
+    w.opening.known = new Set(rows.map((row) => row.dataset.id));
+    const begin = known ? rows.findLastIndex((row) => known.has(row.dataset.id)) + 1 : 0;
+    if (begin === 0) {  // what the chat opens with
+      if (isOwn(newest)) return;
+      const message = said(newest);
+      const opened = w.arrived.findLast((kept) => kept.serial === w.serial && kept.badge);
+      if (opened) Object.assign(opened, message);
+      const now = rowOf(w.title);
+      if (!known && before && now && previewOf(now) !== previewOf(before))
+        keep(w.arrived, {...message, text: message.text || previewOf(now), previewBefore: previewOf(before)});
+      return;
+    }
+    const early = performance.now() - w.opening.at < 1000;
+    for (const row of rows.slice(begin).filter((row) => !isOwn(row))) {
+      const message = said(row);
+      keep(early || !message.text ? w.unsure : w.arrived, {...message, shown: previewOf(rowOf(w.title))});
+    }
+  };
+  // What is ready to be taken: its chat has been left, or is open for long. A message that the list marks as unread
+  // all the same is read from there.
+  w.takeable = () => {
+    settle();
+    const now = performance.now();
+    w.unsure = w.unsure.filter((message) => now - message.at < 5000);
+    const marked = w.arrived.filter((message) => {
+      const row = rowOf(message.title);
+      return row?.badge && isPreviewOf(previewOf(row), message.text || message.lines[message.lines.length - 2] || '');
+    });
+    w.arrived = w.arrived.filter((message) => !marked.includes(message));
+    return w.arrived.filter((message) => message.serial !== w.serial || now - message.at > 3000)
+        .map((message) => ({...message, ageMs: Math.round(now - message.at)}));
+  };
+  new MutationObserver(w.update).observe(document.documentElement, {childList: true, subtree: true, characterData: true});
+  return w;
+})());
+const openChat = () => {
+  watch.update();
+  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', lastMessageId: '', titles: watch.titles,
+                 clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
+  if (!shown.open) return shown;
+  const rows = all('XX_MessageRow');
+  if (rows.length) shown.lastMessageId = rows[rows.length - 1].dataset.id || '';
+  shown.number = namedNumber(shown.lastMessageId);
+  return shown;
+};
+const chatListLength = () => visibleText(one('XX_ChatList')).length;
+const link = () => document.getElementById('kirim');
+)js";
+
+constexpr const char* kEntries = R"js(
 const searchBox = one('XX_SearchBox');
 const searching = !!searchBox && (searchBox.value ?? visibleText(searchBox)).trim() !== '';
-const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
 )js";
 
 // A box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
@@ -182,17 +281,16 @@ const scrollThrough = async (visit) => {
 }  // namespace
 
 QString script(const char* body) {
-    return QString::fromUtf8(kPrelude) + QString::fromUtf8(body);
+    return QString::fromUtf8(kBasics) + QString::fromUtf8(kWatch) + QString::fromUtf8(body);
 }
 QString entryScript(const char* body) {
-    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kEntries) + QString::fromUtf8(body);
+    return script(kEntries) + QString::fromUtf8(body);
 }
 QString boxScript(const char* body) {
-    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(body);
+    return script(kBoxText) + QString::fromUtf8(body);
 }
 QString listScript(const char* body) {
-    return QString::fromUtf8(kPrelude) + QString::fromUtf8(kBoxText) + QString::fromUtf8(kChatList) +
-           QString::fromUtf8(body);
+    return boxScript(kChatList) + QString::fromUtf8(body);
 }
 
 }  // namespace kibo::scripts

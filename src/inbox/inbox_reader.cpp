@@ -203,11 +203,8 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
 }
 
 QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const {
-    if (!chat.sender.isEmpty() || !isYes(p_.settings.GetNumberInbox)) return chat.title;
-    const QString pictured = look ? numberInPicture(look->headerPicture) : QString();
-    if (!pictured.isEmpty()) return pictured;
-    if (looksLikeNumber(chat.title)) return digitsIn(chat.title);
-    return look && !look->chat.number.isEmpty() ? look->chat.number : chat.title;
+    if (!isYes(p_.settings.GetNumberInbox)) return chat.title;
+    return look ? senderNumber(chat, look->headerPicture, look->chat.number) : senderNumber(chat, {}, {});
 }
 
 /// The row of an open chat shows its last message again, where before it showed a text left in the message box.
