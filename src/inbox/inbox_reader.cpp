@@ -224,6 +224,7 @@ bool InboxReader::store(quint64 key) {
         if (entry.key == key) row = entry.row;
     const auto line = p_.table.insert(row);
     if (!line) {
+        p_.journal.setMaybeStored(key);
         storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         return false;
     }
@@ -242,8 +243,7 @@ void InboxReader::storeUndoubted() {
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
         if (entry.doubtful) continue;
-        // A server that broke off may have stored it all the same.
-        const auto held = p_.table.holds(entry.row);
+        const std::optional<bool> held = entry.maybeStored ? p_.table.holds(entry.row) : false;
         if (!held) return;
         if (*held) {
             p_.journal.settle(entry.key);
