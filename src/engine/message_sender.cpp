@@ -46,13 +46,10 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        // The journal keeps it open: neither sent nor failed.
-        if (sent.failure().code == kInDoubt && p_.page.look().presence == PageLook::Presence::Gone) {
-            log::warning("engine",
-                         QStringLiteral("whether message %1 was sent is seen when the page is back").arg(s.txtid.text));
-            return false;
-        }
-        SEND_FAIL(QString::fromStdString(sent.failure().text));
+        if (p_.page.look().presence == PageLook::Presence::Gone)
+            browserLost(sent.failure());
+        else
+            SEND_FAIL(QString::fromStdString(sent.failure().text));
         return false;
     }
     ++s.sentCount;
@@ -132,6 +129,27 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
         if (box && box->asExpected) return true;
     }
     return false;
+}
+
+void MessageSender::browserLost(const Failure& failure) {
+    const QString id = p_.state.txtid.text;
+    if (failure.code == kInDoubt) {  // the journal keeps it open: neither sent nor failed
+        log::warning("engine", QStringLiteral("whether message %1 was sent is seen when the page is back").arg(id));
+        return;
+    }
+    const SendJournal::Entry* entry = p_.journal.entry(id);
+    if (!entry || entry->stage != SendJournal::Stage::Taken) {
+        recordFailure(QString::fromStdString(failure.text));
+        return;
+    }
+    // Once: it may be this message that ends the browser.
+    if (putBack_ == id || !p_.queue.putBack(entry->row)) {
+        recordFailure(QStringLiteral("the browser was lost before the message was typed; it can be queued again"));
+        return;
+    }
+    putBack_ = id;
+    p_.journal.ended(id);
+    log::warning("engine", QStringLiteral("message %1 is in the queue again: the browser was lost").arg(id));
 }
 
 void MessageSender::SEND_FAIL(const QString& reason) {

@@ -67,10 +67,12 @@ class MessageSender {
     bool pressEnterAndConfirm(int chatSerial);
     Result<void> noteInJournal(const ChatLook& chat, const QString& text);
     QString destination() const;
+    void browserLost(const Failure& failure);
     void ESC();
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
+    QString putBack_;  // id of the last message that went back into the queue
 };
 
 }  // namespace kibo

@@ -284,20 +284,19 @@ void StepMachine::dispatch(const QString& mode) {
     // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
     struct Attempt {
         MessageSender& sender;
-        const SendRecovery& recovery;
-        const GatewayState& state;
-        const int outcomes = state.sentCount + state.failedCount;
+        const SendJournal& journal;
+        const QString id;
         ~Attempt() {
-            if (state.sentCount + state.failedCount > outcomes) return;
-            // Broken off around Enter: its chat is looked into before anything else is sent.
-            if (recovery.needsPage()) return;
+            // Broken off around Enter it stays open: its chat is looked into before anything else is sent.
+            const SendJournal::Entry* open = journal.entry(id);
+            if (!open || open->stage != SendJournal::Stage::Taken) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
                 log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
             }
         }
-    } const attempt{p_.sender, p_.recovery, s};
+    } const attempt{p_.sender, p_.journal, s.txtid.text};
 
     s.mode9 = mode == QStringLiteral("9");
     static const QStringList kModes{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("9")};
