@@ -100,6 +100,8 @@ struct GatewayState {
     Indicator pQR;  ///< login QR code on screen; caption: file of its picture
     Indicator dboff;
     QString pageNotice;   ///< what else the page has to say, in words; empty: nothing
+    QString refusedOut;   ///< the messages that can't leave the queue, in words; empty: none
+    QString inboxNotice;  ///< what keeps received messages out of the database, in words; empty: nothing
     QString pageChanged;  ///< the locator that matches nothing any more; sending is held while it is set
     bool dummyOpened = false;
     int newChatCount = 0;

@@ -52,12 +52,12 @@ bool InboxReader::mayRead() {
     if (s.l_disableread.visible || s.dboff.visible || s.wait.visible || s.stepRunning || s.busy) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
-    // As long as the database refuses, messages are safest as unread ones.
-    if (std::any_of(waiting.begin(), waiting.end(), [](const auto& entry) { return !entry.doubtful; })) return false;
-    const Result<void> journal = p_.journal.open();
-    if (!journal)
-        log::error("inbox", QStringLiteral("the inbox is not read: ") + QString::fromStdString(journal.failure().text));
-    return journal.ok();
+    // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
+    const auto waits = [this](const auto& entry) { return !entry.doubtful && !refused_.contains(entry.key); };
+    if (refused_.isFull() || std::any_of(waiting.begin(), waiting.end(), waits)) return false;
+    const bool journal = p_.journal.open().ok();
+    showNotice();
+    return journal;
 }
 
 /// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
@@ -140,7 +140,6 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
     const Result<quint64> written = p_.journal.add(row);
     if (!written) {  // the message is safe as long as its mark is on the page
-        log::error("inbox", QStringLiteral("a chat is not opened: ") + QString::fromStdString(written.failure().text));
         leave();
         return Then::EndPass;
     }
@@ -170,15 +169,15 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
         return Then::EndPass;
     }
     p_.journal.change(key, row);
-    const bool stored = store(key);
     lastSignature_ = chat.title + chat.text;
+    const Stored stored = store(key);
     log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
                            .arg(row.wa_text.size())
                            .arg(log::maskedNumber(row.wa_no),
-                                stored ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                                stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
                            .arg(p_.clock.monotonicMs() - began));
     leave();
-    return stored ? Then::GoOn : Then::EndPass;
+    return stored == Stored::NotNow ? Then::EndPass : Then::GoOn;
 }
 
 /// Lets the dummy's chat come up first: later it would take the place of the one that is about to be clicked.
@@ -221,38 +220,64 @@ QString InboxReader::textBehindDraft(const QString& title, const QString& draft)
     return draft;
 }
 
-bool InboxReader::store(quint64 key) {
+InboxReader::Stored InboxReader::store(quint64 key) {
     IncomingRow row;
     for (const InboxJournal::Entry& entry : p_.journal.entries())
         if (entry.key == key) row = entry.row;
     const auto line = p_.table.insert(row);
     if (!line) {
-        storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
-        return false;
+        const bool rowRefused = line.failure().kind == FailureKind::RowRefused;
+        const QString why = QString::fromStdString(line.failure().text);
+        if (rowRefused) {
+            refused_.add(key, why);
+            log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
+        } else {
+            storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
+        }
+        showNotice();
+        p_.table.report(row, line.failure());
+        return rowRefused ? Stored::Refused : Stored::NotNow;
     }
     p_.journal.settle(key);
-    p_.grid.append(*line);
+    p_.grid.append(line.value());
     p_.handOff.fire(row.wa_no, row.wa_text, row.PROFIL);
-    return true;
+    return Stored::Yes;
 }
 
 void InboxReader::storeWaiting() {
     if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) storeUndoubted();
+    showNotice();
 }
 
 void InboxReader::storeUndoubted() {
     storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
-        if (entry.doubtful) continue;
+        if (entry.doubtful || refused_.holds(entry.key)) continue;
         // A server that broke off may have stored it all the same.
         const auto held = p_.table.holds(entry.row);
         if (!held) return;
         if (*held) {
             p_.journal.settle(entry.key);
-        } else if (!store(entry.key)) {
+        } else if (store(entry.key) == Stored::NotNow) {
             return;
         }
+    }
+}
+
+void InboxReader::showNotice() {
+    const auto& entries = p_.journal.entries();
+    refused_.dropIf([&entries](quint64 key) {
+        return std::none_of(entries.begin(), entries.end(), [key](const auto& entry) { return entry.key == key; });
+    });
+    QString& notice = p_.state.inboxNotice;
+    notice.clear();
+    if (!p_.journal.problem().isEmpty()) {
+        notice = QStringLiteral("The inbox is not read: ") + p_.journal.problem();
+    } else if (refused_.count() > 0) {
+        notice = refused_.count() == 1 ? QStringLiteral("1 received message is")
+                                       : QStringLiteral("%1 received messages are").arg(refused_.count());
+        notice += QStringLiteral(" refused by the database: ") + refused_.firstReason();
     }
 }
 

@@ -1,5 +1,7 @@
+#include <QDir>
 #include <QTimer>
 
+#include "app/log.h"
 #include "inbox_fixture.h"
 
 namespace kibo {
@@ -173,6 +175,43 @@ TEST_F(Reader, WhatTheDatabaseRefusesIsStoredLater) {
     reader->storeWaiting();
     EXPECT_EQ(rows("wa_text"), QStringLiteral("hello\nsecond"));
     EXPECT_TRUE(journal->entries().empty());
+}
+
+TEST_F(Reader, MessageThatTheTableRefusesHoldsUpNoOther) {
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("create trigger refuse before insert on inbox when new.wa_text = 'no' "
+                                        "begin select raise(abort, 'refused'); end")));
+    unread(kAni, QStringLiteral("yes"));
+    unread(QStringLiteral("Budi"), QStringLiteral("no"));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes"));
+    EXPECT_EQ(state.inboxNotice, QStringLiteral("1 received message is refused by the database: refused"));
+    begin();
+    unread(QStringLiteral("Citra"), QStringLiteral("yes too"));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too"));
+    ASSERT_TRUE(database.Execute(QStringLiteral("drop trigger refuse")));
+    clock.wait(10'000);
+    reader->storeWaiting();
+    EXPECT_EQ(count(QStringLiteral("inbox")), 2) << "not asked at once";
+    clock.wait(RefusedRows<quint64>::kPauseMs);
+    reader->storeWaiting();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too\nno"));
+    EXPECT_EQ(state.inboxNotice, QString());
+}
+
+TEST_F(Reader, WithoutItsJournalNothingIsReadAndTheOperatorIsTold) {
+    const QString file = folder.filePath(QStringLiteral("inbox.journal"));
+    ASSERT_TRUE(QDir().mkdir(file));  // in the place of the file
+    unread(kAni, QStringLiteral("hello"));
+    const quint64 before = log::revision();
+    for (int i = 0; i < 3; ++i) reader->BACA_WA();
+    EXPECT_TRUE(state.inboxNotice.startsWith(QStringLiteral("The inbox is not read: "))) << "and not silently";
+    EXPECT_EQ(log::revision() - before, 1u) << "the same trouble is told once";
+    ASSERT_TRUE(QDir().rmdir(file));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
+    EXPECT_EQ(state.inboxNotice, QString());
 }
 
 /// What a crash may leave: the message known to the journal only, to journal and page, or to journal and database.

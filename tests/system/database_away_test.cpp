@@ -93,5 +93,17 @@ TEST_F(DatabaseAway, NothingIsSentMeanwhileAndItGoesOnByItself) {
     expectEachOnce();
 }
 
+TEST_F(DatabaseAway, RowThatTheServerRefusesHoldsUpNoOther) {
+    server.run(
+        QStringLiteral("alter table sent modify wa_text varchar(10);"
+                       "update outbox set wa_text = 'longer than ten' where id = 2"));
+    EXPECT_TRUE(runUntilArrived(kMessages - 1, 60'000)) << real.state.step.toStdString();
+    EXPECT_EQ(real.state.refusedOut,
+              QStringLiteral("Message 2 can't be moved to the sent log: Data too long for column 'wa_text' at row 1"));
+    EXPECT_FALSE(real.state.dboff.visible);
+    server.run(QStringLiteral("alter table sent modify wa_text mediumtext"));
+    EXPECT_EQ(server.run(QStringLiteral("select id from outbox")).trimmed(), QStringLiteral("2"));
+}
+
 }  // namespace
 }  // namespace kibo

@@ -221,7 +221,7 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    QStringList line{state_.step, state_.doneAbout, state_.pageNotice};
+    QStringList line{state_.step, state_.doneAbout, state_.refusedOut, state_.inboxNotice, state_.pageNotice};
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
