@@ -106,6 +106,7 @@ struct GatewayState {
     bool dummyOpened = false;
     int newChatCount = 0;
     bool stepRunning = false;  ///< a tick of Timer_KIBO is going on, perhaps inside one of its waits
+    bool fetching = false;     ///< it waits for a message's files: the page may be used meanwhile
 
     // Queue
     Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),
@@ -160,6 +161,9 @@ struct GatewayState {
     StateTimer timer_QR{500, false};
     StateTimer timer_grabchat{100, false};
     StateTimer BreakTime{1000, false};
+
+    /// Whether the page must be left to the message in progress.
+    bool pageIsTaken() const { return (stepRunning || wait.visible) && !fetching; }
 };
 
 }  // namespace kibo

@@ -1,5 +1,6 @@
 #include "inbox/inbox_reader.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 
 #include "app/log.h"
@@ -9,6 +10,7 @@ namespace kibo {
 namespace {
 
 constexpr int kSmallWaitMs = 100;
+constexpr qint64 kSettledMs = 2'000;
 constexpr qint64 kStoreAgainMs = 5'000;
 const QString kNothing = QStringLiteral(":");
 
@@ -16,12 +18,9 @@ const QString kNothing = QStringLiteral(":");
 
 void InboxReader::BACA_WA() {
     GatewayState& s = p_.state;
-    const QString before = s.step;
-    s.step = QStringLiteral("Baca WA");
-    if (!mayRead()) {
-        s.step = before;
-        return;
-    }
+    // A message may be waiting for its files, and goes on with this text afterwards.
+    const QScopedValueRollback<QString> step(s.step, QStringLiteral("Baca WA"));
+    if (!mayRead()) return;
     // However the pass ends, an error that surfaces included.
     struct Pass {
         GatewayState& state;
@@ -49,7 +48,7 @@ bool InboxReader::mayRead() {
     if (p_.pageInUse && p_.pageInUse()) return false;
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
-    if (s.l_disableread.visible || s.dboff.visible || s.wait.visible || s.stepRunning || s.busy) return false;
+    if (s.l_disableread.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
     // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
@@ -119,7 +118,7 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     }
     if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
     // Its rows are stored; what is left is a chat to be rid of.
-    awaitSettled();
+    p_.opener.awaitSettled(kSettledMs);
     if (const auto clicked = p_.page.clickEntry(entry); clicked && clicked->found) {
         p_.opener.clickedName(chat.title, clicked->before);
         awaitChat(chat.title, clicked->before);
@@ -144,7 +143,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
         return Then::EndPass;
     }
     const quint64 key = written.value();
-    awaitSettled();
+    p_.opener.awaitSettled(kSettledMs);
     p_.journal.setDoubtful(key, true);  // until the page has answered
     const auto clicked = p_.page.clickEntry(entry);
     if (clicked && clicked->found) p_.opener.clickedName(chat.title, clicked->before);
@@ -178,14 +177,6 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
                            .arg(p_.clock.monotonicMs() - began));
     leave();
     return stored == Stored::NotNow ? Then::EndPass : Then::GoOn;
-}
-
-/// Lets the dummy's chat come up first: later it would take the place of the one that is about to be clicked.
-void InboxReader::awaitSettled() {
-    for (int tries = 0; tries < ChatOpener::kTryLimit && !p_.opener.settled() && !p_.clock.waitingStopped(); ++tries) {
-        if (const auto look = p_.page.lookAtChat(false)) p_.opener.observe(look->chat, look->linkPlanted);
-        if (!p_.opener.settled()) p_.pacing.WA_WAIT(kSmallWaitMs);
-    }
 }
 
 /// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.

@@ -75,7 +75,6 @@ class InboxReader {
     std::optional<ChatListLook> readList();
     std::optional<Rows> readRows(int offset);
     bool mustGiveWay() const;
-    void awaitSettled();
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);

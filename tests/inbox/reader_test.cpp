@@ -113,6 +113,27 @@ TEST_F(Reader, NothingIsReadWhileSomethingElseGoesOn) {
     EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
 }
 
+TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
+    page.openDelay = [](const QString& number) { return number == kDummy ? 1500 : 0; };
+    page.previewDelay = 3000;
+    tick();
+    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    QFile picture(folder.filePath(QStringLiteral("p.png")));
+    ASSERT_TRUE(picture.open(QIODevice::WriteOnly) && picture.write("x") == 1 && picture.flush());
+    fetch = [&](const QString&) -> Result<QString> {
+        unread(kAni, QStringLiteral("hello"));
+        watch.Timer2_Timer();
+        EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
+        EXPECT_TRUE(state.step.startsWith(QStringLiteral("Preparing the files"))) << state.step.toStdString();
+        return picture.fileName();
+    };
+    const qint64 id = queue(QStringLiteral("6281234567890"), QStringLiteral("x"), 0, QStringLiteral("https://h/p.png"));
+    runQueue();
+    ASSERT_EQ(page.delivered.size(), 1u) << "the dummy's chat, opened late by the reader, was waited for";
+    EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
+    EXPECT_EQ(status(id), QString());
+}
+
 TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
     page.rowsInSight = 5;
     for (int i = 0; i < 13; ++i)
