@@ -236,7 +236,11 @@ InboxReader::Stored InboxReader::store(quint64 key) {
 }
 
 void InboxReader::storeWaiting() {
-    if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) storeUndoubted();
+    if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) {
+        // Events run while a bot is asked; no pass and no message may begin among them.
+        const QScopedValueRollback<bool> busy(p_.state.busy, true);
+        storeUndoubted();
+    }
     showNotice();
 }
 

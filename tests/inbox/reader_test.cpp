@@ -192,8 +192,19 @@ TEST_F(Reader, WhatTheDatabaseRefusesIsStoredLater) {
     reader->BACA_WA();
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to inbox")));
     clock.wait(10'000);
+    settings.UseBotPHP = QStringLiteral("Y");
+    settings.PHP = QStringLiteral("http://bot/ask");
+    queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
+    whileBotIsAsked = [this] {
+        unread(QStringLiteral("Budi"), QStringLiteral("third"));
+        reader->BACA_WA();
+        reader->storeWaiting();
+        tick();
+        EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "sending waits";
+    };
     reader->storeWaiting();
     reader->storeWaiting();
+    EXPECT_EQ(toBots.size(), 1);
     EXPECT_EQ(rows("wa_text"), QStringLiteral("hello\nsecond"));
     EXPECT_TRUE(journal->entries().empty());
 }
