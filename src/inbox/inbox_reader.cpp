@@ -193,11 +193,8 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
 }
 
 QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const {
-    if (!chat.sender.isEmpty() || !isYes(p_.settings.GetNumberInbox)) return chat.title;
-    const QString pictured = look ? numberInPicture(look->headerPicture) : QString();
-    if (!pictured.isEmpty()) return pictured;
-    if (looksLikeNumber(chat.title)) return digitsIn(chat.title);
-    return look && !look->chat.number.isEmpty() ? look->chat.number : chat.title;
+    if (!isYes(p_.settings.GetNumberInbox)) return chat.title;
+    return look ? senderNumber(chat, look->headerPicture, look->chat.number) : senderNumber(chat, {}, {});
 }
 
 /// The row of an open chat shows its last message again, where before it showed a text left in the message box.
@@ -223,6 +220,7 @@ InboxReader::Stored InboxReader::store(quint64 key) {
             refused_.add(key, why);
             log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
         } else {
+            p_.journal.setMaybeStored(key);
             storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         }
         showNotice();
@@ -249,8 +247,7 @@ void InboxReader::storeUndoubted() {
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
         if (entry.doubtful || refused_.holds(entry.key)) continue;
-        // A server that broke off may have stored it all the same.
-        const auto held = p_.table.holds(entry.row);
+        const std::optional<bool> held = entry.maybeStored ? p_.table.holds(entry.row) : false;
         if (!held) return;
         if (*held) {
             p_.journal.settle(entry.key);
