@@ -211,7 +211,7 @@ OutboxQueue::Taken OutboxQueue::notTaken(const QString& id, const QString& sql, 
         refused_.add(id.toLongLong(), why);
         showRefused();
     }
-    log::error("engine", QStringLiteral("message %1 can't be moved to the sent log: %2").arg(id, why));
+    log::warning("engine", QStringLiteral("message %1 can't be moved to the sent log: %2").arg(id, why));
     if (!sql.isEmpty()) database_.report(sql, failure);
     return refused ? Taken::Refused : Taken::Unknown;
 }
