@@ -7,7 +7,7 @@ ChatListWatch::ChatListWatch(GatewayState& state, ChatPage& page, Clock& clock, 
 
 void ChatListWatch::Timer2_Timer() {
     // While a message is being sent the page is not to be touched, and a change noticed now would be forgotten.
-    if (state_.status.caption != QStringLiteral("Ready") || state_.stepRunning) return;
+    if (state_.status.caption != QStringLiteral("Ready") || state_.pageIsTaken()) return;
     const auto glance = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
     if (!glance) return;
     // Unread rows count even if the length is known already: what comes in while a chat is left is within the length

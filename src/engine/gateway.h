@@ -52,7 +52,7 @@ struct Gateway {
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia),
           attachments(n.page, n.clock, pacing, typer),
-          sender({n.state, n.page, n.clock, pacing, target, typer, files, attachments, queue, n.journal}),
+          sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),

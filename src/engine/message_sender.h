@@ -31,6 +31,7 @@ class MessageSender {
         ChatPage& page;
         Clock& clock;
         Pacing& pacing;
+        ChatOpener& opener;
         ChatTarget& target;
         TextTyper& typer;
         MessageFiles& files;
@@ -56,6 +57,7 @@ class MessageSender {
 
  private:
     bool send(const std::function<Result<ChatLook>()>& openChat);
+    Result<std::vector<Attachment>> prepareFiles();
     Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
     Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);
     Result<void> sendText(const ChatLook& chat, const QString& text);

@@ -63,7 +63,7 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
-    bool loadMessage();
+    std::optional<QueuedRow> loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);
