@@ -144,7 +144,7 @@ Result<void> Database::connect(const QString& driver, const QString& databaseNam
     connection.setDatabaseName(databaseName);
     connection.setConnectOptions(options);
     open_ = connection.open();
-    if (!open_) return sqlFailure(connection.lastError());
+    if (!open_) return failureOf(connection.lastError());
     return {};
 }
 
@@ -219,7 +219,7 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
     const qint64 took = clock_.monotonicMs() - start;
     if (took > kSlowMs) log::info("app", QStringLiteral("%1 took %2 ms").arg(statementName(sql)).arg(took));
     if (done) return {};
-    Failure failure = sqlFailure(query.lastError());
+    Failure failure = failureOf(query.lastError());
     if (failure.kind == FailureKind::ConnectionLost) open_ = false;
     return failure;
 }
@@ -233,10 +233,14 @@ Result<void> Database::throughDriver(bool (QSqlDatabase::*call)()) {
     QSqlDatabase connection = QSqlDatabase::database(name_, false);
     if (!open_) return notConnected();
     if ((connection.*call)()) return {};
-    return sqlFailure(connection.lastError());
+    return failureOf(connection.lastError());
 }
 
-void Database::skip(const QString& sql, const Failure& failure) {
+Failure Database::failureOf(const QSqlError& error) const {
+    return sqlFailure(error, dialect_ == Dialect::Sqlite ? SqlErrors::Sqlite : SqlErrors::Server);
+}
+
+void Database::report(const QString& sql, const Failure& failure) const {
     policy_.skip("app", statementName(sql).toUtf8().constData(), failure);
 }
 
@@ -244,7 +248,7 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(true);
     if (const Result<void> done = run(query, sql, values); !done) {
-        skip(sql, done.failure());
+        report(sql, done.failure());
         return {};
     }
     Recordset set;
@@ -257,12 +261,16 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
 }
 
 std::optional<qint64> Database::execute(const QString& sql, const Values& values) {
+    const Result<qint64> done = attempt(sql, values);
+    if (done) return done.value();
+    report(sql, done.failure());
+    return {};
+}
+
+Result<qint64> Database::attempt(const QString& sql, const Values& values) {
     QSqlQuery query(QSqlDatabase::database(name_, false));
-    if (const Result<void> done = run(query, sql, values); !done) {
-        skip(sql, done.failure());
-        return {};
-    }
-    return query.numRowsAffected();
+    if (const Result<void> done = run(query, sql, values); !done) return done.failure();
+    return qint64{query.numRowsAffected()};
 }
 
 qint64 Database::lastInsertId() {
@@ -288,7 +296,7 @@ QString Database::changeMark() {
 
 Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, const Values& values) {
     Result<std::shared_ptr<const RowSource>> rows = rowsOf(sql, values);
-    if (!rows) skip(sql, rows.failure());
+    if (!rows) report(sql, rows.failure());
     return rows;
 }
 
@@ -308,7 +316,7 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, co
     }
     query.finish();
     auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), values);
-    if (snapshot->error().isValid()) return sqlFailure(snapshot->error());
+    if (snapshot->error().isValid()) return failureOf(snapshot->error());
     return handOut(std::move(snapshot));
 }
 

@@ -58,6 +58,10 @@ class Database {
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
     /// The same, giving the number of rows affected; nothing after a failure.
     std::optional<qint64> execute(const QString& sql, const Values& values = {});
+    /// The same, for callers on whom something depends when the statement fails: the failure has not gone to the
+    /// policy, which may throw. They note what must be noted, then `report` it.
+    Result<qint64> attempt(const QString& sql, const Values& values = {});
+    void report(const QString& sql, const Failure& failure) const;
     /// Auto-increment key that this connection's last INSERT gave; 0 where it gave none.
     qint64 lastInsertId();
 
@@ -89,7 +93,7 @@ class Database {
     Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
-    void skip(const QString& sql, const Failure& failure);
+    Failure failureOf(const QSqlError& error) const;
 
     const Clock& clock_;
     const ErrorPolicy& policy_;

@@ -5,6 +5,7 @@
 namespace kibo {
 
 void ErrorPolicy::skip(const char* area, const char* statement, const Failure& failure) const {
+    if (ending_ && failure.kind == FailureKind::ConnectionLost) return;
     const QString code =
         failure.code.empty() ? QString() : QStringLiteral(" [%1]").arg(QString::fromStdString(failure.code));
     log::warning(area, QStringLiteral("%1 failed%2: %3")

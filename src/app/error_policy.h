@@ -21,12 +21,19 @@ class SurfacedError : public std::runtime_error {
 class ErrorPolicy {
  public:
     void setDebugMode(bool on) { debugMode_ = on; }
+    /// The program ends: connections are closed under ticks that have yet to unwind. That they are lost is no news from
+    /// now on, and nothing surfaces any more, for a box would hold up the end.
+    void programEnds() {
+        ending_ = true;
+        debugMode_ = false;
+    }
 
     /// Logs `failure` (category named by `area`, e.g. "browser"); in debug mode also throws SurfacedError.
     void skip(const char* area, const char* statement, const Failure& failure) const;
 
  private:
     bool debugMode_ = false;
+    bool ending_ = false;
 };
 
 }  // namespace kibo

@@ -9,6 +9,7 @@ namespace kibo {
 namespace {
 
 constexpr long kMostRedirects = 5;
+constexpr int kGoOnMs = 30;
 
 /// libcurl wants its global part set up once a process, before the first handle.
 CURL* newHandle() {
@@ -45,6 +46,8 @@ Failure failureOf(CURLcode code, const char* errorText, const Answer& answer, co
         case CURLE_OPERATION_TIMEDOUT:
             return {FailureKind::Transport, "no complete answer in time (" + seconds(limits.connectMs) +
                                                 " to connect, " + seconds(limits.wholeMs) + " in all)"};
+        case CURLE_ABORTED_BY_CALLBACK:
+            return {FailureKind::Transport, "broken off"};
         case CURLE_URL_MALFORMAT:
         case CURLE_UNSUPPORTED_PROTOCOL:
             return {FailureKind::InvalidArgument, "not an address that begins with http:// or https://"};
@@ -56,13 +59,24 @@ Failure failureOf(CURLcode code, const char* errorText, const Answer& answer, co
     }
 }
 
-}  // namespace
+/// As curl_easy_perform, with `goOn` in between.
+CURLcode perform(CURL* curl, const std::function<bool()>& goOn) {
+    const std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi(curl_multi_init(), curl_multi_cleanup);
+    if (!multi || curl_multi_add_handle(multi.get(), curl) != CURLM_OK) return CURLE_FAILED_INIT;
+    CURLcode code = CURLE_ABORTED_BY_CALLBACK;
+    for (int running = 1; running > 0;) {
+        CURLMcode state = curl_multi_perform(multi.get(), &running);
+        if (state == CURLM_OK && running > 0) state = curl_multi_poll(multi.get(), nullptr, 0, kGoOnMs, nullptr);
+        if (state != CURLM_OK || (running > 0 && goOn && !goOn())) break;
+    }
+    int left = 0;
+    if (const CURLMsg* message = curl_multi_info_read(multi.get(), &left)) code = message->data.result;
+    curl_multi_remove_handle(multi.get(), curl);
+    return code;
+}
 
-Result<QByteArray> httpGet(const QString& address, const HttpLimits& limits) {
-    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(newHandle(), curl_easy_cleanup);
-    CURL* curl = handle.get();
-    if (!curl) return Failure{FailureKind::Transport, "the HTTP library can't be set up"};
-
+Result<QByteArray> get(CURL* curl, const QString& address, const HttpLimits& limits,
+                       const std::function<bool()>& goOn) {
     // Without a scheme libcurl would guess one by the host's name.
     const QByteArray url = address.trimmed().toUtf8();
     if (!url.contains("://")) return failureOf(CURLE_URL_MALFORMAT, "", {}, limits);
@@ -81,7 +95,7 @@ Result<QByteArray> httpGet(const QString& address, const HttpLimits& limits) {
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, append);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorText);
-    const CURLcode code = curl_easy_perform(curl);
+    const CURLcode code = perform(curl, goOn);
     if (code != CURLE_OK) return failureOf(code, errorText, answer, limits);
 
     long status = 0;
@@ -91,6 +105,14 @@ Result<QByteArray> httpGet(const QString& address, const HttpLimits& limits) {
                        std::to_string(status)};
     }
     return answer.body;
+}
+
+}  // namespace
+
+Result<QByteArray> httpGet(const QString& address, const HttpLimits& limits, const std::function<bool()>& goOn) {
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(newHandle(), curl_easy_cleanup);
+    if (!handle) return Failure{FailureKind::Transport, "the HTTP library can't be set up"};
+    return get(handle.get(), address, limits, goOn);
 }
 
 }  // namespace kibo

@@ -32,13 +32,14 @@ QStringList statementsOf(const QString& script) {
 /// Runs all statements on a connection that lives as long as this call.
 Result<void> run(const QString& driver, const QString& databaseName, const QStringList& statements) {
     const QString connectionName = QUuid::createUuid().toString();
+    const SqlErrors errors = driver == QStringLiteral("QSQLITE") ? SqlErrors::Sqlite : SqlErrors::Server;
     const auto runAll = [&]() -> Result<void> {
         QSqlDatabase connection = QSqlDatabase::addDatabase(driver, connectionName);
         connection.setDatabaseName(databaseName);
-        if (!connection.open()) return sqlFailure(connection.lastError());
+        if (!connection.open()) return sqlFailure(connection.lastError(), errors);
         for (const QString& statement : statements) {
             QSqlQuery query(connection);
-            if (!query.exec(statement)) return sqlFailure(query.lastError());
+            if (!query.exec(statement)) return sqlFailure(query.lastError(), errors);
         }
         return {};
     };

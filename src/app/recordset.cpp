@@ -43,8 +43,9 @@ void Recordset::set(const QString& name, const QVariant& value) {
     newRow_.append({name, value});
 }
 
-bool Recordset::update() {
-    if (state() == State::Closed || newRow_.isEmpty()) return false;
+Result<void> Recordset::update() {
+    if (state() == State::Closed || newRow_.isEmpty())
+        return Failure{FailureKind::InvalidArgument, "There is no new row."};
     QStringList names, marks;
     QList<QVariant> values;
     for (const auto& [name, value] : newRow_) {
@@ -55,9 +56,10 @@ bool Recordset::update() {
     newRow_.clear();
     const QString sql = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
                             .arg(table_, names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-    if (!database_->execute(sql, values)) return false;
+    const auto added = database_->attempt(sql, values);
+    if (!added) return added.failure();
     lastInsertId_ = database_->lastInsertId();
-    return true;
+    return {};
 }
 
 }  // namespace kibo

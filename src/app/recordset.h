@@ -6,6 +6,8 @@
 #include <QVariant>
 #include <vector>
 
+#include "platform/result.h"
+
 namespace kibo {
 
 class Database;
@@ -37,8 +39,8 @@ class Recordset {
     void addNew();
     void set(const QString& name, const QVariant& value);
     /// Inserts the new row with the fields that were set; the others get the table's defaults. The rows read so far
-    /// stay as they are. A failure goes to the error policy of the database, and the new row is dropped; false then.
-    bool update();
+    /// stay as they are. After a failure, which is the caller's to report, the new row is dropped.
+    Result<void> update();
     /// Auto-increment key of the row inserted last; 0 where there is none.
     qint64 lastInsertId() const { return lastInsertId_; }
 

@@ -6,9 +6,13 @@
 
 namespace kibo {
 
+/// Whose error numbers an error holds.
+enum class SqlErrors { Server, Sqlite };
+
 /// A failure in the driver's own words, without the driver manager's "[…]" prefixes; `code` is the native error
-/// number, since Qt doesn't hand on the SQLSTATE. A connection that is gone becomes FailureKind::ConnectionLost. Pieces
-/// of a refused statement that the driver quotes are left out: they may be message texts.
-Failure sqlFailure(const QSqlError& error);
+/// number, since Qt doesn't hand on the SQLSTATE. A connection that is gone becomes FailureKind::ConnectionLost, values
+/// that the table doesn't take FailureKind::RowRefused. Pieces of a refused statement that the driver quotes are left
+/// out: they may be message texts.
+Failure sqlFailure(const QSqlError& error, SqlErrors errors);
 
 }  // namespace kibo

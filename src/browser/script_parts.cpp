@@ -77,9 +77,10 @@ const contentOf = (row) => {
   const lines = linesOf(row);
   return {lines: lines, badge: endsInCount(lines) ? badgeOf(row) : ''};
 };
+// Of two chats with the same title neither row tells anything.
 const rowOf = (title) => {
-  const row = title && chatRows().find((row) => titleOf(row) === title);
-  return row ? contentOf(row) : null;
+  const rows = title ? chatRows().filter((row) => titleOf(row) === title) : [];
+  return rows.length === 1 ? contentOf(rows[0]) : null;
 };
 const previewOf = (row) => (row ? row.lines[row.lines.length - (row.badge ? 2 : 1)] || '' : '');
 const oneLine = (text) => text.replace(/\s+/g, ' ').trim();
@@ -129,7 +130,8 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
   // `reading`: title of the chat whose unread message is in hand already.
   w.beforeClick = (reading) => {
     w.personAtClick = w.personClicks;
-    w.rows = new Map(chatRows().map((row) => [titleOf(row), contentOf(row)]));
+    w.rows = new Map();
+    for (const row of chatRows()) w.rows.set(titleOf(row), w.rows.has(titleOf(row)) ? null : contentOf(row));
     w.reading = reading;
   };
   const keep = (list, what) => list.push({

@@ -7,7 +7,7 @@ ChatListWatch::ChatListWatch(GatewayState& state, ChatPage& page, Clock& clock, 
 
 void ChatListWatch::Timer2_Timer() {
     // While a message is being sent the page is not to be touched, and a change noticed now would be forgotten.
-    if (state_.status.caption != QStringLiteral("Ready") || state_.stepRunning) return;
+    if (state_.status.caption != QStringLiteral("Ready") || state_.pageIsTaken()) return;
     const auto glance = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
     if (!glance) return;
     // Unread rows count even if the length is known already: what comes in while a chat is left is within the length
@@ -16,7 +16,7 @@ void ChatListWatch::Timer2_Timer() {
     const qint64 now = clock_.monotonicMs();
     const bool met = handled_ == glance->unread && now - handledAtMs_ < kMeetAgainMs;
     const bool unread = !glance->unread.isEmpty() && !met;
-    const bool changed = !handled_ || unread || state_.len1.text != QString::number(glance->length);
+    const bool changed = !handled_ || unread || state_.readAgain || state_.len1.text != QString::number(glance->length);
     if (glance->unread.isEmpty() && handled_) handled_ = QString();
     if (!changed || !BACA_WA_ || now - refusedAtMs_ < kRetryMs) return;
     const int passes = state_.readPasses;

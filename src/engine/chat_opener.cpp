@@ -118,6 +118,15 @@ bool ChatOpener::openDummy(const QString& ownPicture) {
     return clicked;
 }
 
+void ChatOpener::awaitSettled(qint64 milliseconds) {
+    constexpr int kLookEveryMs = 100;
+    const qint64 latest = clock_.monotonicMs() + milliseconds;
+    while (!settled() && clock_.monotonicMs() < latest && !clock_.waitingStopped()) {
+        if (const auto look = page_.lookAtChat(false)) observe(look->chat, look->linkText);
+        if (!settled()) pacing_.WA_WAIT(kLookEveryMs);
+    }
+}
+
 void ChatOpener::enableTimers() {
     state_.Timer_KIBO.setEnabled(true);
     state_.Timer1.setEnabled(true);

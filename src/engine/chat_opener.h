@@ -70,6 +70,9 @@ class ChatOpener {
     bool isEntryOpen(const QString& title) const { return ledger_.isOpen(OpenLedger::entryKey(title)); }
     /// False while a chat that was asked for earlier may still come up.
     bool settled() const { return ledger_.settled(clock_.monotonicMs()); }
+    /// Looks at the page until that is so, for `milliseconds` at most: an earlier chat would come up under the one that
+    /// is about to be clicked.
+    void awaitSettled(qint64 milliseconds);
     /// The page shows a notice that a number can't be opened. Returns the number it is about.
     QString refusedBy(const QString& notice) { return ledger_.refusedBy(notice); }
     /// The chat of `number` was not recognised in time.

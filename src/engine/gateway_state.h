@@ -100,10 +100,13 @@ struct GatewayState {
     Indicator pQR;  ///< login QR code on screen; caption: file of its picture
     Indicator dboff;
     QString pageNotice;   ///< what else the page has to say, in words; empty: nothing
+    QString refusedOut;   ///< the messages that can't leave the queue, in words; empty: none
+    QString inboxNotice;  ///< what keeps received messages out of the database, in words; empty: nothing
     QString pageChanged;  ///< the locator that matches nothing any more; sending is held while it is set
     bool dummyOpened = false;
     int newChatCount = 0;
     bool stepRunning = false;  ///< a tick of Timer_KIBO is going on, perhaps inside one of its waits
+    bool fetching = false;     ///< it waits for a message's files: the page may be used meanwhile
 
     // Queue
     Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),
@@ -148,6 +151,9 @@ struct GatewayState {
     int failedCount = 0;
     int readPasses = 0;  ///< passes over the chat list that reached its end
 
+    /// The last pass over the chat list was broken off: there may be unread chats out of sight.
+    bool readAgain = false;
+
     // Timers: interval in milliseconds, initial state
     StateTimer timer_start{1000, true};
     StateTimer Timer_variabel{500, true};
@@ -158,6 +164,9 @@ struct GatewayState {
     StateTimer timer_QR{500, false};
     StateTimer timer_grabchat{100, false};
     StateTimer BreakTime{1000, false};
+
+    /// Whether the page must be left to the message in progress.
+    bool pageIsTaken() const { return (stepRunning || wait.visible) && !fetching; }
 };
 
 }  // namespace kibo

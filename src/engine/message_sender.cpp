@@ -1,5 +1,7 @@
 #include "engine/message_sender.h"
 
+#include <QScopedValueRollback>
+
 #include "app/log.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
@@ -11,6 +13,7 @@ constexpr int kSmallWaitMs = 100;
 constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
+constexpr qint64 kSettledMs = OpenLedger::kGiveUpMs + 1'000;
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
@@ -31,9 +34,7 @@ bool MessageSender::KIRIM_MODE2() {
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
     const qint64 start = p_.clock.monotonicMs();
-    if (!s.txtMedia.text.isEmpty() || !s.txtFile.text.isEmpty())
-        s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
-    const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
+    const auto files = prepareFiles();
     if (!files) {
         recordFailure(QString::fromStdString(files.failure().text));
         return false;
@@ -61,6 +62,19 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     for (const Attachment& file : files.value()) line += QStringLiteral(", file of %1 bytes").arg(file.size);
     log::info("engine", line);
     return true;
+}
+
+Result<std::vector<Attachment>> MessageSender::prepareFiles() {
+    GatewayState& s = p_.state;
+    if (s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) return std::vector<Attachment>();
+    s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
+    auto files = [&] {
+        const QScopedValueRollback<bool> fetching(s.fetching, true);
+        return p_.files.prepare(s.txtMedia.text, s.txtFile.text);
+    }();
+    // What was read meanwhile has left the page as before any message.
+    p_.opener.awaitSettled(kSettledMs);
+    return files;
 }
 
 Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {

@@ -1,5 +1,9 @@
 #include "engine/outbox_queue.h"
 
+#include <algorithm>
+#include <limits>
+#include <set>
+
 #include "app/log.h"
 
 namespace kibo {
@@ -103,7 +107,7 @@ class QueueRows : public RowSource {
 }  // namespace
 
 OutboxQueue::OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock)
-    : state_(state), settings_(settings), database_(database), clock_(clock) {}
+    : state_(state), settings_(settings), database_(database), clock_(clock), refused_(clock) {}
 
 void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString now = clock_.now().toString(kTimeFormat);
@@ -117,7 +121,6 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString store = localStore ? database_.changeMark() : QString();
     const QString mark = store.isEmpty() ? store : store + u' ' + selection.rows + selection.values.join(u' ');
     if (!mark.isEmpty() && mark == loadedMark_) {
-        state_.dboff.visible = false;
         state_.dboff.visible = false;
         state_.Outbox_Cnt.caption = QString::number(dueCount_);
         return;
@@ -158,8 +161,28 @@ std::optional<QDateTime> OutboxQueue::nextDue() {
     return nextDue_;
 }
 
+/// The grid's row of the next message, counted from its header; 0 when there is none. Before it stand only rows that
+/// are left alone, in the order of their ids.
+int OutboxQueue::nextIndex() {
+    const auto idOf = [this](int row) { return state_.ms_out.text(row, Id).toLongLong(); };
+    const int last = std::min(state_.ms_out.rowCount() - 1, refused_.count() + 1);
+    std::set<qint64> before;
+    int next = 1;
+    for (; next <= last && refused_.holds(idOf(next)); ++next) before.insert(idOf(next));
+    const bool found = next <= last;
+    // Those that should stand before the next one and don't have been taken back.
+    if (refused_.count() > 0) {
+        const qint64 end = found ? idOf(next) : std::numeric_limits<qint64>::max();
+        refused_.dropIf([&](qint64 id) { return id < end && !before.contains(id); });
+        showRefused();
+    }
+    return found ? next : 0;
+}
+
 std::optional<QueuedRow> OutboxQueue::nextRow() {
-    const auto column = [this](Column c) { return state_.ms_out.text(1, c); };
+    const int index = nextIndex();
+    if (index == 0) return std::nullopt;
+    const auto column = [this, index](Column c) { return state_.ms_out.text(index, c); };
     QueuedRow row{column(Id), column(Mode), column(Number), {}, column(Media), column(File), column(Time)};
     const Recordset text = database_.OpenRecordset(multi() ? kTextOfMulti : kTextOfOutbox, {row.id.toLongLong()});
     if (text.eof()) return std::nullopt;
@@ -169,22 +192,49 @@ std::optional<QueuedRow> OutboxQueue::nextRow() {
 
 OutboxQueue::Taken OutboxQueue::take(const QString& id) {
     const qint64 key = id.toLongLong();
-    const auto refused = [&](const char* what, const QString& why = {}) {
-        log::error("engine", QStringLiteral("message %1 could not be %2%3").arg(id, QLatin1String(what), why));
+    const auto unknown = [&](const char* what) {
+        log::error("engine", QStringLiteral("message %1 could not be %2").arg(id, QLatin1String(what)));
         return Taken::Unknown;
     };
     auto transaction = Transaction::begin(database_);
-    if (!transaction) return refused("taken: ", QString::fromStdString(transaction.failure().text));
-    const auto copied =
-        multi() ? database_.execute(kCopyInMulti, {profile(), key}) : database_.execute(kCopyToSent, {key});
-    if (copied == 0) return Taken::No;
-    if (copied != 1) return refused("copied to the sent log");
-    const auto deleted =
-        multi() ? database_.execute(kDeleteFromMulti, {profile(), key}) : database_.execute(kDeleteFromOutbox, {key});
-    if (deleted != 1) return refused("taken out of the queue");
+    if (!transaction) return notTaken(id, {}, transaction.failure());
+    const QString copy = multi() ? kCopyInMulti : kCopyToSent;
+    const Database::Values whose = multi() ? Database::Values{profile(), key} : Database::Values{key};
+    const auto copied = database_.attempt(copy, whose);
+    if (!copied) return notTaken(id, copy, copied.failure());
+    if (copied.value() == 0) return Taken::No;
+    if (copied.value() != 1) return unknown("copied to the sent log");
+    const QString remove = multi() ? kDeleteFromMulti : kDeleteFromOutbox;
+    const auto deleted = database_.attempt(remove, whose);
+    if (!deleted) return notTaken(id, remove, deleted.failure());
+    if (deleted.value() != 1) return unknown("taken out of the queue");
     const auto committed = transaction.value().commit();
-    if (committed) return Taken::Yes;
-    return refused("moved to the sent log: ", QString::fromStdString(committed.failure().text));
+    if (!committed) return notTaken(id, {}, committed.failure());
+    refused_.dropIf([key](qint64 refused) { return refused == key; });
+    showRefused();
+    return Taken::Yes;
+}
+
+/// `sql`: the statement that failed; empty for a transaction's begin and end, which never went to the error policy.
+OutboxQueue::Taken OutboxQueue::notTaken(const QString& id, const QString& sql, const Failure& failure) {
+    const QString why = QString::fromStdString(failure.text);
+    const bool refused = failure.kind == FailureKind::RowRefused;
+    if (refused) {
+        refused_.add(id.toLongLong(), why);
+        showRefused();
+    }
+    log::warning("engine", QStringLiteral("message %1 can't be moved to the sent log: %2").arg(id, why));
+    if (!sql.isEmpty()) database_.report(sql, failure);
+    return refused ? Taken::Refused : Taken::Unknown;
+}
+
+void OutboxQueue::showRefused() {
+    const int others = refused_.count() - 1;
+    state_.refusedOut = others < 0 ? QString()
+                                   : QStringLiteral("Message %1%2 can't be moved to the sent log: %3")
+                                         .arg(refused_.firstKey())
+                                         .arg(others > 0 ? QStringLiteral(" and %1 more").arg(others) : QString(),
+                                              refused_.firstReason());
 }
 
 bool OutboxQueue::markFailed(const QString& id) {
@@ -224,8 +274,13 @@ std::optional<int> OutboxQueue::deleteCopy(const QueuedRow& row) {
 
 bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {
     const Database::Values message = columns(row) + Database::Values{status};
-    return multi() ? database_.execute(kAddCopyToMulti, Database::Values{profile()} + message).has_value()
-                   : database_.execute(kAddCopyToSent, message).has_value();
+    const QString sql = multi() ? kAddCopyToMulti : kAddCopyToSent;
+    const auto added = database_.attempt(sql, multi() ? Database::Values{profile()} + message : message);
+    if (added) return true;
+    log::error("engine", QStringLiteral("message %1 can't be written into the sent log: %2")
+                             .arg(row.id, QString::fromStdString(added.failure().text)));
+    database_.report(sql, added.failure());
+    return added.failure().kind == FailureKind::RowRefused;
 }
 
 QString OutboxQueue::storeIdentity() const {

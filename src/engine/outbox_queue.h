@@ -8,6 +8,7 @@
 #include "app/database.h"
 #include "app/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/refused_rows.h"
 #include "engine/send_journal.h"
 
 namespace kibo {
@@ -31,17 +32,22 @@ class OutboxQueue {
     /// few seconds only.
     std::optional<QDateTime> nextDue();
 
-    /// The next message with its stored text; empty optional when the row is gone or can't be read.
+    /// Whether a message is loaded that isn't left alone for a while since the sent log refused it.
+    bool hasNext() { return nextIndex() > 0; }
+    /// The next message with its stored text; empty optional when there is none, or its row is gone or can't be read.
     std::optional<QueuedRow> nextRow();
 
     enum class Taken {
         Yes,
-        No,      ///< untouched: the row was not there any more
-        Unknown  ///< the database refused or broke off: only a look at the tables tells what it did
+        No,       ///< untouched: the row was not there any more
+        Refused,  ///< the sent log doesn't take what this row holds: it is left alone for a while
+        Unknown   ///< the database refused or broke off: only a look at the tables tells what it did
     };
     /// Moves a message out of the queue, in one transaction: where the store keeps transactions it stands in the sent
     /// log or still in the queue, never in both and never in neither.
     Taken take(const QString& id);
+    /// How many messages are left alone for a while, being refused.
+    int refusedCount() const { return refused_.count(); }
 
     /// Marks the sent copy of a message as failed. False when the store refuses at the moment.
     bool markFailed(const QString& id);
@@ -57,7 +63,8 @@ class OutboxQueue {
     /// Moves a message that was taken and not typed back from the sent log, in one transaction. False when it was not
     /// seen to move.
     bool putBack(const QueuedRow& row);
-    /// Puts a message that stands nowhere any more into the sent log.
+    /// Puts a message that stands nowhere any more into the sent log. True also where the sent log doesn't take what
+    /// the row holds, which the log then tells: trying again would change nothing.
     bool addCopy(const QueuedRow& row, const QString& status);
 
     /// The store and the table that ids belong to.
@@ -67,6 +74,9 @@ class OutboxQueue {
     std::optional<int> deleteCopy(const QueuedRow& row);
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
+    int nextIndex();
+    Taken notTaken(const QString& id, const QString& sql, const Failure& failure);
+    void showRefused();
 
     GatewayState& state_;
     Settings& settings_;
@@ -76,6 +86,7 @@ class OutboxQueue {
     QString loadedMark_;  // the store's change mark when the rows were loaded; empty: not known
     std::optional<QDateTime> nextDue_;
     qint64 askNextDueMs_ = 0;
+    RefusedRows<qint64> refused_;  // by id
 };
 
 /// The fixed texts of the queue's statements; "?" stands for a bound value.

@@ -137,7 +137,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         return false;
     }
     const bool settled = p_.recovery.settleInStore();
-    if (s.ms_out.rowCount() == 1 && !p_.recovery.needsPage()) {
+    if (!p_.queue.hasNext() && !p_.recovery.needsPage()) {
         stopMeasuring();
         idle(nothingToSend());
         return false;
@@ -158,8 +158,10 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         finishMessage(look);
         return true;
     }
-    if (storeRefuses() || !loadMessage()) return false;
-    dispatch(s.ms_out.text(1, OutboxQueue::Mode));
+    if (storeRefuses()) return false;
+    const auto row = loadMessage();
+    if (!row) return false;
+    dispatch(row->mode);
     finishMessage(look);
     const qint64 end = p_.clock.monotonicMs();
     forecast_.messageTook(end - workingSinceMs_.value_or(begin));
@@ -171,7 +173,8 @@ QString StepMachine::nothingToSend() {
     if (p_.locators.sendingIsHeld()) return QStringLiteral("Page changed: ") + p_.state.pageChanged;
     if (p_.pacing.isPaused() || p_.pacing.isBreak()) return pausedWords();
     const auto next = p_.queue.nextDue();
-    if (!next) return QStringLiteral("Queue empty");
+    if (!next)
+        return p_.queue.refusedCount() > 0 ? QStringLiteral("Trying again in a while") : QStringLiteral("Queue empty");
     return QStringLiteral("Next message at %1").arg(shortTime(*next, p_.clock.now().date()));
 }
 
@@ -227,9 +230,8 @@ bool StepMachine::storeRefuses() {
     return true;
 }
 
-/// Number, as it is dialled, or name of a row of the queue.
-QString StepMachine::destination(int row) const {
-    const QString written = p_.state.ms_out.text(row, OutboxQueue::Number);
+/// What stands in `wa_no` as a number as it is dialled, or as the name that it is.
+QString StepMachine::destination(const QString& written) const {
     const QString number = destinationNumber(written, p_.settings.Prefix, p_.settings.CountryCode);
     return isPositiveNumber(number) ? number : written;
 }
@@ -240,43 +242,53 @@ QString StepMachine::nextLink() const {
     const GatewayState& s = p_.state;
     const int row = s.ms_out.rowCount() > 1 && s.ms_out.text(1, OutboxQueue::Id) == s.txtid.text ? 2 : 1;
     if (s.ms_out.rowCount() <= row) return {};
-    const QString number = destination(row);
+    const QString number = destination(s.ms_out.text(row, OutboxQueue::Number));
     return ChatTarget::isByName(s.ms_out.text(row, OutboxQueue::Mode), number) ? QString()
                                                                                : p_.opener.linkAddress(number);
 }
 
-/// Copies the first queued row into the message fields and moves it out of the queue.
-bool StepMachine::loadMessage() {
+/// Copies the next queued row into the message fields and moves it out of the queue; nothing when that can't be done.
+std::optional<QueuedRow> StepMachine::loadMessage() {
     GatewayState& s = p_.state;
     s.wait.visible = true;
-    s.txtid.text = s.ms_out.text(1, OutboxQueue::Id);
-    s.txtNo.text = destination(1);
-    s.txtMedia.text = s.ms_out.text(1, OutboxQueue::Media).trimmed();
-    s.txtFile.text = s.ms_out.text(1, OutboxQueue::File).trimmed();
     const auto row = p_.queue.nextRow();
     if (!row) {  // another program has taken it back meanwhile
         idle(QStringLiteral("Queue changed"));
-        return false;
+        return std::nullopt;
     }
+    s.txtid.text = row->id;
+    s.txtNo.text = destination(row->number);
+    s.txtMedia.text = row->media.trimmed();
+    s.txtFile.text = row->file.trimmed();
     QString problem;
     s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
     if (const Result<void> noted = p_.journal.taken(*row); !noted) {
         idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
-        return false;
+        return std::nullopt;
     }
-    const OutboxQueue::Taken taken = p_.queue.take(s.txtid.text);
+    const OutboxQueue::Taken taken = p_.queue.take(row->id);
     if (taken == OutboxQueue::Taken::Unknown) {
         refusedAtMs_ = p_.clock.monotonicMs();
-        return !storeRefuses();
+        storeRefuses();
+        return std::nullopt;
     }
     refusedAtMs_.reset();
     s.dboff.visible = false;
-    if (taken == OutboxQueue::Taken::Yes) return true;
-    p_.journal.ended(s.txtid.text);
-    idle(QStringLiteral("Queue changed"));
-    return false;
+    switch (taken) {
+        case OutboxQueue::Taken::Yes:
+            return row;
+        case OutboxQueue::Taken::Refused:
+            // A store without transactions may keep the copy of a row that it won't let go.
+            p_.recovery.settleInStore();
+            idle(QStringLiteral("Leaving out message %1").arg(row->id));
+            break;
+        default:
+            p_.journal.ended(row->id);
+            idle(QStringLiteral("Queue changed"));
+    }
+    return std::nullopt;
 }
 
 void StepMachine::dispatch(const QString& mode) {
@@ -339,7 +351,7 @@ void StepMachine::showForecast() {
     const double breakS = p_.settings.Break.toDouble();
     const auto milliseconds = [](double seconds) { return static_cast<qint64>(qMax(0.0, seconds) * 1000); };
     const auto left = forecast_.untilDone({
-        .waiting = p_.queue.dueCount(),
+        .waiting = p_.queue.dueCount() - p_.queue.refusedCount(),
         .batchSize = p_.settings.AfterSend.toInt(),
         .sentInBatch = s.HitungKirim.text.toInt(),
         .breakMs = milliseconds(breakS),

@@ -63,9 +63,9 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
-    QString destination(int row) const;
+    QString destination(const QString& written) const;
     QString nextLink() const;
-    bool loadMessage();
+    std::optional<QueuedRow> loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);

@@ -11,11 +11,7 @@ void Arrivals::take(const QList<ArrivedMessage>& arrived) {
     for (const ArrivedMessage& message : arrived) {
         const auto row = disabled || taken_.contains(message.key) ? std::nullopt : rowOf(message);
         if (row) {
-            if (const auto written = p_.journal.add(*row); !written) {
-                log::error("inbox", QStringLiteral("a message is left with the page: ") +
-                                        QString::fromStdString(written.failure().text));
-                break;
-            }
+            if (!p_.journal.add(*row)) break;  // it stays with the page
             log::info("inbox", QStringLiteral("message of %1 characters from %2 came in while its chat was open")
                                    .arg(row->wa_text.size())
                                    .arg(log::maskedNumber(row->wa_no)));

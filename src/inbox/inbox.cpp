@@ -8,8 +8,12 @@
 namespace kibo {
 namespace {
 
-Result<void> get(const QString& address) {
-    const Result<QByteArray> answer = httpGet(address);
+/// The window stays alive meanwhile.
+Result<void> get(const QString& address, Clock& clock) {
+    const Result<QByteArray> answer = httpGet(address, {}, [&clock] {
+        clock.runPendingEvents();
+        return !clock.waitingStopped();
+    });
     return answer ? Result<void>() : answer.failure();
 }
 
@@ -33,10 +37,10 @@ Inbox::Inbox(const Needs& n)
       journal([n] { return journalFile(n); }),
       grid(n.state, n.settings, n.database, n.clock),
       botBrowser(n.programFolder, n.settings, n.clock),
-      handOff(
-          n.settings, n.database,
-          {get, [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
-           start, n.random}),
+      handOff(n.settings, n.database,
+              {[&clock = n.clock](const QString& address) { return get(address, clock); },
+               [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
+               start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, table, journal,
               grid, handOff, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}) {}

@@ -35,7 +35,10 @@ IncomingRow rowFrom(const QJsonObject& json) {
 
 Result<void> InboxJournal::open() {
     const QString path = path_();
-    if (file_ && openPath_ == path) return {};
+    return file_ && openPath_ == path ? Result<void>() : noted(read(path));
+}
+
+Result<void> InboxJournal::read(const QString& path) {
     file_.reset();
     entries_.clear();
     auto file = platform::DurableFile::open(path.toStdString());
@@ -72,8 +75,8 @@ void InboxJournal::change(quint64 key, const IncomingRow& row) {
     Entry* entry = find(key);
     if (!entry) return;
     entry->row = row;
-    if (const auto written = write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}}); !written)
-        log::warning("inbox", QString::fromStdString(written.failure().text));
+    // What can't be written is in the file as it was known before.
+    (void)write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}});
 }
 
 void InboxJournal::setDoubtful(quint64 key, bool doubtful) {
@@ -87,9 +90,11 @@ void InboxJournal::setMaybeStored(quint64 key) {
 void InboxJournal::settle(quint64 key) {
     std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
     if (!file_) return;
-    const Result<void> written = entries_.empty() ? file_->replace({}) : write({{kKey, static_cast<qint64>(key)}});
     // A row that is still in the file is found in the database at the next start, and left alone.
-    if (!written) log::warning("inbox", QString::fromStdString(written.failure().text));
+    if (entries_.empty())
+        (void)noted(file_->replace({}));
+    else
+        (void)write({{kKey, static_cast<qint64>(key)}});
 }
 
 InboxJournal::Entry* InboxJournal::find(quint64 key) {
@@ -99,7 +104,16 @@ InboxJournal::Entry* InboxJournal::find(quint64 key) {
 }
 
 Result<void> InboxJournal::write(const QJsonObject& line) {
-    return file_->append(QJsonDocument(line).toJson(QJsonDocument::Compact).append('\n').toStdString());
+    return noted(file_->append(QJsonDocument(line).toJson(QJsonDocument::Compact).append('\n').toStdString()));
+}
+
+/// Tried again and again, the same trouble is told once.
+Result<void> InboxJournal::noted(Result<void> done) {
+    const QString problem = done ? QString() : QString::fromStdString(done.failure().text);
+    if (problem != problem_ && !problem.isEmpty()) log::error("inbox", QStringLiteral("journal: ") + problem);
+    if (problem.isEmpty() && !problem_.isEmpty()) log::info("inbox", QStringLiteral("the journal can be used again"));
+    problem_ = problem;
+    return done;
 }
 
 }  // namespace kibo

@@ -42,9 +42,13 @@ class InboxJournal {
     void settle(quint64 key);
 
     const std::vector<Entry>& entries() const { return entries_; }
+    /// Why the file could not be opened, or written when it was last tried; empty: it could.
+    const QString& problem() const { return problem_; }
 
  private:
     Entry* find(quint64 key);
+    Result<void> read(const QString& path);
+    Result<void> noted(Result<void> done);
     Result<void> write(const QJsonObject& line);
 
     std::function<QString()> path_;
@@ -52,6 +56,7 @@ class InboxJournal {
     QString openPath_;  // of `file_`
     std::vector<Entry> entries_;
     quint64 lastKey_ = 0;
+    QString problem_;
 };
 
 }  // namespace kibo

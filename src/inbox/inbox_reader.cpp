@@ -1,5 +1,6 @@
 #include "inbox/inbox_reader.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 
 #include "app/log.h"
@@ -9,6 +10,7 @@ namespace kibo {
 namespace {
 
 constexpr int kSmallWaitMs = 100;
+constexpr qint64 kSettledMs = 2'000;
 constexpr qint64 kStoreAgainMs = 5'000;
 const QString kNothing = QStringLiteral(":");
 
@@ -16,12 +18,9 @@ const QString kNothing = QStringLiteral(":");
 
 void InboxReader::BACA_WA() {
     GatewayState& s = p_.state;
-    const QString before = s.step;
-    s.step = QStringLiteral("Baca WA");
-    if (!mayRead()) {
-        s.step = before;
-        return;
-    }
+    // A message may be waiting for its files, and goes on with this text afterwards.
+    const QScopedValueRollback<QString> step(s.step, QStringLiteral("Baca WA"));
+    if (!mayRead()) return;
     // However the pass ends, an error that surfaces included.
     struct Pass {
         GatewayState& state;
@@ -36,8 +35,10 @@ void InboxReader::BACA_WA() {
         }
     } const pass(s);
     passBeganMs_ = p_.clock.monotonicMs();
+    s.readAgain = true;  // unless it reaches its end
     const auto list = readList();
     if (!list) return;
+    s.readAgain = false;
     ++s.readPasses;
     settleDoubtful();
     const auto length = list->search ? p_.page.leaveSearch() : list->length;
@@ -49,15 +50,15 @@ bool InboxReader::mayRead() {
     if (p_.pageInUse && p_.pageInUse()) return false;
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
-    if (s.l_disableread.visible || s.dboff.visible || s.wait.visible || s.stepRunning || s.busy) return false;
+    if (s.l_disableread.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
-    // As long as the database refuses, messages are safest as unread ones.
-    if (std::any_of(waiting.begin(), waiting.end(), [](const auto& entry) { return !entry.doubtful; })) return false;
-    const Result<void> journal = p_.journal.open();
-    if (!journal)
-        log::error("inbox", QStringLiteral("the inbox is not read: ") + QString::fromStdString(journal.failure().text));
-    return journal.ok();
+    // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
+    const auto waits = [this](const auto& entry) { return !entry.doubtful && !refused_.contains(entry.key); };
+    if (refused_.isFull() || std::any_of(waiting.begin(), waiting.end(), waits)) return false;
+    const bool journal = p_.journal.open().ok();
+    showNotice();
+    return journal;
 }
 
 /// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
@@ -119,7 +120,7 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     }
     if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
     // Its rows are stored; what is left is a chat to be rid of.
-    awaitSettled();
+    p_.opener.awaitSettled(kSettledMs);
     if (const auto clicked = p_.page.clickEntry(entry); clicked && clicked->found) {
         p_.opener.clickedName(chat.title, clicked->before);
         awaitChat(chat.title, clicked->before);
@@ -140,19 +141,17 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
     const Result<quint64> written = p_.journal.add(row);
     if (!written) {  // the message is safe as long as its mark is on the page
-        log::error("inbox", QStringLiteral("a chat is not opened: ") + QString::fromStdString(written.failure().text));
         leave();
         return Then::EndPass;
     }
     const quint64 key = written.value();
-    awaitSettled();
+    p_.opener.awaitSettled(kSettledMs);
     p_.journal.setDoubtful(key, true);  // until the page has answered
     const auto clicked = p_.page.clickEntry(entry);
     if (clicked && clicked->found) p_.opener.clickedName(chat.title, clicked->before);
     if (!clicked) {
         p_.opener.clickedNameBlindly(chat.title);
-        p_.state.len1.text.clear();  // so that there is a next pass, which decides
-        return Then::EndPass;
+        return Then::EndPass;  // the next pass decides
     }
     if (!clicked->found) {  // opened by a person or by an earlier click, or its row shows something newer: see later
         p_.state.waitread.visible = false;
@@ -170,23 +169,15 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
         return Then::EndPass;
     }
     p_.journal.change(key, row);
-    const bool stored = store(key);
     lastSignature_ = chat.title + chat.text;
+    const Stored stored = store(key);
     log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
                            .arg(row.wa_text.size())
                            .arg(log::maskedNumber(row.wa_no),
-                                stored ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                                stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
                            .arg(p_.clock.monotonicMs() - began));
     leave();
-    return stored ? Then::GoOn : Then::EndPass;
-}
-
-/// Lets the dummy's chat come up first: later it would take the place of the one that is about to be clicked.
-void InboxReader::awaitSettled() {
-    for (int tries = 0; tries < ChatOpener::kTryLimit && !p_.opener.settled() && !p_.clock.waitingStopped(); ++tries) {
-        if (const auto look = p_.page.lookAtChat(false)) p_.opener.observe(look->chat, look->linkText);
-        if (!p_.opener.settled()) p_.pacing.WA_WAIT(kSmallWaitMs);
-    }
+    return stored == Stored::NotNow ? Then::EndPass : Then::GoOn;
 }
 
 /// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.
@@ -218,38 +209,68 @@ QString InboxReader::textBehindDraft(const QString& title, const QString& draft)
     return draft;
 }
 
-bool InboxReader::store(quint64 key) {
+InboxReader::Stored InboxReader::store(quint64 key) {
     IncomingRow row;
     for (const InboxJournal::Entry& entry : p_.journal.entries())
         if (entry.key == key) row = entry.row;
     const auto line = p_.table.insert(row);
     if (!line) {
-        p_.journal.setMaybeStored(key);
-        storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
-        return false;
+        const bool rowRefused = line.failure().kind == FailureKind::RowRefused;
+        const QString why = QString::fromStdString(line.failure().text);
+        if (rowRefused) {
+            refused_.add(key, why);
+            log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
+        } else {
+            p_.journal.setMaybeStored(key);
+            storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
+        }
+        showNotice();
+        p_.table.report(row, line.failure());
+        return rowRefused ? Stored::Refused : Stored::NotNow;
     }
     p_.journal.settle(key);
-    p_.grid.append(*line);
+    p_.grid.append(line.value());
     p_.handOff.fire(row.wa_no, row.wa_text, row.PROFIL);
-    return true;
+    return Stored::Yes;
 }
 
 void InboxReader::storeWaiting() {
-    if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) storeUndoubted();
+    if (!p_.state.busy && !p_.state.dboff.visible && p_.clock.monotonicMs() >= storeAgainAtMs_) {
+        // Events run while a bot is asked; no pass and no message may begin among them.
+        const QScopedValueRollback<bool> busy(p_.state.busy, true);
+        storeUndoubted();
+    }
+    showNotice();
 }
 
 void InboxReader::storeUndoubted() {
     storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
-        if (entry.doubtful) continue;
+        if (entry.doubtful || refused_.holds(entry.key)) continue;
         const std::optional<bool> held = entry.maybeStored ? p_.table.holds(entry.row) : false;
         if (!held) return;
         if (*held) {
             p_.journal.settle(entry.key);
-        } else if (!store(entry.key)) {
+        } else if (store(entry.key) == Stored::NotNow) {
             return;
         }
+    }
+}
+
+void InboxReader::showNotice() {
+    const auto& entries = p_.journal.entries();
+    refused_.dropIf([&entries](quint64 key) {
+        return std::none_of(entries.begin(), entries.end(), [key](const auto& entry) { return entry.key == key; });
+    });
+    QString& notice = p_.state.inboxNotice;
+    notice.clear();
+    if (!p_.journal.problem().isEmpty()) {
+        notice = QStringLiteral("The inbox is not read: ") + p_.journal.problem();
+    } else if (refused_.count() > 0) {
+        notice = refused_.count() == 1 ? QStringLiteral("1 received message is")
+                                       : QStringLiteral("%1 received messages are").arg(refused_.count());
+        notice += QStringLiteral(" refused by the database: ") + refused_.firstReason();
     }
 }
 

@@ -11,6 +11,7 @@
 #include "engine/chat_opener.h"
 #include "engine/gateway_state.h"
 #include "engine/pacing.h"
+#include "engine/refused_rows.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
 #include "inbox/inbox_table.h"
@@ -43,7 +44,7 @@ class InboxReader {
         std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
         std::function<void()> BACA_PROFIL = {};  ///< refreshes `settings` from the profile's row; may be empty
     };
-    explicit InboxReader(Parts parts) : p_(std::move(parts)) {}
+    explicit InboxReader(Parts parts) : p_(std::move(parts)), refused_(p_.clock) {}
 
     /// One pass over the chat list. Returns at once while something else goes on; a pass that reached its end counts in
     /// `readPasses`. `Timer2` is off meanwhile.
@@ -60,6 +61,11 @@ class InboxReader {
 
  private:
     enum class Then { GoOn, EndPass };
+    enum class Stored {
+        Yes,
+        Refused,  ///< the table doesn't take what this message says
+        NotNow    ///< the database is away or takes nothing
+    };
     struct Rows {
         ChatListLook look;
         bool anyUnread;
@@ -69,17 +75,17 @@ class InboxReader {
     std::optional<ChatListLook> readList();
     std::optional<Rows> readRows(int offset);
     bool mustGiveWay() const;
-    void awaitSettled();
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
     QString numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const;
     QString textBehindDraft(const QString& title, const QString& draft);
-    bool store(quint64 key);
+    Stored store(quint64 key);
     void storeUndoubted();
     void dropDoubtful(const UnreadChat& chat);
     void settleDoubtful();
     void recover();
+    void showNotice();
     void leave();
 
     Parts p_;
@@ -89,6 +95,7 @@ class InboxReader {
     int scanFrom_ = 0;  // scroll position from which unread rows may be anywhere; -1: nowhere
     qint64 passBeganMs_ = 0;
     qint64 storeAgainAtMs_ = 0;
+    RefusedRows<quint64> refused_;  // by the journal's key
 };
 
 }  // namespace kibo

@@ -17,9 +17,8 @@ const QString kCountMulti =
 
 }  // namespace
 
-std::optional<QStringList> InboxTable::insert(const IncomingRow& row) {
+Result<QStringList> InboxTable::insert(const IncomingRow& row) {
     Recordset set = database_.OpenRecordset(row.multi ? kEmptyMulti : kEmptyInbox);
-    if (set.state() == Recordset::State::Closed) return std::nullopt;
     set.addNew();
     if (row.multi) {
         set.set(QStringLiteral("tipe"), QStringLiteral("I"));
@@ -29,11 +28,15 @@ std::optional<QStringList> InboxTable::insert(const IncomingRow& row) {
     set.set(QStringLiteral("SUB_NO"), row.SUB_NO);
     set.set(QStringLiteral("wa_text"), row.wa_text);
     set.set(QStringLiteral("wa_time"), row.wa_time);
-    if (!set.update()) return std::nullopt;
+    if (const Result<void> added = set.update(); !added) return added.failure();
     // Read back, since a database may complete a row by itself.
     const Recordset stored = database_.OpenRecordset(row.multi ? kLineOfMulti : kLineOfInbox, {set.lastInsertId()});
     if (stored.eof()) return QStringList{row.wa_no, row.wa_text, gridTime(row.wa_time), QString()};
     return QStringList{stored.field(0), stored.field(1), gridTime(stored.field(2)), stored.field(3)};
+}
+
+void InboxTable::report(const IncomingRow& row, const Failure& failure) const {
+    database_.report(row.multi ? QStringLiteral("insert into multi") : QStringLiteral("insert into inbox"), failure);
 }
 
 std::optional<bool> InboxTable::holds(const IncomingRow& row) {

@@ -13,8 +13,10 @@ class InboxTable {
  public:
     explicit InboxTable(Database& database) : database_(database) {}
 
-    /// Stores a message and gives its line of the grid `ms`; nothing when the database refuses.
-    std::optional<QStringList> insert(const IncomingRow& row);
+    /// Stores a message and gives its line of the grid `ms`. Fails with RowRefused when the table doesn't take what it
+    /// says. The caller reports a failure, having noted it.
+    Result<QStringList> insert(const IncomingRow& row);
+    void report(const IncomingRow& row, const Failure& failure) const;
     /// Whether the message is stored already, under its chat's title or its number; nothing when that can't be said.
     std::optional<bool> holds(const IncomingRow& row);
 

@@ -23,6 +23,10 @@ struct Process {
 
 ProcessId ownProcessId();
 
+/// Makes this process end when `parent`, which started it, does, however that ends; at once when it has ended already.
+/// To be called by the main thread, first of all.
+void endWithParent(ProcessId parent);
+
 /// 0 when there is no such process, or none that may be looked at. A process that has ended but is not yet
 /// collected by its parent counts as ended.
 ProcessStartTime processStartTime(ProcessId pid);

@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -73,6 +74,11 @@ bool waitUntilEnded(ProcessId pid, ProcessStartTime startTime, std::chrono::mill
 
 ProcessId ownProcessId() {
     return ::getpid();
+}
+
+void endWithParent(ProcessId parent) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != static_cast<pid_t>(parent)) ::_exit(0);
 }
 
 ProcessStartTime processStartTime(ProcessId pid) {

@@ -47,6 +47,16 @@ ProcessId ownProcessId() {
     return ::GetCurrentProcessId();
 }
 
+void endWithParent(ProcessId parent) {
+    // Neither is released: the wait lasts as long as this process.
+    const HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(parent));
+    const auto end = [](void*, BOOLEAN) { ::TerminateProcess(::GetCurrentProcess(), 0); };
+    HANDLE wait = nullptr;
+    if (process == nullptr ||
+        !::RegisterWaitForSingleObject(&wait, process, end, nullptr, INFINITE, WT_EXECUTEONLYONCE))
+        ::ExitProcess(0);
+}
+
 ProcessStartTime processStartTime(ProcessId pid) {
     if (pid <= 0) return 0;
     const Handle process = open(pid, PROCESS_QUERY_LIMITED_INFORMATION);

@@ -16,7 +16,8 @@ enum class FailureKind {
     Transport,        ///< no answer: connection refused, lost, or timed out
     Protocol,         ///< an answer that doesn't conform to its protocol
     Remote,           ///< the other side answered with an error of its own; `code` holds its name
-    Database,         ///< the database refused a statement; `code` holds the SQLSTATE where there is one
+    Database,         ///< the database refused a statement; `code` holds its native error number
+    RowRefused,       ///< the same, for the values of one row: the statement works with others
     ConnectionLost    ///< the database connection or browser session is gone
 };
 

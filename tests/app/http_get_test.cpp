@@ -70,6 +70,10 @@ TEST_F(HttpGetTest, TellsFailuresApart) {
     const Failure slow = failing(address("/slow?text=secret"), {.wholeMs = 300});
     EXPECT_EQ(slow.kind, FailureKind::Transport);
     EXPECT_EQ(slow.text.find("secret"), std::string::npos);
+    int times = 0;
+    const auto brokenOff = httpGet(address("/slow"), {}, [&times] { return ++times < 5; });
+    EXPECT_EQ(brokenOff.ok() ? "answered" : brokenOff.failure().text, "broken off");
+    EXPECT_EQ(times, 5);
     server_.stop();
     EXPECT_EQ(failing(address("/text?text=secret")).kind, FailureKind::Transport);
 }

@@ -129,6 +129,22 @@ TEST_P(StoreTest, FailingStatementIsSkippedOrSurfacesAndAClosedStoreRefusesAll) 
     EXPECT_EQ(database_.OpenRecordset(kEmptySet).state(), Recordset::State::Open);
 }
 
+TEST_P(StoreTest, RefusedRowIsToldFromAStatementThatFailsForAllRows) {
+    ASSERT_TRUE(
+        database_.Execute(QStringLiteral("create temporary table narrow (n integer primary key, "
+                                         "t varchar(10) not null check (length(t) <= 10), c integer check (c > 0))")));
+    const auto kindOf = [this](const char* statement) {
+        const auto done = database_.attempt(QLatin1String(statement));
+        return done ? FailureKind::NotFound : done.failure().kind;
+    };
+    EXPECT_EQ(kindOf("insert into narrow values (1, 'a', 1)"), FailureKind::NotFound) << "taken";
+    for (const char* refused : {"(1, 'a', 1)", "(2, null, 1)", "(2, 'abcdefghijk', 1)", "(2, 'a', 0)", "('x', 'a', 1)"})
+        EXPECT_EQ(kindOf((std::string("insert into narrow values ") + refused).c_str()), FailureKind::RowRefused)
+            << refused;
+    for (const char* wrong : {"insert into nowhere values (1)", "insert into narrow (no) values (1)", "insert"})
+        EXPECT_EQ(kindOf(wrong), FailureKind::Database) << wrong;
+}
+
 TEST_P(StoreTest, FailuresDoNotRepeatMessageTexts) {
     policy_.setDebugMode(true);
     for (const char16_t* values :

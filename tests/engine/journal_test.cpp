@@ -77,6 +77,17 @@ TEST_F(Crash, OfAStoreThatLostBothRowsKeepsTheMessage) {
     settle();
     expectMarked("can be queued again");
     EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0), QStringLiteral("hello"));
+
+    // What the sent log refuses to take is listed as unsent and holds up nothing.
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from sent")));
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("create trigger refuse before insert on sent when new.wa_text = 'hello' "
+                                        "begin select raise(abort, 'refused'); end")));
+    queue(kAni, QStringLiteral("other"));
+    settle();
+    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(state.ms2.rowCount(), 3);
 }
 
 TEST_F(Crash, AroundEnterIsDecidedByTheChat) {

@@ -69,15 +69,38 @@ TEST_F(Queue, TakingMovesTheRowInOnePiece) {
     EXPECT_EQ(count(QStringLiteral("sent")), 1);
     EXPECT_TRUE(gateway.queue.markFailed(QString::number(id)));
     EXPECT_EQ(status(id), QStringLiteral("fail"));
-}
 
-TEST_F(Queue, RefusedDeleteUndoesTheCopy) {
-    const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("x"));
+    const QString kept = QString::number(queue(QStringLiteral("6281"), QStringLiteral("x")));
     ASSERT_TRUE(database.Execute(
         QStringLiteral("create trigger refuse before delete on outbox begin select raise(abort, 'refused'); end")));
-    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::Unknown);
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    EXPECT_EQ(count(QStringLiteral("sent")), 0);
+    EXPECT_EQ(gateway.queue.take(kept), OutboxQueue::Taken::Refused);
+    EXPECT_EQ(count(QStringLiteral("sent")), 1) << "a refused delete undoes the copy";
+}
+
+TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
+    for (const char* text : {"too long", "a", "too long", "b"}) queue(QStringLiteral("628111"), QLatin1String(text));
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("create trigger narrow before insert on sent when length(new.wa_text) > 5 "
+                                        "begin select raise(abort, 'column too narrow'); end")));
+    for (int i = 0; i < 20; ++i) tick();
+    EXPECT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(count(QStringLiteral("outbox")), 2);
+    EXPECT_EQ(state.refusedOut,
+              QStringLiteral("Message 1 and 1 more can't be moved to the sent log: column too narrow"));
+    EXPECT_FALSE(state.dboff.visible || state.wait.visible);
+
+    ASSERT_TRUE(database.Execute(QStringLiteral("update outbox set wa_text = 'c' where id = 1")));
+    queue(QStringLiteral("628111"), QStringLiteral("d"));
+    for (int i = 0; i < 20; ++i) tick();
+    EXPECT_EQ(page.delivered.size(), 3u) << "a mended row isn't tried at once";
+    clock.wait(RefusedRows<qint64>::kPauseMs);
+    for (int i = 0; i < 20; ++i) tick();
+    EXPECT_EQ(page.delivered.back().text, QStringLiteral("c"));
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    for (int i = 0; i < 60; ++i) queue(QStringLiteral("628111"), QStringLiteral("too long"));
+    for (int i = 0; i < 80; ++i) tick();
+    EXPECT_TRUE(state.refusedOut.startsWith(QStringLiteral("Message 6 and 49 more"))) << "then it is the table's fault";
+    EXPECT_TRUE(journal.entries().empty());
 }
 
 TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {

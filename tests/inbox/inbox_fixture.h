@@ -41,12 +41,14 @@ class Inbox : public Engine {
     }
 
     QStringList toBots;
+    std::function<void()> whileBotIsAsked;  // what the event loop runs meanwhile
     InboxTable table{database};
     InboxGrid grid{state, settings, database, clock};
     ReplyHandOff handOff{settings,
                          database,
                          {[this](const QString& address) {
                               toBots << address;
+                              if (whileBotIsAsked) whileBotIsAsked();
                               return Result<void>();
                           },
                           {},

@@ -1,5 +1,7 @@
+#include <QDir>
 #include <QTimer>
 
+#include "app/log.h"
 #include "inbox/arrivals.h"
 #include "inbox_fixture.h"
 
@@ -112,6 +114,27 @@ TEST_F(Reader, NothingIsReadWhileSomethingElseGoesOn) {
     EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
 }
 
+TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
+    page.openDelay = [](const QString& number) { return number == kDummy ? 1500 : 0; };
+    page.previewDelay = 3000;
+    tick();
+    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    QFile picture(folder.filePath(QStringLiteral("p.png")));
+    ASSERT_TRUE(picture.open(QIODevice::WriteOnly) && picture.write("x") == 1 && picture.flush());
+    fetch = [&](const QString&) -> Result<QString> {
+        unread(kAni, QStringLiteral("hello"));
+        watch.Timer2_Timer();
+        EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
+        EXPECT_TRUE(state.step.startsWith(QStringLiteral("Preparing the files"))) << state.step.toStdString();
+        return picture.fileName();
+    };
+    const qint64 id = queue(QStringLiteral("6281234567890"), QStringLiteral("x"), 0, QStringLiteral("https://h/p.png"));
+    runQueue();
+    ASSERT_EQ(page.delivered.size(), 1u) << "the dummy's chat, opened late by the reader, was waited for";
+    EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
+    EXPECT_EQ(status(id), QString());
+}
+
 TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
     page.rowsInSight = 5;
     for (int i = 0; i < 13; ++i)
@@ -128,15 +151,23 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
 }
 
 TEST_F(Reader, PassGivesWayToMessagesThatWait) {
+    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    watch.Timer2_Timer();
     for (int i = 0; i < 20; ++i) unread(QString::number(i), QStringLiteral("hello"));
     queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
     gateway.queue.cmd_OutboxRefresh_Click();
     const qint64 began = clock.monotonicMs();
-    reader->BACA_WA();
+    watch.Timer2_Timer();
     EXPECT_LT(clock.monotonicMs() - began, 8'000);
     EXPECT_LT(count(QStringLiteral("inbox")), 20);
     runQueue();
-    while (count(QStringLiteral("inbox")) < 20) reader->BACA_WA();
+    page.rowsInSight = 5;  // sending has moved the others up: nothing in sight is unread, and the length is known
+    for (int i = 0; i < 5; ++i) page.list.prepend({kAni, QString(), {kAni, u"15:09"_qs, u"sent to"_qs}});
+    for (int i = 0; i < 100 && count(QStringLiteral("inbox")) < 20; ++i) {
+        state.len1.text = QString::number(page.chatListLength);
+        clock.wait(500);
+        watch.Timer2_Timer();
+    }
     EXPECT_EQ(count(QStringLiteral("inbox")), 20);
 }
 
@@ -160,20 +191,60 @@ TEST_F(Reader, WhatTheDatabaseRefusesIsStoredLater) {
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table inbox rename to away")));
     reader->BACA_WA();
     EXPECT_EQ(journal->entries().size(), 1u);
-    begin();  // a restart on the way loses nothing
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to inbox")));
-    reader->BACA_WA();
-    EXPECT_EQ(rows(), QStringLiteral("Ani||hello"));
-
-    unread(kAni, QStringLiteral("second"));
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table inbox rename to away")));
-    reader->BACA_WA();
     ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to inbox")));
     clock.wait(10'000);
+    settings.UseBotPHP = QStringLiteral("Y");
+    settings.PHP = QStringLiteral("http://bot/ask");
+    queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
+    whileBotIsAsked = [this] {
+        unread(QStringLiteral("Budi"), QStringLiteral("second"));
+        reader->BACA_WA();
+        reader->storeWaiting();
+        tick();
+        EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "both directions wait";
+    };
     reader->storeWaiting();
     reader->storeWaiting();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("hello\nsecond"));
+    EXPECT_EQ(toBots.size(), 1);
+    EXPECT_EQ(rows(), QStringLiteral("Ani||hello"));
     EXPECT_TRUE(journal->entries().empty());
+}
+
+TEST_F(Reader, MessageThatTheTableRefusesHoldsUpNoOther) {
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("create trigger refuse before insert on inbox when new.wa_text = 'no' "
+                                        "begin select raise(abort, 'refused'); end")));
+    unread(kAni, QStringLiteral("yes"));
+    unread(QStringLiteral("Budi"), QStringLiteral("no"));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes"));
+    EXPECT_EQ(state.inboxNotice, QStringLiteral("1 received message is refused by the database: refused"));
+    begin();
+    unread(QStringLiteral("Citra"), QStringLiteral("yes too"));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too"));
+    ASSERT_TRUE(database.Execute(QStringLiteral("drop trigger refuse")));
+    clock.wait(10'000);
+    reader->storeWaiting();
+    EXPECT_EQ(count(QStringLiteral("inbox")), 2) << "not asked at once";
+    clock.wait(RefusedRows<quint64>::kPauseMs);
+    reader->storeWaiting();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too\nno"));
+    EXPECT_EQ(state.inboxNotice, QString());
+}
+
+TEST_F(Reader, WithoutItsJournalNothingIsReadAndTheOperatorIsTold) {
+    const QString file = folder.filePath(QStringLiteral("inbox.journal"));
+    ASSERT_TRUE(QDir().mkdir(file));  // in the place of the file
+    unread(kAni, QStringLiteral("hello"));
+    const quint64 before = log::revision();
+    for (int i = 0; i < 3; ++i) reader->BACA_WA();
+    EXPECT_TRUE(state.inboxNotice.startsWith(QStringLiteral("The inbox is not read: "))) << "and not silently";
+    EXPECT_EQ(log::revision() - before, 1u) << "the same trouble is told once";
+    ASSERT_TRUE(QDir().rmdir(file));
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
+    EXPECT_EQ(state.inboxNotice, QString());
 }
 
 /// What a crash may leave: the message known to the journal only, to journal and page, or to journal and database.

@@ -72,6 +72,7 @@ TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
     state.sentCount = 7;
     state.BreakTime.setEnabled(true);
     state.DetikBreak.text = QStringLiteral("12");
+    state.Kirim_Cnt.caption = QStringLiteral("5/5");
     state.wait2 = {true, QStringLiteral("BREAK - 12 / 30")};
     QTRY_COMPARE_WITH_TIMEOUT(find<QLabel>("status")->text(), QStringLiteral("Ready"), 2000);
     EXPECT_EQ(find<ColourLabel>("status")->background(), colour::kGreen);
@@ -80,9 +81,15 @@ TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
     EXPECT_EQ(find<QLabel>("Sent_Cnt")->text(), QStringLiteral("7"));
     EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);
     EXPECT_EQ(find<QLabel>("wait2")->text(), QStringLiteral("BREAK - 12 / 30"));
+    EXPECT_EQ(find<QLabel>("Kirim_Cnt")->text(), QStringLiteral("5/5"));
     state.BreakTime.setEnabled(false);
+    state.dboff.visible = true;
+    state.refusedOut = QStringLiteral("Message 17 can't be moved");
     window->showState();
     EXPECT_FALSE(find<QProgressBar>("BreakProgress")->isVisible());
+    EXPECT_FALSE(find<QLabel>("lblBatch")->isVisible()) << "that batch is over";
+    EXPECT_EQ(find<QLabel>("Outbox_Cnt")->text(), QStringLiteral("–")) << "not none: not known";
+    EXPECT_TRUE(find<QLabel>("step")->toolTip().contains(state.refusedOut));
 }
 
 TEST_F(MainWindowTest, leavesTheDummyNumberToWhoeverTypesIt) {

@@ -38,16 +38,19 @@ TEST(WindowsWindows, areFoundByTitleHiddenAndShown) {
     showWindow(*found, true);  // gone: nothing happens
 }
 
-/// Not a test: the process that the next one starts, lists and ends.
+/// Not a test: the processes that the next one starts, lists and ends.
 TEST(WindowsProcess, DISABLED_staysForAMinute) {
+    if (const std::string parent = environment("KIBO_TEST_PARENT"); !parent.empty()) endWithParent(std::stoll(parent));
     ::Sleep(60'000);
 }
 
 TEST(WindowsProcess, isStartedListedAndEnded) {
     EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
-    const Result<ProcessId> started =
-        startProgram(executablePath(ownProcessId()),
-                     {"--gtest_also_run_disabled_tests", "--gtest_filter=WindowsProcess.DISABLED_staysForAMinute"});
+    const auto start = [] {
+        return startProgram(executablePath(ownProcessId()), {"--gtest_also_run_disabled_tests",
+                                                             "--gtest_filter=WindowsProcess.DISABLED_staysForAMinute"});
+    };
+    const Result<ProcessId> started = start();
     ASSERT_TRUE(started.ok()) << started.failure().text;
     const ProcessId pid = started.value();
     const Process process{pid, processStartTime(pid)};
@@ -60,10 +63,16 @@ TEST(WindowsProcess, isStartedListedAndEnded) {
     EXPECT_TRUE(contains(descendants(ownProcessId()), process));
     EXPECT_TRUE(contains(processesOf(executablePath(pid)), process));
 
+    ::_putenv_s("KIBO_TEST_PARENT", std::to_string(pid).c_str());
+    const ProcessId dependent = start().valueOr(0);
+    const ProcessStartTime dependentStarted = processStartTime(dependent);
+    EXPECT_NE(dependentStarted, 0u);
     EXPECT_TRUE(terminate(pid, process.startTime + 1, 0).ok());
     EXPECT_TRUE(isRunning(pid, process.startTime)) << "another process's id is left alone";
     EXPECT_TRUE(terminate(pid, process.startTime, 0).ok());
     EXPECT_FALSE(isRunning(pid, process.startTime));
+    for (int i = 0; i < 200 && isRunning(dependent, dependentStarted); ++i) ::Sleep(50);
+    EXPECT_FALSE(isRunning(dependent, dependentStarted)) << "it ends with the one that it calls its parent";
     EXPECT_EQ(processStartTime(-1), 0u);
 }
 

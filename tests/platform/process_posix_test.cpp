@@ -89,5 +89,17 @@ TEST(ProcessTest, endsWhatListensAndWhatDoesNot) {
     ::close(ready[1]);
 }
 
+TEST(ProcessTest, endsWithItsParent) {
+    const Child parent([] {
+        const ProcessId own = ownProcessId();
+        if (::fork() == 0) endWithParent(own);
+    });
+    const std::vector<Process> below = parent.awaitDescendants(1);
+    ASSERT_EQ(below.size(), 1u);
+    ::kill(static_cast<pid_t>(parent.id()), SIGKILL);
+    for (int i = 0; i < 1000 && isRunning(below[0].id, below[0].startTime); ++i) std::this_thread::sleep_for(5ms);
+    EXPECT_FALSE(isRunning(below[0].id, below[0].startTime));
+}
+
 }  // namespace
 }  // namespace kibo::platform

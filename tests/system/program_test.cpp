@@ -43,6 +43,9 @@ TEST_F(Program, SendsWhatIsInsertedStopsCleanlyAndRecoversFromBeingKilled) {
         << program.processes().size() << " processes left";
     EXPECT_EQ(program.standIn.received().size(), 2u);
 
+    const QByteArray end = program.log().mid(program.log().lastIndexOf(" ends"));
+    EXPECT_FALSE(end.contains(" warning browser")) << "stopped in the middle of a message: " << end.toStdString();
+
     // The log names ids and durations, never texts or whole numbers.
     EXPECT_TRUE(program.log().contains("message 2 to "));
     EXPECT_FALSE(program.log().contains("private"));

@@ -281,6 +281,7 @@ void GatewayApplication::endProgram() {
     if (clock_.waitingStopped()) return;
     // Waits of a running tick end now, so that it unwinds to the event loop and the program can leave.
     clock_.stopWaiting();
+    policy_.programEnds();
     if (timers_) timers_->stopAll();
     heartbeat_.stop();
     if (inbox_) inbox_->botBrowser.quit();

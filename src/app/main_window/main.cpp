@@ -26,9 +26,9 @@ bool choosePlatform() {
 
 int main(int argc, char** argv) {
     const bool attended = choosePlatform();
-    if (argc > 1 && std::string_view(argv[1]) == kibo::QtClipboard::kHoldArgument) {
+    if (argc > 2 && std::string_view(argv[1]) == kibo::QtClipboard::kHoldArgument) {
         const QGuiApplication qt(argc, argv);
-        return kibo::QtClipboard::hold();
+        return kibo::QtClipboard::hold(QString::fromLatin1(argv[2]));
     }
     QApplication qt(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);

@@ -217,11 +217,16 @@ void MainWindow::showTitle() {
     if (windowTitle() != title) setWindowTitle(title);
 }
 
+/// Without its database nobody knows what waits; a store that takes nothing can still be read.
+bool MainWindow::queueIsUnknown() const {
+    return state_.dboff.visible && state_.ms_out.rowCount() == 1;
+}
+
 void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    QStringList line{state_.step, state_.doneAbout, state_.pageNotice};
+    QStringList line{state_.step, state_.doneAbout, state_.refusedOut, state_.inboxNotice, state_.pageNotice};
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
@@ -232,6 +237,8 @@ void MainWindow::showState() {
     setText(c.Inbox_Cnt, state_.Inbox_Cnt.caption);
     setShown(c.Inbox_Cnt, !state_.Inbox_Cnt.caption.isEmpty());
     if (c.newestFirst->isChecked() != state_.newestFirst.checked) c.newestFirst->setChecked(state_.newestFirst.checked);
+    c.ms_out->setEmptyText(queueIsUnknown() ? QStringLiteral("The database is off")
+                                            : QStringLiteral("No message is waiting"));
     c.ms_out->refresh();
     c.ms->refresh();
     c.ms2->refresh();
@@ -297,9 +304,11 @@ void MainWindow::showPace() {
     WindowControls& c = *controls_;
     setText(c.Sent_Cnt, QString::number(state_.sentCount));
     setText(c.Failed_Cnt, QString::number(state_.failedCount));
-    setText(c.Outbox_Cnt, state_.Outbox_Cnt.caption);
-    setText(c.Kirim_Cnt, state_.Kirim_Cnt.caption);
-    setShown(c.lblBatch, !state_.Kirim_Cnt.caption.isEmpty());
+    setText(c.Outbox_Cnt, queueIsUnknown() ? QStringLiteral("–") : state_.Outbox_Cnt.caption);
+    // The count stays after a break or a pause, until the first message of the next batch.
+    const bool inBatch = state_.HitungKirim.text != QStringLiteral("0") || state_.BreakTime.enabled();
+    setText(c.Kirim_Cnt, inBatch ? state_.Kirim_Cnt.caption : QString());
+    setShown(c.lblBatch, !c.Kirim_Cnt->text().isEmpty());
     setText(c.HitungKirim, state_.HitungKirim.text);
     setText(c.DetikBreak, state_.DetikBreak.text);
     setText(c.wait2, state_.wait2.caption);

@@ -68,6 +68,7 @@ class MainWindow : public QMainWindow {
     void showHead();
     void showMessageInProgress();
     void showPace();
+    bool queueIsUnknown() const;
 
     GatewayState& state_;
     const Settings& settings_;

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/process.h"
+
 namespace kibo {
 namespace {
 
@@ -31,7 +33,8 @@ void QtClipboard::lend(const QString& text) {
     lent_ = text;
     endHolder();
     holder_ = std::make_unique<QProcess>();
-    holder_->start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(kHoldArgument)});
+    holder_->start(QCoreApplication::applicationFilePath(),
+                   {QString::fromLatin1(kHoldArgument), QString::number(platform::ownProcessId())});
     holder_->write(text.toUtf8());
     holder_->closeWriteChannel();
 }
@@ -57,7 +60,8 @@ void QtClipboard::endHolder() {
     holder_.reset();
 }
 
-int QtClipboard::hold() {
+int QtClipboard::hold(const QString& owner) {
+    platform::endWithParent(owner.toLongLong());
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly)) return 1;
     QClipboard& clipboard = *QGuiApplication::clipboard();

@@ -21,8 +21,9 @@ class QtClipboard : public Clipboard {
     /// The command line's first argument that makes the program such a second process.
     static constexpr const char* kHoldArgument = "--hold-clipboard";
     /// What the second process does: offers the text from its standard input until somebody else copies something.
-    /// Needs a QGuiApplication. Returns the exit code.
-    static int hold();
+    /// Ends with `owner`, the process id in decimal digits that followed the first argument. Needs a QGuiApplication.
+    /// Returns the exit code.
+    static int hold(const QString& owner);
 
  private:
     void endHolder();

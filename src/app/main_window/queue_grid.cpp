@@ -71,6 +71,12 @@ void QueueGrid::paintEvent(QPaintEvent* event) {
     painter.drawText(viewport()->rect(), static_cast<int>(Qt::AlignCenter), emptyText_);
 }
 
+void QueueGrid::setEmptyText(const QString& text) {
+    if (emptyText_ == text) return;
+    emptyText_ = text;
+    viewport()->update();
+}
+
 void QueueGrid::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
     QTableView::rowsAboutToBeRemoved(parent, first, last);
     // Rows leave above the visible ones: what is on the screen stays where it is.

@@ -17,6 +17,8 @@ class QueueGrid : public QTableView {
 
     /// Shows the grid's rows as they are now; call it as often as you like.
     void refresh() { model_.refresh(); }
+    /// What stands in the place of rows as long as there are none.
+    void setEmptyText(const QString& text);
 
  protected:
     void resizeEvent(QResizeEvent* event) override;

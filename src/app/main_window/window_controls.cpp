@@ -123,7 +123,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     // Queues
     build.card("shapOutbox", kLeft, 98, kLeftWidth, 262);
-    ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, QStringLiteral("No message is waiting"), area);
+    ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, {}, area);
     build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
