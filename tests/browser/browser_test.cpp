@@ -189,6 +189,21 @@ TEST_F(BrowserTest, ABrowserOrDriverThatCrashedIsNoticedAndReplaced) {
     EXPECT_TRUE(browser_.windowExists());
 }
 
+TEST_F(BrowserTest, OpensAProfileWhoseSettingsAKillHasCutShort) {
+    const QDir profile(folder_.filePath(QStringLiteral("profil/1")));
+    ASSERT_TRUE(profile.mkpath(QStringLiteral("Default")));
+    for (const char* content : {"", "{\"half"}) {
+        for (const char* name : {"Default/Preferences", "Local State"}) {
+            QFile file(profile.filePath(QLatin1String(name)));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(content);
+        }
+        const auto opened = open();
+        EXPECT_TRUE(opened) << opened.failure().text;
+        browser_.quit();
+    }
+}
+
 TEST_F(BrowserTest, TwoGatewaysCantShareAProfile) {
     QProcess other;  // stands for the gateway that came first
     other.start(QStringLiteral("sleep"), {QStringLiteral("60")});
