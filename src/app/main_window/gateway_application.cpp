@@ -54,6 +54,7 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementDatabase_(clock_, policy_),
       elementStore_(elementDatabase_),
       instanceRows_(database_),
+      profileSettings_(state_, settings_, database_),
       startUp_(dialogs, programFolder_),
       browser_(programFolder_, clock_),
       mediaDownload_(settings_, clock_, programFolder_) {
@@ -105,8 +106,9 @@ void GatewayApplication::buildEngine() {
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
     });
-    inbox_ = std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random,
-                                                  *gateway_, programFolder_, pageInUse});
+    inbox_ =
+        std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_,
+                                             programFolder_, pageInUse, [this] { profileSettings_.BACA_PROFIL(); }});
 }
 
 bool GatewayApplication::showWindow() {
@@ -159,6 +161,7 @@ void GatewayApplication::buildBrowserParts() {
         .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
         .closeBrowser = [this] { browser_.quit(); },
         .showState = [this] { window_->showState(); },
+        .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
     });
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
