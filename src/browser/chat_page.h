@@ -25,6 +25,23 @@ struct OpenChat {
     int personClicks = 0;
 };
 
+/// A message of somebody else that the chat list doesn't mark as unread: it came in while its chat was open, or the
+/// chat was opened to write while it was unread. Only chats that were opened by a click of ours are listened to.
+struct ArrivedMessage {
+    QString key;    ///< unlike that of any other message
+    QString title;  ///< of its chat
+    QString number;
+    QString headerPicture;  ///< address of the chat's picture; empty when there is none
+    QString sender;         ///< in a group: who wrote, if the message tells
+    QString text;           ///< as the chat shows it, in one line; empty where it has none
+    int ageMs = 0;
+    /// For one whose mark the opening took away: the chat's row as it was before.
+    QStringList lines;
+    QString badge;
+    /// For one that came in while its chat was being opened: the text that the row showed before.
+    QString previewBefore;
+};
+
 /// What one tick of the step machine needs to know, read in one command.
 struct PageLook {
     enum class Presence {
@@ -49,9 +66,10 @@ struct PageLook {
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
-    bool hasChatList = false;   ///< something matches XX_ChatList
-    bool hasBox = false;        ///< something matches XX_ChatBox
-    QStringList misunderstood;  ///< locators among these that the browser doesn't understand
+    bool hasChatList = false;       ///< something matches XX_ChatList
+    bool hasBox = false;            ///< something matches XX_ChatBox
+    QStringList misunderstood;      ///< locators among these that the browser doesn't understand
+    QList<ArrivedMessage> arrived;  ///< until they are forgotten, again with each look
     OpenChat chat;
 };
 
@@ -182,6 +200,9 @@ class ChatPage {
 
     /// The messages of the open chat that the page holds, newest last.
     virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
+
+    /// The page need not keep these messages any more.
+    virtual bool forgetArrived(const QStringList& keys) = 0;
 
     /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
     /// `milliseconds`, until it stands there.

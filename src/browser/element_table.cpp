@@ -38,6 +38,8 @@ constexpr std::array kElements{
     Element{"XX_Conversation", "#main"},
     Element{"XX_HeaderPicture", "//*[@id='main']/header/div[1]/div/img"},
     Element{"XX_MessageRow", "#main [data-id]"},
+    // Inside a message of the open chat; the last of them, since the text that is answered may stand above.
+    Element{"XX_MessageText", "span.selectable-text"},
     Element{"XX_AttachMenu", "span[data-icon='attach-menu-plus']"},
     Element{"XX_MediaInput", "input[type='file']"},
     Element{"XX_DocumentInput",

@@ -18,6 +18,8 @@ QString clickLink();
 /// (focusBox) → what ChatLook holds.
 QString lookAtChat();
 QString lastMessages();
+/// (keys) → true. Those messages have been taken.
+QString forgetArrived();
 /// Asynchronous: (name of the box, text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
 /// The same with (name of the box, text, milliseconds, chatSerial, callback): pastes first.

@@ -43,6 +43,17 @@ OpenChat openChat(const QJsonObject& chat) {
     return shown;
 }
 
+QList<ArrivedMessage> arrivedMessages(const QJsonArray& messages) {
+    QList<ArrivedMessage> arrived;
+    for (const QJsonValue& message : messages) {
+        const auto text = [&message](const char* name) { return message[QString::fromLatin1(name)].toString(); };
+        arrived.append({text("key"), text("title"), text("number"), text("picture"), text("sender"), text("text"),
+                        message[QStringLiteral("ageMs")].toInt(), strings(message[QStringLiteral("lines")]),
+                        text("badge"), text("previewBefore")});
+    }
+    return arrived;
+}
+
 QString elementName(Box box) {
     switch (box) {
         case Box::Message:
@@ -159,6 +170,7 @@ PageLook WebPage::look() {
     look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
     look.notice = seen[QStringLiteral("notice")].toString();
     look.chat = openChat(seen[QStringLiteral("chat")].toObject());
+    look.arrived = arrivedMessages(seen[QStringLiteral("arrived")].toArray());
     return look;
 }
 
@@ -209,6 +221,12 @@ std::optional<QList<ChatMessage>> WebPage::lastMessages() {
         messages.append({message[QStringLiteral("id")].toString(), message[QStringLiteral("own")].toBool(),
                          message[QStringLiteral("text")].toString()});
     return messages;
+}
+
+bool WebPage::forgetArrived(const QStringList& keys) {
+    static const QString script = scripts::forgetArrived();
+    return runOrSkip("forget the messages that were taken", script, {QJsonValue(QJsonArray::fromStringList(keys))})
+        .has_value();
 }
 
 // Chrome's Input.insertText takes any text at once, where key events take one character each and many driver

@@ -36,9 +36,11 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
-        FetchMedia fetchMedia = {};            ///< fetches files given by address; may be empty
-        QString programFolder = {};            ///< takes the login code's picture where no setting names a folder
-        Clipboard* clipboard = nullptr;        ///< may be null: then texts are always typed
+        /// Takes messages that came in while their chat was open; may be empty.
+        std::function<void(const QList<ArrivedMessage>&)> takeArrived = {};
+        FetchMedia fetchMedia = {};      ///< fetches files given by address; may be empty
+        QString programFolder = {};      ///< takes the login code's picture where no setting names a folder
+        Clipboard* clipboard = nullptr;  ///< may be null: then texts are always typed
     };
 
     explicit Gateway(const Needs& n)
@@ -55,7 +57,7 @@ struct Gateway {
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
-                   recovery, login, n.random, n.pageInUse}),
+                   recovery, login, n.random, n.pageInUse, n.takeArrived}),
           chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;

@@ -43,6 +43,8 @@ class StepMachine {
         RandomSource random;
         /// Whether another screen drives the page at the moment.
         std::function<bool()> pageInUse;
+        /// Takes the messages that came in while their chat was open, and has the page forget them.
+        std::function<void(const QList<ArrivedMessage>&)> takeArrived;
     };
     explicit StepMachine(Parts parts);
 

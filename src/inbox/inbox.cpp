@@ -38,6 +38,7 @@ Inbox::Inbox(const Needs& n)
           {get, [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
            start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, table, journal,
-              grid, handOff, n.pageInUse, n.BACA_PROFIL}) {}
+              grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}) {}
 
 }  // namespace kibo

@@ -9,6 +9,7 @@
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "engine/gateway.h"
+#include "inbox/arrivals.h"
 #include "inbox/bot_browser.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
@@ -45,6 +46,7 @@ struct Inbox {
     BotBrowser botBrowser;
     ReplyHandOff handOff;
     InboxReader reader;
+    Arrivals arrivals;
 };
 
 }  // namespace kibo

@@ -49,7 +49,7 @@ Result<void> InboxJournal::open() {
         const auto key = static_cast<quint64>(json[kKey].toInteger());
         lastKey_ = std::max(lastKey_, key);
         std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
-        if (json.contains(kRow)) entries_.push_back({key, rowFrom(json[kRow].toObject()), true});
+        if (json.contains(kRow)) entries_.push_back({key, rowFrom(json[kRow].toObject()), true, true});
     }
     file_ = std::move(file).value();
     openPath_ = path;
@@ -64,7 +64,7 @@ Result<quint64> InboxJournal::add(const IncomingRow& row) {
     const quint64 key = ++lastKey_;
     const Result<void> written = write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}});
     if (!written) return written.failure();
-    entries_.push_back({key, row, false});
+    entries_.push_back({key, row, false, false});
     return key;
 }
 
@@ -78,6 +78,10 @@ void InboxJournal::change(quint64 key, const IncomingRow& row) {
 
 void InboxJournal::setDoubtful(quint64 key, bool doubtful) {
     if (Entry* entry = find(key)) entry->doubtful = doubtful;
+}
+
+void InboxJournal::setMaybeStored(quint64 key) {
+    if (Entry* entry = find(key)) entry->maybeStored = true;
 }
 
 void InboxJournal::settle(quint64 key) {

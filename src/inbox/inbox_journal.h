@@ -21,6 +21,8 @@ class InboxJournal {
         IncomingRow row;
         /// It isn't known whether the chat was opened: the page decides, by whether its mark is still there.
         bool doubtful;
+        /// It may be in the database already: by an earlier run, or by a statement that seemed to fail.
+        bool maybeStored;
     };
 
     /// `path` gives the file; when it gives another one, that is opened in the place of the first.
@@ -35,6 +37,7 @@ class InboxJournal {
     /// The same message, better known.
     void change(quint64 key, const IncomingRow& row);
     void setDoubtful(quint64 key, bool doubtful);
+    void setMaybeStored(quint64 key);
     /// The row is stored, or need not be.
     void settle(quint64 key);
 

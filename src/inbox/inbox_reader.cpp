@@ -203,11 +203,8 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
 }
 
 QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const {
-    if (!chat.sender.isEmpty() || !isYes(p_.settings.GetNumberInbox)) return chat.title;
-    const QString pictured = look ? numberInPicture(look->headerPicture) : QString();
-    if (!pictured.isEmpty()) return pictured;
-    if (looksLikeNumber(chat.title)) return digitsIn(chat.title);
-    return look && !look->chat.number.isEmpty() ? look->chat.number : chat.title;
+    if (!isYes(p_.settings.GetNumberInbox)) return chat.title;
+    return look ? senderNumber(chat, look->headerPicture, look->chat.number) : senderNumber(chat, {}, {});
 }
 
 /// The row of an open chat shows its last message again, where before it showed a text left in the message box.
@@ -227,6 +224,7 @@ bool InboxReader::store(quint64 key) {
         if (entry.key == key) row = entry.row;
     const auto line = p_.table.insert(row);
     if (!line) {
+        p_.journal.setMaybeStored(key);
         storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         return false;
     }
@@ -245,8 +243,7 @@ void InboxReader::storeUndoubted() {
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
         if (entry.doubtful) continue;
-        // A server that broke off may have stored it all the same.
-        const auto held = p_.table.holds(entry.row);
+        const std::optional<bool> held = entry.maybeStored ? p_.table.holds(entry.row) : false;
         if (!held) return;
         if (*held) {
             p_.journal.settle(entry.key);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/phone_number.h"
+
 namespace kibo {
 namespace {
 
@@ -33,6 +35,14 @@ std::optional<UnreadChat> readChat(ChatEntry entry) {
     entry.badge = QStringLiteral("1");
     entry.lines.append(entry.badge);
     return unreadChat(entry);
+}
+
+QString senderNumber(const UnreadChat& chat, const QString& headerPicture, const QString& namedNumber) {
+    if (!chat.sender.isEmpty()) return chat.title;
+    const QString pictured = numberInPicture(headerPicture);
+    if (!pictured.isEmpty()) return pictured;
+    if (looksLikeNumber(chat.title)) return digitsIn(chat.title);
+    return namedNumber.isEmpty() ? chat.title : namedNumber;
 }
 
 bool isTyping(const QString& text, const QString& typing) {

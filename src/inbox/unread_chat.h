@@ -22,6 +22,10 @@ std::optional<UnreadChat> unreadChat(const ChatEntry& entry);
 /// The same for a row whose messages are read: its last line is the text.
 std::optional<UnreadChat> readChat(ChatEntry entry);
 
+/// Number of who wrote: named by the address of the chat's picture, by the chat's title, or else `namedNumber`, by
+/// which its messages name it; in a group, and where nothing names it, the chat's title.
+QString senderNumber(const UnreadChat& chat, const QString& headerPicture, const QString& namedNumber);
+
 /// Whether the row shows that somebody types instead of a message. `typing` is the page's word for it, of which the
 /// first six characters count, in any case.
 bool isTyping(const QString& text, const QString& typing);

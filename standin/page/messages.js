@@ -75,7 +75,7 @@ function tick(state) {
 }
 
 const stamp = (message) =>
-    `[${clockTime(message.timeMs)}, ${new Date(message.timeMs).toLocaleDateString('en-US')}] ${message.incoming ? message.number : 'You'}: `;
+    `[${clockTime(message.timeMs)}, ${new Date(message.timeMs).toLocaleDateString('en-US')}] ${message.incoming ? message.member || message.number : 'You'}: `;
 
 function attachment(message) {
     if (message.kind === 'text' || message.kind === 'deleted') return null;

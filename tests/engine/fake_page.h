@@ -108,6 +108,7 @@ class FakePage : public ChatPage {
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
         look.chat = chat();
+        look.arrived = arrived;
         return look;
     }
     bool plantLink(const QString& address) override {
@@ -161,6 +162,11 @@ class FakePage : public ChatPage {
     std::optional<QList<ChatMessage>> lastMessages() override {
         if (!answers("lastMessages")) return std::nullopt;
         return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
+    }
+    bool forgetArrived(const QStringList& keys) override {
+        if (!answers("forgetArrived")) return false;
+        arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
+        return true;
     }
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
         if (!answers("pasteText")) return std::nullopt;
@@ -321,6 +327,7 @@ class FakePage : public ChatPage {
 
     int chatListLength = 7;
     QList<ChatEntry> list;
+    QList<ArrivedMessage> arrived;
     int rowsInSight = 20;
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;

@@ -1,5 +1,6 @@
 #include <QTimer>
 
+#include "inbox/arrivals.h"
 #include "inbox_fixture.h"
 
 namespace kibo {
@@ -204,6 +205,31 @@ TEST_F(Reader, AfterACrashEachMessageIsThereOnce) {
     reader->BACA_WA();
     EXPECT_EQ(rows("wa_text"), QStringLiteral("one\ntwo"));
     EXPECT_TRUE(journal->entries().empty());
+}
+
+/// What came in while its chat was open, as the watch in the page tells it.
+TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
+    Arrivals arrivals({state, settings, elements, page, clock, *journal});
+    const auto arrived = [](const char* key, const QString& text) {
+        return ArrivedMessage{QString::fromLatin1(key), kAni, u"62811"_qs, {}, {}, text, 4'000, {}, {}, {}};
+    };
+    page.arrived = {arrived("1", u"one"_qs), arrived("2", u"typing…"_qs), arrived("3", u"after typing"_qs),
+                    arrived("4", QString())};
+    page.arrived[1].badge = u"2"_qs;  // what the list showed over an unread message when its chat was opened
+    page.arrived[1].lines = QStringList{kAni, u"15:09"_qs, u"typing…"_qs, u"2"_qs};
+    page.arrived[1].text = u"two"_qs;
+    page.arrived[2].previewBefore = u"typing…"_qs;
+    page.silent = true;  // it doesn't forget them
+    arrivals.take(page.arrived);
+    arrivals.take(page.arrived);
+    page.silent = false;
+    reader->BACA_WA();
+    EXPECT_EQ(rows("wa_no, wa_text, wa_time"),
+              QStringLiteral("62811|one|2026-03-14 15:09:22\n62811|two|2026-03-14 15:09:22"));
+    settings.DisableRead = QStringLiteral("Y");
+    page.arrived = {arrived("5", u"five"_qs)};
+    arrivals.take(page.arrived);
+    EXPECT_TRUE(page.arrived.isEmpty() && journal->entries().empty());
 }
 
 }  // namespace

@@ -40,8 +40,17 @@ class InboxBrowser : public test::OnRealGateway<10> {
         inbox.reset();
         inbox = std::make_unique<Inbox>(Inbox::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock,
                                                      [] { return 0.5; }, *r.gateway, r.folder.path()});
-        r.gateway.emplace(Gateway::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock, r.journal,
-                                         [] { return 0.0; }, [] { inbox->reader.BACA_WA(); }});
+        Gateway::Needs needs{r.state,
+                             r.settings,
+                             r.elements,
+                             r.database,
+                             *r.page,
+                             r.clock,
+                             r.journal,
+                             [] { return 0.0; },
+                             [] { inbox->reader.BACA_WA(); }};
+        needs.takeArrived = [](const auto& arrived) { inbox->arrivals.take(arrived); };
+        r.gateway.emplace(needs);
         inbox.reset();
         inbox = std::make_unique<Inbox>(Inbox::Needs{r.state, r.settings, r.elements, r.database, *r.page, r.clock,
                                                      [] { return 0.5; }, *r.gateway, r.folder.path()});
@@ -165,6 +174,58 @@ TEST_F(InboxBrowser, TypingGroupLineAndStickyMarkFollowTheirRules) {
         return happened("read") == 3;
     }));
     EXPECT_EQ(stored(), 4) << "read at last, without a fourth copy";
+}
+
+/// The chat list says nothing of them: the page takes them as read.
+TEST_F(InboxBrowser, WhatComesInWhileItsChatIsOpenIsStoredOnce) {
+    // `json` comes in as soon as the page reports `event` once more.
+    const auto when = [](const char* event, const char* json) {
+        real->clock.onWait = [=, before = happened(event)] {
+            if (happened(event) == before) return;
+            real->clock.onWait = nullptr;
+            incoming(json);
+            EXPECT_TRUE(real->standIn.waitUntilPageKnows(std::chrono::seconds(5)));
+        };
+    };
+    const auto send = [](const char* number, int mode) {
+        real->queue(QString::fromLatin1(number), QStringLiteral("answer"), mode);
+        real->runQueue();
+        EXPECT_FALSE(real->clock.onWait);
+    };
+    real->standIn.addContact("628111", "Ayu");
+    real->standIn.addContact("120363000000000001", "Club");
+    incoming(R"({"number": "628111", "text": "unread before"})");
+    ASSERT_TRUE(real->standIn.waitUntilPageKnows(std::chrono::seconds(5)));
+    when("chatOpened", R"({"number": "628111", "text": "while open\nin two lines"})");
+    send("628111", 1);
+    ASSERT_TRUE(stores(2));
+    real->behave(R"({"chatOpenDelayMs": {"min": 80, "max": 80}})");
+    when("openRequested", R"({"number": "628111", "text": "while opening"})");
+    send("628111", 1);
+    ASSERT_TRUE(stores(3));
+    when("chatOpened", R"({"number": "628111", "kind": "image", "text": ""})");
+    send("628111", 1);
+    ASSERT_TRUE(stores(4));
+    EXPECT_EQ(rows(), "628111||unread before\n628111||while open in two lines\n628111||while opening\n628111||Photo");
+
+    ASSERT_TRUE(real->database.Execute(QStringLiteral("delete from inbox")));
+    incoming(R"({"number": "120363000000000001", "member": "Budi", "text": "hello"})");
+    ASSERT_TRUE(stores(1));
+    when("chatOpened", R"({"number": "120363000000000001", "member": "Budi", "text": "hello"})");
+    send("Club", 2);
+    ASSERT_TRUE(stores(2)) << "the same once more is another message";
+    when("chatOpened", R"({"number": "628111", "text": "while read"})");
+    incoming(R"({"number": "628111", "text": "marked"})");
+    ASSERT_TRUE(stores(4));
+    EXPECT_EQ(rows(), "Club|Budi|hello\nClub|Budi|hello\n628111||marked\n628111||while read");
+
+    real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 40}, "reuseConversation": true})");
+    when("chatOpened", R"({"number": "628111", "text": "in an old frame"})");
+    send("628111", 1);
+    ASSERT_TRUE(stores(5));
+    ticks(10);
+    EXPECT_EQ(stored(), 5) << rows();
+    EXPECT_TRUE(real->page->look().arrived.isEmpty());
 }
 
 TEST_F(InboxBrowser, RestartAndDatabaseAwayLoseAndDoubleNothing) {

@@ -102,6 +102,7 @@ void GatewayApplication::buildEngine() {
         .random = random,
         .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
         .pageInUse = pageInUse,
+        .takeArrived = [this](const QList<ArrivedMessage>& arrived) { inbox_->arrivals.take(arrived); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
         .programFolder = programFolder_,
         .clipboard = &clipboard_,

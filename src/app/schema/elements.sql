@@ -27,6 +27,7 @@ INSERT INTO element VALUES ('XX_ChatList', '//*[@id=''pane-side'']');
 INSERT INTO element VALUES ('XX_Conversation', '//*[@id=''main'']');
 INSERT INTO element VALUES ('XX_HeaderPicture', '//*[@id=''main'']//header//img');
 INSERT INTO element VALUES ('XX_MessageRow', '//*[@id=''main'']//*[@data-id]');
+INSERT INTO element VALUES ('XX_MessageText', './/span[contains(concat('' '', @class, '' ''), '' selectable-text '')]');
 INSERT INTO element VALUES ('XX_AttachMenu', '//*[@id=''main'']//footer//*[@data-testid=''plus-rounded'' or @data-icon=''plus-rounded'' or @data-icon=''attach-menu-plus'']/ancestor-or-self::*[self::button or @role=''button'' or self::span][1]');
 INSERT INTO element VALUES ('XX_MediaInput', '//input[@type=''file''][contains(@accept,''image/'') and contains(@accept,''video/'')]');
 INSERT INTO element VALUES ('XX_DocumentInput', '//input[@type=''file''][@accept=''*'' or not(@accept)]');

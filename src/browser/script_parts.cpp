@@ -1,0 +1,296 @@
+#include "browser/script_parts.h"
+
+namespace kibo::scripts {
+namespace {
+
+// Finding by locator, and texts as a person sees them. Rows of the chat list may be drawn anew between two commands, so
+// a row is known by what it shows.
+constexpr const char* kBasics = R"js(
+const locators = arguments[0];
+const misunderstood = [];
+const find = (locator, root = document) => {
+  if (!locator.xpath) return Array.from(root.querySelectorAll(locator.text));
+  const found = document.evaluate(locator.text, root, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
+  return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));
+};
+const all = (name, root = document) => {
+  const locator = locators[name];
+  if (!locator || !locator.text) return [];
+  try { return find(locator, root); } catch (error) { misunderstood.push(name); return []; }
+};
+const one = (name, root = document) => all(name, root)[0] || null;
+// Direction marks surround names and numbers and say nothing to the reader.
+const plain = (text) => text.replace(/[\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, '').replace(/\u00a0/g, ' ');
+const visibleText = (node) => node ? plain(node.innerText ?? node.textContent ?? '') : '';
+// An emoji may be drawn as a picture, which has no text of its own.
+const textWithEmoji = (node) => {
+  if (!node || !node.querySelector('img[alt]')) return visibleText(node);
+  let text = '';
+  const walk = (part) => {
+    if (part.nodeType === Node.TEXT_NODE) text += part.data;
+    else if (part.tagName === 'IMG') text += part.alt;
+    else part.childNodes.forEach(walk);
+  };
+  walk(node);
+  return plain(text);
+};
+let rowsWithEmoji = new Set();
+const chatRows = () => {
+  const rows = all('XX_ReadMessage');
+  const known = new Set(rows);
+  rowsWithEmoji = new Set(Array.from(document.querySelectorAll('[dir] img[alt]'), (picture) => {
+    let node = picture;
+    while (node && !known.has(node)) node = node.parentElement;
+    return node;
+  }));
+  return rows;
+};
+const textOfRow = (row) => {
+  if (!rowsWithEmoji.has(row)) return visibleText(row);
+  const emoji = Array.from(row.querySelectorAll('[dir] img[alt]')).filter((picture) => picture.alt);
+  // For as long as the text is read, each picture has its text beside it: nothing is drawn in between.
+  const texts = emoji.map((picture) => {
+    const text = document.createTextNode(picture.alt);
+    picture.before(text);
+    return text;
+  });
+  try { return visibleText(row); } finally { texts.forEach((text) => text.remove()); }
+};
+// Looking inside a row costs more than reading its text, so only those are looked into that can be unread.
+const endsInCount = (lines) => /^\d/.test(lines[lines.length - 1] || '');
+const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
+const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
+const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
+)js";
+
+// The watch lives in the page because a conversation that comes up and is replaced between two looks would otherwise go
+// unnoticed, and which chats came up since a click is what decides whether a text may be typed.
+//
+// It also listens. What comes in while its chat is open is read for the page and gets no mark in the chat list, and
+// opening a chat to write takes the mark of what was unread. For chats that were opened by us and left to us, `arrived`
+// keeps what the list will not tell any more.
+constexpr const char* kWatch = R"js(
+const contentOf = (row) => {
+  const lines = linesOf(row);
+  return {lines: lines, badge: endsInCount(lines) ? badgeOf(row) : ''};
+};
+const rowOf = (title) => {
+  const row = title && chatRows().find((row) => titleOf(row) === title);
+  return row ? contentOf(row) : null;
+};
+const previewOf = (row) => (row ? row.lines[row.lines.length - (row.badge ? 2 : 1)] || '' : '');
+const oneLine = (text) => text.replace(/\s+/g, ' ').trim();
+// The list shows the beginning of a long text.
+const isPreviewOf = (preview, text) => !!text && !!preview && (text.startsWith(preview.slice(0, 60)) || preview.startsWith(text.slice(0, 60)));
+// Ids of own messages begin with "true_"; a page that names them otherwise marks them by their class.
+const isOwn = (row) => /^true_/.test(row.dataset.id || '') || !!row.closest('.message-out') || !!row.querySelector('.message-out');
+const namedNumber = (id) => {
+  const texts = [id, one('XX_HeaderPicture')?.getAttribute('src') || ''];
+  return texts.map((text) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(text)).find(Boolean)?.[1] || '';
+};
+const said = (row) => {
+  const id = row.dataset.id || '';
+  const inGroup = /@g\.us/.test(id);
+  const stamp = row.querySelector('[data-pre-plain-text]')?.dataset.prePlainText || '';
+  const texts = all('XX_MessageText', row);
+  return {
+    number: namedNumber(id),
+    picture: one('XX_HeaderPicture')?.getAttribute('src') || '',
+    sender: inGroup ? plain(/\] (.*):\s*$/.exec(stamp)?.[1] || '').trim() : '',
+    text: texts.length ? oneLine(textWithEmoji(texts[texts.length - 1])) : ''
+  };
+};
+const watch = window.kiboWatch || (window.kiboWatch = (() => {
+  const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0,
+             personAtClick: -1, rows: new Map(), reading: '', opening: {serial: 0}, arrived: [], unsure: [], kept: 0};
+  // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
+  document.addEventListener('mousedown', (event) => {
+    if (!event.isTrusted) return;
+    if (performance.now() > w.ownClickUntil) ++w.personClicks;
+    w.ownClickUntil = 0;
+  }, true);
+  w.update = () => {
+    const node = one('XX_Conversation');
+    const title = node ? textWithEmoji(one('XX_To')).trim() : '';
+    const cameUp = node && (node !== w.node || (title && w.title && title !== w.title));
+    if (cameUp) {
+      ++w.serial;
+      w.titles = [...w.titles.slice(-19), title];
+    } else if (node && title) {
+      w.titles[w.titles.length - 1] = title;  // the name may be drawn after the rest
+    }
+    w.node = node;
+    w.title = cameUp ? title : node ? title || w.title : '';
+    w.listen();
+  };
+  // `reading`: title of the chat whose unread message is in hand already.
+  w.beforeClick = (reading) => {
+    w.personAtClick = w.personClicks;
+    w.rows = new Map(chatRows().map((row) => [titleOf(row), contentOf(row)]));
+    w.reading = reading;
+  };
+  const keep = (list, what) => list.push({
+    key: `${performance.timeOrigin}/${++w.kept}`, serial: w.serial, at: performance.now(), title: w.title,
+    number: '', picture: '', sender: '', text: '', lines: [], badge: '', previewBefore: '', ...what});
+  // A conversation may be drawn in several steps, so what comes below the rest soon after the opening counts only once
+  // the chat list shows it as something new. What has no text of its own goes by what the list says.
+  const settle = () => {
+    if (!w.unsure.length) return;
+    const shown = previewOf(rowOf(w.unsure[0].title));
+    const last = w.unsure.findLastIndex((message) =>
+      message.text ? shown !== w.opening.preview && isPreviewOf(shown, message.text) : shown !== message.shown);
+    if (last < 0) return;
+    w.unsure[last].text ||= shown;
+    w.arrived.push(...w.unsure.splice(0, last + 1));
+  };
+  w.listen = () => {
+    settle();
+    if (!w.node || !w.title || w.personClicks !== w.personAtClick) return;
+    if (w.opening.serial !== w.serial) {
+      w.unsure = [];
+      const before = w.rows.get(w.title) || null;
+      w.opening = {serial: w.serial, at: performance.now(), before: before, preview: previewOf(rowOf(w.title)), known: null};
+      if (before?.badge && w.title !== w.reading) keep(w.arrived, {lines: before.lines, badge: before.badge});
+    }
+    const rows = all('XX_MessageRow');
+    const newest = rows[rows.length - 1];
+    const {known, before} = w.opening;
+    if (!newest?.dataset.id || known?.has(newest.dataset.id)) return;
+    w.opening.known = new Set(rows.map((row) => row.dataset.id));
+    const begin = known ? rows.findLastIndex((row) => known.has(row.dataset.id)) + 1 : 0;
+    if (begin === 0) {  // what the chat opens with
+      if (isOwn(newest)) return;
+      const message = said(newest);
+      const opened = w.arrived.findLast((kept) => kept.serial === w.serial && kept.badge);
+      if (opened) Object.assign(opened, message);
+      const now = rowOf(w.title);
+      if (!known && before && now && previewOf(now) !== previewOf(before))
+        keep(w.arrived, {...message, text: message.text || previewOf(now), previewBefore: previewOf(before)});
+      return;
+    }
+    const early = performance.now() - w.opening.at < 1000;
+    for (const row of rows.slice(begin).filter((row) => !isOwn(row))) {
+      const message = said(row);
+      keep(early || !message.text ? w.unsure : w.arrived, {...message, shown: previewOf(rowOf(w.title))});
+    }
+  };
+  // What is ready to be taken: its chat has been left, or is open for long. A message that the list marks as unread
+  // all the same is read from there.
+  w.takeable = () => {
+    settle();
+    const now = performance.now();
+    w.unsure = w.unsure.filter((message) => now - message.at < 5000);
+    const marked = w.arrived.filter((message) => {
+      const row = rowOf(message.title);
+      return row?.badge && isPreviewOf(previewOf(row), message.text || message.lines[message.lines.length - 2] || '');
+    });
+    w.arrived = w.arrived.filter((message) => !marked.includes(message));
+    return w.arrived.filter((message) => message.serial !== w.serial || now - message.at > 3000)
+        .map((message) => ({...message, ageMs: Math.round(now - message.at)}));
+  };
+  new MutationObserver(w.update).observe(document.documentElement, {childList: true, subtree: true, characterData: true});
+  return w;
+})());
+const openChat = () => {
+  watch.update();
+  const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', lastMessageId: '', titles: watch.titles,
+                 clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
+  if (!shown.open) return shown;
+  const rows = all('XX_MessageRow');
+  if (rows.length) shown.lastMessageId = rows[rows.length - 1].dataset.id || '';
+  shown.number = namedNumber(shown.lastMessageId);
+  return shown;
+};
+const chatListLength = () => visibleText(one('XX_ChatList')).length;
+const link = () => document.getElementById('kirim');
+)js";
+
+constexpr const char* kEntries = R"js(
+const searchBox = one('XX_SearchBox');
+const searching = !!searchBox && (searchBox.value ?? visibleText(searchBox)).trim() !== '';
+)js";
+
+// A box's text as the editor means it: emoji may be drawn as pictures, lines as blocks or breaks.
+constexpr const char* kBoxText = R"js(
+const boxNamed = (name) => { const node = one(name); return node?.closest('[contenteditable=true]') || node; };
+const boxText = (box) => {
+  let text = box.value || '';
+  const walk = (node) => {
+    if (node.nodeType === Node.TEXT_NODE) text += node.data;
+    if (node.nodeType !== Node.ELEMENT_NODE) return;
+    if (node.tagName === 'BR') { if (node.nextSibling) text += '\n'; return; }  // the last one only fills its block
+    if (node.tagName === 'IMG') { text += node.dataset.plainText || node.alt || ''; return; }
+    if (/^(P|DIV)$/.test(node.tagName) && node.previousSibling) text += '\n';
+    node.childNodes.forEach(walk);
+  };
+  box.childNodes.forEach(walk);
+  return text.replace(/\u00a0/g, ' ');
+};
+const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
+const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
+// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
+const awaitText = (...given) => {
+  const [, name, text, milliseconds] = given;
+  const end = performance.now() + milliseconds;
+  const check = () => {
+    const box = boxNamed(name);
+    const asExpected = !!box && boxText(box).trim() === text.trim();
+    if (asExpected || performance.now() >= end) {
+      watch.update();
+      given[given.length - 1]({asExpected: asExpected, chatSerial: watch.serial});
+    } else {
+      setTimeout(check, 10);
+    }
+  };
+  check();
+};
+)js";
+
+// The list holds the rows in sight only, so it is looked through by scrolling; an entry is known by its place in it.
+// Below the chats, a search lists single messages under a heading of their own.
+constexpr const char* kChatList = R"js(
+let messagesFrom = Infinity;
+const scrollThrough = async (visit) => {
+  const pane = one('XX_ChatList');
+  if (!pane) return false;
+  const end = performance.now() + 2000;
+  const pause = (ms) => new Promise((done) => setTimeout(done, ms));
+  const moveTo = async (top) => {
+    if (Math.abs(pane.scrollTop - top) < 1) return;
+    pane.scrollTop = top;
+    await pause(40);
+  };
+  await moveTo(0);
+  for (;;) {
+    const origin = pane.getBoundingClientRect().top - pane.scrollTop;
+    const placeOf = (node) => Math.round(node.getBoundingClientRect().top - origin);
+    all('XX_MessageResults').forEach((node) => { messagesFrom = Math.min(messagesFrom, placeOf(node)); });
+    const rows = all('XX_ReadMessage').map((row) =>
+      ({row: row, at: placeOf(row), title: row.querySelector('span[title]')?.getAttribute('title')}));
+    if (visit(rows.filter(({title}) => title))) return true;
+    const next = Math.min(pane.scrollTop + 0.8 * pane.clientHeight, pane.scrollHeight - pane.clientHeight);
+    if (next <= pane.scrollTop + 1) break;
+    if (performance.now() >= end) return false;
+    await moveTo(next);
+  }
+  await moveTo(0);
+  return true;
+};
+)js";
+
+}  // namespace
+
+QString script(const char* body) {
+    return QString::fromUtf8(kBasics) + QString::fromUtf8(kWatch) + QString::fromUtf8(body);
+}
+QString entryScript(const char* body) {
+    return script(kEntries) + QString::fromUtf8(body);
+}
+QString boxScript(const char* body) {
+    return script(kBoxText) + QString::fromUtf8(body);
+}
+QString listScript(const char* body) {
+    return boxScript(kChatList) + QString::fromUtf8(body);
+}
+
+}  // namespace kibo::scripts

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QSet>
+#include <optional>
+
+#include "app/clock.h"
+#include "app/settings.h"
+#include "browser/chat_page.h"
+#include "browser/element_table.h"
+#include "engine/gateway_state.h"
+#include "inbox/inbox_journal.h"
+
+namespace kibo {
+
+/// Receives what the chat list doesn't tell of: messages that came in while their chat was open, and those whose mark
+/// went away because a message was written to their chat. They go into the journal, from where the reader stores them
+/// as soon as nothing else goes on.
+class Arrivals {
+ public:
+    /// What it works on; all of it must outlive the object.
+    struct Parts {
+        const GatewayState& state;
+        const Settings& settings;
+        const ElementTable& elements;
+        ChatPage& page;
+        Clock& clock;
+        InboxJournal& journal;
+    };
+    explicit Arrivals(Parts parts) : p_(parts) {}
+
+    /// Takes `arrived` and has the page forget it. What the journal refuses stays with the page and comes again. With
+    /// `DisableRead` "Y" nothing is kept.
+    void take(const QList<ArrivedMessage>& arrived);
+
+ private:
+    std::optional<IncomingRow> rowOf(const ArrivedMessage& message) const;
+    bool isShown(const QString& text) const;
+
+    Parts p_;
+    QSet<QString> taken_;  // keys of the last call: a page that didn't answer gives them again
+};
+
+}  // namespace kibo
