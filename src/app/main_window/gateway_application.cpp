@@ -183,6 +183,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.openWhatsApp = guarded([this] { keeper_->cmd_OpenWA_Click(); });
     actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
     actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
+    actions.listChats = guarded([this] { inbox_->chatLister.len2_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
