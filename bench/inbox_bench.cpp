@@ -36,8 +36,11 @@ class BothWays {
         state.cb_Profil.text = chat.settings.Profil;
         require(database.OpenDatabase(chat.settings, chat.folder.path()).ok(), "the embedded store can't be opened");
         require(journal_.open(chat.folder.filePath(QStringLiteral("send.journal"))).ok(), "there is no send journal");
-        gateway.emplace(Gateway::Needs{state, chat.settings, chat.elements, database, chat.page, clock, journal_,
-                                       [] { return 0.0; }, [this] { inbox->reader.BACA_WA(); }});
+        Gateway::Needs needs{state,    chat.settings,      chat.elements,
+                             database, chat.page,          clock,
+                             journal_, [] { return 0.0; }, [this] { inbox->reader.BACA_WA(); }};
+        needs.takeArrived = [this](const auto& arrived) { inbox->arrivals.take(arrived); };
+        gateway.emplace(needs);
         inbox.emplace(Inbox::Needs{state, chat.settings, chat.elements, database, chat.page, clock, [] { return 0.0; },
                                    *gateway, chat.folder.path()});
         timers_.add(state.Timer_KIBO, [this] { gateway->machine.Timer_KIBO_Timer(); });

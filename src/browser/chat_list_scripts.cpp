@@ -65,7 +65,7 @@ const read = () => {
     nextOffset: below < pane.scrollHeight - 1 ? Math.round(Math.max(below - overlap, offset + 1)) : -1,
     ownPicture: one('XX_OwnPicture')?.getAttribute('src') || '',
     search: searching,
-    length: visibleText(pane).length
+    length: chatListLength()
   });
 };
 if (!pane) {

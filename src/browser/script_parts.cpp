@@ -35,8 +35,11 @@ const textWithEmoji = (node) => {
   return plain(text);
 };
 let rowsWithEmoji = new Set();
+// Finding the rows costs more than reading them, so they are looked up anew when the page has changed.
 const chatRows = () => {
-  const rows = all('XX_ReadMessage');
+  const wanted = locators.XX_ReadMessage?.text;
+  if (watch.list?.locator !== wanted) watch.list = {locator: wanted, rows: all('XX_ReadMessage')};
+  const rows = watch.list.rows;
   const known = new Set(rows);
   rowsWithEmoji = new Set(Array.from(document.querySelectorAll('[dir] img[alt]'), (picture) => {
     let node = picture;
@@ -102,7 +105,7 @@ const said = (row) => {
 };
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
   const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0,
-             personAtClick: -1, rows: new Map(), reading: '', opening: {serial: 0}, arrived: [], unsure: [], kept: 0};
+             personAtClick: -1, list: null, listLength: null, rows: new Map(), reading: '', opening: {serial: 0}, arrived: [], unsure: [], kept: 0};
   // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
   document.addEventListener('mousedown', (event) => {
     if (!event.isTrusted) return;
@@ -188,7 +191,11 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
     return w.arrived.filter((message) => message.serial !== w.serial || now - message.at > 3000)
         .map((message) => ({...message, ageMs: Math.round(now - message.at)}));
   };
-  new MutationObserver(w.update).observe(document.documentElement, {childList: true, subtree: true, characterData: true});
+  new MutationObserver(() => {
+    w.list = w.listLength = null;
+    w.update();
+  }).observe(document.documentElement,
+             {childList: true, subtree: true, characterData: true, attributes: true, attributeFilter: ['role']});
   return w;
 })());
 const openChat = () => {
@@ -201,7 +208,8 @@ const openChat = () => {
   shown.number = namedNumber(shown.lastMessageId);
   return shown;
 };
-const chatListLength = () => visibleText(one('XX_ChatList')).length;
+// Measuring the list's text costs as much as reading all of its rows.
+const chatListLength = () => watch.listLength ??= visibleText(one('XX_ChatList')).length;
 const link = () => document.getElementById('kirim');
 )js";
 

@@ -16,7 +16,7 @@ void ChatListWatch::Timer2_Timer() {
     const qint64 now = clock_.monotonicMs();
     const bool met = handled_ == glance->unread && now - handledAtMs_ < kMeetAgainMs;
     const bool unread = !glance->unread.isEmpty() && !met;
-    const bool changed = !handled_ || unread || state_.len1.text != QString::number(glance->length);
+    const bool changed = !handled_ || unread || state_.readAgain || state_.len1.text != QString::number(glance->length);
     if (glance->unread.isEmpty() && handled_) handled_ = QString();
     if (!changed || !BACA_WA_ || now - refusedAtMs_ < kRetryMs) return;
     const int passes = state_.readPasses;

@@ -148,6 +148,9 @@ struct GatewayState {
     int failedCount = 0;
     int readPasses = 0;  ///< passes over the chat list that reached its end
 
+    /// The last pass over the chat list was broken off: there may be unread chats out of sight.
+    bool readAgain = false;
+
     // Timers: interval in milliseconds, initial state
     StateTimer timer_start{1000, true};
     StateTimer Timer_variabel{500, true};

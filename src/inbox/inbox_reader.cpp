@@ -36,8 +36,10 @@ void InboxReader::BACA_WA() {
         }
     } const pass(s);
     passBeganMs_ = p_.clock.monotonicMs();
+    s.readAgain = true;  // unless it reaches its end
     const auto list = readList();
     if (!list) return;
+    s.readAgain = false;
     ++s.readPasses;
     settleDoubtful();
     const auto length = list->search ? p_.page.leaveSearch() : list->length;
@@ -151,8 +153,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     if (clicked && clicked->found) p_.opener.clickedName(chat.title, clicked->before);
     if (!clicked) {
         p_.opener.clickedNameBlindly(chat.title);
-        p_.state.len1.text.clear();  // so that there is a next pass, which decides
-        return Then::EndPass;
+        return Then::EndPass;  // the next pass decides
     }
     if (!clicked->found) {  // opened by a person or by an earlier click, or its row shows something newer: see later
         p_.state.waitread.visible = false;

@@ -267,7 +267,7 @@ class FakePage : public ChatPage {
     std::optional<ChatListGlance> watchChatList(const QString&) override {
         commands.append(QStringLiteral("watchChatList"));
         QString unread;
-        for (const ChatEntry& entry : list)
+        for (const ChatEntry& entry : list.mid(0, rowsInSight))
             if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
         return ChatListGlance{chatListLength, unread};
     }

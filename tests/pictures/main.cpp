@@ -38,7 +38,7 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeSending(s) && takePauses(s) && takeTroubles(s);
+        return takeLogin(s) && takeInbox(s) && takeSending(s) && takePauses(s) && takeTroubles(s);
     }
 
  private:
@@ -46,6 +46,26 @@ class Pictures {
         if (!take("login", [&] { return s.pQR.visible; })) return false;
         behave(R"({"loggedIn": true})");
         return take("ready", [&] { return s.step == QStringLiteral("Queue empty"); });
+    }
+    /// Messages of earlier days, some of them answered, and what comes in now.
+    bool takeInbox(const GatewayState& s) {
+        const char* texts[] = {"Do you deliver on Saturdays?", "Thank you!", "How much is a box of twelve?", "Photo",
+                               "I have not received my order yet. Can you look into it, please?"};
+        for (int i = 0; i < 40; ++i)
+            sql(QStringLiteral("insert into inbox (wa_no, wa_text, wa_time, status) values ('62812300001%1', '%2', "
+                               "'2026-11-2%3 %4:%5:00', '%6')")
+                    .arg(10 + i % 13)
+                    .arg(QLatin1String(texts[i % 5]))
+                    .arg(i / 20)
+                    .arg(8 + i % 20 / 2, 2, 10, QLatin1Char('0'))
+                    .arg(i * 7 % 60, 2, 10, QLatin1Char('0'))
+                    .arg(i % 9 == 8 ? QStringLiteral("open") : QStringLiteral("answered")));
+        press("cmd_InboxRefresh");
+        incoming(R"({"number": "6281230000001", "text": "Is my order ready?"})");
+        incoming(
+            R"({"number": "120363000000000001", "name": "Saturday team", "member": "Budi", "text": "I am ill today 🤒"})");
+        incoming(R"({"number": "6281230000009", "text": "Good morning"})");
+        return take("inbox", [&] { return s.ms.rowCount() == 44 && s.step == QStringLiteral("Queue empty"); });
     }
     bool takeSending(const GatewayState& s) {
         const char* texts[] = {"Your order is ready to be collected.", "Good morning, %name%!",
@@ -94,6 +114,7 @@ class Pictures {
         gateway_->window()->findChild<QAbstractButton*>(QLatin1String(button))->click();
     }
     void behave(const char* json) { (void)standIn_.updateBehaviour(json); }
+    void incoming(const char* json) { (void)standIn_.act("incoming", json); }
     void sql(const QString& statement) const { test::sqlite(home_.filePath(QStringLiteral("kb.mdb")), statement); }
     void sql(const char* statement) const { sql(QString::fromLatin1(statement)); }
     void insert(const QString& number, const QString& text) const {
