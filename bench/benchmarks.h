@@ -9,8 +9,10 @@ namespace kibo::bench {
 
 /// Loading a queue of 100,000 messages, against the database programs' own reading of it.
 void measureQueue(Table& table);
-/// A text message, against the waits that its pace demands.
+/// A text message, against the waits that its pace demands, and its journal.
 void measureMessages(Table& table);
+/// What two thousand messages leave in the gateway's memory.
+void measureMemory(Table& table);
 /// A picture of 10 MB, against the page's own time for it.
 void measureFiles(Table& table);
 /// Reading the inbox: a look at a long list, and a message from its mark on the page to its row.

@@ -62,7 +62,7 @@ struct PageLook {
     int qrReloads = 0;
     bool hasBanner = false;
     QString banner;
-    bool linkPlanted = false;
+    QString linkText;        ///< where the planted link points; empty when the page holds none
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
@@ -75,8 +75,7 @@ struct PageLook {
 
 /// What the readiness check after opening a chat reads, in one command.
 struct ChatLook {
-    bool linkPlanted = false;
-    QString linkText;
+    QString linkText;        ///< where the planted link points; empty when the page holds none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
     bool hasBox = false;      ///< the message box is there
@@ -145,7 +144,8 @@ enum class Box {
 /// A box after typing or after Enter.
 struct BoxLook {
     bool asExpected = false;
-    int chatSerial = 0;  ///< the conversation that the page shows
+    int chatSerial = 0;        ///< the conversation that the page shows
+    bool linkPointed = false;  ///< the planted link points where it was asked to
 };
 
 /// The page's two ways to take a file. The one for stickers is never used.
@@ -192,7 +192,8 @@ class ChatPage {
     ChatPage& operator=(const ChatPage&) = delete;
     virtual ~ChatPage() = default;
 
-    virtual PageLook look() = 0;
+    /// Reads what a tick needs. The planted link is pointed at `nextAddress` first, unless that is empty.
+    virtual PageLook look(const QString& nextAddress = {}) = 0;
 
     /// Adds the link element (id "kirim") with `address` to the page.
     virtual bool plantLink(const QString& address) = 0;
@@ -221,6 +222,9 @@ class ChatPage {
     virtual bool pressPaste() = 0;
     /// Waits, at most `milliseconds`, until `box` holds `text` (empty: until it is empty).
     virtual std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) = 0;
+    /// Waits, at most `milliseconds`, until the message box is empty, as Enter leaves it. Then the planted link is
+    /// pointed at `nextAddress`, unless that is empty.
+    virtual std::optional<BoxLook> awaitSent(const QString& nextAddress, int milliseconds) = 0;
     /// Empties `box` and leaves it focused. Up to three commands.
     virtual bool clearBox(Box box) = 0;
 
@@ -241,6 +245,8 @@ class ChatPage {
 
     virtual bool pressEnter() = 0;
     virtual bool pressEscape() = 0;
+    /// Presses it twice, so many milliseconds apart.
+    virtual bool pressEscapeTwice(int milliseconds) = 0;
 
     /// Sets the browser window's title and glances at the chat list.
     virtual std::optional<ChatListGlance> watchChatList(const QString& title) = 0;

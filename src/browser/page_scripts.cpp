@@ -6,6 +6,8 @@ namespace kibo::scripts {
 
 QString look() {
     return script(R"js(
+const [, nextAddress] = arguments;
+if (link()?.textContent !== nextAddress) pointLink(nextAddress);
 const qr = all('XX_QR');
 const banner = all('XX_Info');
 const own = one('XX_OwnPicture');
@@ -25,7 +27,7 @@ return {
   qrReloads: all('XX_QRReload').length,
   hasBanner: banner.length > 0,
   banner: visibleText(banner[0]).trim(),
-  linkPlanted: !!link(),
+  linkText: link()?.textContent || '',
   ownPicture: own ? own.getAttribute('src') || '' : '',
   hasNotice: !!notice,
   notice: visibleText(notice).trim(),
@@ -47,10 +49,7 @@ return true;
 
 QString pointLink() {
     return script(R"js(
-const address = arguments[1];
-if (!link()) return false;
-document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
-return true;
+return pointLink(arguments[1]);
 )js");
 }
 
@@ -74,8 +73,7 @@ const notice = one('XX_InvalidNumber');
 const box = one('XX_ChatBox');
 const boxFocused = arguments[1] ? focusOn(box) : focused(box);
 return {
-  linkPlanted: !!link(),
-  linkText: link() ? link().textContent : '',
+  linkText: link()?.textContent || '',
   hasNotice: !!notice,
   notice: visibleText(notice).trim(),
   hasBox: !!box,
@@ -105,14 +103,25 @@ return true;
 }
 
 QString awaitBoxText() {
-    return boxScript("awaitText(...arguments);");
+    return boxScript(R"js(
+const [, name, text, milliseconds, callback] = arguments;
+awaitText(name, text, milliseconds, callback);
+)js");
+}
+
+QString awaitSent() {
+    return boxScript(R"js(
+const [, nextAddress, milliseconds, callback] = arguments;
+awaitText('XX_ChatBox', '', milliseconds,
+          (seen) => callback({...seen, linkPointed: seen.asExpected && pointLink(nextAddress)}));
+)js");
 }
 
 // Editors take a pasted text whole, whatever its script and its line breaks. The conversation is compared here, so that
 // nothing gets into the box of a chat that has come up since.
 QString pasteText() {
     return boxScript(R"js(
-const [, name, text, , chatSerial] = arguments;
+const [, name, text, milliseconds, chatSerial, callback] = arguments;
 watch.update();
 const box = boxNamed(name);
 if (watch.serial === chatSerial && focusOn(box)) {
@@ -120,7 +129,7 @@ if (watch.serial === chatSerial && focusOn(box)) {
   clipboardData.setData('text/plain', text);
   box.dispatchEvent(new ClipboardEvent('paste', {clipboardData: clipboardData, bubbles: true, cancelable: true}));
 }
-awaitText(...arguments);
+awaitText(name, text, milliseconds, callback);
 )js");
 }
 

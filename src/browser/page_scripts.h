@@ -7,7 +7,7 @@
 /// differs from call to call is passed as an argument.
 namespace kibo::scripts {
 
-/// () → what PageLook holds.
+/// (nextAddress) → what PageLook holds.
 QString look();
 /// (address) → true. Adds the link element.
 QString plantLink();
@@ -22,6 +22,8 @@ QString lastMessages();
 QString forgetArrived();
 /// Asynchronous: (name of the box, text, milliseconds, callback) → {asExpected, chatSerial}.
 QString awaitBoxText();
+/// Asynchronous: (nextAddress, milliseconds, callback) → {asExpected, chatSerial, linkPointed}.
+QString awaitSent();
 /// The same with (name of the box, text, milliseconds, chatSerial, callback): pastes first.
 QString pasteText();
 /// (name of the box) → {focused, empty}: gives it the focus and, where a script can, empties it.

@@ -213,6 +213,11 @@ const openChat = () => {
 // Measuring the list's text costs as much as reading all of its rows.
 const chatListLength = () => watch.listLength ??= visibleText(one('XX_ChatList')).length;
 const link = () => document.getElementById('kirim');
+const pointLink = (address) => {
+  if (!address || !link()) return false;
+  document.getElementById('kirim').innerHTML  = '<span><a style=color:red; href=' + address + ' title=' + address + ' target=_blank rel=noopener noreferrer class=_F7Vk selectable-text invisible-space copyable-text>' + address + '</a></span>';
+  return true;
+};
 )js";
 
 constexpr const char* kEntries = R"js(
@@ -238,20 +243,26 @@ const boxText = (box) => {
 };
 const focused = (box) => !!box && (document.activeElement === box || box.contains(document.activeElement));
 const focusOn = (box) => { if (box && !focused(box)) { box.click(); box.focus(); } return focused(box); };
-// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks.
-const awaitText = (...given) => {
-  const [, name, text, milliseconds] = given;
+// The editor applies input asynchronously, so the page itself is asked to wait: one command instead of many looks. A
+// change of the page ends the wait at once; the timer is for boxes whose text is no part of the page, and a window that
+// is hidden may hold it back for a second.
+const awaitText = (name, text, milliseconds, answer) => {
   const end = performance.now() + milliseconds;
+  let answered = false;
   const check = () => {
+    if (answered) return;
     const box = boxNamed(name);
     const asExpected = !!box && boxText(box).trim() === text.trim();
-    if (asExpected || performance.now() >= end) {
-      watch.update();
-      given[given.length - 1]({asExpected: asExpected, chatSerial: watch.serial});
-    } else {
-      setTimeout(check, 10);
-    }
+    if (!asExpected && performance.now() < end) return;
+    answered = true;
+    changes.disconnect();
+    clearInterval(timer);
+    watch.update();
+    answer({asExpected: asExpected, chatSerial: watch.serial});
   };
+  const changes = new MutationObserver(check);
+  changes.observe(document.documentElement, {childList: true, subtree: true, characterData: true});
+  const timer = setInterval(check, 10);
   check();
 };
 )js";

@@ -68,7 +68,8 @@ QString elementName(Box box) {
 
 std::optional<BoxLook> boxLook(const std::optional<QJsonValue>& seen) {
     if (!seen) return std::nullopt;
-    return BoxLook{(*seen)[QStringLiteral("asExpected")].toBool(), (*seen)[QStringLiteral("chatSerial")].toInt()};
+    return BoxLook{(*seen)[QStringLiteral("asExpected")].toBool(), (*seen)[QStringLiteral("chatSerial")].toInt(),
+                   (*seen)[QStringLiteral("linkPointed")].toBool()};
 }
 
 QJsonObject keyAction(const char* type, const QString& key) {
@@ -131,10 +132,10 @@ bool WebPage::sendOrSkip(const char* step, const Command& command) {
     return answer.ok();
 }
 
-PageLook WebPage::look() {
+PageLook WebPage::look(const QString& nextAddress) {
     PageLook look;
     static const QString script = scripts::look();
-    const auto answer = run(script, {});
+    const auto answer = run(script, {nextAddress});
     if (!answer) {
         const bool gone = isSessionGone(answer.failure()) || !browser_.windowExists();
         look.presence = gone ? PageLook::Presence::Gone : PageLook::Presence::Silent;
@@ -165,7 +166,7 @@ PageLook WebPage::look() {
     look.qrReloads = seen[QStringLiteral("qrReloads")].toInt();
     look.hasBanner = seen[QStringLiteral("hasBanner")].toBool();
     look.banner = seen[QStringLiteral("banner")].toString();
-    look.linkPlanted = seen[QStringLiteral("linkPlanted")].toBool();
+    look.linkText = seen[QStringLiteral("linkText")].toString();
     look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
     look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
     look.notice = seen[QStringLiteral("notice")].toString();
@@ -199,7 +200,6 @@ std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     ChatLook look;
-    look.linkPlanted = seen[QStringLiteral("linkPlanted")].toBool();
     look.linkText = seen[QStringLiteral("linkText")].toString();
     look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
     look.notice = seen[QStringLiteral("notice")].toString();
@@ -277,6 +277,12 @@ std::optional<BoxLook> WebPage::awaitBoxText(Box box, const QString& text, int m
                              {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}, true));
 }
 
+std::optional<BoxLook> WebPage::awaitSent(const QString& nextAddress, int milliseconds) {
+    static const QString script = scripts::awaitSent();
+    return boxLook(
+        runOrSkip("await the emptied box", script, {nextAddress, std::min(milliseconds, kLongestScriptWaitMs)}, true));
+}
+
 bool WebPage::clearBox(Box box) {
     static const QString script = scripts::emptyBox();
     const auto answer = runOrSkip("focus a box", script, {elementName(box)});
@@ -346,6 +352,14 @@ bool WebPage::pressEnter() {
 
 bool WebPage::pressEscape() {
     return sendOrSkip("press Escape", keyPress(kEscape));
+}
+
+bool WebPage::pressEscapeTwice(int milliseconds) {
+    const QJsonObject pause{{QStringLiteral("type"), QStringLiteral("pause")},
+                            {QStringLiteral("duration"), milliseconds}};
+    const QString key(QChar{kEscape});
+    return sendOrSkip("press Escape twice", keyActions({keyAction("keyDown", key), keyAction("keyUp", key), pause,
+                                                        keyAction("keyDown", key), keyAction("keyUp", key)}));
 }
 
 std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {

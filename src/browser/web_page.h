@@ -17,7 +17,7 @@ class WebPage : public ChatPage, public PageProbe {
     /// All must outlive the page. A locator that changes counts from the next member call on.
     WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy);
 
-    PageLook look() override;
+    PageLook look(const QString& nextAddress = {}) override;
     bool plantLink(const QString& address) override;
     bool pointLink(const QString& address) override;
     std::optional<ClickedLink> clickLink(const QString& address) override;
@@ -29,6 +29,7 @@ class WebPage : public ChatPage, public PageProbe {
     bool typeKeys(const QString& text) override;
     bool pressPaste() override;
     std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override;
+    std::optional<BoxLook> awaitSent(const QString& nextAddress, int milliseconds) override;
     bool clearBox(Box box) override;
     bool chooseFile(FileInput input, const QString& path) override;
     std::optional<PreviewLook> lookAtPreview(bool focusCaption) override;
@@ -38,6 +39,7 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<EntryClick> clickEntry(const QString& title) override;
     bool pressEnter() override;
     bool pressEscape() override;
+    bool pressEscapeTwice(int milliseconds) override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;
     std::optional<ChatListLook> readChatList(int offset) override;
     std::optional<QList<ListedChat>> listChats() override;

@@ -20,6 +20,16 @@ QString ChatOpener::chatAddress(const QString& number) const {
     return (settings_.ChatAddress.isEmpty() ? QString(kDefaultChatAddress) : settings_.ChatAddress) + number;
 }
 
+// What stands in the link becomes part of the page, so nothing but digits and a plain address may get there.
+QString ChatOpener::linkAddress(const QString& number) const {
+    const QString cleaned = cleanedNumber(number);
+    return isPositiveNumber(cleaned) && canBuildLinks() ? chatAddress(cleaned) : QString();
+}
+
+QString ChatOpener::addressAfterMessage() const {
+    return isYes(settings_.DisableRead) ? QString() : linkAddress(openedDummy_);
+}
+
 bool ChatOpener::canBuildLinks() const {
     static const QRegularExpression kPlain(
         QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9:/._?=%~-]+")));
@@ -34,8 +44,9 @@ QString ChatOpener::dummyNumber() const {
 void ChatOpener::plantLink(const QString& number) {
     state_.wait.visible = false;
     const QString cleaned = cleanedNumber(number);
-    linkPlanted_ = page_.plantLink(chatAddress(isPositiveNumber(cleaned) ? cleaned : QString()));
-    if (linkPlanted_) log::info("engine", QStringLiteral("link planted"));
+    const QString address = chatAddress(isPositiveNumber(cleaned) ? cleaned : QString());
+    linkText_ = page_.plantLink(address) ? address : QString();
+    if (linkPlanted()) log::info("engine", QStringLiteral("link planted"));
     clock_.wait(kPlantWaitMs);
 }
 
@@ -49,16 +60,18 @@ bool ChatOpener::GOTONOMOR(const QString& number) {
         }
     } const timers{*this};
     const QString cleaned = cleanedNumber(number);
-    // What stands in the link becomes part of the page, so nothing but digits and a plain address may get there.
-    const bool usable = isPositiveNumber(cleaned) && canBuildLinks();
-    if (usable && !linkPlanted_) plantLink(cleaned);
+    const QString address = linkAddress(cleaned);
+    if (!address.isEmpty() && !linkPlanted()) plantLink(cleaned);
     state_.Timer_KIBO.setEnabled(false);
     state_.Timer1.setEnabled(false);
-    if (!usable) return false;
+    if (address.isEmpty()) return false;
 
-    if (!page_.pointLink(chatAddress(cleaned))) {  // a new page, or one that was loaded anew
-        plantLink(cleaned);
-        page_.pointLink(chatAddress(cleaned));
+    if (linkText_ != address) {
+        if (!page_.pointLink(address)) {  // a new page, or one that was loaded anew
+            plantLink(cleaned);
+            page_.pointLink(address);
+        }
+        linkText_ = address;
     }
     pacing_.WA_WAIT(500);
     for (int attempt = 1; attempt <= kTryLimit; ++attempt) {
@@ -109,7 +122,7 @@ void ChatOpener::awaitSettled(qint64 milliseconds) {
     constexpr int kLookEveryMs = 100;
     const qint64 latest = clock_.monotonicMs() + milliseconds;
     while (!settled() && clock_.monotonicMs() < latest && !clock_.waitingStopped()) {
-        if (const auto look = page_.lookAtChat(false)) observe(look->chat, look->linkPlanted);
+        if (const auto look = page_.lookAtChat(false)) observe(look->chat, look->linkText);
         if (!settled()) pacing_.WA_WAIT(kLookEveryMs);
     }
 }

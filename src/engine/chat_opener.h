@@ -51,9 +51,9 @@ class ChatOpener {
     void enableTimers();
 
     /// What the page showed. Every look that reads the open chat is passed here, so that chats can be told apart.
-    void observe(const OpenChat& chat, bool linkPlanted) {
+    void observe(const OpenChat& chat, const QString& linkText) {
         ledger_.observe(chat, clock_.monotonicMs());
-        linkPlanted_ = linkPlanted;
+        linkText_ = linkText;
     }
     /// The chat with this title was clicked in the chat list.
     void clickedName(const QString& title, const OpenChat& before) {
@@ -61,7 +61,9 @@ class ChatOpener {
     }
     /// The same where the page did not answer.
     void clickedNameBlindly(const QString& title) { ledger_.clickedNameBlindly(title, clock_.monotonicMs()); }
-    bool linkPlanted() const { return linkPlanted_; }
+    bool linkPlanted() const { return !linkText_.isEmpty(); }
+    /// The page has pointed the link at `address` on the way, so that this takes no command of its own.
+    void linkPointed(const QString& address) { linkText_ = address; }
     /// Whether the conversation on the page is known to be the one of `number` (as given to GOTONOMOR).
     bool isOpen(const QString& number) const { return ledger_.isOpen(number); }
     /// The same for an entry (as given to openEntry).
@@ -78,6 +80,10 @@ class ChatOpener {
 
     /// The click-to-chat address of a number, as the planted link's text shows it.
     QString chatAddress(const QString& number) const;
+    /// The same for the link: empty where nothing that may stand in it comes of `number`.
+    QString linkAddress(const QString& number) const;
+    /// Where the link will most likely point after a message: at the chat that was opened last time. May be empty.
+    QString addressAfterMessage() const;
 
     /// The dummy contact's number: of the settings, or the built-in one.
     QString dummyNumber() const;
@@ -92,7 +98,7 @@ class ChatOpener {
     Pacing& pacing_;
     OpenLedger ledger_;
     QString openedDummy_;
-    bool linkPlanted_ = false;
+    QString linkText_;  // of the link as far as it is known; empty: there is none
 };
 
 }  // namespace kibo

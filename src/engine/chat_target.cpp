@@ -57,7 +57,7 @@ Result<ChatLook> ChatTarget::awaitChat(const QString& number, const std::functio
         pacing_.WA_WAIT(kSmallWaitMs);
         if (clock_.waitingStopped()) return failed("stopped by the operator");
         const auto look = page_.lookAtChat(true);
-        if (look) opener_.observe(look->chat, look->linkPlanted);
+        if (look) opener_.observe(look->chat, look->linkText);
         if (look && look->hasNotice && matchesNotice(elements_[QStringLiteral("XXInfo3")], look->notice)) {
             page_.pressEscape();
             pacing_.WA_WAIT(kSmallWaitMs);
@@ -81,7 +81,7 @@ Result<ChatLook> ChatTarget::awaitChat(const QString& number, const std::functio
 
 /// Repairs a lost chat link; true when the chat asked for is there, its message box ready for typing.
 bool ChatTarget::CEK_FAIL(const ChatLook& look, const QString& number, bool isOpen) {
-    if (!look.linkPlanted) {
+    if (look.linkText.isEmpty()) {
         opener_.plantLink(number);
         return false;
     }

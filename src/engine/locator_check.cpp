@@ -25,7 +25,7 @@ void LocatorCheck::observe(const PageLook& look, bool ownChat) {
     if (sendingIsHeld()) {
         const bool found = look.chat.open && missing.isEmpty();
         if (found) release("everything is found again");
-        if (!look.linkPlanted) release("the page was loaded anew");
+        if (look.linkText.isEmpty()) release("the page was loaded anew");
         if (!look.chat.open && now - heldSinceMs_ >= kLongestBlindHoldMs) release("trying again");
     }
     if (missing.isEmpty() || !(ownChat || missing == QStringLiteral("XX_Conversation"))) {

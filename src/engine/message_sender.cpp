@@ -47,13 +47,10 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        // The journal keeps it open: neither sent nor failed.
-        if (sent.failure().code == kInDoubt && p_.page.look().presence == PageLook::Presence::Gone) {
-            log::warning("engine",
-                         QStringLiteral("whether message %1 was sent is seen when the page is back").arg(s.txtid.text));
-            return false;
-        }
-        SEND_FAIL(QString::fromStdString(sent.failure().text));
+        if (p_.page.look().presence == PageLook::Presence::Gone)
+            browserLost(sent.failure());
+        else
+            SEND_FAIL(QString::fromStdString(sent.failure().text));
         return false;
     }
     ++s.sentCount;
@@ -139,11 +136,34 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
     // Asked again, the page may only have been slow. Enter is not repeated: whether the first one is still on
     // its way can't be known.
     for (int tries = 0; tries < kConfirmTries; ++tries) {
-        const auto box = p_.page.awaitBoxText(Box::Message, QString(), kEmptiedMs);
+        const QString next = p_.opener.addressAfterMessage();
+        const auto box = p_.page.awaitSent(next, kEmptiedMs);
+        if (box && box->linkPointed) p_.opener.linkPointed(next);
         if (box && box->chatSerial != chatSerial) return false;
         if (box && box->asExpected) return true;
     }
     return false;
+}
+
+void MessageSender::browserLost(const Failure& failure) {
+    const QString id = p_.state.txtid.text;
+    if (failure.code == kInDoubt) {  // the journal keeps it open: neither sent nor failed
+        log::warning("engine", QStringLiteral("whether message %1 was sent is seen when the page is back").arg(id));
+        return;
+    }
+    const SendJournal::Entry* entry = p_.journal.entry(id);
+    if (!entry || entry->stage != SendJournal::Stage::Taken) {
+        recordFailure(QString::fromStdString(failure.text));
+        return;
+    }
+    // Once: it may be this message that ends the browser.
+    if (putBack_ == id || !p_.queue.putBack(entry->row)) {
+        recordFailure(QStringLiteral("the browser was lost before the message was typed; it can be queued again"));
+        return;
+    }
+    putBack_ = id;
+    p_.journal.ended(id);
+    log::warning("engine", QStringLiteral("message %1 is in the queue again: the browser was lost").arg(id));
 }
 
 void MessageSender::SEND_FAIL(const QString& reason) {
@@ -176,9 +196,7 @@ QString MessageSender::destination() const {
 }
 
 void MessageSender::ESC() {
-    p_.page.pressEscape();
-    p_.pacing.WA_WAIT(kSmallWaitMs);
-    p_.page.pressEscape();
+    p_.page.pressEscapeTwice(kBetweenEscapesMs);
 }
 
 }  // namespace kibo

@@ -41,6 +41,9 @@ class MessageSender {
     };
     explicit MessageSender(Parts parts);
 
+    /// Between the two presses of Escape that close what stands open on the page. The driver waits, not the Clock.
+    static constexpr int kBetweenEscapesMs = 100;
+
     /// Sends to a number. True when the message was seen to go.
     bool KIRIM_MODE1();
     /// Sends to a contact or a group by its name. True when the message was seen to go.
@@ -65,10 +68,12 @@ class MessageSender {
     bool pressEnterAndConfirm(int chatSerial);
     Result<void> noteInJournal(const ChatLook& chat, const QString& text);
     QString destination() const;
+    void browserLost(const Failure& failure);
     void ESC();
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
+    QString putBack_;  // id of the last message that went back into the queue
 };
 
 }  // namespace kibo

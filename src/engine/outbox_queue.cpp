@@ -67,12 +67,24 @@ const QString kSaysTheSame = QStringLiteral(
 const QString kRemoveFromSent = QStringLiteral("delete from sent where id = ?") + kSaysTheSame;
 const QString kRemoveCopyInMulti =
     QStringLiteral("delete from multi where tipe = 'S' and profil = ? and id_outbox = ?") + kSaysTheSame;
+const QString kBackToOutbox = QStringLiteral(
+    "insert into outbox (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) values (?, ?, ?, ?, ?, ?, ?)");
+const QString kBackToMulti = QStringLiteral(
+    "insert into multi (tipe, profil, id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) "
+    "values ('O', ?, ?, ?, ?, ?, ?, ?, ?)");
 const QString kAddCopyToSent = QStringLiteral(
     "insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
     "values (?, ?, ?, ?, ?, ?, ?, ?)");
 const QString kAddCopyToMulti = QStringLiteral(
     "insert into multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
     "values ('S', ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+
+/// The columns that every table of messages has, in the statements' order.
+Database::Values columns(const QueuedRow& row) {
+    // A row without a time has none, and a server takes no empty text for one.
+    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant(row.time);
+    return {row.id.toLongLong(), row.mode.toInt(), row.number, row.text, row.media, row.file, time};
+}
 
 constexpr qint64 kAskNextDueEveryMs = 10'000;
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
@@ -242,17 +254,26 @@ std::optional<OutboxQueue::Place> OutboxQueue::find(const QString& id) {
 }
 
 bool OutboxQueue::removeCopy(const QueuedRow& row) {
+    return deleteCopy(row).has_value();
+}
+
+bool OutboxQueue::putBack(const QueuedRow& row) {
+    auto transaction = Transaction::begin(database_);
+    if (!transaction) return false;
+    const auto queued = multi() ? database_.execute(kBackToMulti, Database::Values{profile()} + columns(row))
+                                : database_.execute(kBackToOutbox, columns(row));
+    return queued == 1 && deleteCopy(row) == 1 && transaction.value().commit();
+}
+
+std::optional<int> OutboxQueue::deleteCopy(const QueuedRow& row) {
     // An id may have been given twice over the years, so an older message of the same id is told by what it says.
     const Database::Values message{row.id.toLongLong(), row.number, row.text, row.time};
-    return multi() ? database_.execute(kRemoveCopyInMulti, Database::Values{profile()} + message).has_value()
-                   : database_.execute(kRemoveFromSent, message).has_value();
+    return multi() ? database_.execute(kRemoveCopyInMulti, Database::Values{profile()} + message)
+                   : database_.execute(kRemoveFromSent, message);
 }
 
 bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {
-    // A row without a time has none, and a server takes no empty text for one.
-    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant(row.time);
-    const Database::Values message{row.id.toLongLong(), row.mode.toInt(), row.number, row.text,
-                                   row.media,           row.file,         time,       status};
+    const Database::Values message = columns(row) + Database::Values{status};
     const QString sql = multi() ? kAddCopyToMulti : kAddCopyToSent;
     const auto added = database_.attempt(sql, multi() ? Database::Values{profile()} + message : message);
     if (added) return true;

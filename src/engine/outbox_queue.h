@@ -60,6 +60,9 @@ class OutboxQueue {
     std::optional<Place> find(const QString& id);
     /// Takes back the copy of a message that still stands in the queue.
     bool removeCopy(const QueuedRow& row);
+    /// Moves a message that was taken and not typed back from the sent log, in one transaction. False when it was not
+    /// seen to move.
+    bool putBack(const QueuedRow& row);
     /// Puts a message that stands nowhere any more into the sent log. True also where the sent log doesn't take what
     /// the row holds, which the log then tells: trying again would change nothing.
     bool addCopy(const QueuedRow& row, const QString& status);
@@ -68,6 +71,7 @@ class OutboxQueue {
     QString storeIdentity() const;
 
  private:
+    std::optional<int> deleteCopy(const QueuedRow& row);
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
     int nextIndex();

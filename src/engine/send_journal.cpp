@@ -82,6 +82,12 @@ void SendJournal::ended(const QString& id) {
     entries_.erase(entry);
 }
 
+const SendJournal::Entry* SendJournal::entry(const QString& id) const {
+    const auto found =
+        std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.row.id == id; });
+    return found == entries_.end() ? nullptr : &*found;
+}
+
 Result<void> SendJournal::write(const QJsonObject& record) {
     if (!file_) return Failure{FailureKind::Io, "the journal is not open"};
     const Result<void> written =

@@ -53,6 +53,8 @@ class SendJournal {
 
     /// Messages that have not ended, oldest first.
     const std::vector<Entry>& entries() const { return entries_; }
+    /// The open message with this id, until the next record; null when it has ended.
+    const Entry* entry(const QString& id) const;
 
  private:
     Result<void> write(const QJsonObject& record);

@@ -31,7 +31,7 @@ void StepMachine::Timer_KIBO_Timer() {
     GatewayState& s = p_.state;
     const QScopedValueRollback<bool> inTick(s.stepRunning, true);
     s.Outbox_Cnt.caption = QString::number(s.ms_out.rowCount() - 1);
-    const PageLook look = p_.page.look();
+    const PageLook look = p_.page.look(nextLink());
     const bool givenUp = silentTooLong(look);
     if (look.presence == PageLook::Presence::Silent && !givenUp) {
         idle(QStringLiteral("The page does not answer"));
@@ -40,7 +40,7 @@ void StepMachine::Timer_KIBO_Timer() {
     if (look.presence == PageLook::Presence::Gone || givenUp) {
         browserHasGone();
     }
-    p_.opener.observe(look.chat, look.linkPlanted);
+    p_.opener.observe(look.chat, look.linkText);
     if (!look.arrived.isEmpty() && p_.takeArrived) p_.takeArrived(look.arrived);
     s.newChatCount = look.newChatControls;
     s.pageNotice = look.hasUpdate ? QStringLiteral("WhatsApp offers an update: press Refresh on its page") : QString();
@@ -230,6 +230,23 @@ bool StepMachine::storeRefuses() {
     return true;
 }
 
+/// What stands in `wa_no` as a number as it is dialled, or as the name that it is.
+QString StepMachine::destination(const QString& written) const {
+    const QString number = destinationNumber(written, p_.settings.Prefix, p_.settings.CountryCode);
+    return isPositiveNumber(number) ? number : written;
+}
+
+/// Where the link must point for the message that this tick will most likely send: the grid's first one that was not
+/// tried yet. Empty when it is not known or has no number.
+QString StepMachine::nextLink() const {
+    const GatewayState& s = p_.state;
+    const int row = s.ms_out.rowCount() > 1 && s.ms_out.text(1, OutboxQueue::Id) == s.txtid.text ? 2 : 1;
+    if (s.ms_out.rowCount() <= row) return {};
+    const QString number = destination(s.ms_out.text(row, OutboxQueue::Number));
+    return ChatTarget::isByName(s.ms_out.text(row, OutboxQueue::Mode), number) ? QString()
+                                                                               : p_.opener.linkAddress(number);
+}
+
 /// Copies the next queued row into the message fields and moves it out of the queue; nothing when that can't be done.
 std::optional<QueuedRow> StepMachine::loadMessage() {
     GatewayState& s = p_.state;
@@ -240,15 +257,13 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
         return std::nullopt;
     }
     s.txtid.text = row->id;
-    s.txtNo.text = row->number;
+    s.txtNo.text = destination(row->number);
     s.txtMedia.text = row->media.trimmed();
     s.txtFile.text = row->file.trimmed();
     QString problem;
     s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
-    const QString number = destinationNumber(s.txtNo.text, p_.settings.Prefix, p_.settings.CountryCode);
-    if (isPositiveNumber(number)) s.txtNo.text = number;
     if (const Result<void> noted = p_.journal.taken(*row); !noted) {
         idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
         return std::nullopt;
@@ -281,20 +296,19 @@ void StepMachine::dispatch(const QString& mode) {
     // Whatever surfaces in the middle of an attempt, the message has left the queue and must end marked.
     struct Attempt {
         MessageSender& sender;
-        const SendRecovery& recovery;
-        const GatewayState& state;
-        const int outcomes = state.sentCount + state.failedCount;
+        const SendJournal& journal;
+        const QString id;
         ~Attempt() {
-            if (state.sentCount + state.failedCount > outcomes) return;
-            // Broken off around Enter: its chat is looked into before anything else is sent.
-            if (recovery.needsPage()) return;
+            // Broken off around Enter it stays open: its chat is looked into before anything else is sent.
+            const SendJournal::Entry* open = journal.entry(id);
+            if (!open || open->stage != SendJournal::Stage::Taken) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {
                 log::error("engine", QStringLiteral("a broken-off message could not be marked as failed"));
             }
         }
-    } const attempt{p_.sender, p_.recovery, s};
+    } const attempt{p_.sender, p_.journal, s.txtid.text};
 
     s.mode9 = mode == QStringLiteral("9");
     static const QStringList kModes{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("9")};

@@ -63,6 +63,8 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
+    QString destination(const QString& written) const;
+    QString nextLink() const;
     std::optional<QueuedRow> loadMessage();
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);

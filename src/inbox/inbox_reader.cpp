@@ -186,7 +186,7 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
         p_.pacing.WA_WAIT(kSmallWaitMs);
         const auto look = p_.page.lookAtChat(false);
         if (!look) continue;
-        p_.opener.observe(look->chat, look->linkPlanted);
+        p_.opener.observe(look->chat, look->linkText);
         const bool cameUp = look->chat.serial != before.serial || (before.open && before.title == title);
         if (cameUp && look->chat.open && look->chat.title == title) return look;
     }

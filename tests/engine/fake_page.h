@@ -86,11 +86,12 @@ class FakePage : public ChatPage {
         return ids;
     }
 
-    PageLook look() override {
+    PageLook look(const QString& nextAddress = {}) override {
         commands.append(QStringLiteral("look"));
         PageLook look;
         look.presence = silent ? PageLook::Presence::Silent : presence;
         if (look.presence != PageLook::Presence::Here) return look;
+        if (planted_ && !nextAddress.isEmpty()) linkAddress_ = nextAddress;
         look.noPage = noPage;
         look.errorPage = errorPage;
         look.otherSite = otherSite;
@@ -104,7 +105,7 @@ class FakePage : public ChatPage {
         look.qrReloads = qrReloads;
         look.hasBanner = !banner.isEmpty();
         look.banner = banner;
-        look.linkPlanted = planted_;
+        look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
         look.chat = chat();
@@ -149,7 +150,6 @@ class FakePage : public ChatPage {
         if (!answers("lookAtChat")) return std::nullopt;
         if (focusBox) focus_ = Box::Message;
         ChatLook look;
-        look.linkPlanted = planted_;
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
@@ -187,6 +187,13 @@ class FakePage : public ChatPage {
         if (!answers("awaitBoxText")) return std::nullopt;
         if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
         return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
+    }
+    std::optional<BoxLook> awaitSent(const QString& nextAddress, int milliseconds) override {
+        auto look = awaitBoxText(Box::Message, {}, milliseconds);
+        if (!look || !look->asExpected || nextAddress.isEmpty()) return look;
+        look->linkPointed = planted_;
+        linkAddress_ = nextAddress;
+        return look;
     }
     bool clearBox(Box box) override {
         boxes_[box].clear();
@@ -252,6 +259,11 @@ class FakePage : public ChatPage {
         deliver(openNumber_, box());
         setBox({});
         return true;
+    }
+    bool pressEscapeTwice(int milliseconds) override {
+        pressEscape();
+        clock_.wait(milliseconds);
+        return pressEscape();
     }
     bool pressEscape() override {
         if (!answers("pressEscape")) return false;

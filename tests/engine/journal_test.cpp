@@ -136,6 +136,30 @@ TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
     EXPECT_EQ(state.sentCount, 2);
 }
 
+TEST_F(Crash, OfTheBrowserBeforeTypingPutsTheMessageBackOnce) {
+    const auto loseBrowserWhileTheChatOpens = [this] {
+        page.presence = PageLook::Presence::Here;
+        page.openDelay = [this](const QString&) {
+            clock.at(clock.monotonicMs() + 200, [this] { page.presence = PageLook::Presence::Gone; });
+            return 2000;
+        };
+        tick();
+        EXPECT_TRUE(journal.entries().empty());
+    };
+    tick();  // connects
+    ASSERT_EQ(count(QStringLiteral("outbox")), 1);
+    loseBrowserWhileTheChatOpens();
+    EXPECT_EQ(count(QStringLiteral("sent")), 0);
+    EXPECT_EQ(
+        database.OpenRecordset(QStringLiteral("select wa_no || wa_text || wa_time from outbox where id = ?"), {id})
+            .field(0),
+        kAni + QStringLiteral("hello") + row.time);
+    // Who knows whether it isn't this message that ends the browser.
+    page.reload();
+    for (int i = 0; i < 60 && count(QStringLiteral("outbox")) > 0; ++i) loseBrowserWhileTheChatOpens();
+    expectMarked("the browser was lost");
+}
+
 TEST_F(Crash, ErrorThatSurfacesAfterEnterIsDecidedByTheChatToo) {
     settle();
     policy.setDebugMode(true);
