@@ -79,6 +79,15 @@ if (!pane) {
 )js");
 }
 
+QString listChats() {
+    return entryScript(R"js(
+const listed = all('XX_ListedChat');
+return (listed.length ? listed : chatRows())
+  .map((row) => ({title: titleOf(row), picture: row.querySelector('img[src*="&u="]')?.getAttribute('src') || ''}))
+  .filter(({title}) => title);
+)js");
+}
+
 // Found and clicked in one go: between two commands the row could have become another chat's. The page may listen to
 // any of the events of a click.
 QString clickEntry() {

@@ -110,6 +110,12 @@ struct ChatListLook {
     int length = 0;       ///< length of the list's text
 };
 
+/// A chat of the list as `listChats` finds it.
+struct ListedChat {
+    QString title;    ///< the chat's name, or the number as the page formats it
+    QString picture;  ///< address of its picture where that names the number; else empty
+};
+
 /// What tells whether the chat list deserves a look.
 struct ChatListGlance {
     int length = 0;  ///< length of the list's text
@@ -247,6 +253,8 @@ class ChatPage {
     /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be. New
     /// messages show at the top, so leave the list there.
     virtual std::optional<ChatListLook> readChatList(int offset) = 0;
+    /// The chats that the list holds at its present scroll position, read or not.
+    virtual std::optional<QList<ListedChat>> listChats() = 0;
     /// Clicks the unread row that still shows exactly `entry`, wherever it stands by now.
     virtual std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) = 0;
     /// Clears a search that was left above the chat list; returns the length of the list's text.

@@ -57,6 +57,8 @@ constexpr std::array kElements{
     Element{"XX_ErrorPage", "#main-frame-error"},
     // Inside a row of the chat list.
     Element{"XX_EntryTitle", ".//span[@title]"},
+    // The older layout's rows, for the list of chats on demand; today's are XX_ReadMessage.
+    Element{"XX_ListedChat", "._2aBzC"},
     Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
 };
 

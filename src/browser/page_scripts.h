@@ -45,6 +45,8 @@ QString findEntry();
 QString watchChatList();
 /// Asynchronous: (offset, callback) → what ChatListLook holds, or null while there is no chat list.
 QString readChatList();
+/// () → list of what ListedChat holds.
+QString listChats();
 /// (title, badge, lines) → what ClickedEntry holds.
 QString clickEntry();
 /// () → whether a search was left above the chat list; the search box has the focus then.

@@ -42,16 +42,6 @@ SessionRecord readRecord(const QString& file) {
             processFrom(json[QLatin1String("browser")])};
 }
 
-/// Whether a driver started this process as a browser on this profile. One that a person started is left alone.
-bool isDriven(platform::ProcessId browser, const QString& profileFolder) {
-    const std::string profile = "--user-data-dir=" + profileFolder.toStdString();
-    const std::vector<std::string> arguments = platform::commandLine(browser);
-    const bool onProfile = std::find(arguments.begin(), arguments.end(), profile) != arguments.end();
-    return onProfile && std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
-               return argument.rfind("--remote-debugging-", 0) == 0;
-           });
-}
-
 void endTree(const platform::Process& root, int graceMs) {
     if (!isRunning(root)) return;
     // Listed before: once their parent has ended nobody knows whose they were.
@@ -63,6 +53,22 @@ void endTree(const platform::Process& root, int graceMs) {
     }
     for (const platform::Process& process : below) {
         (void)platform::terminate(process.id, process.startTime, 0);
+    }
+}
+
+/// Ends the browsers that a driver started on this profile. One that a person started is left alone.
+void endDrivenBrowsers(const QString& profileFolder) {
+    for (const platform::Process& browser :
+         platform::processesWithArgument("--user-data-dir=" + profileFolder.toStdString())) {
+        const std::vector<std::string> arguments = platform::commandLine(browser.id);
+        const auto any = [&arguments](const char* start) {
+            return std::any_of(arguments.begin(), arguments.end(),
+                               [start](const std::string& argument) { return argument.rfind(start, 0) == 0; });
+        };
+        // A browser's helpers have a type, and end with it.
+        if (!any("--remote-debugging-") || any("--type=")) continue;
+        log::info(kLog, QStringLiteral("ending browser %1, which was left on the profile").arg(browser.id));
+        endTree(browser, kGraceMs);
     }
 }
 
@@ -120,18 +126,14 @@ QString SessionRecords::fileOf(platform::ProcessId owner) const {
 }
 
 void freeProfile(const QString& profileFolder) {
+    endDrivenBrowsers(profileFolder);
     const QDir folder(profileFolder);
     // A symbolic link to "<host>-<process id>"; on Windows Chrome uses an open file instead, which can't go stale.
     const QString owner = QFile::symLinkTarget(folder.filePath(QStringLiteral("SingletonLock"))).section(u'/', -1);
     if (owner.isEmpty()) return;
     const QString host = owner.section(u'-', 0, -2);
     const platform::ProcessId pid = owner.section(u'-', -1).toLongLong();
-    const platform::Process holder{pid, platform::processStartTime(pid)};
-    if (host == QSysInfo::machineHostName() && holder.startTime != 0) {
-        if (!isDriven(holder.id, profileFolder)) return;
-        log::info(kLog, QStringLiteral("ending browser %1, which was left on the profile").arg(pid));
-        endTree(holder, kGraceMs);
-    }
+    if (host == QSysInfo::machineHostName() && platform::processStartTime(pid) != 0) return;
     for (const char* name : {"SingletonLock", "SingletonSocket", "SingletonCookie"}) {
         QFile::remove(folder.filePath(QLatin1String(name)));
     }

@@ -390,6 +390,17 @@ std::optional<ChatListLook> WebPage::readChatList(int offset) {
     return look;
 }
 
+std::optional<QList<ListedChat>> WebPage::listChats() {
+    static const QString script = scripts::listChats();
+    const auto answer = runOrSkip("list the chats", script);
+    if (!answer || !answer->isArray()) return std::nullopt;
+    QList<ListedChat> chats;
+    const QJsonArray rows = answer->toArray();
+    for (const QJsonValue& row : rows)
+        chats.append({row[QLatin1String("title")].toString(), row[QLatin1String("picture")].toString()});
+    return chats;
+}
+
 std::optional<ClickedEntry> WebPage::clickEntry(const ChatEntry& entry) {
     static const QString script = scripts::clickEntry();
     const auto answer =

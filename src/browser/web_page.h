@@ -42,6 +42,7 @@ class WebPage : public ChatPage, public PageProbe {
     bool pressEscapeTwice(int milliseconds) override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;
     std::optional<ChatListLook> readChatList(int offset) override;
+    std::optional<QList<ListedChat>> listChats() override;
     std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) override;
     std::optional<int> leaveSearch() override;
     bool refresh() override;

@@ -43,6 +43,7 @@ Inbox::Inbox(const Needs& n)
                start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, table, journal,
               grid, handOff, n.pageInUse, n.BACA_PROFIL}),
-      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}) {}
+      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}),
+      chatLister(n.state, n.page) {}
 
 }  // namespace kibo

@@ -11,6 +11,7 @@
 #include "engine/gateway.h"
 #include "inbox/arrivals.h"
 #include "inbox/bot_browser.h"
+#include "inbox/chat_lister.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
 #include "inbox/inbox_reader.h"
@@ -47,6 +48,7 @@ struct Inbox {
     ReplyHandOff handOff;
     InboxReader reader;
     Arrivals arrivals;
+    ChatLister chatLister;
 };
 
 }  // namespace kibo

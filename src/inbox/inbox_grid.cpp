@@ -57,8 +57,8 @@ void InboxGrid::cmd_InboxRefresh_Click() {
 }
 
 void InboxGrid::append(const QStringList& line) {
-    if (!rows_ || state_.ms.rows != rows_) {  // the operator has emptied the grid
-        rows_ = std::make_shared<Rows>(std::make_shared<ListRows>(), state_.newestFirst.checked);
+    if (!rows_ || state_.ms.rows != rows_) {  // the operator has emptied the grid, or sees the page's chats there
+        rows_ = std::make_shared<Rows>(state_.ms.rows, state_.newestFirst.checked);
         new_ = 0;
     }
     rows_->append(line);

@@ -1,8 +1,8 @@
 #include <windows.h>
-// windows.h first: the next two build on it.
+// windows.h first: the next one builds on it.
 #include <psapi.h>
-#include <shellapi.h>
 
+#include "platform/command_line_win32.h"
 #include "platform/machine.h"
 #include "platform/process.h"
 
@@ -26,14 +26,8 @@ char pathSeparator() {
 }
 
 std::vector<std::string> programArguments(int, char**) {
-    int count = 0;
-    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < count; ++i) {
-        const std::u8string text = std::filesystem::path(words[i]).u8string();
-        arguments.emplace_back(text.begin(), text.end());
-    }
-    ::LocalFree(words);
+    std::vector<std::string> arguments = argumentsOf(::GetCommandLineW());
+    if (!arguments.empty()) arguments.erase(arguments.begin());
     return arguments;
 }
 

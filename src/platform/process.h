@@ -39,8 +39,11 @@ std::vector<Process> descendants(ProcessId pid);
 
 /// Full path of the running program, empty when it can't be told.
 std::string executablePath(ProcessId pid);
-/// The arguments it was started with, the program's name first. Empty when it can't be told, as on Windows.
+/// The arguments it was started with, in the system's encoding of file names (UTF-8 on Windows), the program's name
+/// first. Empty when they can't be told.
 std::vector<std::string> commandLine(ProcessId pid);
+/// Every running process that was started with this argument, as far as this user may see it.
+std::vector<Process> processesWithArgument(const std::string& argument);
 /// Every running process of that very file, this one included.
 std::vector<Process> processesOf(const std::string& executable);
 /// Every running process whose program file has one of these names, without folder ("chromedriver"). On Windows

@@ -107,6 +107,13 @@ std::vector<std::string> commandLine(ProcessId pid) {
     return arguments;
 }
 
+std::vector<Process> processesWithArgument(const std::string& argument) {
+    return processesWhere([&argument](ProcessId pid, const Stat&) {
+        const std::vector<std::string> arguments = commandLine(pid);
+        return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
+    });
+}
+
 std::vector<Process> processesOf(const std::string& executable) {
     std::error_code error;
     const std::string path = fs::weakly_canonical(executable, error).string();

@@ -7,6 +7,7 @@
 
 #include "platform/process.h"
 #include "platform/win32_call.h"
+#include "platform/wmi_win32.h"
 
 namespace kibo::platform {
 namespace {
@@ -27,17 +28,32 @@ ProcessStartTime startTimeOf(HANDLE process) {
     return (static_cast<ProcessStartTime>(created.dwHighDateTime) << 32) | created.dwLowDateTime;
 }
 
+/// The system's own list, of those entries for which `wanted` holds.
 template <class Predicate>
-std::vector<Process> processesWhere(Predicate wanted) {
-    std::vector<Process> found;
+std::vector<ProcessId> snapshotOf(Predicate wanted) {
+    std::vector<ProcessId> found;
     const Handle snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32 entry = {};
     entry.dwSize = sizeof entry;
     if (!snapshot.valid()) return found;
-    for (BOOL more = ::Process32First(snapshot.get(), &entry); more; more = ::Process32Next(snapshot.get(), &entry)) {
-        const Process process{entry.th32ProcessID, processStartTime(entry.th32ProcessID)};
-        if (process.startTime != 0 && wanted(process, entry)) found.push_back(process);
+    for (BOOL more = ::Process32First(snapshot.get(), &entry); more; more = ::Process32Next(snapshot.get(), &entry))
+        if (wanted(entry)) found.push_back(entry.th32ProcessID);
+    return found;
+}
+
+/// What WMI lists for `where`. Its service may be switched off or broken, and a browser must end then too: the system's
+/// own list, of the entries for which `wanted` holds, takes its place.
+template <class Predicate>
+std::vector<Process> processesWhere(const std::string& where, Predicate wanted) {
+    std::vector<ProcessId> ids;
+    if (const auto listed = wmi::processes("Select * from Win32_Process Where " + where)) {
+        for (const wmi::ListedProcess& process : listed.value()) ids.push_back(process.id);
+    } else {
+        ids = snapshotOf(wanted);
     }
+    std::vector<Process> found;
+    for (const ProcessId id : ids)
+        if (const ProcessStartTime started = processStartTime(id); started != 0) found.push_back({id, started});
     return found;
 }
 
@@ -67,10 +83,12 @@ std::vector<Process> children(ProcessId pid) {
     // Windows never forgets a parent's id, even after another process got it: a child can't be older than its parent.
     const ProcessStartTime parentStarted = processStartTime(pid);
     if (parentStarted == 0) return {};
-    return processesWhere([&](const Process& process, const PROCESSENTRY32& entry) {
-        return entry.th32ParentProcessID == static_cast<DWORD>(pid) && process.id != pid &&
-               process.startTime >= parentStarted;
-    });
+    std::vector<Process> found = processesWhere(
+        "ParentProcessId=" + std::to_string(pid),
+        [pid](const PROCESSENTRY32& entry) { return entry.th32ParentProcessID == static_cast<DWORD>(pid); });
+    std::erase_if(found,
+                  [&](const Process& process) { return process.id == pid || process.startTime < parentStarted; });
+    return found;
 }
 
 std::string executablePath(ProcessId pid) {
@@ -81,18 +99,37 @@ std::string executablePath(ProcessId pid) {
     return {path, size};
 }
 
-std::vector<std::string> commandLine(ProcessId) {
-    return {};
+std::vector<std::string> commandLine(ProcessId pid) {
+    const auto listed = wmi::processes("Select * from Win32_Process Where ProcessId=" + std::to_string(pid));
+    if (!listed || listed.value().empty()) return {};
+    return listed.value().front().arguments;
+}
+
+std::vector<Process> processesWithArgument(const std::string& argument) {
+    std::vector<Process> found;
+    const auto listed = wmi::processes("Select * from Win32_Process");
+    if (!listed) return found;  // nothing else tells other processes' arguments
+    for (const wmi::ListedProcess& process : listed.value()) {
+        const auto& arguments = process.arguments;
+        if (std::find(arguments.begin(), arguments.end(), argument) == arguments.end()) continue;
+        if (const ProcessStartTime started = processStartTime(process.id)) found.push_back({process.id, started});
+    }
+    return found;
 }
 
 std::vector<Process> processesOf(const std::string& executable) {
-    return processesWhere([&](const Process& process, const PROCESSENTRY32&) {
-        return ::lstrcmpiA(executablePath(process.id).c_str(), executable.c_str()) == 0;
+    std::vector<Process> found = processesNamed({executable.substr(executable.find_last_of('\\') + 1)});
+    std::erase_if(found, [&](const Process& process) {
+        return ::lstrcmpiA(executablePath(process.id).c_str(), executable.c_str()) != 0;
     });
+    return found;
 }
 
 std::vector<Process> processesNamed(const std::vector<std::string>& names) {
-    return processesWhere([&names](const Process&, const PROCESSENTRY32& entry) {
+    if (names.empty()) return {};
+    std::string where;
+    for (const std::string& name : names) where += (where.empty() ? "Name='" : "' Or Name='") + wmi::escaped(name);
+    return processesWhere(where + "'", [&names](const PROCESSENTRY32& entry) {
         return std::any_of(names.begin(), names.end(),
                            [&](const std::string& name) { return ::lstrcmpiA(entry.szExeFile, name.c_str()) == 0; });
     });
@@ -107,9 +144,12 @@ Result<void> terminate(ProcessId pid, ProcessStartTime startTime, int graceMs) {
     }
     // Nothing asks a program without windows to end, so the grace is only time to end by itself.
     if (::WaitForSingleObject(process.get(), static_cast<DWORD>(graceMs)) == WAIT_OBJECT_0) return {};
+    // The handle keeps the id from going to another process. As with the lists, it must end without WMI too.
+    const auto ends = [&] { return ::WaitForSingleObject(process.get(), kCertainEndMs) == WAIT_OBJECT_0; };
+    if (wmi::terminate(pid) && ends()) return {};
     if (!::TerminateProcess(process.get(), kEndedByUs) && isRunning(pid, startTime))
         return lastFailure("process " + std::to_string(pid) + " can't be ended");
-    if (::WaitForSingleObject(process.get(), kCertainEndMs) == WAIT_OBJECT_0) return {};
+    if (ends()) return {};
     return Failure{FailureKind::Io, "process " + std::to_string(pid) + " does not end", {}};
 }
 

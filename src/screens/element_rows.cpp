@@ -47,6 +47,7 @@ const std::vector<Group>& described() {
         {"Inbox",
          {{"XX_ReadMessage", "Each entry of the chat list, read for unread messages"},
           {"XX_EntryTitle", "Name or number in such an entry"},
+          {"XX_ListedChat", "Entries that List chats shows; when none is there, the above"},
           {"XX_UnreadBadge", "Count of unread messages in such an entry"},
           {"XXDraft", "Text before what was left unsent in a chat"},
           {"XXTyping", "Text shown while the other side types"}}},

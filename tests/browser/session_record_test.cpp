@@ -24,9 +24,10 @@ class SessionRecordTest : public ::testing::Test {
     }
 
     /// A shell that started a further process, as drivers and browsers do.
-    Process startTree() {
+    Process startTree(const QStringList& arguments = {}) {
         auto child = std::make_unique<QProcess>();
-        child->start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("sleep 60 & echo up; wait")});
+        child->start(QStringLiteral("/bin/sh"),
+                     QStringList{QStringLiteral("-c"), QStringLiteral("sleep 60 & echo up; wait")} + arguments);
         EXPECT_TRUE(child->waitForReadyRead());
         const platform::ProcessId id = child->processId();
         children_.push_back(std::move(child));
@@ -102,6 +103,17 @@ TEST_F(SessionRecordTest, OnlyAStaleProfileLockIsRemoved) {
         freeProfile(folder_.path());
         EXPECT_EQ(!QFileInfo(lock).isSymLink(), c.removed) << c.owner.toStdString();
     }
+}
+
+TEST_F(SessionRecordTest, OnlyADriversBrowserOnThisProfileIsEnded) {
+    const QString profile = QStringLiteral("--user-data-dir=") + folder_.path();
+    const QString driven = QStringLiteral("--remote-debugging-port=0");
+    const Process orphan = startTree({driven, profile});
+    const Process bystanders[] = {startTree({profile}), startTree({profile, driven, QStringLiteral("--type=gpu")}),
+                                  startTree({profile + u'0', driven})};
+    freeProfile(folder_.path());
+    EXPECT_FALSE(runs(orphan));
+    for (const Process& bystander : bystanders) EXPECT_TRUE(runs(bystander)) << &bystander - bystanders;
 }
 
 }  // namespace

@@ -291,6 +291,10 @@ class FakePage : public ChatPage {
         if (offset + rowsInSight < list.size()) look.nextOffset = offset + rowsInSight;
         return look;
     }
+    std::optional<QList<ListedChat>> listChats() override {
+        if (!answers("listChats")) return std::nullopt;
+        return listed;
+    }
     std::optional<ClickedEntry> clickEntry(const ChatEntry& wanted) override {
         if (!answers("clickEntry")) return std::nullopt;
         const ClickedEntry missed{false, chat()};
@@ -339,6 +343,7 @@ class FakePage : public ChatPage {
 
     int chatListLength = 7;
     QList<ChatEntry> list;
+    QList<ListedChat> listed;
     QList<ArrivedMessage> arrived;
     int rowsInSight = 20;
     int stickyBadges = 0;  // so many openings leave the mark on the chat

@@ -3,6 +3,7 @@
 
 #include "app/log.h"
 #include "inbox/arrivals.h"
+#include "inbox/chat_lister.h"
 #include "inbox_fixture.h"
 
 namespace kibo {
@@ -169,6 +170,22 @@ TEST_F(Reader, PassGivesWayToMessagesThatWait) {
         watch.Timer2_Timer();
     }
     EXPECT_EQ(count(QStringLiteral("inbox")), 20);
+}
+
+TEST_F(Reader, ChatsOfThePageAreListedAndNothingIsStored) {
+    ChatLister lister(state, page);
+    page.listed = {
+        {u"Ani"_qs, u"https://host/p?t=s&u=62811%40c.us"_qs}, {u"+62 812-3456-789"_qs, {}}, {u"Team 7"_qs, {}}};
+    const auto line = [&](int row) { return state.ms.rows->text(row, 0) + u'\t' + state.ms.rows->text(row, 1); };
+    lister.len2_Click();
+    ASSERT_EQ(state.ms.rowCount(), 4) << "with the heading";
+    EXPECT_EQ(line(0) + u'|' + line(1) + u'|' + line(2), u"62811\tAni|628123456789\t+62 812-3456-789|\tTeam 7"_qs);
+    EXPECT_EQ(count(QStringLiteral("inbox")), 0);
+    unread(kAni, QStringLiteral("hello"));
+    reader->BACA_WA();
+    EXPECT_EQ(line(0) + u'|' + line(1), u"Ani\thello|62811\tAni"_qs) << "a message joins them";
+    grid.cmd_InboxRefresh_Click();
+    EXPECT_EQ(line(0) + u'|' + line(1), u"Ani\thello|\t"_qs);
 }
 
 TEST_F(Reader, MultiSessionRowsCarryTheProfile) {

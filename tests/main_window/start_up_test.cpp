@@ -8,6 +8,7 @@
 #include "main_window/close_all.h"
 #include "main_window/form_load.h"
 #include "main_window/gateway_application.h"
+#include "main_window/profile_settings.h"
 #include "main_window/qt_dialogs.h"
 #include "support/stores.h"
 #include "window_fixture.h"
@@ -216,6 +217,30 @@ TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {
     load({}, true);
     ASSERT_EQ(agents.size(), 1);
     EXPECT_EQ(agents[0], folder.path() + QDir::separator() + QStringLiteral("Tarro.exe"));
+}
+
+TEST_F(FormLoadTest, theProfilesRowSetsReadingAndDummy) {
+    state.cb_Profil.text = QStringLiteral("12");
+    settings.DummyContact = QStringLiteral("6281");
+    ProfileSettings profile(state, settings, database);
+    const auto after = [&](const char* statement) {
+        EXPECT_TRUE(database.Execute(QLatin1String(statement)));
+        profile.BACA_PROFIL();
+        return (settings.DisableRead + u' ' + state.txt_DUMMY.text).toStdString();
+    };
+    EXPECT_EQ(after("insert into web_user (id, disable_read, wa_no) values ('12', 'Y', '6285'), ('13', 'N', '1')"), " ")
+        << "a single session has no row";
+    settings.Multi = QStringLiteral("Y");
+    settings.UseMDB = QStringLiteral("Y");
+    EXPECT_EQ(after("delete from web_user where id = '13'"), " ");
+    settings.UseMDB = QStringLiteral("N");
+    EXPECT_EQ(after("update web_user set qr = ''"), "Y 6285");
+    state.txt_DUMMY.text = QStringLiteral("6289");  // typed by the operator
+    EXPECT_EQ(after("update web_user set disable_read = 'N'"), "N 6289");
+    EXPECT_EQ(after("update web_user set wa_no = null"), "N 6281");
+    EXPECT_EQ(after("update web_user set disable_read = 'Y', wa_no = '6286'"), "Y 6286");
+    EXPECT_EQ(after("alter table web_user rename to away"), "Y 6286") << "no answer changes nothing";
+    EXPECT_EQ(state.cb_DummyContact.text, QStringLiteral("6286"));
 }
 
 TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {

@@ -38,42 +38,79 @@ TEST(WindowsWindows, areFoundByTitleHiddenAndShown) {
     showWindow(*found, true);  // gone: nothing happens
 }
 
-/// Not a test: the processes that the next one starts, lists and ends.
-TEST(WindowsProcess, DISABLED_staysForAMinute) {
+/// Processes of this test's own, started, listed, ended. CMake runs these cases twice: with WMI and without.
+class WindowsProcess : public ::testing::Test {
+ protected:
+    static constexpr const char* kArgument = R"(--user-data-dir=C:\My "Kibo"\profil\1)";
+
+    static bool contains(const std::vector<Process>& list, const Process& wanted) {
+        return std::find(list.begin(), list.end(), wanted) != list.end();
+    }
+    /// Starts a copy of this program, under a name of its own, that runs one of the cases that are no tests.
+    Process start(const std::string& name, const char* step = "DISABLED_staysForAMinute") {
+        const fs::path program = folder_.path() / name;
+        fs::copy_file(executablePath(ownProcessId()), program, fs::copy_options::skip_existing);
+        const Result<ProcessId> started = startProgram(
+            program.string(),
+            {"--gtest_also_run_disabled_tests", std::string("--gtest_filter=WindowsProcess.") + step, kArgument});
+        EXPECT_TRUE(started.ok()) << started.failure().text;
+        return started_.emplace_back(Process{started.value(), processStartTime(started.value())});
+    }
+    static bool runs(const Process& process) { return isRunning(process.id, process.startTime); }
+    void TearDown() override {
+        for (const Process& process : started_) EXPECT_TRUE(terminate(process.id, process.startTime, 0).ok());
+    }
+
+ private:
+    TemporaryFolder folder_;
+    std::vector<Process> started_;
+};
+
+/// These two are no tests but what the tests start.
+TEST_F(WindowsProcess, DISABLED_staysForAMinute) {
     if (const std::string parent = environment("KIBO_TEST_PARENT"); !parent.empty()) endWithParent(std::stoll(parent));
     ::Sleep(60'000);
 }
+TEST_F(WindowsProcess, DISABLED_findsItselfByItsArgument) {
+    const Process self{ownProcessId(), processStartTime(ownProcessId())};
+    EXPECT_EQ(processesWithArgument(kArgument), std::vector{self});
+    EXPECT_EQ(commandLine(self.id).back(), kArgument);
+}
 
-TEST(WindowsProcess, isStartedListedAndEnded) {
+TEST_F(WindowsProcess, isListedByParentFileAndNameAndEnded) {
     EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
-    const auto start = [] {
-        return startProgram(executablePath(ownProcessId()), {"--gtest_also_run_disabled_tests",
-                                                             "--gtest_filter=WindowsProcess.DISABLED_staysForAMinute"});
-    };
-    const Result<ProcessId> started = start();
-    ASSERT_TRUE(started.ok()) << started.failure().text;
-    const ProcessId pid = started.value();
-    const Process process{pid, processStartTime(pid)};
-    ASSERT_TRUE(isRunning(pid, process.startTime));
+    const Process driver = start("kibo's driver.exe");
+    const Process other = start("kibo other driver.exe");
+    ::_putenv_s("KIBO_TEST_PARENT", std::to_string(driver.id).c_str());
+    const Process dependent = start("kibo helper.exe");
+    ::_putenv_s("KIBO_TEST_PARENT", "");
+    EXPECT_TRUE(contains(children(ownProcessId()), driver));
+    EXPECT_TRUE(contains(descendants(ownProcessId()), other));
+    EXPECT_EQ(processesOf(executablePath(driver.id)), std::vector{driver});
+    EXPECT_EQ(processesNamed({"no such name.exe", "KIBO'S DRIVER.exe"}), std::vector{driver});
 
-    const auto contains = [](const std::vector<Process>& list, const Process& wanted) {
-        return std::find(list.begin(), list.end(), wanted) != list.end();
-    };
-    EXPECT_TRUE(contains(children(ownProcessId()), process));
-    EXPECT_TRUE(contains(descendants(ownProcessId()), process));
-    EXPECT_TRUE(contains(processesOf(executablePath(pid)), process));
-
-    ::_putenv_s("KIBO_TEST_PARENT", std::to_string(pid).c_str());
-    const ProcessId dependent = start().valueOr(0);
-    const ProcessStartTime dependentStarted = processStartTime(dependent);
-    EXPECT_NE(dependentStarted, 0u);
-    EXPECT_TRUE(terminate(pid, process.startTime + 1, 0).ok());
-    EXPECT_TRUE(isRunning(pid, process.startTime)) << "another process's id is left alone";
-    EXPECT_TRUE(terminate(pid, process.startTime, 0).ok());
-    EXPECT_FALSE(isRunning(pid, process.startTime));
-    for (int i = 0; i < 200 && isRunning(dependent, dependentStarted); ++i) ::Sleep(50);
-    EXPECT_FALSE(isRunning(dependent, dependentStarted)) << "it ends with the one that it calls its parent";
+    EXPECT_TRUE(terminate(driver.id, driver.startTime + 1, 0).ok());
+    EXPECT_TRUE(runs(driver)) << "another process's id is left alone";
+    EXPECT_TRUE(terminate(driver.id, driver.startTime, 0).ok());
+    EXPECT_FALSE(runs(driver));
+    EXPECT_TRUE(runs(other));
+    EXPECT_FALSE(contains(children(ownProcessId()), driver));
+    for (int i = 0; i < 200 && runs(dependent); ++i) ::Sleep(50);
+    EXPECT_FALSE(runs(dependent)) << "it ends with the one that it calls its parent";
     EXPECT_EQ(processStartTime(-1), 0u);
+    EXPECT_TRUE(processesNamed({}).empty());
+}
+
+TEST_F(WindowsProcess, argumentsAreToldByWmi) {
+    const Process process = start("kibo browser.exe", "DISABLED_findsItselfByItsArgument");
+    const HANDLE handle =
+        ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(process.id));
+    DWORD exitCode = 1;
+    EXPECT_EQ(::WaitForSingleObject(handle, 30'000), WAIT_OBJECT_0);
+    ::GetExitCodeProcess(handle, &exitCode);
+    EXPECT_EQ(exitCode, 0u) << "Wine tells a process its own arguments only";
+    ::CloseHandle(handle);
+    EXPECT_TRUE(commandLine(0x7ffffffc).empty());
 }
 
 TEST(WindowsShell, refusesWhatCouldBeASecondCommand) {

@@ -212,6 +212,15 @@ TEST_F(StandInPage, LongListHoldsTheRowsInSightShowsNewsAndIsSearched) {
     const auto entry = [] { return run("return document.querySelector('#pane-side [role=row]').innerText"); };
     ASSERT_TRUE(eventually([&] { return entry().starts_with("Name 499\n"); }));
     EXPECT_TRUE(entry().ends_with("\n62815 is my number\n1")) << "title, time, preview, unread: " << entry();
+    const auto listed = [] { return real->page->listChats().value_or(QList<ListedChat>()); };
+    EXPECT_GT(listed().size(), 5);
+    EXPECT_EQ(listed().value(0).title, QStringLiteral("Name 499"));
+    EXPECT_EQ(listed().value(0).picture, QString());
+    run("const row = document.querySelectorAll('#pane-side [role=row]')[1];"
+        "row.classList.add('_2aBzC'); row.insertAdjacentHTML('beforeend', '<img "
+        "src=\"data:,?t=s&amp;u=62815%40c.us\">')");
+    ASSERT_EQ(listed().size(), 1) << "the older layout's rows come first";
+    EXPECT_EQ(listed()[0].picture, QStringLiteral("data:,?t=s&u=62815%40c.us"));
     click("XX_SearchBox");
     type("name 499");
     EXPECT_TRUE(becomes("XX_ReadMessage", 1));

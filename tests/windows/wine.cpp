@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/top_level_windows.h"
@@ -18,6 +19,19 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
     const xcb_atom_t found = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
     std::free(reply);
     return found;
+}
+
+std::optional<xcb_window_t> shownWindow(const XClient& client, const char* title) {
+    const auto found = platform::FindWindowByTitle(title);
+    if (!found || !client.isViewable(static_cast<xcb_window_t>(*found))) return std::nullopt;
+    return static_cast<xcb_window_t>(*found);
+}
+
+template <class Event>
+void send(const XClient& client, xcb_window_t to, const Event& event) {
+    static_assert(sizeof event == 32, "what the protocol sends");
+    xcb_send_event(client.get(), 0, to, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+    xcb_flush(client.get());
 }
 
 }  // namespace
@@ -83,18 +97,43 @@ void Wine::setFonts() const {
 }
 
 bool closeWindow(const char* title) {
-    const auto window = platform::FindWindowByTitle(title);
     XClient client;
-    if (!window || !client.isViewable(static_cast<xcb_window_t>(*window))) return false;
+    const auto window = shownWindow(client, title);
+    if (!window) return false;
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
-    event.window = static_cast<xcb_window_t>(*window);
+    event.window = *window;
     event.type = atom(client.get(), "WM_PROTOCOLS");
     event.data.data32[0] = atom(client.get(), "WM_DELETE_WINDOW");
     event.data.data32[1] = XCB_CURRENT_TIME;
-    xcb_send_event(client.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
-    xcb_flush(client.get());
+    send(client, *window, event);
+    return true;
+}
+
+bool clickWindow(const char* title, int x, int y) {
+    XClient client;
+    const auto window = shownWindow(client, title);
+    if (!window) return false;
+    xcb_button_press_event_t event{};
+    event.root = xcb_setup_roots_iterator(xcb_get_setup(client.get())).data->root;
+    const auto cookie = xcb_translate_coordinates(client.get(), *window, event.root, static_cast<std::int16_t>(x),
+                                                  static_cast<std::int16_t>(y));
+    auto* place = xcb_translate_coordinates_reply(client.get(), cookie, nullptr);
+    if (!place) return false;
+    event.event = *window;
+    event.event_x = static_cast<std::int16_t>(x);
+    event.event_y = static_cast<std::int16_t>(y);
+    event.root_x = place->dst_x;  // what Wine goes by
+    event.root_y = place->dst_y;
+    std::free(place);
+    event.detail = XCB_BUTTON_INDEX_1;
+    event.same_screen = 1;
+    event.response_type = XCB_BUTTON_PRESS;
+    send(client, *window, event);
+    event.response_type = XCB_BUTTON_RELEASE;
+    event.state = XCB_BUTTON_MASK_1;
+    send(client, *window, event);
     return true;
 }
 

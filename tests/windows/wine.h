@@ -33,5 +33,7 @@ class Wine {
 
 /// Asks the window with that title to close, as a click on its closing mark does. False: there is none on the screen.
 bool closeWindow(const char* title);
+/// Presses and releases the first mouse button at that place of the window. False: there is none on the screen.
+bool clickWindow(const char* title, int x, int y);
 
 }  // namespace kibo::test

@@ -54,6 +54,7 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementDatabase_(clock_, policy_),
       elementStore_(elementDatabase_),
       instanceRows_(database_),
+      profileSettings_(state_, settings_, database_),
       startUp_(dialogs, programFolder_),
       browser_(programFolder_, clock_),
       mediaDownload_(settings_, clock_, programFolder_) {
@@ -106,8 +107,9 @@ void GatewayApplication::buildEngine() {
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
     });
-    inbox_ = std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random,
-                                                  *gateway_, programFolder_, pageInUse});
+    inbox_ =
+        std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_,
+                                             programFolder_, pageInUse, [this] { profileSettings_.BACA_PROFIL(); }});
 }
 
 bool GatewayApplication::showWindow() {
@@ -160,6 +162,7 @@ void GatewayApplication::buildBrowserParts() {
         .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
         .closeBrowser = [this] { browser_.quit(); },
         .showState = [this] { window_->showState(); },
+        .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
     });
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
@@ -180,6 +183,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.openWhatsApp = guarded([this] { keeper_->cmd_OpenWA_Click(); });
     actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
     actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
+    actions.listChats = guarded([this] { inbox_->chatLister.len2_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };

@@ -21,6 +21,7 @@
 #include "main_window/browser_care.h"
 #include "main_window/instance_rows.h"
 #include "main_window/main_window.h"
+#include "main_window/profile_settings.h"
 #include "main_window/qt_clipboard.h"
 #include "main_window/session_keeper.h"
 #include "main_window/start_up.h"
@@ -81,6 +82,7 @@ class GatewayApplication {
     Database elementDatabase_;
     ElementStore elementStore_;
     InstanceRows instanceRows_;
+    ProfileSettings profileSettings_;
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;

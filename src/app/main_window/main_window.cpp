@@ -150,6 +150,7 @@ void MainWindow::buildMenus() {
     add(view, "mnViewOutbox", "&Outbox", focus(controls_->ms_out), QKeySequence(Qt::CTRL | Qt::Key_1));
     add(view, "mnViewInbox", "&Inbox", focus(controls_->ms), QKeySequence(Qt::CTRL | Qt::Key_2));
     add(view, "mnViewUnsent", "&Unsent", focus(controls_->ms2), QKeySequence(Qt::CTRL | Qt::Key_3));
+    add(view, "len2", "List &chats in Inbox", actions_.listChats);
     view->addSeparator();
     add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
     add(view, "mnLogFile", "&Log file", actions_.openLogFile);

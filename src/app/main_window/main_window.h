@@ -23,6 +23,7 @@ struct MainWindowActions {
     std::function<void()> pause;
     std::function<void()> refreshOutbox;
     std::function<void()> refreshInbox;
+    std::function<void()> listChats;  ///< the page's chats into the inbox grid
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
     std::function<void()> newProfile;  ///< the entry below the profiles
