@@ -32,8 +32,9 @@ struct ArrivedMessage {
     QString title;  ///< of its chat
     QString number;
     QString headerPicture;  ///< address of the chat's picture; empty when there is none
-    QString sender;         ///< in a group: who wrote, if the message tells
-    QString text;           ///< as the chat shows it, in one line; empty where it has none
+    bool inGroup = false;
+    QString sender;  ///< in a group: who wrote, if that is known
+    QString text;    ///< in one line, as the chat shows it, or as the list does where it has none; may be empty
     int ageMs = 0;
     /// For one whose mark the opening took away: the chat's row as it was before.
     QStringList lines;

@@ -77,9 +77,17 @@ const contentOf = (row) => {
   const lines = linesOf(row);
   return {lines: lines, badge: endsInCount(lines) ? badgeOf(row) : ''};
 };
+// Without the single messages that a search lists below its chats.
+const listedChats = () => {
+  const heading = one('XX_MessageResults');
+  const rows = chatRows();
+  if (!heading) return rows;
+  const end = heading.getBoundingClientRect().top;
+  return rows.filter((row) => row.getBoundingClientRect().top < end);
+};
 // Of two chats with the same title neither row tells anything.
 const rowOf = (title) => {
-  const rows = title ? chatRows().filter((row) => titleOf(row) === title) : [];
+  const rows = title ? listedChats().filter((row) => titleOf(row) === title) : [];
   return rows.length === 1 ? contentOf(rows[0]) : null;
 };
 const previewOf = (row) => (row ? row.lines[row.lines.length - (row.badge ? 2 : 1)] || '' : '');
@@ -88,16 +96,24 @@ const oneLine = (text) => text.replace(/\s+/g, ' ').trim();
 const isPreviewOf = (preview, text) => !!text && !!preview && (text.startsWith(preview.slice(0, 60)) || preview.startsWith(text.slice(0, 60)));
 // Ids of own messages begin with "true_"; a page that names them otherwise marks them by their class.
 const isOwn = (row) => /^true_/.test(row.dataset.id || '') || !!row.closest('.message-out') || !!row.querySelector('.message-out');
+// In a group, messages and their ids name the members, not the chat.
+const isOfGroup = (id) => /@g\.us/.test(id);
 const namedNumber = (id) => {
+  if (isOfGroup(id)) return '';
   const texts = [id, one('XX_HeaderPicture')?.getAttribute('src') || ''];
   return texts.map((text) => /(?:^|_|&u=)(\d{5,20})(?:@|%40)c\.us/.exec(text)).find(Boolean)?.[1] || '';
 };
+const memberIn = (row) => {
+  const lines = row ? row.lines.slice(0, row.lines.length - (row.badge ? 1 : 0)) : [];
+  return lines[lines.length - 2] === ':' ? lines[lines.length - 3] || '' : '';
+};
 const said = (row) => {
   const id = row.dataset.id || '';
-  const inGroup = /@g\.us/.test(id);
+  const inGroup = isOfGroup(id);
   const stamp = row.querySelector('[data-pre-plain-text]')?.dataset.prePlainText || '';
   const texts = all('XX_MessageText', row);
   return {
+    inGroup: inGroup,
     number: namedNumber(id),
     picture: one('XX_HeaderPicture')?.getAttribute('src') || '',
     sender: inGroup ? plain(/\] (.*):\s*$/.exec(stamp)?.[1] || '').trim() : '',
@@ -106,7 +122,7 @@ const said = (row) => {
 };
 const watch = window.kiboWatch || (window.kiboWatch = (() => {
   const w = {serial: 0, node: null, title: '', titles: [], clicks: 0, clicked: [], personClicks: 0, ownClickUntil: 0,
-             personAtClick: -1, list: null, listLength: null, rows: new Map(), reading: '', opening: {serial: 0}, arrived: [], unsure: [], kept: 0};
+             personAtClick: -1, list: null, listLength: null, ownClicks: 0, rows: new Map(), inHand: new Map(), opening: {serial: 0}, ownText: '', arrived: [], unsure: [], kept: 0};
   // Scripted clicks are not trusted ones, so these are a person's, but for the one that was announced.
   document.addEventListener('mousedown', (event) => {
     if (!event.isTrusted) return;
@@ -127,64 +143,94 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
     w.title = cameUp ? title : node ? title || w.title : '';
     w.listen();
   };
-  // `reading`: title of the chat whose unread message is in hand already.
+  // `reading`: title of the chat whose unread message is in hand already, for as long as its row says the same: the chat
+  // may come up late, after further clicks.
   w.beforeClick = (reading) => {
     w.personAtClick = w.personClicks;
+    ++w.ownClicks;
     w.rows = new Map();
-    for (const row of chatRows()) w.rows.set(titleOf(row), w.rows.has(titleOf(row)) ? null : contentOf(row));
-    w.reading = reading;
+    for (const row of listedChats()) w.rows.set(titleOf(row), w.rows.has(titleOf(row)) ? null : contentOf(row));
+    for (const title of w.inHand.keys()) if (!w.rows.get(title)?.badge) w.inHand.delete(title);
+    if (reading) w.inHand.set(reading, JSON.stringify(w.rows.get(reading)));
   };
   const keep = (list, what) => list.push({
     key: `${performance.timeOrigin}/${++w.kept}`, serial: w.serial, at: performance.now(), title: w.title,
-    number: '', picture: '', sender: '', text: '', lines: [], badge: '', previewBefore: '', ...what});
-  // A conversation may be drawn in several steps, so what comes below the rest soon after the opening counts only once
-  // the chat list shows it as something new. What has no text of its own goes by what the list says.
+    inGroup: false, number: '', picture: '', sender: '', text: '', lines: [], badge: '', previewBefore: '', ...what});
+  // A conversation may be drawn in several steps, so what comes below the rest soon after the opening (`early`) counts
+  // only once the chat list shows it as something new. What has no text of its own goes by what the list says.
+  const accept = (count, row) => {
+    const last = w.unsure[count - 1];
+    const shown = previewOf(row);
+    if (!last.text && !isPreviewOf(shown, w.ownText))
+      Object.assign(last, {text: shown, sender: last.sender || (last.inGroup ? memberIn(row) : '')});
+    w.arrived.push(...w.unsure.splice(0, count));
+  };
   const settle = () => {
     if (!w.unsure.length) return;
-    const shown = previewOf(rowOf(w.unsure[0].title));
-    const last = w.unsure.findLastIndex((message) =>
-      message.text ? shown !== w.opening.preview && isPreviewOf(shown, message.text) : shown !== message.shown);
-    if (last < 0) return;
-    w.unsure[last].text ||= shown;
-    w.arrived.push(...w.unsure.splice(0, last + 1));
+    const title = w.unsure[0].title;
+    const row = rowOf(title);
+    const shown = previewOf(row);
+    const isShown = ({text, shownBefore}) =>
+      shown !== shownBefore && (text ? isPreviewOf(shown, text) : !isPreviewOf(shown, w.ownText));
+    const last = w.unsure.findLastIndex((message) => message.title === title && isShown(message));
+    if (last >= 0) accept(last + 1, row);
+  };
+  const open = () => {
+    const before = w.rows.get(w.title) || null;
+    w.rows.delete(w.title);  // the same chat may be drawn anew without another click
+    w.opening = {serial: w.serial, at: performance.now(), clicks: w.ownClicks, title: w.title, before: before, known: null,
+                 preview: previewOf(before || rowOf(w.title)), former: w.opening};
+    w.ownText = '';
+    w.opening.former.former = null;
+    if (before?.badge && JSON.stringify(before) !== w.inHand.get(w.title)) keep(w.arrived, {lines: before.lines, badge: before.badge});
+  };
+  // What a chat opens with: only what its row tells of is new.
+  const hearOpened = (newest, before) => {
+    if (isOwn(newest)) return;
+    const message = said(newest);
+    const unread = w.arrived.findLast((kept) => kept.serial === w.serial && kept.badge);
+    if (unread) Object.assign(unread, message);
+    const shown = previewOf(rowOf(w.title));
+    if (before && shown !== previewOf(before) && isPreviewOf(shown, message.text))
+      keep(w.arrived, {...message, previewBefore: previewOf(before)});
   };
   w.listen = () => {
     settle();
     if (!w.node || !w.title || w.personClicks !== w.personAtClick) return;
-    if (w.opening.serial !== w.serial) {
-      w.unsure = [];
-      const before = w.rows.get(w.title) || null;
-      w.opening = {serial: w.serial, at: performance.now(), before: before, preview: previewOf(rowOf(w.title)), known: null};
-      if (before?.badge && w.title !== w.reading) keep(w.arrived, {lines: before.lines, badge: before.badge});
-    }
+    if (w.opening.serial !== w.serial) open();
+    const opening = w.opening;
     const rows = all('XX_MessageRow');
     const newest = rows[rows.length - 1];
-    const {known, before} = w.opening;
-    if (!newest?.dataset.id || known?.has(newest.dataset.id)) return;
-    w.opening.known = new Set(rows.map((row) => row.dataset.id));
+    if (!newest?.dataset.id) return;
+    const former = opening.former.known;
+    if (!opening.known && former && rows.some((row) => former.has(row.dataset.id))) {
+      const same = opening.title === opening.former.title || opening.clicks === opening.former.clicks;
+      if (!same) return;  // still the messages of the chat before
+      opening.known = former;  // drawn anew, or under another name
+    }
+    if (opening.known?.has(newest.dataset.id)) return;
+    const known = opening.known;
+    opening.known = new Set(rows.map((row) => row.dataset.id));
     const begin = known ? rows.findLastIndex((row) => known.has(row.dataset.id)) + 1 : 0;
-    if (begin === 0) {  // what the chat opens with
-      if (isOwn(newest)) return;
-      const message = said(newest);
-      const opened = w.arrived.findLast((kept) => kept.serial === w.serial && kept.badge);
-      if (opened) Object.assign(opened, message);
-      const now = rowOf(w.title);
-      if (!known && before && now && previewOf(now) !== previewOf(before))
-        keep(w.arrived, {...message, text: message.text || previewOf(now), previewBefore: previewOf(before)});
+    if (begin === 0) {
+      hearOpened(newest, known ? null : opening.before);
       return;
     }
-    const early = performance.now() - w.opening.at < 1000;
+    const early = performance.now() - opening.at < 1000;
+    if (isOwn(newest)) w.ownText = said(newest).text;
     for (const row of rows.slice(begin).filter((row) => !isOwn(row))) {
       const message = said(row);
-      keep(early || !message.text ? w.unsure : w.arrived, {...message, shown: previewOf(rowOf(w.title))});
+      keep(early || !message.text ? w.unsure : w.arrived, {...message, early: early, shownBefore: opening.preview});
     }
+    if (!early) opening.preview = previewOf(rowOf(w.title));
   };
   // What is ready to be taken: its chat has been left, or is open for long. A message that the list marks as unread
   // all the same is read from there.
   w.takeable = () => {
     settle();
     const now = performance.now();
-    w.unsure = w.unsure.filter((message) => now - message.at < 5000);
+    w.unsure = w.unsure.filter((message) => !message.early || now - message.at < 5000);
+    if (w.unsure.length && now - w.unsure[0].at >= 5000) accept(1, rowOf(w.unsure[0].title));
     const marked = w.arrived.filter((message) => {
       const row = rowOf(message.title);
       return row?.badge && isPreviewOf(previewOf(row), message.text || message.lines[message.lines.length - 2] || '');

@@ -47,7 +47,8 @@ QList<ArrivedMessage> arrivedMessages(const QJsonArray& messages) {
     QList<ArrivedMessage> arrived;
     for (const QJsonValue& message : messages) {
         const auto text = [&message](const char* name) { return message[QString::fromLatin1(name)].toString(); };
-        arrived.append({text("key"), text("title"), text("number"), text("picture"), text("sender"), text("text"),
+        arrived.append({text("key"), text("title"), text("number"), text("picture"),
+                        message[QStringLiteral("inGroup")].toBool(), text("sender"), text("text"),
                         message[QStringLiteral("ageMs")].toInt(), strings(message[QStringLiteral("lines")]),
                         text("badge"), text("previewBefore")});
     }

@@ -4,6 +4,11 @@
 #include "inbox/unread_chat.h"
 
 namespace kibo {
+namespace {
+
+const QString kWithoutText = QStringLiteral("(media)");
+
+}  // namespace
 
 void Arrivals::take(const QList<ArrivedMessage>& arrived) {
     QStringList done;
@@ -29,13 +34,14 @@ std::optional<IncomingRow> Arrivals::rowOf(const ArrivedMessage& message) const 
         const auto unread = unreadChat({message.title, message.badge, message.lines});
         if (!unread) return std::nullopt;
         chat = *unread;
-        if (!isShown(chat.text)) chat.text = message.text;
+        if (!isMessage(chat.text)) chat.text = message.text;
     }
     // What showed after somebody had typed, or after a draft, may be an old message again.
-    if (!message.previewBefore.isEmpty() && !isShown(message.previewBefore)) return std::nullopt;
-    if (chat.text.trimmed().isEmpty() || chat.text.trimmed() == QStringLiteral(":")) return std::nullopt;
-    const QString number =
-        isYes(p_.settings.GetNumberInbox) ? senderNumber(chat, message.headerPicture, message.number) : chat.title;
+    if (!message.previewBefore.isEmpty() && !isMessage(message.previewBefore)) return std::nullopt;
+    // A picture or a voice note, of which the list showed nothing.
+    if (!isMessage(chat.text)) chat.text = kWithoutText;
+    const bool byTitle = message.inGroup || !isYes(p_.settings.GetNumberInbox);
+    const QString number = byTitle ? chat.title : senderNumber(chat, message.headerPicture, message.number);
     return IncomingRow{isYes(p_.settings.Multi),
                        p_.state.cb_Profil.text,
                        chat.title,
@@ -45,10 +51,12 @@ std::optional<IncomingRow> Arrivals::rowOf(const ArrivedMessage& message) const 
                        p_.clock.now().addMSecs(-message.ageMs).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
 }
 
-/// Whether a chat's row shows a message: not that somebody types, nor a text left in the message box.
-bool Arrivals::isShown(const QString& text) const {
+/// Whether what a chat's row shows is a message: not that somebody types, nor a text left in the message box.
+bool Arrivals::isMessage(const QString& text) const {
     const QString draft = p_.elements[QStringLiteral("XXDraft")];
-    return !isTyping(text, p_.elements[QStringLiteral("XXTyping")]) && (draft.isEmpty() || !text.startsWith(draft));
+    const QString trimmed = text.trimmed();
+    return !trimmed.isEmpty() && trimmed != QStringLiteral(":") &&
+           !isTyping(text, p_.elements[QStringLiteral("XXTyping")]) && (draft.isEmpty() || !text.startsWith(draft));
 }
 
 }  // namespace kibo

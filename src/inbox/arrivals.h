@@ -34,7 +34,7 @@ class Arrivals {
 
  private:
     std::optional<IncomingRow> rowOf(const ArrivedMessage& message) const;
-    bool isShown(const QString& text) const;
+    bool isMessage(const QString& text) const;
 
     Parts p_;
     QSet<QString> taken_;  // keys of the last call: a page that didn't answer gives them again

@@ -8,6 +8,9 @@ const shownAtOnce = 60;
 const tickNames = {waiting: 'msg-time', sent: 'msg-check', delivered: 'msg-dblcheck'};
 const tickLabels = {waiting: ' Pending ', sent: ' Sent ', delivered: ' Delivered '};
 
+/** In a group, the id of a message ends with its writer's number. */
+const memberNumber = '6289900000001';
+
 /** What the browser keeps of chosen pictures, by message id, until the page is reloaded. */
 const pictures = new Map();
 
@@ -53,7 +56,8 @@ export class MessageView {
     #row(message, state) {
         const direction = message.incoming ? 'message-in' : 'message-out';
         const chat = message.member ? `${message.number}@g.us` : chatId(message.number, this.#idStyle);
-        const dataId = `${!message.incoming}_${chat}_${message.id}`;
+        const member = message.member ? `_${memberNumber}@c.us` : '';
+        const dataId = `${!message.incoming}_${chat}_${message.id}${member}`;
         const holder = message.incoming ? null : el('span', {class: 'tick'}, tick(state));
         if (holder) this.#ticks.set(message.id, holder);
         return el('div', {role: 'row', class: 'message-row'},

@@ -299,7 +299,7 @@ TEST_F(Reader, AfterACrashEachMessageIsThereOnce) {
 TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
     Arrivals arrivals({state, settings, elements, page, clock, *journal});
     const auto arrived = [](const char* key, const QString& text) {
-        return ArrivedMessage{QString::fromLatin1(key), kAni, u"62811"_qs, {}, {}, text, 4'000, {}, {}, {}};
+        return ArrivedMessage{QString::fromLatin1(key), kAni, u"62811"_qs, {}, false, {}, text, 4'000, {}, {}, {}};
     };
     page.arrived = {arrived("1", u"one"_qs), arrived("2", u"typing…"_qs), arrived("3", u"after typing"_qs),
                     arrived("4", QString())};
@@ -313,7 +313,8 @@ TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
     page.silent = false;
     reader->BACA_WA();
     EXPECT_EQ(rows("wa_no, wa_text, wa_time"),
-              QStringLiteral("62811|one|2026-03-14 15:09:22\n62811|two|2026-03-14 15:09:22"));
+              QStringLiteral("62811|one|2026-03-14 15:09:22\n62811|two|2026-03-14 15:09:22\n"
+                             "62811|(media)|2026-03-14 15:09:22"));
     settings.DisableRead = QStringLiteral("Y");
     page.arrived = {arrived("5", u"five"_qs)};
     arrivals.take(page.arrived);

@@ -214,18 +214,54 @@ TEST_F(InboxBrowser, WhatComesInWhileItsChatIsOpenIsStoredOnce) {
     when("chatOpened", R"({"number": "120363000000000001", "member": "Budi", "text": "hello"})");
     send("Club", 2);
     ASSERT_TRUE(stores(2)) << "the same once more is another message";
+    when("chatOpened", R"({"number": "120363000000000001", "member": "Budi", "kind": "image", "text": ""})");
+    send("Club", 2);
+    ASSERT_TRUE(stores(3));
     when("chatOpened", R"({"number": "628111", "text": "while read"})");
     incoming(R"({"number": "628111", "text": "marked"})");
-    ASSERT_TRUE(stores(4));
-    EXPECT_EQ(rows(), "Club|Budi|hello\nClub|Budi|hello\n628111||marked\n628111||while read");
+    ASSERT_TRUE(stores(5));
+    EXPECT_EQ(rows(), "Club|Budi|hello\nClub|Budi|hello\nClub|Budi|Photo\n628111||marked\n628111||while read");
 
     real->behave(R"({"chatOpenDelayMs": {"min": 0, "max": 40}, "reuseConversation": true})");
     when("chatOpened", R"({"number": "628111", "text": "in an old frame"})");
     send("628111", 1);
-    ASSERT_TRUE(stores(5));
+    ASSERT_TRUE(stores(6));
     ticks(10);
-    EXPECT_EQ(stored(), 5) << rows();
+    EXPECT_EQ(stored(), 6) << rows();
     EXPECT_TRUE(real->page->look().arrived.isEmpty());
+}
+
+/// What looks like something new in an open chat and is not.
+TEST_F(InboxBrowser, MessagesThatWereReadAreNotStoredAgain) {
+    const auto when = [](const char* event, const std::function<void()>& then) {
+        real->clock.onWait = [=, before = happened(event)] {
+            if (happened(event) == before) return;
+            real->clock.onWait = nullptr;
+            then();
+            EXPECT_TRUE(real->standIn.waitUntilPageKnows(std::chrono::seconds(5)));
+        };
+    };
+    real->behave(R"({"chatOpenDelayMs": {"min": 80, "max": 80}})");
+    incoming(R"({"number": "6281111111111", "text": "read long ago"})");
+    ASSERT_TRUE(stores(1));
+    // Its writer types while the chat is being opened.
+    when("openRequested", [] { act("typing", R"({"number": "6281111111111"})"); });
+    real->queue(QStringLiteral("6281111111111"), QStringLiteral("answer"), 1);
+    real->runQueue();
+    act("typing", R"({"number": "6281111111111", "typing": false})");
+    // The page draws the open chat anew, with what was unread in it.
+    incoming(R"({"number": "6281111111111", "text": "unread"})");
+    ASSERT_TRUE(real->standIn.waitUntilPageKnows(std::chrono::seconds(5)));
+    when("chatOpened", [] { real->behave(R"({"pictureNumber": true})"); });
+    real->queue(QStringLiteral("6281111111111"), QStringLiteral("answer"), 1);
+    real->runQueue();
+    ASSERT_TRUE(stores(2));
+    // The reader gives up on a chat that comes up only after the next one was clicked.
+    real->behave(R"({"chatOpenDelayMs": {"min": 400, "max": 400}})");
+    incoming(R"({"number": "6281111111111", "text": "late"})");
+    ASSERT_TRUE(stores(3));
+    ticks(20);
+    EXPECT_EQ(rows(), "6281111111111||read long ago\n6281111111111||unread\n6281111111111||late");
 }
 
 TEST_F(InboxBrowser, RestartAndDatabaseAwayLoseAndDoubleNothing) {
