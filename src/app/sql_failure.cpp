@@ -24,6 +24,9 @@ constexpr Codes kQuoteNamesOnly = {u"1044", u"1045", u"1049", u"1048", u"1136",
 constexpr Codes kRowRefused = {u"1048", u"1062", u"1216", u"1217", u"1264", u"1265", u"1292", u"1364",
                                u"1366", u"1406", u"1451", u"1452", u"1526", u"1644", u"3819", u"4025"};
 
+// SIGNAL: its text is the trigger's own and may hold anything of the row.
+constexpr const char16_t* kTriggersOwn = u"1644";
+
 bool among(Codes codes, const QString& code) {
     return std::any_of(codes.begin(), codes.end(),
                        [&code](const char16_t* known) { return code == QString::fromUtf16(known); });
@@ -51,6 +54,7 @@ Failure sqlFailure(const QSqlError& error, SqlErrors errors) {
     const QString code = error.nativeErrorCode();
     // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.
     const bool lost = among(kLost, code) || (error.type() == QSqlError::ConnectionError && code.isEmpty());
+    if (code == QString::fromUtf16(kTriggersOwn)) text = QStringLiteral("a trigger of the table refuses it");
     if (!lost && !among(kQuoteNamesOnly, code)) text = withoutQuotedPieces(text);
     const bool sqlite = errors == SqlErrors::Sqlite;
     const bool rowRefused = !lost && (sqlite ? sqliteRefusesRow(code.toInt()) : among(kRowRefused, code));

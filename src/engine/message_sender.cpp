@@ -157,13 +157,20 @@ void MessageSender::browserLost(const Failure& failure) {
         return;
     }
     // Once: it may be this message that ends the browser.
-    if (putBack_ == id || !p_.queue.putBack(entry->row)) {
-        recordFailure(QStringLiteral("the browser was lost before the message was typed; it can be queued again"));
+    const bool again = putBack_ == id;
+    if (!again && p_.queue.putBack(entry->row)) {
+        putBack_ = id;
+        p_.journal.ended(id);
+        log::warning("engine", QStringLiteral("message %1 is in the queue again: the browser was lost").arg(id));
         return;
     }
-    putBack_ = id;
-    p_.journal.ended(id);
-    log::warning("engine", QStringLiteral("message %1 is in the queue again: the browser was lost").arg(id));
+    // A server that broke off may have put it back all the same: the tables decide, as after a crash.
+    const auto place = again ? std::optional(OutboxQueue::Place{}) : p_.queue.find(id);
+    if (!place || place->queued) {
+        leftToRecovery_ = id;
+        return;
+    }
+    recordFailure(QStringLiteral("the browser was lost before the message was typed; it can be queued again"));
 }
 
 void MessageSender::SEND_FAIL(const QString& reason) {

@@ -55,6 +55,9 @@ class MessageSender {
     /// The same without touching the page: nothing was opened for this message.
     void recordFailure(const QString& reason);
 
+    /// Whether the message stays as it is in the journal, since only the tables can tell what became of it.
+    bool isLeftToRecovery(const QString& id) const { return leftToRecovery_ == id; }
+
     /// Removes what was fetched for the current message, where the settings ask for it.
     void removeFetchedFiles() { p_.files.removeFetched(); }
 
@@ -73,7 +76,8 @@ class MessageSender {
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
-    QString putBack_;  // id of the last message that went back into the queue
+    QString putBack_;         // id of the last message that went back into the queue
+    QString leftToRecovery_;  // id of the last one of which the tables must tell where it is
 };
 
 }  // namespace kibo

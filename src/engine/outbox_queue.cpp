@@ -279,8 +279,10 @@ bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {
     if (added) return true;
     log::error("engine", QStringLiteral("message %1 can't be written into the sent log: %2")
                              .arg(row.id, QString::fromStdString(added.failure().text)));
+    // Nothing is left to try then, so it counts as done.
+    if (added.failure().kind == FailureKind::RowRefused) return true;
     database_.report(sql, added.failure());
-    return added.failure().kind == FailureKind::RowRefused;
+    return false;
 }
 
 QString OutboxQueue::storeIdentity() const {

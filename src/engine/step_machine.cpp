@@ -301,7 +301,7 @@ void StepMachine::dispatch(const QString& mode) {
         ~Attempt() {
             // Broken off around Enter it stays open: its chat is looked into before anything else is sent.
             const SendJournal::Entry* open = journal.entry(id);
-            if (!open || open->stage != SendJournal::Stage::Taken) return;
+            if (!open || open->stage != SendJournal::Stage::Taken || sender.isLeftToRecovery(id)) return;
             try {
                 sender.recordFailure(QStringLiteral("the attempt was broken off by an error"));
             } catch (const SurfacedError&) {

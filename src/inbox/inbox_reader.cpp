@@ -170,7 +170,13 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     }
     p_.journal.change(key, row);
     lastSignature_ = chat.title + chat.text;
-    const Stored stored = store(key);
+    Stored stored = Stored::NotNow;
+    try {
+        stored = store(key);
+    } catch (const SurfacedError&) {
+        leave();
+        throw;
+    }
     log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
                            .arg(row.wa_text.size())
                            .arg(log::maskedNumber(row.wa_no),
@@ -213,6 +219,7 @@ InboxReader::Stored InboxReader::store(quint64 key) {
     IncomingRow row;
     for (const InboxJournal::Entry& entry : p_.journal.entries())
         if (entry.key == key) row = entry.row;
+    p_.journal.setMaybeStored(key);  // from here on, whatever surfaces
     const auto line = p_.table.insert(row);
     if (!line) {
         const bool rowRefused = line.failure().kind == FailureKind::RowRefused;
@@ -221,7 +228,6 @@ InboxReader::Stored InboxReader::store(quint64 key) {
             refused_.add(key, why);
             log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
         } else {
-            p_.journal.setMaybeStored(key);
             storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         }
         showNotice();

@@ -4,6 +4,7 @@
 // windows.h first: the next one builds on it.
 #include <wbemidl.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <future>
@@ -21,6 +22,9 @@ using namespace std::chrono_literals;
 
 // A broken WMI is known for calls that never return.
 constexpr auto kAtMost = 5s;
+// After such a call nothing more is asked for a while: a look at a browser's processes takes a dozen of them.
+constexpr auto kPause = 5min;
+std::atomic<std::chrono::steady_clock::time_point> notBefore{};
 
 template <class T>
 class ComPointer {
@@ -148,6 +152,8 @@ Result<void> callTerminate(ProcessId pid) {
 template <class Work>
 auto onOwnThread(Work work) -> decltype(work()) {
     using Answer = decltype(work());
+    const Failure silent{FailureKind::Transport, "WMI doesn't answer", {}};
+    if (std::chrono::steady_clock::now() < notBefore.load()) return silent;
     std::packaged_task<Answer()> task([work = std::move(work)] {
         const Apartment apartment;
         return work();
@@ -155,7 +161,8 @@ auto onOwnThread(Work work) -> decltype(work()) {
     std::future<Answer> answer = task.get_future();
     std::thread(std::move(task)).detach();
     if (answer.wait_for(kAtMost) == std::future_status::ready) return answer.get();
-    return Failure{FailureKind::Transport, "WMI doesn't answer", {}};
+    notBefore = std::chrono::steady_clock::now() + kPause;
+    return silent;
 }
 
 }  // namespace
