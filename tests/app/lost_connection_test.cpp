@@ -16,13 +16,18 @@ class LostConnectionTest : public testing::Test {
     Database database_{clock_, policy_};
 };
 
-TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopened) {
-    const QString id = database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0);
-    server_.run(QStringLiteral("kill ") + id);
+TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopenedUnlessTheLoginIsRefused) {
+    server_.run(QStringLiteral("kill ") + database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0));
     EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Closed);
     EXPECT_FALSE(database_.isOpen());
     ASSERT_TRUE(database_.reopen());
     EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Open);
+
+    Settings settings = server_.settings(true);
+    settings.password = QStringLiteral("wrong");
+    const Result<void> opened = Database(clock_, policy_).OpenDatabase(settings, {});
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.failure().text.find("Access denied for user 'kibo'@"), 0u) << opened.failure().text;
 }
 
 TEST_F(LostConnectionTest, ServerAwayAndBack) {
@@ -43,14 +48,6 @@ TEST_F(LostConnectionTest, ServerAwayAndBack) {
     EXPECT_TRUE(database_.reopen());
     EXPECT_EQ(rows.value()->text(999, 0), QString());
     EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox")));
-}
-
-TEST_F(LostConnectionTest, RefusedLoginIsToldInTheServersWords) {
-    Settings settings = server_.settings(true);
-    settings.password = QStringLiteral("wrong");
-    const Result<void> opened = Database(clock_, policy_).OpenDatabase(settings, {});
-    ASSERT_FALSE(opened);
-    EXPECT_EQ(opened.failure().text.find("Access denied for user 'kibo'@"), 0u) << opened.failure().text;
 }
 
 }  // namespace
