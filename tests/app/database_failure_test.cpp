@@ -142,25 +142,18 @@ TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
     expectComplaint("is a folder");
 }
 
-TEST_F(OpenFailureTest, StoreIsFoundInAnyFolder) {
+TEST_F(OpenFailureTest, StoreIsFoundInAnyFolderAndAnOutsideWriterIsWaitedForByWritersOnly) {
     QTemporaryDir odd(QDir::tempPath() + QStringLiteral("/kibo %41?#é;x XXXXXX"));
     test::createStores(odd.path());
-    Database database(clock_, policy_);
-    const Result<void> opened = database.OpenDatabase(localStore(), odd.path());
-    EXPECT_TRUE(opened) << opened.failure().text;
     Database elements(clock_, policy_);
     ASSERT_TRUE(elements.OpenElementStore(inProgramFolder(odd.path(), QStringLiteral("element.sys"))));
-    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatList'"))
-                  .field(QStringLiteral("isi")),
+    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatList'")).field(0),
               QStringLiteral("//*[@id='pane-side']"));
-}
-
-TEST_F(OpenFailureTest, OutsideWriterIsWaitedForButDoesNotKeepReadersWaiting) {
-    test::createStores(folder_.path());
     Database database(clock_, policy_);
-    ASSERT_TRUE(database.OpenDatabase(localStore(), folder_.path()));
+    const Result<void> opened = database.OpenDatabase(localStore(), odd.path());
+    ASSERT_TRUE(opened) << opened.failure().text;
     QProcess outside;
-    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), path_});
+    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), odd.filePath(QStringLiteral("kb.mdb"))});
     outside.write(
         "begin immediate;\ninsert into outbox (wa_no) values ('1');\n.shell echo locked; sleep 0.4\ncommit;\n.quit\n");
     ASSERT_TRUE(outside.waitForReadyRead());

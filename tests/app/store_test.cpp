@@ -30,7 +30,7 @@ class StoreTest : public testing::TestWithParam<test::StoreChoice> {
                                                              : QStringLiteral("'text ' || i")));
     }
 
-    test::StoreUnderTest store_ = GetParam().make();
+    test::StoreUnderTest store_ = GetParam().second();
     SystemClock clock_;
     ErrorPolicy policy_;
     Database database_{clock_, policy_};
@@ -220,7 +220,7 @@ TEST_P(StoreTest, RowsOutliveTheirConnectionAndOtherWritersTakeTurns) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, StoreTest, testing::ValuesIn(test::storeChoices()),
-                         [](const auto& choice) { return choice.param.name; });
+                         [](const auto& choice) { return choice.param.first; });
 
 }  // namespace
 }  // namespace kibo

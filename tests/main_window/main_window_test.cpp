@@ -63,6 +63,7 @@ TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
     EXPECT_FALSE(find<QAction>("mncloseall")->isEnabled()) << "an entry without an action is greyed out";
     calls.clear();
     window->close();
+    window->show();
     window->close();
     EXPECT_EQ(calls, QStringList{QStringLiteral("unloaded")});
 }

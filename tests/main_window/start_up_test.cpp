@@ -164,21 +164,7 @@ class FormLoadTest : public ProgramFolder {
     QStringList agents;
 };
 
-TEST_F(FormLoadTest, multiSessionAnnouncesTheInstanceAndKeepsTheBrowserVisible) {
-    settings.Multi = settings.HideChrome = QStringLiteral("Y");
-    machineProblem = QStringLiteral("never asked in this mode");
-    insertTmp("appname");
-    ASSERT_TRUE(load(QStringLiteral("12")));
-    EXPECT_EQ(tmpRows(), "appname=KB App");
-    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
-    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
-    EXPECT_FALSE(state.HideChrome.checked);
-    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
-    EXPECT_TRUE(dialogs.shown.empty());
-    EXPECT_TRUE(agents.isEmpty());
-}
-
-TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
+TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndASessionOfSeveralAnnouncesItself) {
     settings.HideChrome = settings.Incognito = QStringLiteral("Y");
     ASSERT_TRUE(load(QStringLiteral("12")));
     EXPECT_EQ(tmpRows(), "");
@@ -191,6 +177,17 @@ TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
     machineProblem = QStringLiteral(".NET Framework 3.5 must be installed on this machine!");
     EXPECT_FALSE(load());
     EXPECT_EQ(dialogs.said(0), "Application can not start|" + machineProblem.toStdString());
+
+    settings.Multi = QStringLiteral("Y");  // never asked in this mode
+    insertTmp("appname");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), "appname=KB App");
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
+    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
+    EXPECT_FALSE(state.HideChrome.checked) << "the browser stays visible";
+    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
+    EXPECT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_TRUE(agents.isEmpty());
 }
 
 TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {

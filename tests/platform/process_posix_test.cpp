@@ -68,6 +68,7 @@ TEST(ProcessTest, endsWhatListensAndWhatDoesNot) {
     const Child polite;
     const ProcessStartTime started = processStartTime(polite.id());
     EXPECT_TRUE(terminate(polite.id(), started + 1, 0).ok());
+    std::this_thread::sleep_for(50ms);  // a signal takes its time
     ASSERT_TRUE(isRunning(polite.id(), started)) << "another process's id is left alone";
     EXPECT_TRUE(terminate(polite.id(), started, 2000).ok());
     // It is not collected yet: an ended process that still has an entry is not running.
