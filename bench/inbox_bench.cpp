@@ -17,6 +17,7 @@ constexpr double kCommandsPerIdlePass = 5;
 constexpr double kPassTarget = 3;
 constexpr int kArrivals = 15;
 constexpr double kArrivalMs = 1200;
+constexpr double kDemandedMs = 100;  // before an opened chat is looked at; the timers' intervals count as measured
 constexpr int kChats = 50, kPerSecond = 5;
 
 /// How many come in both ways, at least one for each chat; a tenth as many go out. Environment KIBO_BENCH_MESSAGES.
@@ -120,7 +121,8 @@ void measureArrival(Table& table, BothWays& both) {
             both.runUntil([&] { return both.stored() > before; }, "a message is not stored");
         }));
     }
-    table.add({"inbox: from badge to row, waits included", "ms", median(took), kArrivalMs, 1, kArrivals});
+    table.add({"inbox: from badge to row, beyond the wait demanded", "ms", median(took) - kDemandedMs, kArrivalMs, 1,
+               kArrivals});
 }
 
 /// The longest time between two changes of a counter while there was work for it.

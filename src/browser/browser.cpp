@@ -71,7 +71,10 @@ Result<void> Browser::open(const LaunchOptions& options) {
                                                          "\" is in use by another gateway, process " +
                                                          std::to_string(other)};
     }
-    if (!incognito) freeProfile(profile.value());
+    if (!incognito) {
+        freeProfile(profile.value());
+        removeBrokenSettings(profile.value());
+    }
 
     session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, {}, {}});
     if (const Result<void> started = start(*session_, settings, profile.value()); !started) {

@@ -140,4 +140,14 @@ void freeProfile(const QString& profileFolder) {
     log::info(kLog, QStringLiteral("removed a stale lock of the profile, of process %1").arg(pid));
 }
 
+void removeBrokenSettings(const QString& profileFolder) {
+    for (const char* name : {"Default/Preferences", "Local State"}) {
+        QFile file(QDir(profileFolder).filePath(QLatin1String(name)));
+        if (!file.open(QIODevice::ReadOnly) || QJsonDocument::fromJson(file.readAll()).isObject()) continue;
+        file.close();
+        if (file.remove())
+            log::warning(kLog, QStringLiteral("removed a broken file of the profile: %1").arg(file.fileName()));
+    }
+}
+
 }  // namespace kibo

@@ -45,4 +45,8 @@ class SessionRecords {
 /// driver started on this profile and that is in no record: its driver ended before it could tell of the browser.
 void freeProfile(const QString& profileFolder);
 
+/// Removes settings files of the profile that a kill has cut short. ChromeDriver writes them at each start and refuses
+/// a profile where it can't read them; Chrome makes them anew. The login is kept elsewhere.
+void removeBrokenSettings(const QString& profileFolder);
+
 }  // namespace kibo

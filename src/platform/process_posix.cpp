@@ -31,7 +31,9 @@ struct Stat {
 
 std::optional<Stat> statOf(ProcessId pid) {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    // A process that ends in this very moment fails the read, which a stream notes and a bare buffer throws.
+    std::string text;
+    std::getline(file, text, '\0');
     // The second field, the program's name in parentheses, may itself hold blanks and parentheses.
     const std::size_t nameEnd = text.rfind(')');
     if (nameEnd == std::string::npos) return std::nullopt;

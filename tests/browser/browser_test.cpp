@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -167,6 +168,21 @@ TEST_F(BrowserTest, APageThatHangsCostsItsLimitsAndIsGivenUpAfterAMinute) {
     settings_.StartAddress = QString::fromStdString(silent.address());
     ASSERT_TRUE(open()) << "a new session takes its place; a server that doesn't answer doesn't hold the start-up";
     EXPECT_TRUE(browser_.windowExists());
+}
+
+TEST_F(BrowserTest, OpensAProfileWhoseSettingsAKillHasCutShort) {
+    const QDir profile(folder_.filePath(QStringLiteral("profil/1")));
+    ASSERT_TRUE(profile.mkpath(QStringLiteral("Default")));
+    for (const char* content : {"", "{\"half"}) {
+        for (const char* name : {"Default/Preferences", "Local State"}) {
+            QFile file(profile.filePath(QLatin1String(name)));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(content);
+        }
+        const auto opened = open();
+        EXPECT_TRUE(opened) << opened.failure().text;
+        browser_.quit();
+    }
 }
 
 TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
