@@ -1,13 +1,15 @@
-// What opening tells the operator, and connection texts.
+// The SQLite store: what opening tells the operator, connection texts, and statements rewritten for it.
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <memory>
 
 #include "app/database.h"
 #include "app/sql_text.h"
+#include "store_under_test.h"
 #include "support/stores.h"
 
 namespace kibo {
@@ -181,4 +183,16 @@ TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
 }
 
 }  // namespace
+
+std::vector<test::StoreChoice> test::storeChoices() {
+    const auto make = [] {
+        const auto folder = std::make_shared<QTemporaryDir>();
+        createStores(folder->path());
+        return StoreUnderTest{localStore(), folder->path(), [folder](const QString& sql) {
+                                  return sqlite(folder->filePath(QStringLiteral("kb.mdb")), sql);
+                              }};
+    };
+    return {{"Sqlite", make}};
+}
+
 }  // namespace kibo

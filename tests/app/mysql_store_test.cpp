@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/database.h"
+#include "store_under_test.h"
 #include "support/mariadb_server.h"
 
 namespace kibo {
@@ -50,5 +51,16 @@ TEST_F(LostConnectionTest, ServerAwayAndBack) {
     EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox")));
 }
 
+test::StoreUnderTest emptied(bool dsn) {
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
+    return {server.settings(dsn), QStringLiteral("/nowhere"), [&](const QString& sql) { return server.run(sql); }};
+}
+
 }  // namespace
+
+std::vector<test::StoreChoice> test::storeChoices() {
+    return {{"MySqlDriver", [] { return emptied(false); }}, {"MySqlDsn", [] { return emptied(true); }}};
+}
+
 }  // namespace kibo
