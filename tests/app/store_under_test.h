@@ -17,12 +17,8 @@ struct StoreUnderTest {
     std::function<QString(const QString& sql)> outside;
 };
 
-struct StoreChoice {
-    std::string name;
-    StoreUnderTest (*make)();
-};
-
-/// The stores that this test program was linked for.
+/// The stores that this test program was linked for, each with its name.
+using StoreChoice = std::pair<std::string, StoreUnderTest (*)()>;
 std::vector<StoreChoice> storeChoices();
 
 }  // namespace kibo::test

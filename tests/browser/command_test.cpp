@@ -24,19 +24,11 @@ TEST(Command, PartsAreNamedInOrderAndEscaped) {
     const Element element{QStringLiteral("e/1")};
     const QString text = QStringLiteral("\"quotes\" \\ '; alert(1) // \n\r\t \u2028 Grüße 🙂");
     EXPECT_EQ(line(SetTimeouts{1, 2, 3}), R"(/session/s1/timeouts {"implicit":3,"pageLoad":2,"script":1})");
-    EXPECT_EQ(line(SetWindowRect{1, 2, 3, 4}), R"(/session/s1/window/rect {"height":4,"width":3,"x":1,"y":2})");
-    EXPECT_EQ(line(ExecuteScript{QStringLiteral("k"), {1}, true}),
-              R"(/session/s1/execute/async {"args":[1],"script":"k"})");
     EXPECT_EQ(line(FindElements{{Using::LinkText, QStringLiteral("k")}, element}),
               R"(/session/s1/element/e%2F1/elements {"using":"link text","value":"k"})");
     const Request request = requestFor(ElementSendKeys{element, text}, kSession);
     const QJsonDocument again = QJsonDocument::fromJson(QJsonDocument(request.body).toJson(QJsonDocument::Compact));
     EXPECT_EQ(again[QStringLiteral("text")].toString(), text);
-}
-
-TEST(Element, IsRecognisedInAnswers) {
-    const Element element{QStringLiteral("e1")};
-    EXPECT_EQ(elementFrom(toJson(element)), element);
     EXPECT_EQ(elementsFrom(QJsonArray{toJson(element), 5, QJsonObject{}, QJsonValue()}), std::vector{element});
 }
 

@@ -5,8 +5,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "support/eventually.h"
-
 namespace kibo {
 namespace {
 
@@ -39,7 +37,7 @@ bool mentions(const Failure& failure, const char* text) {
     return failure.text.find(text) != std::string::npos;
 }
 
-TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsed) {
+TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsedAndEndsIt) {
     const Failure missing = failureOf(QStringLiteral("/nowhere/chromedriver"));
     EXPECT_EQ(missing.kind, FailureKind::NotFound);
     EXPECT_TRUE(mentions(missing, "/nowhere/chromedriver")) << missing.text;
@@ -59,9 +57,8 @@ TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsed) {
     EXPECT_EQ(deaf.kind, FailureKind::Transport);
     const Failure fallen = failureOf(program("echo started successfully on port 1.\nexit 4\n"));
     EXPECT_TRUE(mentions(fallen, "exit code 4")) << fallen.text;
-}
 
-TEST_F(DriverProcessTest, EndsADriverThatDoesntWantTo) {
+    // One that doesn't want to end.
     const QString stubborn = program("trap '' TERM\necho $$ >\"$0.pid\"\nwhile :; do sleep 0.05; done\n");
     EXPECT_EQ(failureOf(stubborn, 300).kind, FailureKind::Protocol);
     QFile pidFile(stubborn + QStringLiteral(".pid"));
@@ -69,22 +66,6 @@ TEST_F(DriverProcessTest, EndsADriverThatDoesntWantTo) {
     const platform::ProcessId pid = pidFile.readAll().trimmed().toLongLong();
     ASSERT_GT(pid, 0);
     EXPECT_EQ(platform::processStartTime(pid), 0u);
-}
-
-TEST_F(DriverProcessTest, ChromeDriverStartsAndItsDeathIsNoticed) {
-    DriverProcess driver(QStringLiteral("chromedriver"));
-    const auto address = driver.start();
-    ASSERT_TRUE(address) << address.failure().text;
-    EXPECT_TRUE(driver.isRunning());
-
-    bool exited = false;
-    driver.onExited = [&exited] { exited = true; };
-    const platform::Process process = driver.process();
-    ASSERT_TRUE(platform::terminate(process.id, process.startTime, 0));
-    EXPECT_FALSE(driver.isRunning());
-    EXPECT_TRUE(test::eventually([&] { return exited; }));
-
-    EXPECT_TRUE(driver.start()) << "it can be started anew";
 }
 
 }  // namespace

@@ -63,55 +63,41 @@ TEST_F(SessionRecordTest, LeftoversOfADeadGatewayAreEndedWithTheirChildren) {
     ASSERT_TRUE(records_.write({self(), former, former}));
     EXPECT_EQ(records_.endLeftovers(), 0);
     EXPECT_TRUE(runs(bystander)) << "it only has the same id";
-}
 
-TEST_F(SessionRecordTest, AnotherRunningGatewaysSessionIsKept) {
-    const Process gateway = startTree();
-    const Process browser = startTree();
-    ASSERT_TRUE(records_.write({gateway, {}, browser}));
-    EXPECT_EQ(records_.endLeftovers(), gateway.id);
-    EXPECT_TRUE(runs(browser));
-    EXPECT_EQ(files(), 1);
-}
-
-TEST_F(SessionRecordTest, ADamagedRecordDoesNoHarm) {
-    for (const char* content : {"", "{", R"({"driver":{"pid":1,"started":"x"},"browser":{"pid":-1}})"}) {
+    for (const char* damaged : {"", "{", R"({"driver":{"pid":1,"started":"x"},"browser":{"pid":-1}})"}) {
         QFile file(folder_.filePath(QStringLiteral("kibo-session-5.json")));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
+        file.write(damaged);
         file.close();
         EXPECT_EQ(records_.endLeftovers(), 0);
         EXPECT_EQ(files(), 0);
     }
+    const Process kept = startTree();
+    ASSERT_TRUE(records_.write({bystander, {}, kept}));
+    EXPECT_EQ(records_.endLeftovers(), bystander.id) << "another gateway that runs";
+    EXPECT_TRUE(runs(kept));
+    EXPECT_EQ(files(), 1);
 }
 
-TEST_F(SessionRecordTest, OnlyAStaleProfileLockIsRemoved) {
-    const QString lock = folder_.filePath(QStringLiteral("SingletonLock"));
-    const Process running = startTree();
-    const QString here = QSysInfo::machineHostName();
-    const struct {
-        QString owner;
-        bool removed;
-    } cases[] = {
-        {here + QStringLiteral("-%1").arg(running.id), false},
-        {here + QStringLiteral("-4194999"), true},  // beyond the largest process id
-        {QStringLiteral("other-host-%1").arg(running.id), true},
-    };
-    for (const auto& c : cases) {
-        QFile::remove(lock);
-        ASSERT_TRUE(QFile::link(c.owner, lock));
-        freeProfile(folder_.path());
-        EXPECT_EQ(!QFileInfo(lock).isSymLink(), c.removed) << c.owner.toStdString();
-    }
-}
-
-TEST_F(SessionRecordTest, OnlyADriversBrowserOnThisProfileIsEnded) {
+TEST_F(SessionRecordTest, FreedProfileLosesAStaleLockAndADriversBrowserOnly) {
     const QString profile = QStringLiteral("--user-data-dir=") + folder_.path();
     const QString driven = QStringLiteral("--remote-debugging-port=0");
     const Process orphan = startTree({driven, profile});
     const Process bystanders[] = {startTree({profile}), startTree({profile, driven, QStringLiteral("--type=gpu")}),
                                   startTree({profile + u'0', driven})};
-    freeProfile(folder_.path());
+    const QString lock = folder_.filePath(QStringLiteral("SingletonLock"));
+    const QString running = QStringLiteral("-%1").arg(bystanders[0].id);
+    const std::pair<QString, bool> owners[] = {
+        {QSysInfo::machineHostName() + running, false},
+        {QSysInfo::machineHostName() + QStringLiteral("-4194999"), true},  // beyond the largest process id
+        {QStringLiteral("other-host") + running, true},
+    };
+    for (const auto& [owner, removed] : owners) {
+        QFile::remove(lock);
+        ASSERT_TRUE(QFile::link(owner, lock));
+        freeProfile(folder_.path());
+        EXPECT_EQ(!QFileInfo(lock).isSymLink(), removed) << owner.toStdString();
+    }
     EXPECT_FALSE(runs(orphan));
     for (const Process& bystander : bystanders) EXPECT_TRUE(runs(bystander)) << &bystander - bystanders;
 }

@@ -8,9 +8,10 @@
 namespace kibo::test {
 namespace {
 
-class ControlScalerTest : public testing::Test {
- protected:
-    QLabel* add(const char* name, const QRect& place) {
+TEST(ControlScalerTest, scalesFromTheDesignEveryTime) {
+    QWidget area;
+    ControlScaler scaler{QSize(1000, 500)};
+    const auto add = [&area](const char* name, const QRect& place) {
         auto* label = new QLabel(&area);
         label->setObjectName(QLatin1String(name));
         label->setGeometry(place);
@@ -18,13 +19,7 @@ class ControlScalerTest : public testing::Test {
         font.setPixelSize(13);
         label->setFont(font);
         return label;
-    }
-
-    QWidget area;
-    ControlScaler scaler{QSize(1000, 500)};
-};
-
-TEST_F(ControlScalerTest, scalesFromTheDesignEveryTime) {
+    };
     QLabel* left = add("lbLeft", {10, 20, 303, 40});
     QLabel* right = add("lbRight", {313, 20, 100, 40});
     QLabel* timer = add("timer_start", {1, 2, 3, 4});

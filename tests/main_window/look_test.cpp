@@ -40,22 +40,20 @@ void fill(GatewayState& state, Settings& settings, const QString& qrFile) {
 
 /// What a control cannot show of its text, as a reason; empty when all is visible.
 QString clipped(const QWidget& control) {
-    const int width = control.width();
+    QString text;
+    int beside = 0;
     if (const auto* label = qobject_cast<const QLabel*>(&control)) {
         // Pictures have no text, and what may grow without limit is elided and complete elsewhere.
         if (!label->pixmap().isNull() || qobject_cast<const ElidedLabel*>(label) != nullptr) return {};
-        QString text = label->text();
-        text.remove(QLatin1Char('&'));
-        const int needed = label->wordWrap() ? 0 : label->fontMetrics().horizontalAdvance(text);
-        if (needed > width) return QStringLiteral("needs %1 of %2 pixels").arg(needed).arg(width);
-        if (label->heightForWidth(width) > label->height()) return QStringLiteral("too low");
-    }
-    if (const auto* button = qobject_cast<const QAbstractButton*>(&control)) {
+        if (label->heightForWidth(label->width()) > label->height()) return QStringLiteral("too low");
+        if (!label->wordWrap()) text = label->text();
+    } else if (const auto* button = qobject_cast<const QAbstractButton*>(&control)) {
         if (button->text().isEmpty()) return {};
-        const int icon = button->icon().isNull() ? 0 : button->iconSize().width() + 4;
-        const int needed = button->fontMetrics().horizontalAdvance(button->text().remove(QLatin1Char('&'))) + icon + 16;
-        if (needed > width) return QStringLiteral("needs %1 of %2 pixels").arg(needed).arg(width);
+        text = button->text();
+        beside = 16 + (button->icon().isNull() ? 0 : button->iconSize().width() + 4);
     }
+    const int needed = control.fontMetrics().horizontalAdvance(text.remove(u'&')) + beside;
+    if (needed > control.width()) return QStringLiteral("needs %1 of %2 pixels").arg(needed).arg(control.width());
     if (control.isVisible() && control.fontMetrics().height() > control.height()) return QStringLiteral("too low");
     return {};
 }

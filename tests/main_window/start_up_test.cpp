@@ -61,28 +61,21 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
 
 TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
     QFile::remove(file("kb.mdb"));
-    dialogs.answers = {false};
-    {
-        GatewayApplication application(dialogs, folder.path(), {});
-        EXPECT_FALSE(application.start());
-    }
+    dialogs.answers = {false, true};
+    EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {}).start());
     ASSERT_EQ(dialogs.shown.size(), 1U);
-    const MessageBox& box = dialogs.shown[0];
-    EXPECT_EQ(box.title, QStringLiteral("Connection Error"));
-    EXPECT_EQ(box.icon, MessageBox::Icon::Critical);
-    EXPECT_EQ(box.buttons, MessageBox::Buttons::YesNo);
-    EXPECT_TRUE(box.text.startsWith(QStringLiteral("Connection cannot be made, \n"))) << shown(0).toStdString();
-    EXPECT_TRUE(box.text.contains(QStringLiteral("kb.mdb")));
-    EXPECT_TRUE(box.text.endsWith(
-        QStringLiteral("\nPlease recheck the parameters of the server name, User ID and password entered."
-                       "\nAre you want to Edit Config ?")));
+    EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
+    EXPECT_EQ(dialogs.shown[0].buttons, MessageBox::Buttons::YesNo);
+    EXPECT_EQ(dialogs.said(0).find("Connection Error|Connection cannot be made, \n"), 0U) << dialogs.said(0);
+    EXPECT_TRUE(shown(0).contains(QStringLiteral("kb.mdb")));
+    EXPECT_TRUE(
+        dialogs.said(0).ends_with("\nPlease recheck the parameters of the server name, User ID and password entered."
+                                  "\nAre you want to Edit Config ?"));
 
-    dialogs.shown.clear();
-    dialogs.answers = {true};
     GatewayApplication application(dialogs, folder.path(), {});
     EXPECT_TRUE(application.start());
-    ASSERT_EQ(dialogs.shown.size(), 2U);
-    EXPECT_TRUE(shown(1).contains(QDir::toNativeSeparators(file("kibo.ini")))) << shown(1).toStdString();
+    ASSERT_EQ(dialogs.shown.size(), 3U);
+    EXPECT_TRUE(shown(2).contains(QDir::toNativeSeparators(file("kibo.ini")))) << shown(2).toStdString();
     EXPECT_TRUE(application.state().dboff.visible);
     EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";
 }
@@ -95,16 +88,14 @@ TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     EXPECT_FALSE(unattended.show({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
     EXPECT_TRUE(unattended.show({QStringLiteral("t"), QStringLiteral("x")}));
     ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Error :("));
-    EXPECT_EQ(shown(0), QStringLiteral("Sorry..\nApplication can not start.."));
+    EXPECT_EQ(dialogs.said(0), "Error :(|Sorry..\nApplication can not start..");
 
-    dialogs.shown.clear();
     dialogs.answers = {true, false};
     QFile::remove(file("kibo.ini"));
     QDir(folder.path()).mkdir(QStringLiteral("kibo.ini"));
     EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {}).start()) << "without settings there is no database";
-    EXPECT_TRUE(shown(0).contains(QStringLiteral("kibo.ini"))) << shown(0).toStdString();
-    EXPECT_TRUE(shown(1).startsWith(QStringLiteral("Connection cannot be made")));
+    EXPECT_TRUE(shown(1).contains(QStringLiteral("kibo.ini"))) << shown(1).toStdString();
+    EXPECT_TRUE(shown(2).startsWith(QStringLiteral("Connection cannot be made")));
 }
 
 TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
@@ -154,16 +145,15 @@ class FormLoadTest : public ProgramFolder {
         window->showState();
         return go;
     }
-    QStringList tmpRows() {
-        QStringList found;
-        for (Recordset r = database.OpenRecordset(QStringLiteral("select * from tmp order by tmp_cd")); !r.eof();
-             r.moveNext()) {
-            found.append(r.field(QStringLiteral("tmp_cd")) + u'=' + r.field(QStringLiteral("tmp_val")));
-        }
-        return found;
+    /// Each key with its value.
+    std::string tmpRows() const {
+        return sqlite(file("kb.mdb"), QStringLiteral("select tmp_cd || '=' || tmp_val from tmp order by tmp_cd"))
+            .simplified()
+            .toStdString();
     }
-    void insertTmp(const char* key) {
-        ASSERT_TRUE(database.execute(QStringLiteral("insert into tmp values (?, 'x')"), {QLatin1String(key)}));
+    void insertTmp(const char* keys) const {
+        for (const QString& key : QString::fromLatin1(keys).split(u' '))
+            sqlite(file("kb.mdb"), QStringLiteral("insert into tmp values ('%1', 'x')").arg(key));
     }
 
     SystemClock clock;
@@ -174,24 +164,10 @@ class FormLoadTest : public ProgramFolder {
     QStringList agents;
 };
 
-TEST_F(FormLoadTest, multiSessionAnnouncesTheInstanceAndKeepsTheBrowserVisible) {
-    settings.Multi = settings.HideChrome = QStringLiteral("Y");
-    machineProblem = QStringLiteral("never asked in this mode");
-    insertTmp("appname");
-    ASSERT_TRUE(load(QStringLiteral("12")));
-    EXPECT_EQ(tmpRows(), QStringList{QStringLiteral("appname=KB App")});
-    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
-    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
-    EXPECT_FALSE(state.HideChrome.checked);
-    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
-    EXPECT_TRUE(dialogs.shown.empty());
-    EXPECT_TRUE(agents.isEmpty());
-}
-
-TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
+TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndASessionOfSeveralAnnouncesItself) {
     settings.HideChrome = settings.Incognito = QStringLiteral("Y");
     ASSERT_TRUE(load(QStringLiteral("12")));
-    EXPECT_EQ(tmpRows(), QStringList());
+    EXPECT_EQ(tmpRows(), "");
     EXPECT_EQ(state.cb_Profil.text, QStringLiteral("1"))
         << "the command line names a profile in multi-session mode only";
     EXPECT_TRUE(state.HideChrome.checked);
@@ -200,9 +176,18 @@ TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndWritesNothing) {
 
     machineProblem = QStringLiteral(".NET Framework 3.5 must be installed on this machine!");
     EXPECT_FALSE(load());
-    ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Application can not start"));
-    EXPECT_EQ(shown(0), machineProblem);
+    EXPECT_EQ(dialogs.said(0), "Application can not start|" + machineProblem.toStdString());
+
+    settings.Multi = QStringLiteral("Y");  // never asked in this mode
+    insertTmp("appname");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), "appname=KB App");
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
+    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
+    EXPECT_FALSE(state.HideChrome.checked) << "the browser stays visible";
+    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
+    EXPECT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_TRUE(agents.isEmpty());
 }
 
 TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {
@@ -244,28 +229,24 @@ TEST_F(FormLoadTest, theProfilesRowSetsReadingAndDummy) {
 }
 
 TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
-    for (const char* key :
-         {"off000012", "off000013", "restart", "restart000012", "status", "status000012", "status000013"}) {
-        insertTmp(key);
-    }
+    insertTmp("off000012 off000013 restart restart000012 status status000012 status000013");
     ASSERT_TRUE(
         database.Execute(QStringLiteral("insert into web_user (id, qr) values ('12', 'code'), ('13', 'code')")));
     rows.withdraw(QStringLiteral("12"));
-    EXPECT_EQ(tmpRows().join(u' ').toStdString(), "off000013=x restart=x restart000012=x status000013=x");
-    const Recordset waiting = database.OpenRecordset(QStringLiteral("select id from web_user where qr = 'code'"));
-    EXPECT_EQ(waiting.recordCount(), 1);
-    EXPECT_EQ(waiting.field(0), QStringLiteral("13"));
+    const std::string left = "off000013=x restart=x restart000012=x status000013=x";
+    EXPECT_EQ(tmpRows(), left);
+    EXPECT_EQ(sqlite(file("kb.mdb"), QStringLiteral("select id from web_user where qr = 'code'")).trimmed(),
+              QStringLiteral("13"));
 
     bool ended = false;
     dialogs.answers = {false, true};
     EXPECT_FALSE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
     EXPECT_FALSE(ended);
-    EXPECT_EQ(tmpRows().size(), 4);
+    EXPECT_EQ(tmpRows(), left);
     EXPECT_TRUE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
     EXPECT_TRUE(ended);
-    EXPECT_EQ(tmpRows().join(u' ').toStdString(), "restart=x restart000012=x");
-    EXPECT_EQ(dialogs.shown[0].title, QStringLiteral("Close All"));
-    EXPECT_EQ(shown(0), QStringLiteral("Are You Sure ??"));
+    EXPECT_EQ(tmpRows(), "restart=x restart000012=x");
+    EXPECT_EQ(dialogs.said(0), "Close All|Are You Sure ??");
     EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
 }
 

@@ -11,7 +11,7 @@ TEST(Machine, joinsPathsAndKnowsItsOwnFileAndMemory) {
     const std::string joined = std::string("folder") + pathSeparator() + "kibo.ini";
     EXPECT_EQ(joinPath("folder", "kibo.ini"), joined);
     EXPECT_EQ(joinPath("folder/", "kibo.ini"), joined);
-    EXPECT_EQ(joinPath("folder", std::string(1, pathSeparator()) + "kibo.ini"), joined);
+    EXPECT_EQ(joinPath("folder", pathSeparator() + std::string("kibo.ini")), joined);
     EXPECT_EQ(joinPath("", "kibo.ini"), "kibo.ini");
     EXPECT_EQ(joinPath("/", "kibo.ini"), "/kibo.ini");
 

@@ -113,10 +113,20 @@ TEST_F(WindowsProcess, argumentsAreToldByWmi) {
     EXPECT_TRUE(commandLine(0x7ffffffc).empty());
 }
 
-TEST(WindowsShell, refusesWhatCouldBeASecondCommand) {
+TEST(WindowsShell, refusesWhatCouldBeASecondCommandAndKnowsItsFixedPlaces) {
     EXPECT_EQ(openForOperator("a\" & calc \"").failure().kind, FailureKind::InvalidArgument);
     EXPECT_FALSE(openForOperator("").ok());
     EXPECT_FALSE(runElevated("C:\\no\\such\\cekver.bat", "", ShowMode::Hidden).ok());
+    EXPECT_TRUE(startCommand("cmd /c exit", ShowMode::Minimised).ok());
+    const std::string expected =
+        R"(C:\Kibo\wget\wget.exe --max-threads 1 --output-document=C:\tmp\photo.jpg https://host/a/b/photo.jpg)";
+    EXPECT_EQ(downloaderCommand(R"(C:\tmp)", "photo.jpg", "https://host/a/b/photo.jpg").value(), expected);
+
+    removeStaleLockFile();  // none there: no error
+    fs::create_directories(R"(C:\Kibo\App)");
+    writeContent(R"(C:\Kibo\App\kb.ldb)", "lock");
+    removeStaleLockFile();
+    EXPECT_FALSE(fs::exists(R"(C:\Kibo\App\kb.ldb)"));
 }
 
 TEST(WindowsMachine, looksForTheFrameworkFolder) {
@@ -160,21 +170,6 @@ TEST(WindowsAccessFile, isMadeOnlyByADriverThatIsInstalled) {
     EXPECT_FALSE(fs::exists(file));
     ::RegDeleteValueA(key, name);
     ::RegCloseKey(key);
-}
-
-TEST(WindowsMachine, removesTheLockFileOfACrashedRun) {
-    removeStaleLockFile();  // none there: no error
-    fs::create_directories(R"(C:\Kibo\App)");
-    writeContent(R"(C:\Kibo\App\kb.ldb)", "lock");
-    removeStaleLockFile();
-    EXPECT_FALSE(fs::exists(R"(C:\Kibo\App\kb.ldb)"));
-}
-
-TEST(WindowsDownloader, isCalledAtItsFixedPlace) {
-    const std::string expected =
-        R"(C:\Kibo\wget\wget.exe --max-threads 1 --output-document=C:\tmp\photo.jpg https://host/a/b/photo.jpg)";
-    EXPECT_EQ(downloaderCommand(R"(C:\tmp)", "photo.jpg", "https://host/a/b/photo.jpg").value(), expected);
-    EXPECT_TRUE(startCommand("cmd /c exit", ShowMode::Minimised).ok());
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ class Shell : public testing::Test {
     Shell() : path_(environment("PATH")) { ::setenv("PATH", (folder_.path().string() + ":" + path_).c_str(), 1); }
     ~Shell() override { ::setenv("PATH", path_.c_str(), 1); }
 
-    void addScript(const std::string& name, const std::string& text) const {
-        writeContent(folder_.file(name + ".new"), "#!/bin/sh\n" + text + "\n");
+    void addScript(const std::string& name, const std::string& text, const char* interpreter = "/bin/sh") const {
+        writeContent(folder_.file(name + ".new"), std::string("#!") + interpreter + "\n" + text + "\n");
         std::filesystem::permissions(folder_.file(name + ".new"), std::filesystem::perms::owner_all);
         std::filesystem::rename(folder_.file(name + ".new"), folder_.file(name));
     }
@@ -43,20 +43,16 @@ class Shell : public testing::Test {
     std::string path_;
 };
 
-TEST_F(Shell, startsAProgramThatItNeedNotWaitFor) {
+TEST_F(Shell, startsAProgramThatItNeedNotWaitForAndTellsOneThatCannotStart) {
     addScript("report", reporting());
     const Result<ProcessId> started = startProgram("report", {"a b", "$HOME", "", "'"});
     ASSERT_TRUE(started.ok());
     EXPECT_GT(started.value(), 0);
     EXPECT_EQ(awaitContent(folder_.file("said")), "[a b][$HOME][][']");
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
-}
-
-TEST_F(Shell, tellsAProgramThatCannotStart) {
     EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
     EXPECT_EQ(startProgram(folder_.path().string()).failure().kind, FailureKind::NotFound);
-    writeContent(folder_.file("broken"), "#!/no/such/interpreter\n");
-    std::filesystem::permissions(folder_.file("broken"), std::filesystem::perms::owner_all);
+    addScript("broken", "", "/no/such/interpreter");
     EXPECT_EQ(startProgram("broken").failure().kind, FailureKind::Io);
 }
 
@@ -72,15 +68,11 @@ TEST_F(Shell, asksForRightsAndOpensThroughTheDesktop) {
     EXPECT_EQ(awaitContent(folder_.file("said")), "[https://example.org/?a=1&b=2]");
 }
 
-TEST_F(Shell, readsABrowsersVersion) {
+TEST_F(Shell, readsABrowsersVersionAndWhereTheProgramLives) {
     addScript("google-chrome", "[ \"$1\" = --version ] && echo 'Google Chrome 116.0.5845.141 unknown'");
     EXPECT_EQ(installedBrowserVersion(), "116.0.5845.141");
     addScript("silent", "exit 1");
-    EXPECT_EQ(installedBrowserVersion("silent"), "");
-    EXPECT_EQ(installedBrowserVersion("no-such-program"), "");
-}
-
-TEST_F(Shell, programFolderIsTheOneNamed) {
+    for (const char* program : {"silent", "no-such-program"}) EXPECT_EQ(installedBrowserVersion(program), "");
     ::setenv("KIBO_HOME", (folder_.path().string() + "/").c_str(), 1);
     EXPECT_EQ(programFolder(), folder_.path().string());
     ::setenv("KIBO_HOME", ".", 1);

@@ -99,8 +99,9 @@ class ElementScreenTest : public testing::Test {
     MessageBox boxAfter(const char* name) {
         const std::size_t before = dialogs.shown.size();
         click(name);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return dialogs.shown.size() > before; }, 20'000));
-        return dialogs.shown.size() > before ? dialogs.shown.back() : MessageBox{};
+        const bool came = QTest::qWaitFor([&] { return dialogs.shown.size() > before; }, 20'000);
+        EXPECT_TRUE(came) << name;
+        return came ? dialogs.shown.back() : MessageBox{};
     }
     QString row(const char* name) const {
         return sqlite(storeFile(), QStringLiteral("select isi from element where nama = '%1'").arg(QLatin1String(name)))
@@ -127,16 +128,12 @@ TEST_F(ElementScreenTest, ShowsEveryNameWithItsValueAndWhatItIsFor) {
     for (const ElementGroup& group : elementGroups()) {
         for (const ElementRow& one : group.rows) {
             ++shown;
-            const auto* edit = screen->findChild<QLineEdit*>(one.box);
-            ASSERT_NE(edit, nullptr) << one.box.toStdString();
-            EXPECT_EQ(edit->text(), elements[one.name]) << one.name.toStdString();
+            EXPECT_EQ(box(qPrintable(one.box))->text(), elements[one.name]) << one.name.toStdString();
             EXPECT_FALSE(one.description.isEmpty()) << "describe " << one.name.toStdString();
         }
     }
     EXPECT_EQ(shown, ElementTable::names().size());
-    for (const char* name :
-         {"nn_QR", "nn_To", "nn_Info", "nn_ChatBox", "nn_NewChat", "nn_QRReload", "nn_sendButton", "nn_ReadMessage"})
-        EXPECT_NE(box(name), nullptr) << name;
+    for (const char* name : {"nn_QRReload", "nn_sendButton", "nn_ReadMessage"}) EXPECT_NE(box(name), nullptr) << name;
     EXPECT_EQ(box("nn_Info3")->placeholderText(), QStringLiteral("Phone number shared via url is invalid."));
     EXPECT_EQ(box("nn_Typing")->text(), QStringLiteral("typing")) << "a name without a row has its built-in value";
 }
@@ -149,10 +146,8 @@ TEST_F(ElementScreenTest, FetchFillsBoxesInOrderAndStoresNothing) {
                       {"XX_SendButton", std::string(20'000, 'x')}};
     service.statuses = {{"XX_NewChat", 404}};
     open(service.address());
-    const MessageBox done = boxAfter("cmd_Fetch");
-    EXPECT_EQ(done.title, QStringLiteral("Done.."));
-    EXPECT_EQ(done.text, QStringLiteral("Element updated.. \nPlease SAVE then CLOSE APP"));
-    EXPECT_EQ(done.icon, MessageBox::Icon::Information);
+    EXPECT_EQ(boxAfter("cmd_Fetch").icon, MessageBox::Icon::Information);
+    EXPECT_EQ(dialogs.said(0), "Done..|Element updated.. \nPlease SAVE then CLOSE APP");
     std::string order;
     const std::string id = ReadIni(QStringLiteral("kibo"), QStringLiteral("InstallId"), ini()).toStdString();
     EXPECT_FALSE(QUuid::fromString(QString::fromStdString(id)).isNull());
@@ -173,8 +168,8 @@ TEST_F(ElementScreenTest, FetchFillsBoxesInOrderAndStoresNothing) {
     }
     EXPECT_EQ(verdict("verdict_sendButton"), "the answer is larger than 16384 bytes");
     EXPECT_EQ(verdict("verdict_NewChat"), "the server answered with status 404");
-    EXPECT_NE(row("XX_ChatBox"), QStringLiteral("//fetched/XX_ChatBox"));
-    EXPECT_NE(elements[QStringLiteral("XX_ChatBox")], QStringLiteral("//fetched/XX_ChatBox"));
+    for (const QString& stored : {row("XX_ChatBox"), elements[QStringLiteral("XX_ChatBox")]})
+        EXPECT_NE(stored, QStringLiteral("//fetched/XX_ChatBox"));
 }
 
 TEST_F(ElementScreenTest, WithoutAServiceNothingIsAskedTwice) {
@@ -202,9 +197,8 @@ TEST_F(ElementScreenTest, UploadNeedsTheAccessCodeAndSendsEveryName) {
     QTest::qWait(50);
     EXPECT_TRUE(service.requests().empty());
     dialogs.texts = {QStringLiteral("qtrwz")};
-    const MessageBox done = boxAfter("cmd_Upload");
-    EXPECT_EQ(done.title, QStringLiteral("Okay.."));
-    EXPECT_EQ(done.text, QStringLiteral("New Update Element Uploaded.."));
+    boxAfter("cmd_Upload");
+    EXPECT_EQ(dialogs.said(0), "Okay..|New Update Element Uploaded..");
     QStringList names;
     for (const httplib::Request& request : service.requests()) {
         const std::string name = request.get_param_value("key");
@@ -228,9 +222,8 @@ TEST_F(ElementScreenTest, SaveStoresAllOrNothing) {
     EXPECT_EQ(sqlite(storeFile(), QStringLiteral("select nama, isi from element order by nama")), rows);
 
     sqlite(storeFile(), QStringLiteral("drop trigger t"));
-    const MessageBox okay = boxAfter("cmd_Save");
-    EXPECT_EQ(okay.title, QStringLiteral("Okay.."));
-    EXPECT_EQ(okay.text, QStringLiteral("Element updated..\nPlease Re-Open Kibo"));
+    boxAfter("cmd_Save");
+    EXPECT_EQ(dialogs.said(1), "Okay..|Element updated..\nPlease Re-Open Kibo");
     EXPECT_EQ(row("XX_ChatBox"), QStringLiteral("//div[@a='b']"));
     EXPECT_EQ(elements[QStringLiteral("XX_ChatBox")], QStringLiteral("//div[@a='b']"));
     EXPECT_EQ(row("XXTyping"), QString());
@@ -249,8 +242,8 @@ TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) 
     state.stepRunning = false;
 
     page.closed = true;
-    EXPECT_EQ(boxAfter("test_To").text, QStringLiteral("Please Connect first to test.."));
-    EXPECT_EQ(boxAfter("test_Info1").text, QStringLiteral("Please Connect first to test.."));
+    for (const char* test : {"test_To", "test_Info1"})
+        EXPECT_EQ(boxAfter(test).text, QStringLiteral("Please Connect first to test.."));
     EXPECT_FALSE(screen->pageInUse());
     page.closed = false;
 
@@ -268,23 +261,21 @@ TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) 
 }
 
 TEST_F(ElementScreenTest, NoticeTestsAskForTheSituationAndWaitForTheNotice) {
-    const std::pair<const char*, const char*> requests[] = {{"Info1", "Please Disconnect Your Phone to test.."},
-                                                            {"Info2", "Please Disconnect Your Computer to test.."}};
+    struct {
+        const char *box, *test, *verdict, *request;
+    } const tests[] = {{"nn_Info1", "test_Info1", "verdict_Info1", "Please Disconnect Your Phone to test.."},
+                       {"nn_Info2", "test_Info2", "verdict_Info2", "Please Disconnect Your Computer to test.."}};
     open({});
-    for (const auto& [name, request] : requests) {
-        const std::string test = std::string("test_") + name, shown = std::string("verdict_") + name;
+    for (const auto& one : tests) {
         page.matches = {};
-        int looks = 0;
-        page.whileAsked = [&,
-                           text = screen->findChild<QLineEdit*>(QLatin1String("nn_") + QLatin1String(name))->text()] {
+        page.whileAsked = [&, text = box(one.box)->text(), looks = 0]() mutable {
             EXPECT_TRUE(screen->pageInUse());
-            EXPECT_EQ(button(test.c_str())->text(), QStringLiteral("Test"));
-            if (++looks == 3) page.matches.texts = QStringList{text.section(QLatin1Char('|'), 0, 0).remove(u'*')};
+            EXPECT_EQ(button(one.test)->text(), QStringLiteral("Test"));
+            if (++looks == 3) page.matches.texts = QStringList{text.section(u'|', 0, 0).remove(u'*')};
         };
-        EXPECT_EQ(boxAfter(test.c_str()).text, QLatin1String(request));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return verdict(shown.c_str()) == "found"; }, 20'000))
-            << verdict(shown.c_str());
-        EXPECT_EQ(button(test.c_str())->text(), QStringLiteral("Ready"));
+        EXPECT_EQ(boxAfter(one.test).text, QLatin1String(one.request));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return verdict(one.verdict) == "found"; }, 20'000)) << verdict(one.verdict);
+        EXPECT_EQ(button(one.test)->text(), QStringLiteral("Ready"));
         EXPECT_FALSE(screen->pageInUse());
         EXPECT_EQ(page.asked.last(), box("nn_Info")->text());
     }

@@ -29,6 +29,11 @@ class AnsweringDialogs : public Dialogs {
         return text;
     }
 
+    /// Title and text of a box as one; empty when there was none.
+    std::string said(std::size_t i) const {
+        return i < shown.size() ? (shown[i].title + u'|' + shown[i].text).toStdString() : std::string();
+    }
+
     std::deque<bool> answers;
     std::deque<std::optional<QString>> texts;  ///< nothing: the box is cancelled
     std::vector<MessageBox> shown;

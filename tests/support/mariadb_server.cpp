@@ -4,7 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QThread>
 #include <stdexcept>
@@ -55,7 +55,13 @@ MariaDbServer::MariaDbServer() : port_(freePort()) {
                          QStringLiteral("--auth-root-authentication-method=normal")} +
                  asThisUser());
     start();
-    registerOdbc();
+    write(folder_.filePath(QStringLiteral("odbcinst.ini")),
+          QStringLiteral("[MYSQL ODBC 5.1 Driver]\nDriver=libmaodbc.so\nThreading=0\n"));
+    write(folder_.filePath(QStringLiteral("odbc.ini")),
+          QStringLiteral("[kibo_test]\nDriver=MYSQL ODBC 5.1 Driver\nSERVER=127.0.0.1\nPORT=%1\nDATABASE=kibo\n")
+              .arg(port_));
+    qputenv("ODBCSYSINI", folder_.path().toUtf8());
+    qputenv("ODBCINI", folder_.filePath(QStringLiteral("odbc.ini")).toUtf8());
     QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/app/schema/mysql.sql"));
     if (!schema.open(QIODevice::ReadOnly)) throw std::runtime_error("no schema");
     run(QStringLiteral(
@@ -67,16 +73,6 @@ MariaDbServer::MariaDbServer() : port_(freePort()) {
 
 MariaDbServer::~MariaDbServer() {
     stop();
-}
-
-void MariaDbServer::registerOdbc() {
-    write(folder_.filePath(QStringLiteral("odbcinst.ini")),
-          QStringLiteral("[MYSQL ODBC 5.1 Driver]\nDriver=libmaodbc.so\nThreading=0\n"));
-    write(folder_.filePath(QStringLiteral("odbc.ini")),
-          QStringLiteral("[kibo_test]\nDriver=MYSQL ODBC 5.1 Driver\nSERVER=127.0.0.1\nPORT=%1\nDATABASE=kibo\n")
-              .arg(port_));
-    qputenv("ODBCSYSINI", folder_.path().toUtf8());
-    qputenv("ODBCINI", folder_.filePath(QStringLiteral("odbc.ini")).toUtf8());
 }
 
 void MariaDbServer::start() {
@@ -93,13 +89,10 @@ void MariaDbServer::start() {
                       QStringList{QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data")),
                                   QStringLiteral("--socket=") + socket()} +
                       asThisUser());
-    QElapsedTimer waited;
-    waited.start();
-    for (;;) {
+    for (const QDeadlineTimer limit(60'000); !limit.hasExpired() && server_.state() != QProcess::NotRunning;) {
         QProcess ping;
         ping.start(QStringLiteral("mariadb-admin"), client() + QStringList{QStringLiteral("ping")});
         if (ping.waitForFinished() && ping.exitCode() == 0) return;
-        if (waited.elapsed() > 60000 || server_.state() == QProcess::NotRunning) break;
         QThread::msleep(50);
     }
     QFile log(folder_.filePath(QStringLiteral("log")));

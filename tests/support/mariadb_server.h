@@ -43,7 +43,6 @@ class MariaDbServer {
     QStringList client() const {
         return {QStringLiteral("--no-defaults"), QStringLiteral("-S"), socket(), QStringLiteral("-uroot")};
     }
-    void registerOdbc();
 
     QTemporaryDir folder_;
     int port_;

@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -18,7 +19,8 @@ class VirtualDisplay {
 
  private:
     std::string before_;
-    pid_t pid_ = -1;
+    std::FILE* output_ = nullptr;
+    int pid_ = -1;
 };
 
 /// A connection to the display that the environment names.

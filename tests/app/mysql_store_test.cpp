@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/database.h"
+#include "store_under_test.h"
 #include "support/mariadb_server.h"
 
 namespace kibo {
@@ -16,13 +17,18 @@ class LostConnectionTest : public testing::Test {
     Database database_{clock_, policy_};
 };
 
-TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopened) {
-    const QString id = database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0);
-    server_.run(QStringLiteral("kill ") + id);
+TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopenedUnlessTheLoginIsRefused) {
+    server_.run(QStringLiteral("kill ") + database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0));
     EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Closed);
     EXPECT_FALSE(database_.isOpen());
     ASSERT_TRUE(database_.reopen());
     EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Open);
+
+    Settings settings = server_.settings(true);
+    settings.password = QStringLiteral("wrong");
+    const Result<void> opened = Database(clock_, policy_).OpenDatabase(settings, {});
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.failure().text.find("Access denied for user 'kibo'@"), 0u) << opened.failure().text;
 }
 
 TEST_F(LostConnectionTest, ServerAwayAndBack) {
@@ -45,13 +51,16 @@ TEST_F(LostConnectionTest, ServerAwayAndBack) {
     EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox")));
 }
 
-TEST_F(LostConnectionTest, RefusedLoginIsToldInTheServersWords) {
-    Settings settings = server_.settings(true);
-    settings.password = QStringLiteral("wrong");
-    const Result<void> opened = Database(clock_, policy_).OpenDatabase(settings, {});
-    ASSERT_FALSE(opened);
-    EXPECT_EQ(opened.failure().text.find("Access denied for user 'kibo'@"), 0u) << opened.failure().text;
+test::StoreUnderTest emptied(bool dsn) {
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
+    return {server.settings(dsn), QStringLiteral("/nowhere"), [&](const QString& sql) { return server.run(sql); }};
 }
 
 }  // namespace
+
+std::vector<test::StoreChoice> test::storeChoices() {
+    return {{"MySqlDriver", [] { return emptied(false); }}, {"MySqlDsn", [] { return emptied(true); }}};
+}
+
 }  // namespace kibo
