@@ -14,8 +14,6 @@ namespace {
 
 class SettingsTest : public testing::Test {
  protected:
-    const QStringList db = QStringLiteral("dsn user password MySQL_WithoutDSN MySQL_Server MySQL_DB Port UseMDB HideMe")
-                               .split(QLatin1Char(' '));
     QString file() const { return folder_.filePath(QStringLiteral("kibo.ini")); }
     std::string content() const {
         QFile input(file());

@@ -22,7 +22,7 @@ class MainWindowTest : public WindowFixture {
  protected:
     MainWindowActions recorded() {
         MainWindowActions actions;
-        const auto calling = [this](const char* name) { return [=] { calls.append(QLatin1String(name)); }; };
+        const auto calling = [this](const char* name) { return [this, name] { calls.append(QLatin1String(name)); }; };
         actions.openWhatsApp = calling("open");
         actions.stop = calling("stop");
         actions.pause = [this] {
