@@ -128,21 +128,21 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
 
-    build.card("shapInbox", kLeft, 368, 442, 176);
-    ms = new QueueGrid(state.ms, {30, 28, 26, 16}, -1, QStringLiteral("No message has arrived"), area);
+    build.card("shapInbox", kLeft, 368, 420, 176);
+    ms = new QueueGrid(state.ms, {30, 26, 28, 16}, -1, QStringLiteral("No message has arrived"), area);
     build.heading("lblInbox", "&Inbox", 24, 373, 58, ms);
     Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 375, 43, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
     l_disableread = build.mark("l_disableread", "Reading is off", 126, 374, 106, 22, kNotice, kNoticeText);
-    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 284, 373, 80, 24);
+    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 262, 373, 80, 24);
     newestFirst->setToolTip(QStringLiteral("Newest messages first"));
-    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 366, 373, 78, kLine);
-    build.place(ms, "ms", 22, 400, 422, 136);
+    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 344, 373, 78, kLine);
+    build.place(ms, "ms", 22, 400, 400, 136);
 
-    build.card("shapUnsent", 464, 368, 462, 176);
-    ms2 = new QueueGrid(state.ms2, {24, 11, 31, 34}, -1, QStringLiteral("No message has failed"), area);
-    build.heading("lblUnsent", "&Unsent", 476, 373, 120, ms2);
-    build.place(ms2, "ms2", 474, 400, 442, 136);
+    build.card("shapUnsent", 442, 368, 484, 176);
+    ms2 = new QueueGrid(state.ms2, {25, 10, 32, 33}, -1, QStringLiteral("No message has failed"), area);
+    build.heading("lblUnsent", "&Unsent", 454, 373, 120, ms2);
+    build.place(ms2, "ms2", 452, 400, 464, 136);
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);
