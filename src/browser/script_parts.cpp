@@ -6,7 +6,8 @@ namespace {
 // Finding by locator, and texts as a person sees them. Rows of the chat list may be drawn anew between two commands, so
 // a row is known by what it shows.
 constexpr const char* kBasics = R"js(
-const locators = arguments[0];
+// The page keeps them for the watch, which outlives the script that began it.
+window.kiboLocators = arguments[0];
 const misunderstood = [];
 const find = (locator, root = document) => {
   if (!locator.xpath) return Array.from(root.querySelectorAll(locator.text));
@@ -14,9 +15,12 @@ const find = (locator, root = document) => {
   return Array.from({length: found.snapshotLength}, (_, i) => found.snapshotItem(i));
 };
 const all = (name, root = document) => {
-  const locator = locators[name];
+  const locator = window.kiboLocators[name];
   if (!locator || !locator.text) return [];
-  try { return find(locator, root); } catch (error) { misunderstood.push(name); return []; }
+  try { return find(locator, root); } catch (error) {
+    if (!misunderstood.includes(name)) misunderstood.push(name);
+    return [];
+  }
 };
 const one = (name, root = document) => all(name, root)[0] || null;
 // Direction marks surround names and numbers and say nothing to the reader.
@@ -37,7 +41,7 @@ const textWithEmoji = (node) => {
 let rowsWithEmoji = new Set();
 // Finding the rows costs more than reading them, so they are looked up anew when the page has changed.
 const chatRows = () => {
-  const wanted = locators.XX_ReadMessage?.text;
+  const wanted = window.kiboLocators.XX_ReadMessage?.text;
   if (watch.list?.locator !== wanted) watch.list = {locator: wanted, rows: all('XX_ReadMessage')};
   const rows = watch.list.rows;
   const known = new Set(rows);
