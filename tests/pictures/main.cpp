@@ -1,4 +1,5 @@
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -38,7 +39,7 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeInbox(s) && takeSending(s) && takePauses(s) && takeTroubles(s);
+        return takeLogin(s) && takeInbox(s) && takeElements() && takeSending(s) && takePauses(s) && takeTroubles(s);
     }
 
  private:
@@ -66,6 +67,23 @@ class Pictures {
             R"({"number": "120363000000000001", "name": "Saturday team", "member": "Budi", "text": "I am ill today 🤒"})");
         incoming(R"({"number": "6281230000009", "text": "Good morning"})");
         return take("inbox", [&] { return s.ms.rowCount() == 44 && s.step == QStringLiteral("Queue empty"); });
+    }
+    /// The first dozen of locators tested.
+    bool takeElements() {
+        gateway_->window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+        QWidget* screen = nullptr;
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget* window : windows)
+            if (window->objectName() == QStringLiteral("frm_element")) screen = window;
+        if (!screen) return false;
+        for (const char* name : {"QR", "QRReload", "NewChat", "OwnPicture", "ChatList", "SearchBox", "Conversation",
+                                 "To", "PP", "HeaderPicture", "MessageRow", "MessageText"}) {
+            screen->findChild<QAbstractButton*>(QStringLiteral("test_") + QLatin1String(name))->click();
+            (void)test::eventually([] { return false; }, 200);
+        }
+        const bool saved = screen->grab().save(QDir(folder_).filePath(QStringLiteral("elements.png")));
+        screen->close();
+        return saved;
     }
     bool takeSending(const GatewayState& s) {
         const char* texts[] = {"Your order is ready to be collected.", "Good morning, %name%!",
