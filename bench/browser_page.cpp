@@ -2,8 +2,8 @@
 
 #include <QProcess>
 
-#include "app/database.h"
 #include "bench/measuring.h"
+#include "store/database.h"
 
 namespace kibo::bench {
 namespace {

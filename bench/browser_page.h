@@ -3,9 +3,9 @@
 #include <QTemporaryDir>
 #include <optional>
 
-#include "app/clock.h"
-#include "app/error_policy.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/error_policy.h"
+#include "base/settings.h"
 #include "browser/browser.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"

@@ -1,12 +1,12 @@
 #include <QElapsedTimer>
 #include <cstdio>
 
+#include "app/timer_runner.h"
 #include "bench/benchmarks.h"
 #include "bench/browser_page.h"
 #include "bench/measuring.h"
 #include "inbox/inbox.h"
-#include "main_window/qt_dialogs.h"
-#include "main_window/timer_runner.h"
+#include "widgets/qt_dialogs.h"
 
 namespace kibo::bench {
 namespace {

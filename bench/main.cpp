@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "bench/benchmarks.h"
 
 namespace {

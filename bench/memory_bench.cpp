@@ -2,13 +2,13 @@
 
 #include <QTemporaryDir>
 
-#include "app/database.h"
 #include "bench/benchmarks.h"
 #include "bench/browser_page.h"
 #include "bench/measuring.h"
 #include "bench/process_figures.h"
 #include "engine/fake_page.h"
 #include "engine/gateway.h"
+#include "store/database.h"
 
 namespace kibo::bench {
 namespace {

@@ -1,10 +1,10 @@
 #include <QTimer>
 
+#include "app/timer_runner.h"
 #include "bench/benchmarks.h"
 #include "bench/measuring.h"
 #include "bench/sending_gateway.h"
-#include "main_window/qt_dialogs.h"
-#include "main_window/timer_runner.h"
+#include "widgets/qt_dialogs.h"
 
 namespace kibo::bench {
 namespace {

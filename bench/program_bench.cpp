@@ -3,7 +3,7 @@
 #include <QProcess>
 #include <QThread>
 
-#include "app/settings_file.h"
+#include "base/settings_file.h"
 #include "bench/benchmarks.h"
 #include "bench/browser_page.h"
 #include "bench/measuring.h"

@@ -1,11 +1,11 @@
 #include <unistd.h>
 
-#include "app/database.h"
 #include "bench/benchmarks.h"
 #include "bench/browser_page.h"
 #include "bench/measuring.h"
 #include "bench/process_figures.h"
 #include "engine/outbox_queue.h"
+#include "store/database.h"
 #include "support/mariadb_server.h"
 
 namespace kibo::bench {

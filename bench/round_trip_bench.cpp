@@ -7,7 +7,7 @@
 #include "bench/measuring.h"
 #include "browser/driver_process.h"
 #include "browser/launch.h"
-#include "browser/page_scripts.h"
+#include "browser/page/page_scripts.h"
 #include "browser/webdriver/client.h"
 #include "browser/webdriver/curl_transport.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/database.h"
 #include "bench/browser_page.h"
 #include "engine/gateway.h"
+#include "store/database.h"
 
 namespace kibo::bench {
 

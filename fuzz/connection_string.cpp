@@ -1,5 +1,5 @@
 // Connection texts of any content, and any value put into one.
-#include "app/connection_string.h"
+#include "store/connection_string.h"
 
 #include "fuzz/fuzzing.h"
 

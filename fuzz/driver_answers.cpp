@@ -3,9 +3,9 @@
 #include <QTemporaryDir>
 #include <memory>
 
-#include "app/clock.h"
-#include "app/error_policy.h"
-#include "app/log.h"
+#include "base/clock.h"
+#include "base/error_policy.h"
+#include "base/log.h"
 #include "browser/browser.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"

@@ -1,5 +1,5 @@
 # Packs one folder that an operator unpacks; nothing of it depends on where it is put.
-set(stores "${CMAKE_SOURCE_DIR}/src/app/schema")
+set(stores "${CMAKE_SOURCE_DIR}/src/store/schema")
 set(packaging "${CMAKE_SOURCE_DIR}/packaging/windows")
 install(FILES "${CMAKE_SOURCE_DIR}/packaging/cekver/cekver.bat" "${packaging}/README.txt" DESTINATION .)
 install(FILES "${stores}/mysql.sql" "${stores}/access.sql" "${stores}/sqlite.sql" DESTINATION schema)

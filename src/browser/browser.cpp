@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QStringList>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "browser/launch.h"
 #include "browser/webdriver/curl_transport.h"
 #include "browser/webdriver/error.h"

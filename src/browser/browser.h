@@ -6,8 +6,8 @@
 #include <memory>
 #include <optional>
 
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/driver_process.h"
 #include "browser/session_record.h"
 #include "browser/webdriver/client.h"

@@ -2,7 +2,7 @@
 
 #include <QDir>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "platform/machine.h"
 #include "platform/process.h"
 

@@ -3,7 +3,7 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "browser/webdriver/curl_transport.h"
 
 namespace kibo {

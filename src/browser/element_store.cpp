@@ -1,6 +1,6 @@
 #include "browser/element_store.h"
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 

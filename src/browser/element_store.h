@@ -4,7 +4,7 @@
 #include <QString>
 #include <utility>
 
-#include "app/database.h"
+#include "store/database.h"
 
 namespace kibo {
 

@@ -4,7 +4,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "app/settings.h"
+#include "base/settings.h"
 #include "platform/result.h"
 
 namespace kibo {

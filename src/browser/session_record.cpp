@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

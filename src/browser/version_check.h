@@ -3,7 +3,7 @@
 #include <QString>
 #include <optional>
 
-#include "app/dialogs.h"
+#include "base/dialogs.h"
 
 namespace kibo {
 

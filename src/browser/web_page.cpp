@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/log.h"
-#include "browser/page_scripts.h"
+#include "base/log.h"
+#include "browser/page/page_scripts.h"
 #include "browser/webdriver/error.h"
 
 namespace kibo {

@@ -2,7 +2,7 @@
 
 #include <QJsonObject>
 
-#include "app/error_policy.h"
+#include "base/error_policy.h"
 #include "browser/browser.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"

@@ -3,7 +3,7 @@
 #include <QString>
 #include <functional>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "engine/attachment.h"
 #include "engine/pacing.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "engine/gateway_state.h"
 

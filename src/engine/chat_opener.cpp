@@ -3,7 +3,7 @@
 #include <QRegularExpression>
 #include <exception>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "engine/phone_number.h"
 
 namespace kibo {

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "engine/gateway_state.h"
 #include "engine/open_ledger.h"

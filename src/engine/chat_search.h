@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "engine/pacing.h"
 #include "platform/result.h"

@@ -3,7 +3,7 @@
 #include <QString>
 #include <functional>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"

@@ -3,7 +3,7 @@
 #include <QList>
 #include <optional>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "engine/chat_target.h"
 #include "engine/pacing.h"

@@ -1,6 +1,6 @@
 #include "engine/locator_check.h"
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

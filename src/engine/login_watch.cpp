@@ -3,8 +3,8 @@
 #include <QDir>
 #include <QImage>
 
-#include "app/log.h"
-#include "app/profile_number.h"
+#include "base/log.h"
+#include "base/profile_number.h"
 
 namespace kibo {
 namespace {

@@ -3,11 +3,11 @@
 #include <QString>
 #include <optional>
 
-#include "app/clock.h"
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "engine/gateway_state.h"
+#include "store/database.h"
 
 namespace kibo {
 

@@ -2,7 +2,7 @@
 
 #include <QFile>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "browser/launch.h"
 
 namespace kibo {

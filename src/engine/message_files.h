@@ -3,7 +3,7 @@
 #include <QStringList>
 #include <vector>
 
-#include "app/settings.h"
+#include "base/settings.h"
 #include "engine/attachment.h"
 
 namespace kibo {

@@ -2,7 +2,7 @@
 
 #include <QScopedValueRollback>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
 

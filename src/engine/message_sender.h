@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "app/clock.h"
+#include "base/clock.h"
 #include "browser/chat_page.h"
 #include "engine/attachment_sender.h"
 #include "engine/chat_target.h"

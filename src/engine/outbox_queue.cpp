@@ -4,7 +4,7 @@
 #include <limits>
 #include <set>
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace queue_sql {

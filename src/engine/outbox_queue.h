@@ -4,12 +4,12 @@
 #include <QString>
 #include <optional>
 
-#include "app/clock.h"
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "engine/gateway_state.h"
 #include "engine/refused_rows.h"
 #include "engine/send_journal.h"
+#include "store/database.h"
 
 namespace kibo {
 

@@ -1,6 +1,6 @@
 #include "engine/pacing.h"
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

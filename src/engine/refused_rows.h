@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 
-#include "app/clock.h"
+#include "base/clock.h"
 
 namespace kibo {
 

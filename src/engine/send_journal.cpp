@@ -4,7 +4,7 @@
 #include <QJsonDocument>
 #include <algorithm>
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

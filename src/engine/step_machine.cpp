@@ -4,7 +4,7 @@
 #include <QLocale>
 #include <QScopedValueRollback>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "engine/phone_number.h"
 
 namespace kibo {

@@ -3,8 +3,8 @@
 #include <functional>
 #include <optional>
 
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"

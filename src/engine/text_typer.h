@@ -3,9 +3,9 @@
 #include <QString>
 #include <optional>
 
-#include "app/clipboard.h"
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clipboard.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "engine/gateway_state.h"
 #include "engine/pacing.h"

@@ -1,6 +1,6 @@
 #include "inbox/arrivals.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "inbox/unread_chat.h"
 
 namespace kibo {

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/browser.h"
 
 namespace kibo {

@@ -1,6 +1,6 @@
 #include "inbox/chat_lister.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "engine/phone_number.h"
 
 namespace kibo {

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QSaveFile>
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <QDir>
 
-#include "app/http_get.h"
+#include "base/http_get.h"
 #include "platform/shell.h"
 
 namespace kibo {

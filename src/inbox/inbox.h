@@ -3,9 +3,8 @@
 #include <QString>
 #include <functional>
 
-#include "app/clock.h"
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "engine/gateway.h"
@@ -17,6 +16,7 @@
 #include "inbox/inbox_reader.h"
 #include "inbox/inbox_table.h"
 #include "inbox/reply_hand_off.h"
+#include "store/database.h"
 
 namespace kibo {
 

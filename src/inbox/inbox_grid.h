@@ -3,10 +3,10 @@
 #include <QStringList>
 #include <memory>
 
-#include "app/clock.h"
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "engine/gateway_state.h"
+#include "store/database.h"
 
 namespace kibo {
 

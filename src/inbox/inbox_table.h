@@ -3,8 +3,8 @@
 #include <QStringList>
 #include <optional>
 
-#include "app/database.h"
 #include "inbox/incoming_row.h"
+#include "store/database.h"
 
 namespace kibo {
 

@@ -6,7 +6,7 @@
 #include <QRegularExpression>
 #include <QUrl>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "inbox/media_file_name.h"
 #include "platform/downloader.h"
 #include "platform/machine.h"

@@ -5,8 +5,8 @@
 #include <deque>
 #include <memory>
 
-#include "app/clock.h"
-#include "app/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "platform/process.h"
 #include "platform/result.h"
 

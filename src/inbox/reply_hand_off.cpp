@@ -1,6 +1,6 @@
 #include "inbox/reply_hand_off.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "inbox/url_encoder.h"
 
 namespace kibo {

@@ -3,9 +3,9 @@
 #include <QString>
 #include <functional>
 
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/settings.h"
 #include "engine/text_expansion.h"
+#include "store/database.h"
 
 namespace kibo {
 

@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <QShortcut>
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace kibo {
 namespace {

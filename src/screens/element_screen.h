@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "app/dialogs.h"
+#include "base/dialogs.h"
 #include "browser/element_store.h"
 #include "browser/element_table.h"
 #include "browser/page_probe.h"

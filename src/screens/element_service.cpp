@@ -6,7 +6,7 @@
 #include <QUuid>
 #include <algorithm>
 
-#include "app/settings_file.h"
+#include "base/settings_file.h"
 
 namespace kibo {
 namespace {

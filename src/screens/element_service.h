@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "app/http_get.h"
+#include "base/http_get.h"
 
 namespace kibo {
 

@@ -8,11 +8,11 @@
 #include <random>
 #include <utility>
 
-#include "app/database.h"
-#include "app/settings.h"
+#include "base/settings.h"
 #include "browser/element_table.h"
 #include "engine/gateway.h"
 #include "fake_page.h"
+#include "store/database.h"
 #include "support/stores.h"
 
 namespace kibo::test {

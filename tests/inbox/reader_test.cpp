@@ -1,7 +1,7 @@
 #include <QDir>
 #include <QTimer>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "inbox/arrivals.h"
 #include "inbox/chat_lister.h"
 #include "inbox_fixture.h"

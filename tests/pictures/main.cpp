@@ -8,12 +8,12 @@
 #include <functional>
 #include <iostream>
 
-#include "main_window/gateway_application.h"
-#include "main_window/qt_dialogs.h"
-#include "main_window/window_look.h"
+#include "app/gateway_application.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
 #include "support/stores.h"
+#include "widgets/qt_dialogs.h"
+#include "widgets/window_look.h"
 
 namespace kibo {
 namespace {

@@ -12,7 +12,7 @@
 #include <mutex>
 #include <thread>
 
-#include "app/settings_file.h"
+#include "base/settings_file.h"
 #include "support/answering_dialogs.h"
 #include "support/stores.h"
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <vector>
 
-#include "app/dialogs.h"
+#include "base/dialogs.h"
 
 namespace kibo::test {
 

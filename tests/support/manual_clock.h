@@ -3,7 +3,7 @@
 #include <functional>
 #include <map>
 
-#include "app/clock.h"
+#include "base/clock.h"
 
 namespace kibo::test {
 

@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <memory>
 
-#include "app/settings.h"
+#include "base/settings.h"
 
 namespace kibo::test {
 

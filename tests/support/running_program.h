@@ -7,8 +7,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include "app/settings.h"
-#include "app/settings_file.h"
+#include "base/settings.h"
+#include "base/settings_file.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
 #include "support/processes.h"

@@ -6,12 +6,12 @@
 #include <QTemporaryDir>
 #include <memory>
 
-#include "app/database.h"
 #include "browser/browser.h"
 #include "browser/element_table.h"
 #include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "standin/stand_in.h"
+#include "store/database.h"
 #include "support/stores.h"
 
 namespace kibo::test {

@@ -6,9 +6,9 @@
 #include <QMenuBar>
 #include <cmath>
 
-#include "main_window/icons.h"
 #include "main_window/window_controls.h"
-#include "main_window/window_look.h"
+#include "widgets/icons.h"
+#include "widgets/window_look.h"
 
 namespace kibo {
 namespace {

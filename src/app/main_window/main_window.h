@@ -5,10 +5,10 @@
 #include <functional>
 #include <memory>
 
-#include "app/dialogs.h"
-#include "app/settings.h"
+#include "base/dialogs.h"
+#include "base/settings.h"
 #include "engine/gateway_state.h"
-#include "main_window/control_scaler.h"
+#include "widgets/control_scaler.h"
 
 class QAction;
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "app/settings.h"
+#include "base/settings.h"
 #include "engine/gateway_state.h"
 
 namespace kibo {

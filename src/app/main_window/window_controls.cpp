@@ -1,7 +1,7 @@
 #include "main_window/window_controls.h"
 
 #include "main_window/setting_indicators.h"
-#include "main_window/window_look.h"
+#include "widgets/window_look.h"
 
 namespace kibo {
 namespace {

@@ -7,10 +7,11 @@
 #include <QProgressBar>
 #include <QPushButton>
 
-#include "main_window/colour_label.h"
-#include "main_window/log_lines.h"
-#include "main_window/qr_box.h"
-#include "main_window/queue_grid.h"
+#include "engine/gateway_state.h"
+#include "widgets/colour_label.h"
+#include "widgets/log_lines.h"
+#include "widgets/qr_box.h"
+#include "widgets/queue_grid.h"
 
 namespace kibo {
 

@@ -2,7 +2,7 @@
 
 #include <QJsonDocument>
 
-#include "app/log.h"
+#include "base/log.h"
 #include "browser/webdriver/error.h"
 
 namespace kibo::webdriver {

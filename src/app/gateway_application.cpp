@@ -1,0 +1,308 @@
+#include "app/gateway_application.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QSaveFile>
+
+#include "app/form_load.h"
+#include "app/termination_signal.h"
+#include "base/log.h"
+#include "base/settings_file.h"
+#include "inbox/helper_installation.h"
+#include "main_window/setting_indicators.h"
+#include "platform/machine.h"
+#include "platform/shell.h"
+#include "platform/top_level_windows.h"
+#include "session/close_all.h"
+
+namespace kibo {
+namespace {
+
+/// How soon a termination signal and a due picture are noticed.
+constexpr int kHeartbeatMs = 100;
+const QString kSection = QStringLiteral("kibo");
+
+void logFailure(const Result<void>& result) {
+    if (!result) log::warning("window", QString::fromStdString(result.failure().text));
+}
+
+QString installedBrowserVersion(const Settings& settings) {
+    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
+    return QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
+}
+
+/// Where the scripts are that belong to the program: its folder, or, when that is another one, beside the executable.
+QString scriptFolder(const QString& programFolder, const QString& script) {
+    const QDir folder(programFolder);
+    if (!folder.entryList({script, script + QStringLiteral(".bat")}, QDir::Files).isEmpty()) return programFolder;
+    return QFileInfo(QString::fromStdString(platform::executableFile())).path();
+}
+
+void openForOperator(const QString& file) {
+    logFailure(platform::openForOperator(QDir::toNativeSeparators(file).toStdString()));
+}
+
+}  // namespace
+
+GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments)
+    : dialogs_(dialogs),
+      programFolder_(std::move(programFolder)),
+      commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
+      database_(clock_, policy_),
+      elementDatabase_(clock_, policy_),
+      elementStore_(elementDatabase_),
+      instanceRows_(database_),
+      profileSettings_(state_, settings_, database_),
+      startUp_(dialogs, programFolder_),
+      browser_(programFolder_, clock_),
+      mediaDownload_(settings_, clock_, programFolder_) {
+    // Already while a box of the start-up routine waits for its answer.
+    QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
+    heartbeat_.start(kHeartbeatMs);
+}
+
+GatewayApplication::~GatewayApplication() = default;
+
+bool GatewayApplication::start() {
+    platform::removeStaleLockFile();
+    startLog();
+    startUp_.makeFirstStores(settings_.applicationName);
+    startUp_.reportSettingsProblem(settings_.applicationName);
+    settings_ = loadSettings(startUp_.settingsFile());
+    if (!startUp_.openDatabase(database_, settings_)) return false;
+    if (!startUp_.openElementStore(elementDatabase_)) return false;
+    elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
+    state_.dboff.visible = !database_.isOpen();
+    if (clock_.waitingStopped()) return false;
+    buildEngine();
+    return showWindow();
+}
+
+void GatewayApplication::startLog() const {
+    const QString problem = log::start(QDir(programFolder_).filePath(QStringLiteral("kibo.log")));
+    if (!problem.isEmpty()) log::warning("app", QStringLiteral("no log file: ") + problem);
+}
+
+void GatewayApplication::buildEngine() {
+    edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
+    timers_ = std::make_unique<TimerRunner>(*edge_);
+    page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
+    const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
+    const auto pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); };
+    gateway_ = std::make_unique<Gateway>(Gateway::Needs{
+        .state = state_,
+        .settings = settings_,
+        .elements = elements_,
+        .database = database_,
+        .page = *page_,
+        .clock = clock_,
+        .journal = journal_,
+        .random = random,
+        .BACA_WA = [this] { inbox_->reader.BACA_WA(); },
+        .pageInUse = pageInUse,
+        .takeArrived = [this](const QList<ArrivedMessage>& arrived) { inbox_->arrivals.take(arrived); },
+        .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+        .programFolder = programFolder_,
+        .clipboard = &clipboard_,
+    });
+    inbox_ =
+        std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_,
+                                             programFolder_, pageInUse, [this] { profileSettings_.BACA_PROFIL(); }});
+}
+
+bool GatewayApplication::showWindow() {
+    window_ = std::make_unique<MainWindow>(state_, settings_, dialogs_, actions());
+    FormLoad formLoad{*window_,    state_, settings_, instanceRows_, dialogs_, programFolder_, startUp_.settingsFile(),
+                      commandLine_};
+    formLoad.mySql = !isYes(settings_.UseMDB);
+    formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
+    formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
+    formLoad.startAgent = [](const QString& program) {
+        const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
+        if (!started) log::warning("window", QString::fromStdString(started.failure().text));
+    };
+    if (!formLoad.Form_Load()) return false;
+    if (const Result<void> opened = openJournal(); !opened) {
+        log::error("window", QString::fromStdString(opened.failure().text));
+        dialogs_.show({settings_.applicationName,
+                       QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(opened.failure().text)),
+                       MessageBox::Icon::Critical});
+    }
+    // Start-up skips what fails; from here on `DebugMode` decides.
+    policy_.setDebugMode(isYes(settings_.DebugMode));
+    log::setVerbose(isYes(settings_.DebugMode));
+
+    const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
+    if (!pictures.isEmpty()) {
+        picture_ = std::make_unique<WindowPicture>(*window_, state_, pictures, [this](const QString& name) {
+            if (!browser_.isOpen()) return;
+            const QByteArray picture = page_->pagePicture();
+            QSaveFile file(name);
+            if (picture.isEmpty() || !file.open(QIODevice::WriteOnly)) return;
+            file.write(picture);
+            file.commit();
+        });
+    }
+    buildBrowserParts();
+    addTimers();
+    state_.step = QStringLiteral("WhatsApp is not open");
+    window_->showState();
+    window_->show();
+    log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));
+    return true;
+}
+
+void GatewayApplication::buildBrowserParts() {
+    keeper_ = std::make_unique<SessionKeeper>(SessionKeeper::Needs{
+        .state = state_,
+        .settings = settings_,
+        .clock = clock_,
+        .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
+        .closeBrowser = [this] { browser_.quit(); },
+        .showState = [this] { window_->showState(); },
+        .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
+    });
+    care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
+        .state = state_,
+        .settings = settings_,
+        .dialogs = dialogs_,
+        .programFolder = programFolder_,
+        .settingsFile = startUp_.settingsFile(),
+        .hideWindow = [this](bool hide) { return browser_.hideWindow(hide); },
+        .endSession = [this] { keeper_->close(); },
+        .browserVersion = [this] { return installedBrowserVersion(settings_); },
+        .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
+    });
+    if (!isYes(settings_.Multi)) care_->checkVersions();
+}
+
+MainWindowActions GatewayApplication::actions() {
+    MainWindowActions actions;
+    actions.openWhatsApp = guarded([this] { keeper_->cmd_OpenWA_Click(); });
+    actions.pause = guarded([this] { gateway_->pacing.cmd_Pause_Click(); });
+    actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
+    actions.listChats = guarded([this] { inbox_->chatLister.len2_Click(); });
+    actions.refreshOutbox = guarded([this] { refreshOutbox(); });
+    if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
+    actions.stop = [this] { cmd_STOP_Click(); };
+    actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };
+    actions.newProfile = [this] { care_->newProfile(); };
+    actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
+    actions.closeAll = guarded([this] { mncloseall_Click(); });
+    actions.exitProgram = [this] { endProgram(); };
+    actions.openProgramFolder = [this] { openForOperator(programFolder_); };
+    actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
+    actions.showElements = guarded([this] { mnElement_Click(); });
+    actions.activated = guarded([this] { activate(); });
+    actions.unloaded = [this] { unload(); };
+    return actions;
+}
+
+std::function<void()> GatewayApplication::guarded(std::function<void()> step) {
+    return [this, step = std::move(step)] { edge_->run(step); };
+}
+
+void GatewayApplication::addTimers() {
+    timers_->add(state_.timer_start, [this] { keeper_->timer_start_Timer(); });
+    timers_->add(state_.Timer_variabel, [this] { refreshSettingIndicators(settings_, state_); });
+    timers_->add(state_.Timer1, [this] { Timer1_Timer(); });
+    timers_->add(state_.Timer_KIBO, [this] { gateway_->machine.Timer_KIBO_Timer(); });
+    timers_->add(state_.Timer2, [this] { gateway_->chatListWatch.Timer2_Timer(); });
+    timers_->add(state_.BreakTime, [this] { gateway_->pacing.BreakTime_Timer(); });
+    // Ticks without work: whether these two are on is what counts.
+    timers_->add(state_.Timer_cekURL, [] {});
+    timers_->add(state_.timer_QR, [] {});
+}
+
+Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
+    // From here on profile and store stay as they are.
+    if (const Result<void> opened = openJournal(); !opened) return opened;
+    return browser_.open(options);
+}
+
+Result<void> GatewayApplication::openJournal() {
+    return journal_.open(
+        QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
+}
+
+void GatewayApplication::Timer1_Timer() {
+    clock_.runPendingEvents();
+    inbox_->reader.storeWaiting();
+    inbox_->grid.keepFresh();
+    // What the store alone can settle need not wait for the page.
+    if (!state_.stepRunning && database_.isOpen()) gateway_->recovery.settleInStore();
+    state_.l_disableread.visible = isYes(settings_.DisableRead);
+    keeper_->keepOpen();
+    state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
+    if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
+}
+
+void GatewayApplication::mncloseall_Click() {
+    if (!closeAllInstances(dialogs_, instanceRows_, endOtherCopies)) return;
+    endProgram();
+}
+
+void GatewayApplication::refreshOutbox() {
+    // The step machine may be in the middle of a message that it has taken from row 1.
+    if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
+}
+
+void GatewayApplication::mnElement_Click() {
+    if (!elementScreen_) {
+        elementScreen_ = std::make_unique<ElementScreen>(
+            ElementScreen::Parts{elements_, elementStore_, *page_, state_, dialogs_,
+                                 ElementService(settings_.ElementServer, startUp_.settingsFile()),
+                                 startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }});
+        elementScreen_->setWindowIcon(window_->windowIcon());
+    }
+    elementScreen_->open();
+}
+
+void GatewayApplication::applyHideMe() {
+    settings_.HideMe = ReadIni(kSection, QStringLiteral("HIDE_ME"), startUp_.settingsFile());
+    const bool hide = isYes(settings_.HideMe);
+    if (window_->isHidden() != hide) window_->setVisible(!hide);
+}
+
+void GatewayApplication::activate() {
+    refreshOutbox();
+    if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
+}
+
+void GatewayApplication::unload() {
+    policy_.setDebugMode(false);
+    instanceRows_.withdraw(state_.cb_Profil.text);
+    endProgram();
+}
+
+void GatewayApplication::cmd_STOP_Click() {
+    endProgram();
+}
+
+void GatewayApplication::endProgram() {
+    if (clock_.waitingStopped()) return;
+    // Waits of a running tick end now, so that it unwinds to the event loop and the program can leave.
+    clock_.stopWaiting();
+    policy_.programEnds();
+    if (timers_) timers_->stopAll();
+    heartbeat_.stop();
+    if (inbox_) inbox_->botBrowser.quit();
+    browser_.quit();
+    log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));
+    // Not quit(): it would close the window first, which is the operator's way to unload it.
+    QCoreApplication::exit(0);
+}
+
+void GatewayApplication::heartbeat() {
+    if (terminationRequested()) {
+        cmd_STOP_Click();
+        return;
+    }
+    if (!picture_) return;
+    window_->showState();  // a picture shows the state of its moment
+    edge_->run([this] { picture_->look(); });
+}
+
+}  // namespace kibo

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <memory>
+
+#include "app/start_up.h"
+#include "app/timer_runner.h"
+#include "base/clock.h"
+#include "base/dialogs.h"
+#include "base/error_policy.h"
+#include "base/settings.h"
+#include "browser/browser.h"
+#include "browser/element_store.h"
+#include "browser/element_table.h"
+#include "browser/web_page.h"
+#include "engine/gateway.h"
+#include "engine/gateway_state.h"
+#include "inbox/inbox.h"
+#include "inbox/media_download.h"
+#include "main_window/main_window.h"
+#include "main_window/window_picture.h"
+#include "screens/element_screen.h"
+#include "session/browser_care.h"
+#include "session/instance_rows.h"
+#include "session/profile_settings.h"
+#include "session/session_keeper.h"
+#include "store/database.h"
+#include "widgets/qt_clipboard.h"
+
+namespace kibo {
+
+/// The program put together: it owns settings, stores, state, engine and main window, and wires them.
+class GatewayApplication {
+ public:
+    /// `dialogs` must outlive the application. `arguments`: the command line without the program's name.
+    GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments);
+    ~GatewayApplication();
+    GatewayApplication(const GatewayApplication&) = delete;
+    GatewayApplication& operator=(const GatewayApplication&) = delete;
+
+    /// The start-up routine, up to the shown window. False when the program must end; the operator knows why.
+    bool start();
+    /// `cmd_STOP`: ends the browser session, then the program.
+    void cmd_STOP_Click();
+
+    GatewayState& state() { return state_; }
+    const Settings& settings() const { return settings_; }
+    MainWindow* window() { return window_.get(); }
+
+ private:
+    void startLog() const;
+    void buildEngine();
+    bool showWindow();
+    MainWindowActions actions();
+    std::function<void()> guarded(std::function<void()> step);
+    void addTimers();
+
+    Result<void> openBrowser(const LaunchOptions& options);
+    Result<void> openJournal();
+    void buildBrowserParts();
+    void Timer1_Timer();
+    void mncloseall_Click();
+    void refreshOutbox();
+    void mnElement_Click();
+    void applyHideMe();
+    void activate();
+    void unload();
+    void endProgram();
+    void heartbeat();
+
+    Dialogs& dialogs_;
+    const QString programFolder_;
+    const QString commandLine_;
+
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    Settings settings_;
+    GatewayState state_;
+    Database database_;
+    Database elementDatabase_;
+    ElementStore elementStore_;
+    InstanceRows instanceRows_;
+    ProfileSettings profileSettings_;
+    StartUp startUp_;
+    ElementTable elements_;
+    Browser browser_;
+    QtClipboard clipboard_;
+    std::unique_ptr<WebPage> page_;
+    MediaDownload mediaDownload_;
+    SendJournal journal_;
+    std::unique_ptr<Gateway> gateway_;
+    std::unique_ptr<Inbox> inbox_;
+    std::unique_ptr<ErrorEdge> edge_;
+    std::unique_ptr<TimerRunner> timers_;
+    std::unique_ptr<SessionKeeper> keeper_;
+    std::unique_ptr<BrowserCare> care_;
+    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<ElementScreen> elementScreen_;  // from the first time it is asked for
+    std::unique_ptr<WindowPicture> picture_;
+    QTimer heartbeat_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+#include "base/dialogs.h"
+#include "base/settings.h"
+#include "store/database.h"
+
+namespace kibo {
+
+/// The steps of the start-up routine that can end the program, with their boxes. The other steps never fail
+/// visibly.
+class StartUp {
+ public:
+    /// `dialogs` must outlive it. `programFolder` holds settings and stores.
+    StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
+
+    QString settingsFile() const;
+
+    /// In a folder that has no settings file yet, the program's first start there: makes the local stores that are
+    /// missing. Later a missing store is an error, since another folder may be the right one.
+    void makeFirstStores(const QString& applicationName);
+    /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
+    void reportSettingsProblem(const QString& applicationName);
+    /// False: the operator chose to end the program. True with a closed database: the settings are to be mended.
+    bool openDatabase(Database& database, const Settings& settings);
+    /// False: the program can't run without its element store.
+    bool openElementStore(Database& elementStore);
+
+ private:
+    Dialogs& dialogs_;
+    QString programFolder_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QVariant>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "base/clock.h"
+#include "base/error_policy.h"
+#include "base/row_source.h"
+#include "store/connection_string.h"
+#include "store/recordset.h"
+
+namespace kibo {
+
+/// What a store is to the statements that exist in two forms: `UseMDB` "Y" or not.
+enum class DatabaseKind { Access, MySql };
+
+class QueryRows;
+
+/// One connection: the program has one to the main store and one to the element store. Other programs may read and
+/// write the same store at any time. Main thread only.
+///
+/// A statement that fails goes to the error policy (which may throw SurfacedError) and is also told by the return
+/// value. Statements are taken as they stand; with a local SQLite file, #date# literals of Access are understood too.
+class Database {
+ public:
+    using Values = QList<QVariant>;
+
+    /// `clock` and `policy` must outlive the database.
+    Database(const Clock& clock, const ErrorPolicy& policy);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Opens the main store in the mode that `settings` choose. The failure's text is meant for the operator. Nothing
+    /// is ever created: a missing file fails.
+    Result<void> OpenDatabase(const Settings& settings, const QString& programFolder);
+    /// Opens the element store in `file`.
+    Result<void> OpenElementStore(const QString& file);
+    /// Releases the connection, lost or not, and opens the same store again.
+    Result<void> reopen();
+    /// Row sources that were handed out and still read from the connection turn empty.
+    void close();
+
+    /// False before the first open, after a close, and once a statement found the connection lost.
+    bool isOpen() const { return open_; }
+    /// Which store this is: its path, or server and database. Holds no password.
+    QString identity() const;
+    DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
+
+    /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an
+    /// invalid QVariant is a NULL, a null QString an empty text.
+    Recordset OpenRecordset(const QString& sql, const Values& values = {});
+    /// Runs a statement without result; false after a failure.
+    bool Execute(const QString& sql) { return execute(sql).has_value(); }
+    /// The same, giving the number of rows affected; nothing after a failure.
+    std::optional<qint64> execute(const QString& sql, const Values& values = {});
+    /// The same, for callers on whom something depends when the statement fails: the failure has not gone to the
+    /// policy, which may throw. They note what must be noted, then `report` it.
+    Result<qint64> attempt(const QString& sql, const Values& values = {});
+    void report(const QString& sql, const Failure& failure) const;
+    /// Auto-increment key that this connection's last INSERT gave; 0 where it gave none.
+    qint64 lastInsertId();
+
+    /// A text that differs from the last one whenever data or tables may have changed since, whoever changed them;
+    /// microseconds against the milliseconds of a large query. Empty for a store that can't tell.
+    QString changeMark();
+
+    /// The rows of a query for a grid, which may be very many: up to kRowsInMemory rows are copied, more are read when
+    /// they are asked for, and stay those of the moment of the query. `sql` must not end in a limit that lets more than
+    /// kRowsInMemory rows through. The rows may outlive the database.
+    Result<std::shared_ptr<const RowSource>> openRows(const QString& sql, const Values& values = {});
+    static constexpr int kRowsInMemory = 256;
+
+ private:
+    friend class Transaction;
+    enum class Dialect { MySql, Access, Sqlite };
+
+    Result<void> open(const ConnectionRequest& request, const QStringList& tables);
+    Result<void> openLocalStore(const QString& path, const QString& password);
+    Result<void> openMySql(const ConnectionString& target, const ConnectionRequest& request);
+    Result<void> connect(const QString& driver, const QString& databaseName, const QString& options);
+    Result<void> prepareSqlite(const QString& path);
+    Result<void> checkTables(const QStringList& tables);
+    /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
+    Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
+    Result<void> runPlain(const QString& sql);
+    /// Begins or ends a transaction where no statement does (Access).
+    Result<void> throughDriver(bool (QSqlDatabase::*call)());
+    Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
+    int countOf(const QString& sql, const Values& values);
+    std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
+    Failure failureOf(const QSqlError& error) const;
+
+    const Clock& clock_;
+    const ErrorPolicy& policy_;
+    const QString name_;  // of the QSqlDatabase connection
+    ConnectionRequest request_;
+    QStringList tables_;  // that the store must hold
+    Dialect dialect_ = Dialect::MySql;
+    QString path_;  // of a local store
+    bool open_ = false;
+    std::vector<std::weak_ptr<QueryRows>> handedOut_;
+};
+
+/// Statements that take effect together. Undone when it goes without a successful commit. At most one at a time per
+/// database.
+class Transaction {
+ public:
+    /// Takes the write lock at once where the store has one, so that it can't fail half-way for another writer.
+    static Result<Transaction> begin(Database& database);
+    Transaction(Transaction&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    Transaction& operator=(Transaction&&) = delete;
+    ~Transaction();
+
+    Result<void> commit();
+
+ private:
+    explicit Transaction(Database& database) : database_(&database) {}
+
+    Database* database_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,96 @@
+#include "store/new_store.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QUuid>
+#include <utility>
+
+#include "platform/access_file.h"
+#include "store/sql_failure.h"
+
+namespace kibo {
+namespace {
+
+/// The statements of a script of the folder schema: each ends with a semicolon at the end of a line, and lines that
+/// begin with two hyphens are comments, which Access knows nothing of.
+QStringList statementsOf(const QString& script) {
+    QFile file(QStringLiteral(":/schema/") + script);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    QStringList statements;
+    QString statement;
+    for (const QString& line : QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts)) {
+        if (line.startsWith(QLatin1String("--"))) continue;
+        statement += line + u'\n';
+        if (line.endsWith(u';')) statements.append(std::exchange(statement, {}));
+    }
+    return statements;
+}
+
+/// Runs all statements on a connection that lives as long as this call.
+Result<void> run(const QString& driver, const QString& databaseName, const QStringList& statements) {
+    const QString connectionName = QUuid::createUuid().toString();
+    const SqlErrors errors = driver == QStringLiteral("QSQLITE") ? SqlErrors::Sqlite : SqlErrors::Server;
+    const auto runAll = [&]() -> Result<void> {
+        QSqlDatabase connection = QSqlDatabase::addDatabase(driver, connectionName);
+        connection.setDatabaseName(databaseName);
+        if (!connection.open()) return sqlFailure(connection.lastError(), errors);
+        for (const QString& statement : statements) {
+            QSqlQuery query(connection);
+            if (!query.exec(statement)) return sqlFailure(query.lastError(), errors);
+        }
+        return {};
+    };
+    const Result<void> done = runAll();
+    QSqlDatabase::removeDatabase(connectionName);
+    return done;
+}
+
+Result<LocalFormat> makeInPlace(const QString& file, StoreContent content) {
+    const bool main = content == StoreContent::Main;
+    const QString elements = QStringLiteral("elements.sql");
+    if (const Result<std::string> driver = platform::accessDriver()) {
+        if (const Result<void> made =
+                platform::createAccessFile(driver.value(), QDir::toNativeSeparators(file).toStdString());
+            !made)
+            return made.failure();
+        const QStringList statements =
+            main ? statementsOf(QStringLiteral("access.sql"))
+                 : statementsOf(QStringLiteral("element_access.sql")) + statementsOf(elements);
+        const Result<void> filled =
+            run(QStringLiteral("QODBC"), accessConnection(QString::fromStdString(driver.value()), file), statements);
+        if (!filled) return filled.failure();
+        return LocalFormat::Access;
+    }
+    // Created before it is opened, so that at no moment others can read it.
+    QFile empty(file);
+    if (!empty.open(QIODevice::WriteOnly) || !empty.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
+        return Failure{FailureKind::Io, empty.errorString().toStdString()};
+    empty.close();
+    const QStringList statements = main ? statementsOf(QStringLiteral("sqlite.sql"))
+                                        : statementsOf(QStringLiteral("element_sqlite.sql")) + statementsOf(elements);
+    const Result<void> filled =
+        run(QStringLiteral("QSQLITE"), file, QStringList(QStringLiteral("PRAGMA journal_mode=WAL")) + statements);
+    if (!filled) return filled.failure();
+    return LocalFormat::Sqlite;
+}
+
+}  // namespace
+
+Result<LocalFormat> makeStore(const QString& file, StoreContent content) {
+    const QFileInfo named(file);
+    const QString unfinished = named.dir().filePath(QStringLiteral("new-") + named.fileName());
+    QFile::remove(unfinished);
+    Result<LocalFormat> made = makeInPlace(unfinished, content);
+    if (made && !QFile::rename(unfinished, file)) made = Failure{FailureKind::Io, "it can't be given its name"};
+    if (made) return made;
+    QFile::remove(unfinished);
+    return Failure{made.failure().kind,
+                   QStringLiteral("%1 can't be made: %2")
+                       .arg(QDir::toNativeSeparators(file), QString::fromStdString(made.failure().text))
+                       .toStdString()};
+}
+
+}  // namespace kibo

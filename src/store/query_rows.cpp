@@ -1,0 +1,116 @@
+#include "store/query_rows.h"
+
+#include <QDateTime>
+#include <QSqlRecord>
+#include <QUuid>
+#include <QVariant>
+
+namespace kibo {
+namespace {
+
+constexpr size_t kPageRows = 64;
+constexpr size_t kPagesKept = 8;
+
+bool run(QSqlQuery& query, const QString& sql, const QVariantList& values) {
+    if (!query.prepare(sql)) return false;
+    for (const QVariant& value : values) query.addBindValue(value);
+    return query.exec();
+}
+
+}  // namespace
+
+QString fieldText(const QSqlQuery& query, int column) {
+    if (query.isNull(column)) return {};
+    const QVariant value = query.value(column);
+    QString text;
+    switch (value.typeId()) {
+        case QMetaType::QDateTime:
+            text = value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+            break;
+        case QMetaType::QByteArray:
+            text = QString::fromUtf8(value.toByteArray());
+            break;
+        default:
+            text = value.toString();
+    }
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+QStringList rowText(const QSqlQuery& query, int columns) {
+    QStringList row;
+    row.reserve(columns);
+    for (int column = 0; column < columns; ++column) row.append(fieldText(query, column));
+    return row;
+}
+
+QString CursorRows::text(int row, int column) const {
+    return query_.isActive() && query_.seek(row) ? fieldText(query_, column) : QString();
+}
+
+SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVariantList& values)
+    : name_(QUuid::createUuid().toString()), sql_(sql), values_(values) {
+    QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
+    connection.setDatabaseName(uri);
+    connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"));
+    if (!connection.open()) {
+        error_ = connection.lastError();
+        return;
+    }
+    QSqlQuery count(connection);
+    count.setForwardOnly(true);
+    // The read transaction takes its state of the store with the first query and keeps it for all later ones.
+    if (count.exec(QStringLiteral("BEGIN")) &&
+        run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')'), values_) && count.next())
+        rowCount_ = count.value(0).toInt();
+    error_ = count.lastError();
+}
+
+SnapshotRows::~SnapshotRows() {
+    detach();
+}
+
+void SnapshotRows::detach() {
+    pages_.clear();
+    running_ = QSqlQuery();
+    if (!name_.isEmpty()) QSqlDatabase::removeDatabase(name_);
+    name_.clear();
+}
+
+const SnapshotRows::Page& SnapshotRows::page(int number) const {
+    if (const auto known = pages_.find(number); known != pages_.end()) return known->second;
+    if (pages_.size() >= kPagesKept) {  // a grid scrolls on: what is farthest away goes
+        const bool first = number - pages_.begin()->first > pages_.rbegin()->first - number;
+        pages_.erase(first ? pages_.begin() : std::prev(pages_.end()));
+    }
+    return pages_[number] = read(number);
+}
+
+SnapshotRows::Page SnapshotRows::read(int number) const {
+    // A page out of turn is cheapest with a limit, which spares sorting what is not shown. A page that follows the
+    // last one announces many more, as when a grid is copied: one query then runs through all of them.
+    const bool inTurn = number == nextPage_;
+    if (!inTurn || !runs_) {
+        running_ = QSqlQuery(QSqlDatabase::database(name_, false));
+        running_.setForwardOnly(true);
+        run(running_,
+            sql_ + QStringLiteral(" limit %1 offset %2")
+                       .arg(inTurn ? -1 : static_cast<int>(kPageRows))
+                       .arg(static_cast<size_t>(number) * kPageRows),
+            values_);
+        runs_ = inTurn;
+    }
+    Page page;
+    const int columns = running_.record().count();
+    while (page.size() < kPageRows && running_.next()) page.push_back(rowText(running_, columns));
+    nextPage_ = number + 1;
+    return page;
+}
+
+QString SnapshotRows::text(int row, int column) const {
+    if (name_.isEmpty() || row < 0 || row >= rowCount_) return {};
+    const Page& rows = page(row / static_cast<int>(kPageRows));
+    const auto at = static_cast<size_t>(row) % kPageRows;
+    return at < rows.size() ? rows[at].value(column) : QString();
+}
+
+}  // namespace kibo

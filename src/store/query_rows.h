@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QStringList>
+#include <QVariant>
+#include <map>
+
+#include "base/row_source.h"
+
+namespace kibo {
+
+/// One field of the current row as text: dates as "yyyy-MM-dd HH:mm:ss", a NULL as a null string and an empty text as
+/// one that is not null.
+QString fieldText(const QSqlQuery& query, int column);
+
+/// The first `columns` fields of the current row.
+QStringList rowText(const QSqlQuery& query, int columns);
+
+/// Rows that are read from a connection when they are asked for.
+class QueryRows : public RowSource {
+ public:
+    /// Lets go of the connection; every row is empty from then on.
+    virtual void detach() = 0;
+};
+
+/// Rows of a scrollable ODBC cursor: the driver holds the result on this side, so the connection is free for
+/// other statements.
+class CursorRows : public QueryRows {
+ public:
+    CursorRows(QSqlQuery query, int rowCount) : query_(std::move(query)), rowCount_(rowCount) {}
+
+    int rowCount() const override { return rowCount_; }
+    QString text(int row, int column) const override;
+    void detach() override { query_ = QSqlQuery(); }
+
+ private:
+    mutable QSqlQuery query_;
+    int rowCount_;
+};
+
+/// Rows of a SQLite query, read page by page over a read-only connection of their own. It stays inside one read
+/// transaction, so all pages are of one moment whatever is written meanwhile, and the connection that writes is
+/// never held to an old state. As long as the rows live, the write-ahead log can't be cut back: replace them when the
+/// grid is refreshed.
+class SnapshotRows : public QueryRows {
+ public:
+    /// `uri` is QSQLITE's database name, `sql` a select without limit. Check `error` before use.
+    SnapshotRows(const QString& uri, const QString& sql, const QVariantList& values);
+    ~SnapshotRows() override;
+
+    const QSqlError& error() const { return error_; }
+    int rowCount() const override { return rowCount_; }
+    QString text(int row, int column) const override;
+    void detach() override;
+
+ private:
+    using Page = std::vector<QStringList>;
+
+    const Page& page(int number) const;
+    Page read(int number) const;
+
+    QString name_;
+    QString sql_;
+    QVariantList values_;
+    QSqlError error_;
+    int rowCount_ = 0;
+    mutable std::map<int, Page> pages_;
+    mutable QSqlQuery running_;  // goes on to the end of the rows while pages are read one after another
+    mutable int nextPage_ = -1;  // the one after the page read last
+    mutable bool runs_ = false;  // running_ stands before nextPage_
+};
+
+}  // namespace kibo

@@ -1,0 +1,157 @@
+#include "widgets/grid_model.h"
+
+#include <QColor>
+#include <algorithm>
+
+namespace kibo {
+namespace {
+
+/// Rows remembered to find out what a reload changed. More than a screen shows; few enough to compare quickly.
+constexpr int kSeenRows = 200;
+/// How many sent rows at the head of a queue one reload is searched for.
+constexpr int kHeadRows = 16;
+
+}  // namespace
+
+GridModel::GridModel(const Grid& grid, int keyColumn, QObject* parent)
+    : QAbstractTableModel(parent),
+      grid_(grid),
+      keyColumn_(keyColumn),
+      rows_(grid.rows),
+      revision_(grid.revision),
+      count_(rows_->rowCount()) {
+    rememberHead();
+}
+
+void GridModel::refresh() {
+    if (revision_ == grid_.revision) return;
+    const int gone = rowsGoneFromHead(*grid_.rows);
+    if (gone > 0) {
+        beginRemoveRows({}, 0, gone - 1);
+        count_ -= gone;
+        QHash<int, QStringList> kept;
+        for (auto row = seen_.cbegin(); row != seen_.cend(); ++row) {
+            if (row.key() >= gone) kept.insert(row.key() - gone, row.value());
+        }
+        seen_ = std::move(kept);
+        rows_ = grid_.rows;
+        endRemoveRows();
+    }
+    rows_ = grid_.rows;
+    revision_ = grid_.revision;
+    resize(rows_->rowCount());
+    updateSeenRows();
+}
+
+int GridModel::rowsGoneFromHead(const RowSource& newRows) const {
+    if (keyColumn_ < 0 || newRows.rowCount() == 0) return 0;
+    const QString head = newRows.text(0, keyColumn_);
+    // Only remembered rows are looked at: the old source may already have lost its database.
+    for (int row = 0; row < std::min(count_, kHeadRows); ++row) {
+        const auto known = seen_.constFind(row);
+        if (known == seen_.cend()) return 0;
+        if (known->value(keyColumn_) == head) return row;
+    }
+    return 0;
+}
+
+void GridModel::resize(int newCount) {
+    if (newCount > count_) {
+        beginInsertRows({}, count_, newCount - 1);
+        count_ = newCount;
+        endInsertRows();
+    } else if (newCount < count_) {
+        beginRemoveRows({}, newCount, count_ - 1);
+        count_ = newCount;
+        seen_.removeIf([newCount](const std::pair<const int&, QStringList&>& row) { return row.first >= newCount; });
+        endRemoveRows();
+    }
+}
+
+void GridModel::updateSeenRows() {
+    for (auto row = seen_.begin(); row != seen_.end(); ++row) {
+        QStringList now = readRow(*rows_, row.key());
+        if (now == row.value()) continue;
+        row.value() = std::move(now);
+        emit dataChanged(index(row.key(), 0), index(row.key(), columnCount() - 1));
+    }
+    rememberHead();
+}
+
+void GridModel::rememberHead() const {
+    if (keyColumn_ < 0) return;
+    for (int row = 0; row < std::min(count_, kHeadRows); ++row) seenRow(row);
+}
+
+const QStringList& GridModel::seenRow(int row) const {
+    const auto known = seen_.constFind(row);
+    if (known != seen_.cend()) return *known;
+    // Scrolling far fills the memory; what is still on the screen is asked for again.
+    if (seen_.size() >= kSeenRows) {
+        seen_.removeIf([](const std::pair<const int&, QStringList&>& entry) { return entry.first >= kHeadRows; });
+    }
+    return *seen_.insert(row, readRow(*rows_, row));
+}
+
+QStringList GridModel::readRow(const RowSource& rows, int row) const {
+    QStringList cells;
+    cells.reserve(grid_.header.size());
+    for (int column = 0; column < grid_.header.size(); ++column) cells.append(singleLine(rows.text(row, column)));
+    return cells;
+}
+
+int GridModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count_;
+}
+
+int GridModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(grid_.header.size());
+}
+
+QVariant GridModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= count_) return {};
+    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) return seenRow(index.row()).value(index.column());
+    const bool painted = role == Qt::BackgroundRole || role == Qt::ForegroundRole;
+    if (painted && grid_.statusColumn >= 0 && !seenRow(index.row()).value(grid_.statusColumn).isEmpty())
+        return QColor::fromRgb(role == Qt::BackgroundRole ? colour::kMarkedRow : colour::kBlack);
+    return {};
+}
+
+QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal) return {};
+    if (role == Qt::DisplayRole) {
+        // The columns are the tables'; their common prefix only takes room.
+        const QString name = grid_.header.value(section);
+        return name.startsWith(QStringLiteral("wa_")) ? name.mid(3) : name;
+    }
+    if (role == Qt::TextAlignmentRole) return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
+    return {};
+}
+
+QString GridModel::singleLine(const QString& text) {
+    QString line = text.left(kShownCharacters);
+    // Never leave half of a character outside the basic plane, such as an emoji.
+    if (text.size() > line.size()) {
+        if (line.back().isHighSurrogate()) line.chop(1);
+        line.append(QChar(0x2026));
+    }
+    line.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    for (QChar& character : line) {
+        switch (character.unicode()) {
+            case '\n':
+            case '\r':
+            case 0x2028:
+            case 0x2029:
+                character = QChar(0x23CE);
+                break;
+            case '\t':
+                character = QLatin1Char(' ');
+                break;
+            default:
+                break;
+        }
+    }
+    return line;
+}
+
+}  // namespace kibo

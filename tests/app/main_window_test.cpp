@@ -1,0 +1,200 @@
+#include "main_window/main_window.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include "main_window/setting_indicators.h"
+#include "main_window/window_picture.h"
+#include "support/window_fixture.h"
+#include "widgets/colour_label.h"
+
+namespace kibo::test {
+namespace {
+
+class MainWindowTest : public WindowFixture {
+ protected:
+    MainWindowActions recorded() {
+        MainWindowActions actions;
+        const auto calling = [this](const char* name) { return [this, name] { calls.append(QLatin1String(name)); }; };
+        actions.openWhatsApp = calling("open");
+        actions.stop = calling("stop");
+        actions.pause = [this] {
+            state.cmd_Pause = {QStringLiteral("4"), QStringLiteral("Continue Sending.."), colour::kLightRed, true};
+        };
+        actions.refreshOutbox = calling("refresh");
+        actions.hideChrome = [this](bool on) { calls.append(on ? QStringLiteral("hide") : QStringLiteral("show")); };
+        actions.profileChanged = [this](const QString& profile) { calls.append(QStringLiteral("profile ") + profile); };
+        actions.exitProgram = calling("exit");
+        actions.unloaded = calling("unloaded");
+        return actions;
+    }
+    static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+    QStringList calls;
+};
+
+TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
+    state.cmd_Pause.caption = QStringLiteral(";");
+    state.cb_Profil.items = QStringList{QStringLiteral("1"), QStringLiteral("2")};
+    state.cb_Profil.text = QStringLiteral("1");
+    build(recorded());
+    click(find<QPushButton>("cmd_OpenWA"));
+    click(find<QPushButton>("cmd_OutboxRefresh"));
+    find<QAction>("mnRefresh")->trigger();
+    QTest::mouseClick(find<QCheckBox>("HideChrome"), Qt::LeftButton, {}, QPoint(8, 12));
+    auto* profiles = find<QComboBox>("cb_Profil");
+    profiles->setFocus();
+    QTest::keyClick(profiles, Qt::Key_Down);
+    click(find<QPushButton>("cmd_STOP"));
+    find<QAction>("mnexit")->trigger();
+    EXPECT_EQ(calls.join(QLatin1Char(',')).toStdString(), "open,refresh,refresh,hide,profile 2,stop,exit");
+    EXPECT_TRUE(state.HideChrome.checked);
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("2"));
+    find<QAction>("mnPause")->trigger();
+    EXPECT_EQ(find<QPushButton>("cmd_Pause")->toolTip(), QStringLiteral("Continue Sending..")) << "shown at once";
+    EXPECT_EQ(find<QAction>("mnPause")->text(), QStringLiteral("&Continue"));
+    EXPECT_FALSE(find<QAction>("mncloseall")->isEnabled()) << "an entry without an action is greyed out";
+    calls.clear();
+    window->close();
+    window->show();
+    window->close();
+    EXPECT_EQ(calls, QStringList{QStringLiteral("unloaded")});
+}
+
+TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
+    settings.Break = QStringLiteral("30");
+    build(recorded());
+    state.status = {QStringLiteral("Ready"), colour::kGreen, colour::kBlack};
+    state.cmd_OpenWA.enabled = false;
+    state.wait.visible = true;
+    state.BreakTime.setEnabled(true);
+    state.DetikBreak.text = QStringLiteral("12");
+    state.Kirim_Cnt.caption = QStringLiteral("5/5");
+    QTRY_COMPARE_WITH_TIMEOUT(find<QLabel>("status")->text(), QStringLiteral("Ready"), 2000);
+    EXPECT_EQ(find<ColourLabel>("status")->background(), colour::kGreen);
+    EXPECT_FALSE(find<QAction>("mnOpenWA")->isEnabled());
+    EXPECT_TRUE(find<QLabel>("wait")->isVisible());
+    EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);
+    EXPECT_TRUE(find<QLabel>("lblBatch")->isVisible());
+    state.BreakTime.setEnabled(false);
+    state.dboff.visible = true;
+    state.refusedOut = QStringLiteral("Message 17 can't be moved");
+    window->showState();
+    EXPECT_FALSE(find<QProgressBar>("BreakProgress")->isVisible());
+    EXPECT_FALSE(find<QLabel>("lblBatch")->isVisible()) << "that batch is over";
+    EXPECT_EQ(find<QLabel>("Outbox_Cnt")->text(), QStringLiteral("–")) << "not none: not known";
+    EXPECT_TRUE(find<QLabel>("step")->toolTip().contains(state.refusedOut));
+}
+
+TEST_F(MainWindowTest, leavesTheDummyNumberToWhoeverTypesIt) {
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("111");
+    build();
+    auto* field = find<QLineEdit>("txt_DUMMY");
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("6281"));
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("6281"));
+    EXPECT_EQ(state.txt_DUMMY.text, QStringLiteral("6281"));
+    state.txt_DUMMY.text = state.cb_DummyContact.text = QStringLiteral("222");
+    window->showState();
+    EXPECT_EQ(field->text(), QStringLiteral("222"));
+}
+
+TEST_F(MainWindowTest, marksFollowTheirSettings) {
+    settings.AutoStart = settings.Multi = QStringLiteral("y");  // only "Y" counts
+    settings.UseMDB = settings.NoAgent = QStringLiteral("Y");
+    settings.DisableRead = QStringLiteral("N");
+    settings.Speed = QStringLiteral("SLOW");
+    refreshSettingIndicators(settings, state);
+    build();
+    QStringList lit;
+    for (int i = 1; i <= 14; ++i) {
+        auto* mark = find<ColourLabel>(("lb" + QByteArray::number(i)).constData());
+        if (mark->background() == colour::kYellow) lit.append(mark->toolTip());
+    }
+    EXPECT_EQ(lit.join(QLatin1Char(',')).toStdString(), "UseMDB,DisableRead");
+    EXPECT_EQ(find<QLabel>("lb14")->text(), QStringLiteral("SLOW"));
+}
+
+TEST_F(MainWindowTest, loginCodeFollowsItsFileAndOutlivesAHalfWrittenOne) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("qr000001.jpg"));
+    QDateTime time = QDateTime::currentDateTime();
+    const auto write = [&](Qt::GlobalColor colour) {
+        QImage picture(40, 40, QImage::Format_RGB32);
+        picture.fill(colour);
+        picture.save(file, "JPG");
+        QFile changed(file);
+        ASSERT_TRUE(changed.open(QIODevice::ReadWrite));
+        changed.setFileTime(time = time.addSecs(20), QFileDevice::FileModificationTime);
+    };
+    build();
+    auto* box = find<QWidget>("pQR");
+    auto* image = find<QLabel>("Image1");
+    EXPECT_FALSE(box->isVisible());
+    const auto shown = [&] {
+        window->showState();
+        return QColor(image->pixmap().toImage().pixel(9, 9));
+    };
+    state.pQR = {true, file};
+    write(Qt::black);
+    EXPECT_LT(shown().lightness(), 20);
+    EXPECT_TRUE(box->isVisible());
+    EXPECT_GE(image->pixmap().width(), 260) << "a phone must read it";
+    write(Qt::white);
+    EXPECT_GT(shown().lightness(), 230);
+    QFile::resize(file, 20);
+    EXPECT_GT(shown().lightness(), 230);
+    state.pQR.visible = false;
+    window->showState();
+    EXPECT_FALSE(box->isVisible());
+}
+
+TEST_F(MainWindowTest, picturesAreWrittenWhenSomethingHasEnded) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("window.png"));
+    build();
+    int pages = 0;
+    WindowPicture picture(*window, state, folder.path(), [&](const QString&) { ++pages; });
+    picture.look();
+    EXPECT_FALSE(QFile::exists(file));
+    auto queue = std::make_shared<ListRows>();
+    queue->append({});
+    state.ms_out.setRows(queue);
+    picture.look();
+    EXPECT_EQ(pages, 0);
+    state.failedCount = 1;
+    picture.look();
+    picture.look();
+    EXPECT_EQ(pages, 1);
+    EXPECT_EQ(QImage(file).size(), window->size());
+    state.ms_out.setRows(std::make_shared<ListRows>());
+    picture.look();
+    EXPECT_EQ(pages, 2);
+}
+
+TEST_F(MainWindowTest, everyControlIsReachedByTheTabKey) {
+    build(recorded());
+    QWidget* const first = find<QPushButton>("cmd_OpenWA");
+    QStringList reached;
+    QWidget* control = first;
+    first->setFocus();
+    do {
+        reached.append(control->objectName());
+        QTest::keyClick(control, Qt::Key_Tab);
+        control = QApplication::focusWidget();
+    } while (control != nullptr && control != first && reached.size() < 40);
+    EXPECT_EQ(control, first) << "the tab key goes round";
+    for (const char* name : {"cmd_Pause", "cmd_STOP", "cb_Profil", "HideChrome", "ms_out", "ms", "ms2", "log"})
+        EXPECT_TRUE(reached.contains(QLatin1String(name))) << name << " is not in " << reached.join(u' ').toStdString();
+}
+
+}  // namespace
+}  // namespace kibo::test

@@ -1,0 +1,254 @@
+#include <QAction>
+#include <QDir>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <algorithm>
+
+#include "app/form_load.h"
+#include "app/gateway_application.h"
+#include "base/settings_file.h"
+#include "session/close_all.h"
+#include "session/profile_settings.h"
+#include "support/stores.h"
+#include "support/window_fixture.h"
+#include "widgets/qt_dialogs.h"
+
+namespace kibo::test {
+namespace {
+
+/// A program folder with real stores; each test takes away or changes what it is about.
+class ProgramFolder : public WindowFixture {
+ protected:
+    void SetUp() override {
+        createStores(folder.path());
+        set("DB", "UseMDB", "Y");
+    }
+    void set(const char* section, const char* key, const char* value) const {
+        WriteIni(QLatin1String(section), QLatin1String(key), QLatin1String(value), file("kibo.ini"));
+    }
+    QString ini(const char* key) const { return ReadIni(QStringLiteral("kibo"), QLatin1String(key), file("kibo.ini")); }
+    QString file(const char* name) const { return folder.filePath(QLatin1String(name)); }
+    QString shown(std::size_t i) const { return i < dialogs.shown.size() ? dialogs.shown[i].text : QString(); }
+
+    QTemporaryDir folder;
+};
+
+using StartUpTest = ProgramFolder;
+
+TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
+    set("kibo", "Profil", "7");
+    set("kibo", "DummyContact", "6281");
+    QDir(folder.path()).mkpath(QStringLiteral("profil/2"));
+    GatewayApplication application(dialogs, folder.path(), {});
+    ASSERT_TRUE(application.start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    EXPECT_TRUE(application.window()->isVisible());
+    EXPECT_EQ(application.state().cb_Profil.items.join(u' ').toStdString(), "2 7");
+    EXPECT_EQ(application.state().cb_Profil.text, QStringLiteral("7"));
+    EXPECT_EQ(application.state().txt_DUMMY.text, QStringLiteral("6281"));
+    EXPECT_FALSE(application.state().dboff.visible);
+
+    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    const auto windows = QApplication::topLevelWidgets();
+    const auto elements = std::find_if(windows.begin(), windows.end(), [](const QWidget* one) {
+        return one->objectName() == QStringLiteral("frm_element");
+    });
+    ASSERT_NE(elements, windows.end());
+    EXPECT_TRUE((*elements)->isVisible());
+    (*elements)->findChild<QPushButton*>(QStringLiteral("test_ChatBox"))->click();
+    EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
+}
+
+TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
+    QFile::remove(file("kb.mdb"));
+    dialogs.answers = {false, true};
+    EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {}).start());
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
+    EXPECT_EQ(dialogs.shown[0].buttons, MessageBox::Buttons::YesNo);
+    EXPECT_EQ(dialogs.said(0).find("Connection Error|Connection cannot be made, \n"), 0U) << dialogs.said(0);
+    EXPECT_TRUE(shown(0).contains(QStringLiteral("kb.mdb")));
+    EXPECT_TRUE(
+        dialogs.said(0).ends_with("\nPlease recheck the parameters of the server name, User ID and password entered."
+                                  "\nAre you want to Edit Config ?"));
+
+    GatewayApplication application(dialogs, folder.path(), {});
+    EXPECT_TRUE(application.start());
+    ASSERT_EQ(dialogs.shown.size(), 3U);
+    EXPECT_TRUE(shown(2).contains(QDir::toNativeSeparators(file("kibo.ini")))) << shown(2).toStdString();
+    EXPECT_TRUE(application.state().dboff.visible);
+    EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";
+}
+
+TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
+    QFile::remove(file("element.sys"));
+    UnattendedDialogs unattended;
+    for (Dialogs* asked : {static_cast<Dialogs*>(&dialogs), static_cast<Dialogs*>(&unattended)})
+        EXPECT_FALSE(GatewayApplication(*asked, folder.path(), {}).start());
+    EXPECT_FALSE(unattended.show({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
+    EXPECT_TRUE(unattended.show({QStringLiteral("t"), QStringLiteral("x")}));
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(dialogs.said(0), "Error :(|Sorry..\nApplication can not start..");
+
+    dialogs.answers = {true, false};
+    QFile::remove(file("kibo.ini"));
+    QDir(folder.path()).mkdir(QStringLiteral("kibo.ini"));
+    EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {}).start()) << "without settings there is no database";
+    EXPECT_TRUE(shown(1).contains(QStringLiteral("kibo.ini"))) << shown(1).toStdString();
+    EXPECT_TRUE(shown(2).startsWith(QStringLiteral("Connection cannot be made")));
+}
+
+TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
+    const auto dump = [](const QString& store) { return sqlite(store, QStringLiteral(".dump")); };
+    const QDir home(folder.filePath(QStringLiteral("new")));
+    home.mkpath(QStringLiteral("."));
+    dialogs.answers = {false, true, true};
+    const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
+    EXPECT_FALSE(start());
+    EXPECT_EQ(dialogs.shown.size(), 1U) << "no more than that no database is chosen yet: " << shown(0).toStdString();
+    for (const char* name : {"kb.mdb", "element.sys"}) {
+        const QString made = home.filePath(QLatin1String(name));
+        EXPECT_EQ(dump(made), dump(file(name))) << name;
+        EXPECT_EQ(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther), 0) << name;
+        QFile::remove(made);
+    }
+    EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
+    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
+}
+
+TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
+    set("kibo", "Multi", "Y");
+    GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});
+    ASSERT_TRUE(application.start());
+    EXPECT_EQ(application.window()->windowTitle(), QStringLiteral("KB App [ 12 ]"));
+    EXPECT_TRUE(application.window()->isVisible());
+    set("kibo", "HIDE_ME", "Y");
+    QTRY_VERIFY_WITH_TIMEOUT(!application.window()->isVisible(), 5000);
+    set("kibo", "HIDE_ME", "N");
+    QTRY_VERIFY_WITH_TIMEOUT(application.window()->isVisible(), 5000);
+}
+
+class FormLoadTest : public ProgramFolder {
+ protected:
+    void SetUp() override {
+        ProgramFolder::SetUp();
+        settings.UseMDB = QStringLiteral("Y");
+        ASSERT_TRUE(database.OpenDatabase(settings, folder.path()).ok());
+        window = std::make_unique<MainWindow>(state, settings, dialogs, MainWindowActions{});
+    }
+    bool load(const QString& commandLine = QStringLiteral("0"), bool mySql = false) {
+        FormLoad form{*window, state, settings, rows, dialogs, folder.path(), file("kibo.ini"), commandLine, mySql};
+        form.machineProblem = [this] { return machineProblem; };
+        form.startAgent = [this](const QString& program) { agents.append(program); };
+        const bool go = form.Form_Load();
+        window->show();
+        window->showState();
+        return go;
+    }
+    /// Each key with its value.
+    std::string tmpRows() const {
+        return sqlite(file("kb.mdb"), QStringLiteral("select tmp_cd || '=' || tmp_val from tmp order by tmp_cd"))
+            .simplified()
+            .toStdString();
+    }
+    void insertTmp(const char* keys) const {
+        for (const QString& key : QString::fromLatin1(keys).split(u' '))
+            sqlite(file("kb.mdb"), QStringLiteral("insert into tmp values ('%1', 'x')").arg(key));
+    }
+
+    SystemClock clock;
+    ErrorPolicy policy;
+    Database database{clock, policy};
+    InstanceRows rows{database};
+    QString machineProblem;
+    QStringList agents;
+};
+
+TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndASessionOfSeveralAnnouncesItself) {
+    settings.HideChrome = settings.Incognito = QStringLiteral("Y");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), "");
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("1"))
+        << "the command line names a profile in multi-session mode only";
+    EXPECT_TRUE(state.HideChrome.checked);
+    EXPECT_FALSE(find<QWidget>("cb_Profil")->isEnabled()) << "no profile is used in incognito mode";
+    EXPECT_EQ(ini("HideChrome"), QString());
+
+    machineProblem = QStringLiteral(".NET Framework 3.5 must be installed on this machine!");
+    EXPECT_FALSE(load());
+    EXPECT_EQ(dialogs.said(0), "Application can not start|" + machineProblem.toStdString());
+
+    settings.Multi = QStringLiteral("Y");  // never asked in this mode
+    insertTmp("appname");
+    ASSERT_TRUE(load(QStringLiteral("12")));
+    EXPECT_EQ(tmpRows(), "appname=KB App");
+    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
+    EXPECT_EQ(settings.DisableRead, QStringLiteral("N"));
+    EXPECT_FALSE(state.HideChrome.checked) << "the browser stays visible";
+    EXPECT_EQ(ini("HideChrome"), QStringLiteral("N"));
+    EXPECT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_TRUE(agents.isEmpty());
+}
+
+TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {
+    settings.Multi = QStringLiteral("Y");
+    for (const char* noAgent : {"", "Y", "n"}) {
+        settings.NoAgent = QLatin1String(noAgent);
+        load({}, true);
+    }
+    settings.NoAgent = QStringLiteral("N");
+    load({}, false);
+    EXPECT_EQ(agents, QStringList());
+    load({}, true);
+    ASSERT_EQ(agents.size(), 1);
+    EXPECT_EQ(agents[0], folder.path() + QDir::separator() + QStringLiteral("Tarro.exe"));
+}
+
+TEST_F(FormLoadTest, theProfilesRowSetsReadingAndDummy) {
+    state.cb_Profil.text = QStringLiteral("12");
+    settings.DummyContact = QStringLiteral("6281");
+    ProfileSettings profile(state, settings, database);
+    const auto after = [&](const char* statement) {
+        EXPECT_TRUE(database.Execute(QLatin1String(statement)));
+        profile.BACA_PROFIL();
+        return (settings.DisableRead + u' ' + state.txt_DUMMY.text).toStdString();
+    };
+    EXPECT_EQ(after("insert into web_user (id, disable_read, wa_no) values ('12', 'Y', '6285'), ('13', 'N', '1')"), " ")
+        << "a single session has no row";
+    settings.Multi = QStringLiteral("Y");
+    settings.UseMDB = QStringLiteral("Y");
+    EXPECT_EQ(after("delete from web_user where id = '13'"), " ");
+    settings.UseMDB = QStringLiteral("N");
+    EXPECT_EQ(after("update web_user set qr = ''"), "Y 6285");
+    state.txt_DUMMY.text = QStringLiteral("6289");  // typed by the operator
+    EXPECT_EQ(after("update web_user set disable_read = 'N'"), "N 6289");
+    EXPECT_EQ(after("update web_user set wa_no = null"), "N 6281");
+    EXPECT_EQ(after("update web_user set disable_read = 'Y', wa_no = '6286'"), "Y 6286");
+    EXPECT_EQ(after("alter table web_user rename to away"), "Y 6286") << "no answer changes nothing";
+    EXPECT_EQ(state.cb_DummyContact.text, QStringLiteral("6286"));
+}
+
+TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
+    insertTmp("off000012 off000013 restart restart000012 status status000012 status000013");
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("insert into web_user (id, qr) values ('12', 'code'), ('13', 'code')")));
+    rows.withdraw(QStringLiteral("12"));
+    const std::string left = "off000013=x restart=x restart000012=x status000013=x";
+    EXPECT_EQ(tmpRows(), left);
+    EXPECT_EQ(sqlite(file("kb.mdb"), QStringLiteral("select id from web_user where qr = 'code'")).trimmed(),
+              QStringLiteral("13"));
+
+    bool ended = false;
+    dialogs.answers = {false, true};
+    EXPECT_FALSE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    EXPECT_FALSE(ended);
+    EXPECT_EQ(tmpRows(), left);
+    EXPECT_TRUE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(tmpRows(), "restart=x restart000012=x");
+    EXPECT_EQ(dialogs.said(0), "Close All|Are You Sure ??");
+    EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
+}
+
+}  // namespace
+}  // namespace kibo::test

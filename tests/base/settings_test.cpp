@@ -1,0 +1,96 @@
+#include "base/settings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "base/settings_file.h"
+
+namespace kibo {
+namespace {
+
+class SettingsTest : public testing::Test {
+ protected:
+    QString file() const { return folder_.filePath(QStringLiteral("kibo.ini")); }
+    std::string content() const {
+        QFile input(file());
+        return input.open(QIODevice::ReadOnly) ? input.readAll().toStdString() : std::string();
+    }
+    void setContent(const QByteArray& text) const {
+        QFile output(file());
+        ASSERT_TRUE(output.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        output.write(text);
+    }
+
+    QTemporaryDir folder_;
+};
+
+TEST_F(SettingsTest, whatIsMissingOrEmptyIsWrittenAsItsDefault) {
+    const std::string first =
+        "[kibo]\nGetNumberInbox=Y\nPrefix=0\nNoSandBox=N\nUseIE=Y\nShowIE=N\nUseMDB=N\n"
+        "NoAgent=Y\nSpeed=NORMAL\nScheduled=N\nChromePortable=N\n[DB]\nPort=3306\n";
+    EXPECT_EQ(loadSettings(file()).Scheduled, QString()) << "counts from the next start on";
+    EXPECT_EQ(content(), first);
+    EXPECT_EQ(loadSettings(file()).Scheduled, QStringLiteral("N"));
+    EXPECT_EQ(content(), first) << "a second start changes nothing";
+    EXPECT_EQ(QDir(folder_.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+
+    setContent("[kibo]\r\nSpeed=\r\nUseMDB=Y\r\nLimitSelect=y\r\n[DB]\r\nUseMDB=\r\n");
+    const Settings settings = loadSettings(file());
+    EXPECT_EQ(settings.Speed, QStringLiteral("NORMAL"));
+    EXPECT_FALSE(isYes(settings.LimitSelect)) << "only the capital letter means yes";
+    EXPECT_THAT(content(), testing::StartsWith("[kibo]\r\nSpeed=NORMAL\r\nUseMDB=N\r\nLimitSelect=y\r\n"));
+    EXPECT_THAT(content(), testing::EndsWith("[DB]\r\nUseMDB=\r\nPort=3306\r\n"));
+}
+
+TEST_F(SettingsTest, everyOptionComesFromItsOwnSection) {
+    // DB and kibo hold different values under the same key: a wrong section or member shows at once.
+    const QStringList db = QStringLiteral("dsn user password MySQL_WithoutDSN MySQL_Server MySQL_DB Port UseMDB HideMe")
+                               .split(QLatin1Char(' '));
+    const std::pair<const char*, QString Settings::*> samples[] = {
+        {"dsn", &Settings::dsn},       {"password", &Settings::password}, {"MySQL_DB", &Settings::MySQL_DB},
+        {"Port", &Settings::Port},     {"UseMDB", &Settings::UseMDB},     {"HideMe", &Settings::HideMe},
+        {"Profil", &Settings::Profil}, {"Break", &Settings::Break},       {"AfterSend", &Settings::AfterSend},
+        {"Speed", &Settings::Speed},   {"Slow", &Settings::Slow},         {"TmpFolder", &Settings::TmpFolder}};
+    QByteArray text;
+    for (const char* section : {"DB", "kibo"}) {
+        text += QByteArray("[") + section + "]\n";
+        for (const auto& [key, member] : samples) text += QByteArray(key) + "=" + section + " " + key + "\n";
+    }
+    setContent(text);
+    const Settings settings = loadSettings(file());
+    for (const auto& [key, member] : samples) {
+        const QString name = QString::fromLatin1(key);
+        const QString section = db.contains(name) ? QStringLiteral("DB") : QStringLiteral("kibo");
+        EXPECT_EQ(settings.*member, section + QLatin1Char(' ') + name);
+    }
+}
+
+TEST_F(SettingsTest, valuesAreCutButAddressesAreNot) {
+    const QByteArray address = "https://" + QByteArray(100, 'x') + "/";
+    setContent("[kibo]\nEXE=" + address + "\nStartAddress=" + address + "\nChatAddress=" + address +
+               "\nChromeDriver=" + QByteArray(2000, 'y') + "\nProfil=" + QByteArray(48, 'z') + "\xC3\xA9\n");
+    const Settings settings = loadSettings(file());
+    EXPECT_EQ(settings.EXE, QString::fromLatin1(address.left(49)));
+    EXPECT_EQ(settings.StartAddress, QString::fromLatin1(address));
+    EXPECT_EQ(settings.ChatAddress, QString::fromLatin1(address));
+    EXPECT_EQ(settings.ChromeDriver.size(), 1023);
+    EXPECT_EQ(settings.Profil, QString(48, QLatin1Char('z'))) << "half a character must not remain";
+
+    EXPECT_TRUE(WriteIni(QStringLiteral("DB"), QStringLiteral("password"), QStringLiteral("gehéim"), file()));
+    EXPECT_EQ(ReadIni(QStringLiteral("db"), QStringLiteral("PASSWORD"), file()), QStringLiteral("gehéim"));
+}
+
+TEST_F(SettingsTest, anUnusableFileIsToldAndTakenAsEmpty) {
+    EXPECT_EQ(settingsProblem(file()), QString()) << "no file yet is no problem";
+    ASSERT_TRUE(QDir().mkpath(file()));
+    EXPECT_TRUE(settingsProblem(file()).contains(file()));
+    EXPECT_EQ(loadSettings(file()).Speed, QStringLiteral("NORMAL"));
+    EXPECT_TRUE(WriteIni(QStringLiteral("kibo"), QStringLiteral("Speed"), QStringLiteral("SLOW"), file()));
+}
+
+}  // namespace
+}  // namespace kibo

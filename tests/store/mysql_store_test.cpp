@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include "store/database.h"
+#include "store_under_test.h"
+#include "support/mariadb_server.h"
+
+namespace kibo {
+namespace {
+
+class LostConnectionTest : public testing::Test {
+ protected:
+    void SetUp() override { ASSERT_TRUE(database_.OpenDatabase(server_.settings(false), {})); }
+
+    test::MariaDbServer& server_ = test::MariaDbServer::shared();
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    Database database_{clock_, policy_};
+};
+
+TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopenedUnlessTheLoginIsRefused) {
+    server_.run(QStringLiteral("kill ") + database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0));
+    EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Closed);
+    EXPECT_FALSE(database_.isOpen());
+    ASSERT_TRUE(database_.reopen());
+    EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Open);
+
+    Settings settings = server_.settings(true);
+    settings.password = QStringLiteral("wrong");
+    const Result<void> opened = Database(clock_, policy_).OpenDatabase(settings, {});
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.failure().text.find("Access denied for user 'kibo'@"), 0u) << opened.failure().text;
+}
+
+TEST_F(LostConnectionTest, ServerAwayAndBack) {
+    Result<Transaction> open = Transaction::begin(database_);
+    ASSERT_TRUE(open);
+    const auto rows = database_.openRows(QStringLiteral("select seq from seq_1_to_1000"));
+    ASSERT_TRUE(rows);
+    server_.stop();
+    const auto lost = database_.openRows(QStringLiteral("select * from outbox"));
+    ASSERT_FALSE(lost);
+    EXPECT_EQ(lost.failure().kind, FailureKind::ConnectionLost);
+    EXPECT_FALSE(open.value().commit());
+    EXPECT_EQ(rows.value()->text(999, 0), QStringLiteral("1000")) << "what was read before is still shown";
+    const Result<void> away = database_.reopen();
+    ASSERT_FALSE(away);
+    EXPECT_EQ(away.failure().text.find(test::MariaDbServer::password().toStdString()), std::string::npos);
+    server_.start();
+    EXPECT_TRUE(database_.reopen());
+    EXPECT_EQ(rows.value()->text(999, 0), QString());
+    EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox")));
+}
+
+test::StoreUnderTest emptied(bool dsn) {
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
+    return {server.settings(dsn), QStringLiteral("/nowhere"), [&](const QString& sql) { return server.run(sql); }};
+}
+
+}  // namespace
+
+std::vector<test::StoreChoice> test::storeChoices() {
+    return {{"MySqlDriver", [] { return emptied(false); }}, {"MySqlDsn", [] { return emptied(true); }}};
+}
+
+}  // namespace kibo

@@ -1,0 +1,198 @@
+// The SQLite store: what opening tells the operator, connection texts, and statements rewritten for it.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <memory>
+
+#include "store/database.h"
+#include "store/sql_text.h"
+#include "store_under_test.h"
+#include "support/stores.h"
+
+namespace kibo {
+namespace {
+
+Settings localStore() {
+    Settings settings;
+    settings.UseMDB = QStringLiteral("Y");
+    return settings;
+}
+
+Settings mySql() {
+    Settings settings;
+    settings.MySQL_WithoutDSN = QStringLiteral("Y");
+    settings.MySQL_Server = QStringLiteral("db.example");
+    settings.MySQL_DB = QStringLiteral("wa");
+    settings.Port = QStringLiteral("3306");
+    settings.user = QStringLiteral("me");
+    settings.password = QStringLiteral("secret");
+    return settings;
+}
+
+TEST(ConnectionRequestTest, ModeFollowsTheSettings) {
+    Settings settings = mySql();
+    EXPECT_EQ(mainStoreRequest(settings, {}).text,
+              QStringLiteral(
+                  "DRIVER={MYSQL ODBC 5.1 Driver};SERVER=db.example;DATABASE=wa;UID=me;PWD=secret;PORT=3306;OPTION=3"));
+    EXPECT_TRUE(mainStoreRequest(settings, {}).user.isEmpty());
+
+    settings.MySQL_WithoutDSN = QStringLiteral("y");  // only "Y" means yes
+    settings.dsn = QStringLiteral("wa_dsn");
+    const ConnectionRequest dsn = mainStoreRequest(settings, {});
+    EXPECT_EQ(dsn.text + u'|' + dsn.user + u'|' + dsn.password, QStringLiteral("wa_dsn|me|secret"));
+
+    settings.UseMDB = QStringLiteral("Y");
+    EXPECT_EQ(mainStoreRequest(settings, QStringLiteral("C:\\Kibo\\App")).text,
+              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security "
+                             "Info=False;Jet OLEDB:Database Password="));
+    EXPECT_EQ(elementStoreRequest(inProgramFolder(QStringLiteral("/opt/kibo"), QStringLiteral("element.sys"))).text,
+              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/opt/kibo\\element.sys;Persist Security "
+                             "Info=False;Jet OLEDB:Database Password=Pelangibiru7!"));
+}
+
+TEST(ConnectionStringTest, ReadsQuotedBlankAndRepeatedValuesAndAnyPassword) {
+    const ConnectionString text = ConnectionString::parse(QStringLiteral(
+        " driver = {My; Driver} ;SERVER=a;server=b;PWD={p;}}w} ; Empty=;junk;x=\"a\"\"b;c\" ;y='d;e'; Last = z "));
+    EXPECT_TRUE(text.has(QStringLiteral("empty")));
+    EXPECT_EQ(text.attributes().size(), 8);
+    QStringList values;
+    for (const char* key : {"DRIVER", "Server", "pwd", "x", "y", "last"}) values << text.value(QLatin1String(key));
+    EXPECT_EQ(values.join(u'|').toStdString(), "My; Driver|a|p;}w|a\"b;c|d;e|z");
+    for (const char16_t* broken : {u"x={never closed", u"x=\"", u"=", u";;=;", u"x=y={"})
+        (void)ConnectionString::parse(QString::fromUtf16(broken));  // must end
+
+    Settings settings = mySql();
+    for (const char16_t* password :
+         {u"", u"plain", u"a;b", u"a}b", u"{a", u"a{b}c", u"\"a", u"'a'", u" a ", u"a=b;PWD=c"}) {
+        settings.password = QString::fromUtf16(password);
+        const ConnectionString again = ConnectionString::parse(mainStoreRequest(settings, {}).text);
+        EXPECT_EQ(again.value(QStringLiteral("PWD")), settings.password);
+        EXPECT_EQ(again.value(QStringLiteral("OPTION")), QStringLiteral("3"));
+    }
+}
+
+TEST(SqlTextTest, DatesAndMarksOutsideOfQuotesAreReplacedAndLogNamesHoldNoValues) {
+    const std::pair<const char16_t*, const char16_t*> dates[] = {
+        {u"a between #2020-11-27  00:01# and #2020-1-2#", u"a between '2020-11-27 00:01:00' and '2020-01-02 00:00:00'"},
+        {u"x like '%#2020-11-27#%' and y = \"#2020-11-27#\" and z = 'it''s #2020-11-27#'", nullptr},
+        {u"select 1 # 2 #2020-01-01 01:02:03#", u"select 1 # 2 '2020-01-01 01:02:03'"},
+        {u"#", nullptr}};
+    for (const auto& [sql, rewritten] : dates)
+        EXPECT_EQ(withSqliteDateLiterals(QString::fromUtf16(sql)), QString::fromUtf16(rewritten ? rewritten : sql));
+    EXPECT_EQ(withMySqlValues(QStringLiteral("a='?\\'?' and `b?`=? and c=? and d=? and e=\"?\" and f=?"),
+                              {QStringLiteral("it's ?"), 5, QVariant()}),
+              QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
+    // A backslash is nothing special to Access, neither in the statement nor in a value.
+    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=?"),
+                               {QStringLiteral("it's\\"), 5, QVariant()}),
+              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL"));
+    EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
+              QStringLiteral("insert tmp"));
+    EXPECT_FALSE(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")));
+}
+
+class OpenFailureTest : public testing::Test {
+ protected:
+    /// What opening says; empty when it succeeded.
+    QString complaint(const Settings& settings = localStore()) {
+        Database database(clock_, policy_);
+        const Result<void> opened = database.OpenDatabase(settings, folder_.path());
+        EXPECT_EQ(database.isOpen(), opened.ok());
+        return opened ? QString() : QString::fromStdString(opened.failure().text);
+    }
+    void expectComplaint(const char* part) {
+        const std::string said = complaint().toStdString();
+        EXPECT_NE(said.find(part), std::string::npos) << part << ", but said: " << said;
+    }
+
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    QTemporaryDir folder_;
+    const QString path_ = folder_.filePath(QStringLiteral("kb.mdb"));
+};
+
+TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
+    expectComplaint("does not exist");
+    EXPECT_FALSE(QFile::exists(path_)) << "a missing store was created";
+    test::createStores(folder_.path());
+    ASSERT_EQ(complaint(), QString());
+    QFile file(path_);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray whole = file.readAll();
+    file.close();
+    const std::pair<QByteArray, const char*> cases[] = {
+        {{}, "is empty"},
+        {"wa_no;wa_text\n62811;hello\n", "is not a database"},
+        {QByteArray("\x00\x01\x00\x00Standard Jet DB\x00\x01\x00\x00\x00", 24) + QByteArray(4096, 'x'),
+         "is an Access file"},
+        {whole.left(whole.size() - 4096), "its end is missing"},
+        {QByteArray(whole).replace(4096, 8192, QByteArray(8192, '\x5a')), "is damaged"}};
+    for (const auto& [content, said] : cases) {
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+        expectComplaint(said);
+    }
+    QFile::remove(path_);
+    test::sqlite(path_, QStringLiteral("create table sent (id); create table other (id);"));
+    expectComplaint("no table outbox, inbox");
+    QFile::remove(path_);
+    QDir(folder_.path()).mkdir(QStringLiteral("kb.mdb"));
+    expectComplaint("is a folder");
+}
+
+TEST_F(OpenFailureTest, StoreIsFoundInAnyFolderAndAnOutsideWriterIsWaitedForByWritersOnly) {
+    QTemporaryDir odd(QDir::tempPath() + QStringLiteral("/kibo %41?#é;x XXXXXX"));
+    test::createStores(odd.path());
+    Database elements(clock_, policy_);
+    ASSERT_TRUE(elements.OpenElementStore(inProgramFolder(odd.path(), QStringLiteral("element.sys"))));
+    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatList'")).field(0),
+              QStringLiteral("//*[@id='pane-side']"));
+    Database database(clock_, policy_);
+    const Result<void> opened = database.OpenDatabase(localStore(), odd.path());
+    ASSERT_TRUE(opened) << opened.failure().text;
+    QProcess outside;
+    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), odd.filePath(QStringLiteral("kb.mdb"))});
+    outside.write(
+        "begin immediate;\ninsert into outbox (wa_no) values ('1');\n.shell echo locked; sleep 0.4\ncommit;\n.quit\n");
+    ASSERT_TRUE(outside.waitForReadyRead());
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select count(*) from outbox")).field(0), QStringLiteral("0"));
+    EXPECT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no) values ('2')")));
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_no from outbox order by id desc")).field(0),
+              QStringLiteral("2"));
+    EXPECT_TRUE(outside.waitForFinished());
+}
+
+TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
+    Settings settings = mySql();
+    settings.MySQL_Server = QStringLiteral("127.0.0.1");
+    settings.Port = QStringLiteral("1");
+    for (const bool dsn : {false, true}) {
+        settings.MySQL_WithoutDSN = dsn ? QStringLiteral("N") : QStringLiteral("Y");
+        settings.dsn = QStringLiteral("no_such_source");
+        const QString said = complaint(settings);
+        EXPECT_FALSE(said.isEmpty());
+        EXPECT_FALSE(said.contains(QStringLiteral("secret")));
+        EXPECT_FALSE(said.contains(u'[')) << said.toStdString();
+    }
+    settings.dsn.clear();
+    EXPECT_TRUE(complaint(settings).contains(QStringLiteral("DSN")));
+}
+
+}  // namespace
+
+std::vector<test::StoreChoice> test::storeChoices() {
+    const auto make = [] {
+        const auto folder = std::make_shared<QTemporaryDir>();
+        createStores(folder->path());
+        return StoreUnderTest{localStore(), folder->path(), [folder](const QString& sql) {
+                                  return sqlite(folder->filePath(QStringLiteral("kb.mdb")), sql);
+                              }};
+    };
+    return {{"Sqlite", make}};
+}
+
+}  // namespace kibo

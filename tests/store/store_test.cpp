@@ -1,0 +1,226 @@
+// What every main store must do, whatever holds it: linked once for SQLite and once for MySQL.
+#include <gtest/gtest.h>
+
+#include "store/database.h"
+#include "store_under_test.h"
+
+namespace kibo {
+namespace {
+
+const QString kEmptySet = QStringLiteral("select * from inbox where wa_no='\?\?\?' ");
+
+class StoreTest : public testing::TestWithParam<test::StoreChoice> {
+ protected:
+    void SetUp() override { ASSERT_TRUE(open(database_)); }
+
+    testing::AssertionResult open(Database& database) {
+        const Result<void> opened = database.OpenDatabase(store_.settings, store_.programFolder);
+        if (opened) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << opened.failure().text;
+    }
+    QString outside(const QString& sql) { return store_.outside(sql).trimmed(); }
+    QString value(const QString& sql) { return database_.OpenRecordset(sql).field(0); }
+    /// `count` rows with the texts "text 1", "text 2", …
+    void fillOutbox(int count) {
+        outside(
+            QStringLiteral("insert into outbox (wa_no, wa_text) with recursive n(i) as (select 1 union all select i+1 "
+                           "from n where i < %1) select '62811', %2 from n")
+                .arg(count)
+                .arg(database_.kind() == DatabaseKind::MySql ? QStringLiteral("concat('text ', i)")
+                                                             : QStringLiteral("'text ' || i")));
+    }
+
+    test::StoreUnderTest store_ = GetParam().second();
+    SystemClock clock_;
+    ErrorPolicy policy_;
+    Database database_{clock_, policy_};
+};
+
+TEST_P(StoreTest, ReadsWhatOutsideProgramsWroteWithDefaultsFilledIn) {
+    outside(QStringLiteral(
+        "INSERT INTO outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) VALUES (0, '62811', 'a', '', NULL)"));
+    outside(
+        QStringLiteral("INSERT INTO outbox (wa_no, wa_text, wa_time) VALUES ('62812', 'b', '2020-11-27 21:38:59')"));
+
+    Recordset set = database_.OpenRecordset(QStringLiteral("select * from outbox order by id"));
+    ASSERT_EQ(set.state(), Recordset::State::Open);
+    EXPECT_EQ(set.recordCount(), 2);
+    EXPECT_EQ(set.field(QStringLiteral("WA_NO")), QStringLiteral("62811"));
+    EXPECT_FALSE(set.isNull(QStringLiteral("wa_media")));
+    EXPECT_TRUE(set.isNull(QStringLiteral("wa_file")));
+    const QDateTime stamped =
+        QDateTime::fromString(set.field(QStringLiteral("wa_time")), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    EXPECT_LT(qAbs(stamped.secsTo(QDateTime::currentDateTime())), 60) << "not the local time";
+    set.moveNext();
+    EXPECT_EQ(set.field(QStringLiteral("wa_mode")), QStringLiteral("0"));
+    EXPECT_EQ(set.field(QStringLiteral("wa_time")), QStringLiteral("2020-11-27 21:38:59"));
+    set.moveNext();
+    EXPECT_TRUE(set.eof());
+    EXPECT_EQ(set.field(QStringLiteral("wa_no")), QString());
+}
+
+TEST_P(StoreTest, MultiSessionStatementsWorkAsTheyAreWritten) {
+    outside(QStringLiteral(
+        "INSERT INTO multi (tipe, profil, wa_no, wa_text) VALUES ('O', '7', '1', 'a'), ('O', '8', '1', 'b')"));
+    EXPECT_TRUE(database_.Execute(QStringLiteral(
+        "INSERT INTO multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
+        "SELECT 'S', '7', id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM multi  WHERE id = 1")));
+    EXPECT_EQ(database_.execute(QStringLiteral("delete from multi where tipe = 'O' and profil = 7 and id = 1")), 1)
+        << "an unquoted profile";
+    EXPECT_EQ(outside(QStringLiteral("select tipe, profil, id_outbox, wa_text from multi order by id")),
+              QStringLiteral("O\t8\tNULL\tb\nS\t7\t1\ta")
+                  .replace(QStringLiteral("NULL"),
+                           database_.kind() == DatabaseKind::MySql ? QStringLiteral("NULL") : QString()));
+    EXPECT_EQ(value(QStringLiteral("SELECT max(id) id FROM (SELECT max(id) id FROM multi) X ")), QStringLiteral("3"));
+    EXPECT_TRUE(database_.Execute(QStringLiteral("Insert Into autochat_exclude values (7, '62811')")));
+    EXPECT_TRUE(database_.Execute(QStringLiteral("insert into grab_tmp values ('7', '62811', 'Ann')")));
+}
+
+TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
+    const QStringList texts{QStringLiteral(""),
+                            QStringLiteral("it's \"quoted\" \\ back\\'s ? :a %1 # #2020-01-01#"),
+                            QStringLiteral("two\r\nlines\tand a tab"),
+                            QStringLiteral("🙏🏽👩‍👩‍👧 ありがとう شكرا"),
+                            QStringLiteral("é😀ب\u2028x").repeated(65000 / 6),
+                            QStringLiteral("é").repeated(256)};
+    for (const QString& text : texts) {
+        Recordset set = database_.OpenRecordset(kEmptySet);
+        ASSERT_EQ(set.state(), Recordset::State::Open);
+        set.addNew();
+        set.set(QStringLiteral("wa_no"), QStringLiteral("62811"));
+        set.set(QStringLiteral("SUB_NO"), QString());
+        set.set(QStringLiteral("wa_text"), text);
+        set.set(QStringLiteral("wa_time"), QDateTime({2020, 11, 27}, {21, 38, 59}));
+        ASSERT_TRUE(set.update());
+        ASSERT_GT(set.lastInsertId(), 0);
+        const QString stored = value(QStringLiteral("select wa_text from inbox where id = %1").arg(set.lastInsertId()));
+        EXPECT_EQ(stored.size(), text.size());
+        EXPECT_TRUE(stored == text) << stored.left(40).toStdString();
+    }
+    EXPECT_EQ(
+        outside(QStringLiteral("select count(*) from inbox where SUB_NO = '' and wa_time = '2020-11-27 21:38:59'")),
+        QString::number(texts.size()));
+    EXPECT_EQ(outside(QStringLiteral("select wa_text from inbox where id = 4")), texts[3]);
+}
+
+TEST_P(StoreTest, FailingStatementIsSkippedOrSurfacesAndAClosedStoreRefusesAll) {
+    EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from nowhere")).state(), Recordset::State::Closed);
+    EXPECT_TRUE(database_.OpenRecordset(QStringLiteral("select 'it's'")).eof());
+    EXPECT_FALSE(database_.Execute(QStringLiteral("delete from nowhere")));
+    EXPECT_TRUE(database_.isOpen()) << "taken for a lost connection";
+    EXPECT_FALSE(database_.openRows(QStringLiteral("select * from nowhere")));
+    Recordset wrongField = database_.OpenRecordset(kEmptySet);
+    wrongField.addNew();
+    wrongField.set(QStringLiteral("no_such_field"), 1);
+    EXPECT_FALSE(wrongField.update());
+
+    policy_.setDebugMode(true);
+    EXPECT_THROW(database_.Execute(QStringLiteral("delete from nowhere")), SurfacedError);
+    EXPECT_THROW((void)database_.OpenRecordset(QStringLiteral("select * from nowhere")), SurfacedError);
+
+    policy_.setDebugMode(false);
+    database_.close();
+    EXPECT_FALSE(database_.isOpen());
+    EXPECT_EQ(database_.OpenRecordset(kEmptySet).state(), Recordset::State::Closed);
+    EXPECT_FALSE(database_.Execute(QStringLiteral("delete from outbox")));
+    EXPECT_FALSE(Transaction::begin(database_));
+    EXPECT_TRUE(database_.reopen());
+    EXPECT_EQ(database_.OpenRecordset(kEmptySet).state(), Recordset::State::Open);
+}
+
+TEST_P(StoreTest, RefusedRowIsToldFromAStatementThatFailsForAllRows) {
+    ASSERT_TRUE(
+        database_.Execute(QStringLiteral("create temporary table narrow (n integer primary key, "
+                                         "t varchar(10) not null check (length(t) <= 10), c integer check (c > 0))")));
+    const auto kindOf = [this](const char* statement) {
+        const auto done = database_.attempt(QLatin1String(statement));
+        return done ? FailureKind::NotFound : done.failure().kind;
+    };
+    EXPECT_EQ(kindOf("insert into narrow values (1, 'a', 1)"), FailureKind::NotFound) << "taken";
+    for (const char* refused : {"(1, 'a', 1)", "(2, null, 1)", "(2, 'abcdefghijk', 1)", "(2, 'a', 0)", "('x', 'a', 1)"})
+        EXPECT_EQ(kindOf((std::string("insert into narrow values ") + refused).c_str()), FailureKind::RowRefused)
+            << refused;
+    for (const char* wrong : {"insert into nowhere values (1)", "insert into narrow (no) values (1)", "insert"})
+        EXPECT_EQ(kindOf(wrong), FailureKind::Database) << wrong;
+}
+
+TEST_P(StoreTest, FailuresDoNotRepeatMessageTexts) {
+    policy_.setDebugMode(true);
+    for (const char16_t* values :
+         {u"('it's a secret')", u"('secret', \"secret\"'secret')", u"(secret)", u"('a', secret"}) {
+        try {
+            database_.Execute(QStringLiteral("insert into tmp (tmp_cd) values ") + QString::fromUtf16(values));
+            FAIL() << "accepted";
+        } catch (const SurfacedError& error) {
+            EXPECT_EQ(error.failure().text.find("secret"), std::string::npos) << error.what();
+            EXPECT_FALSE(error.failure().text.empty());
+        }
+    }
+}
+
+TEST_P(StoreTest, TransactionTakesEffectAsAWholeOrNotAtAll) {
+    const auto insert = [this] {
+        return database_.Execute(QStringLiteral("insert into tmp (tmp_cd, tmp_val ) VALUES ('appname', 'x') "));
+    };
+    {
+        Result<Transaction> undone = Transaction::begin(database_);
+        ASSERT_TRUE(undone);
+        EXPECT_TRUE(insert());
+        EXPECT_EQ(outside(QStringLiteral("select count(*) from tmp")), QStringLiteral("0"));
+    }
+    EXPECT_EQ(value(QStringLiteral("select count(*) from tmp")), QStringLiteral("0"));
+
+    Result<Transaction> kept = Transaction::begin(database_);
+    ASSERT_TRUE(kept);
+    EXPECT_TRUE(insert());
+    EXPECT_TRUE(kept.value().commit());
+    EXPECT_EQ(outside(QStringLiteral("select count(*) from tmp")), QStringLiteral("1"));
+    EXPECT_FALSE(kept.value().commit());
+}
+
+TEST_P(StoreTest, RowsOfAGridStayThoseOfTheirQuery) {
+    const QString sql = QStringLiteral("select wa_no, wa_text, id from outbox where wa_mode <> '3'order by id ");
+    EXPECT_EQ(database_.openRows(sql).value()->rowCount(), 0);
+    for (const int count :
+         {1, Database::kRowsInMemory - 1, Database::kRowsInMemory, Database::kRowsInMemory + 1, 1000}) {
+        outside(QStringLiteral("delete from outbox"));
+        fillOutbox(count);
+        const auto rows = database_.openRows(sql).value();
+        ASSERT_EQ(rows->rowCount(), count);
+        EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox where id % 2 = 0")));
+        outside(QStringLiteral("insert into outbox (wa_no, wa_text) values ('1', 'late')"));
+        // To the end, back to the start, and across.
+        EXPECT_EQ(rows->text(count - 1, 1), QStringLiteral("text %1").arg(count));
+        for (int row = 0; row < count; row += 7) EXPECT_EQ(rows->text(row, 1), QStringLiteral("text %1").arg(row + 1));
+        EXPECT_EQ(rows->text(count, 1), QString());
+        EXPECT_EQ(rows->text(-1, 1), QString());
+        EXPECT_EQ(rows->text(0, 3), QString());
+    }
+}
+
+TEST_P(StoreTest, RowsOutliveTheirConnectionAndOtherWritersTakeTurns) {
+    fillOutbox(1000);
+    std::shared_ptr<const RowSource> rows;
+    {
+        Database other(clock_, policy_);
+        ASSERT_TRUE(open(other));
+        rows = other.openRows(QStringLiteral("select wa_text from outbox order by id")).value();
+        for (int i = 0; i < 50; ++i) {
+            ASSERT_TRUE(other.Execute(QStringLiteral("insert into outbox (wa_text) values ('other')")));
+            ASSERT_TRUE(database_.Execute(QStringLiteral("delete from outbox where id = %1").arg(i + 1)));
+            ASSERT_EQ(value(QStringLiteral("select count(*) from outbox")), QStringLiteral("1000"));
+        }
+        EXPECT_EQ(rows->text(0, 0), QStringLiteral("text 1"));
+        EXPECT_EQ(rows->text(999, 0), QStringLiteral("text 1000"));
+        ASSERT_TRUE(other.reopen());
+        EXPECT_TRUE(other.Execute(QStringLiteral("delete from outbox")));
+    }
+    EXPECT_EQ(rows->rowCount(), 1000);
+    EXPECT_EQ(rows->text(500, 0), QString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, StoreTest, testing::ValuesIn(test::storeChoices()),
+                         [](const auto& choice) { return choice.param.first; });
+
+}  // namespace
+}  // namespace kibo
