@@ -68,9 +68,7 @@ GatewayApplication::~GatewayApplication() = default;
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
-    startUp_.makeFirstStores(settings_.applicationName);
-    startUp_.reportSettingsProblem(settings_.applicationName);
-    settings_ = loadSettings(startUp_.settingsFile());
+    settings_ = startUp_.prepareFolder();
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
