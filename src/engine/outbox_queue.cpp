@@ -49,6 +49,14 @@ const QString kCopyInMulti = QStringLiteral(
     "INSERT INTO multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time)"
     "SELECT 'S', ?, id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time FROM multi  WHERE id = ?");
 const QString kDeleteFromMulti = QStringLiteral("DELETE FROM multi WHERE tipe = 'O' and profil = ? and id = ?");
+// The order of the queue's grid.
+const QString kRowOfOutbox =
+    QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from outbox where id = ?");
+const QString kRowOfMulti = QStringLiteral(
+    "select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from multi "
+    "where tipe = 'O' and profil = ? and id = ?");
+// What a server's transaction reads is of its beginning; only a lock shows and keeps the row of now.
+const QString kLocked = QStringLiteral(" for update");
 const QString kTextOfOutbox = QStringLiteral("select wa_text from outbox where id = ?");
 const QString kTextOfMulti = QStringLiteral("select wa_text from multi where id = ?");
 const QString kNextInOutbox = QStringLiteral("select min(wa_time) from outbox where wa_mode <> '3' and wa_time > ?");
@@ -190,29 +198,44 @@ std::optional<QueuedRow> OutboxQueue::nextRow() {
     return row;
 }
 
-OutboxQueue::Taken OutboxQueue::take(const QString& id) {
+OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
+    const QString& id = loaded.id;
     const qint64 key = id.toLongLong();
-    const auto unknown = [&](const char* what) {
-        log::error("engine", QStringLiteral("message %1 could not be %2").arg(id, QLatin1String(what)));
-        return Taken::Unknown;
-    };
     auto transaction = Transaction::begin(database_);
     if (!transaction) return notTaken(id, {}, transaction.failure());
+    const auto row = lockedRow(key);
+    if (!row) return Taken::Unknown;
+    if (*row != loaded) {
+        log::info("engine", QStringLiteral("message %1 was changed or withdrawn before it was taken").arg(id));
+        loadedMark_.clear();
+        return Taken::No;
+    }
     const QString copy = multi() ? kCopyInMulti : kCopyToSent;
     const Database::Values whose = multi() ? Database::Values{profile(), key} : Database::Values{key};
     const auto copied = database_.attempt(copy, whose);
     if (!copied) return notTaken(id, copy, copied.failure());
-    if (copied.value() == 0) return Taken::No;
-    if (copied.value() != 1) return unknown("copied to the sent log");
     const QString remove = multi() ? kDeleteFromMulti : kDeleteFromOutbox;
     const auto deleted = database_.attempt(remove, whose);
     if (!deleted) return notTaken(id, remove, deleted.failure());
-    if (deleted.value() != 1) return unknown("taken out of the queue");
+    // Another program was faster where the store has no locks: the message isn't ours, and the copy is undone.
+    if (copied.value() == 0 || deleted.value() == 0) return Taken::No;
     const auto committed = transaction.value().commit();
     if (!committed) return notTaken(id, {}, committed.failure());
     refused_.dropIf([key](qint64 refused) { return refused == key; });
     showRefused();
     return Taken::Yes;
+}
+
+/// The row as it stands in the queue now, and stays until the transaction ends; without an id when it isn't there.
+/// Nothing when the store can't tell.
+std::optional<QueuedRow> OutboxQueue::lockedRow(qint64 id) {
+    const QString lock = database_.kind() == DatabaseKind::MySql ? kLocked : QString();
+    const Recordset found = multi() ? database_.OpenRecordset(kRowOfMulti + lock, {profile(), id})
+                                    : database_.OpenRecordset(kRowOfOutbox + lock, {id});
+    if (found.state() == Recordset::State::Closed) return std::nullopt;
+    if (found.eof()) return QueuedRow{};
+    return QueuedRow{found.field(Id),    found.field(Mode), found.field(Number), found.field(Text),
+                     found.field(Media), found.field(File), found.field(Time)};
 }
 
 /// `sql`: the statement that failed; empty for a transaction's begin and end, which never went to the error policy.
@@ -238,7 +261,11 @@ void OutboxQueue::showRefused() {
 }
 
 bool OutboxQueue::markFailed(const QString& id) {
-    const auto marked = database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()});
+    // By the row's id alone the statement would mark the copy of another profile that was given the row.
+    const auto place = multi() ? find(id) : std::optional(Place{.copied = true});
+    if (!place) return false;
+    const auto marked = !place->copied ? std::optional<qint64>(0)
+                                       : database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()});
     if (marked == 0) log::error("engine", QStringLiteral("message %1 has no copy to be marked as failed").arg(id));
     return marked.has_value();
 }

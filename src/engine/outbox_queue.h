@@ -39,13 +39,14 @@ class OutboxQueue {
 
     enum class Taken {
         Yes,
-        No,       ///< untouched: the row was not there any more
+        No,       ///< untouched: the row was withdrawn, given to another profile or changed since it was loaded
         Refused,  ///< the sent log doesn't take what this row holds: it is left alone for a while
         Unknown   ///< the database refused or broke off: only a look at the tables tells what it did
     };
     /// Moves a message out of the queue, in one transaction: where the store keeps transactions it stands in the sent
-    /// log or still in the queue, never in both and never in neither.
-    Taken take(const QString& id);
+    /// log or still in the queue, never in both and never in neither. Only as it was loaded: a row that somebody has
+    /// corrected or held since then stays where it is.
+    Taken take(const QueuedRow& loaded);
     /// How many messages are left alone for a while, being refused.
     int refusedCount() const { return refused_.count(); }
 
@@ -75,6 +76,7 @@ class OutboxQueue {
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
     int nextIndex();
+    std::optional<QueuedRow> lockedRow(qint64 id);
     Taken notTaken(const QString& id, const QString& sql, const Failure& failure);
     void showRefused();
 

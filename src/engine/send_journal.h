@@ -12,6 +12,8 @@ namespace kibo {
 /// A row of the queue, as it is stored.
 struct QueuedRow {
     QString id, mode, number, text, media, file, time;
+
+    bool operator==(const QueuedRow&) const = default;
 };
 
 /// What happened to the message in hand, on the disk before it happens, so that the next start knows what a crash left

@@ -37,7 +37,14 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         journal_.ended(entry.row.id);
         return true;
     }
-    if (!place->copied && !queue_.addCopy(entry.row, QStringLiteral("fail"))) return false;
+    if (!place->copied) {
+        // Taking is one transaction, so it never happened: somebody withdrew the row or gave it to another profile.
+        log::warning("engine", QStringLiteral("message %1 is not in the queue any more; nothing was sent, and nothing "
+                                              "is written")
+                                   .arg(entry.row.id));
+        journal_.ended(entry.row.id);
+        return true;
+    }
     showAsMessage(entry);
     sender_.recordFailure(kNotTyped);
     return true;
@@ -57,7 +64,7 @@ bool SendRecovery::settleOnPage() {
     const auto place = queue_.find(entry.row.id);
     if (!place) return false;  // the store is away again
     // A store that lost its last statements may have it in the queue again; it must not go out from there.
-    if (place->queued && queue_.take(entry.row.id) != OutboxQueue::Taken::Yes) return false;
+    if (place->queued && queue_.take(entry.row) != OutboxQueue::Taken::Yes) return false;
     showAsMessage(entry);
     state_.step = QStringLiteral("Looking whether message %1 was sent").arg(entry.row.id);
     const std::optional<Delivery> delivery = deliveryCheck_.look(entry);

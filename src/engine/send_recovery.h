@@ -11,7 +11,8 @@ namespace kibo {
 /// middle. Nothing new is taken before that.
 ///
 ///  - not typed, still in the queue: a copy in the sent log goes, the message is sent in its turn;
-///  - not typed, not in the queue: failed, ready to be queued again; its content comes from the journal if it must;
+///  - not typed, in neither table: withdrawn or given to another profile, so nothing is written;
+///  - not typed, moved to the sent log: failed, ready to be queued again;
 ///  - perhaps sent: its chat is opened and shows whether it was; if that can't be told, failed as "in doubt".
 class SendRecovery {
  public:

@@ -268,7 +268,7 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
         idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
         return std::nullopt;
     }
-    const OutboxQueue::Taken taken = p_.queue.take(row->id);
+    const OutboxQueue::Taken taken = p_.queue.take(*row);
     if (taken == OutboxQueue::Taken::Unknown) {
         refusedAtMs_ = p_.clock.monotonicMs();
         storeRefuses();

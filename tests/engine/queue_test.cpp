@@ -15,6 +15,10 @@ class Queue : public Engine {
                 .arg(QString::fromLatin1(table), QString::fromLatin1(columns), marks.join(QLatin1Char(','))),
             values));
     }
+    QueuedRow next() {
+        gateway.queue.cmd_OutboxRefresh_Click();
+        return gateway.queue.nextRow().value_or(QueuedRow{});
+    }
     QStringList ids() {
         QStringList ids;
         for (int row = 1; row < state.ms_out.rowCount(); ++row) ids.append(state.ms_out.text(row, OutboxQueue::Id));
@@ -61,20 +65,44 @@ TEST_F(Queue, IsLoadedAnewOnlyWhenSomebodyHasChangedTheStore) {
 
 TEST_F(Queue, TakingMovesTheRowInOnePiece) {
     const qint64 id = queue(QStringLiteral("6281"), QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::Yes);
+    const QueuedRow row = next();
+    EXPECT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
     EXPECT_EQ(count(QStringLiteral("outbox")), 0);
     EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_text from sent")).field(0),
               QStringLiteral("O'Brien \"x\" \\ 😀"));
-    EXPECT_EQ(gateway.queue.take(QString::number(id)), OutboxQueue::Taken::No) << "it has gone";
+    EXPECT_EQ(gateway.queue.take(row), OutboxQueue::Taken::No) << "it has gone";
     EXPECT_EQ(count(QStringLiteral("sent")), 1);
     EXPECT_TRUE(gateway.queue.markFailed(QString::number(id)));
     EXPECT_EQ(status(id), QStringLiteral("fail"));
 
-    const QString kept = QString::number(queue(QStringLiteral("6281"), QStringLiteral("x")));
+    queue(QStringLiteral("6281"), QStringLiteral("x"));
+    const QueuedRow kept = next();
     ASSERT_TRUE(database.Execute(
         QStringLiteral("create trigger refuse before delete on outbox begin select raise(abort, 'refused'); end")));
     EXPECT_EQ(gateway.queue.take(kept), OutboxQueue::Taken::Refused);
     EXPECT_EQ(count(QStringLiteral("sent")), 1) << "a refused delete undoes the copy";
+}
+
+TEST_F(Queue, TakesARowOnlyAsItWasLoaded) {
+    for (const char* change :
+         {"update outbox set wa_no = '6289'", "update outbox set wa_mode = 3", "update outbox set wa_text = 'b'",
+          "update outbox set wa_media = 'm'", "update outbox set wa_file = 'f'",
+          "update outbox set wa_time = '2999-01-01 00:00:00'", "delete from outbox"}) {
+        ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+        queue(QStringLiteral("6281"), QStringLiteral("a"));
+        const QueuedRow loaded = next();
+        ASSERT_TRUE(database.Execute(QString::fromLatin1(change)));
+        const int left = count(QStringLiteral("outbox"));
+        EXPECT_EQ(gateway.queue.take(loaded), OutboxQueue::Taken::No) << change;
+        EXPECT_EQ(count(QStringLiteral("outbox")), left) << change;
+    }
+    EXPECT_EQ(count(QStringLiteral("sent")), 0);
+    queue(QStringLiteral("6281"), QStringLiteral("a"));
+    const QueuedRow old = next();
+    ASSERT_TRUE(database.Execute(QStringLiteral("update outbox set wa_no = '6289'")));
+    EXPECT_EQ(gateway.queue.take(old), OutboxQueue::Taken::No);
+    EXPECT_EQ(gateway.queue.take(next()), OutboxQueue::Taken::Yes) << "loaded anew";
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_no from sent")).field(0), QStringLiteral("6289"));
 }
 
 TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
@@ -113,16 +141,31 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     add("multi", columns, {QStringLiteral("I"), QStringLiteral("7"), 0, QStringLiteral("6283"), QStringLiteral("in")});
     gateway.queue.cmd_OutboxRefresh_Click();
     EXPECT_EQ(ids(), QStringList(QStringLiteral("1")));
-    ASSERT_TRUE(gateway.queue.nextRow());
-    EXPECT_EQ(gateway.queue.nextRow()->text, QStringLiteral("mine"));
-    EXPECT_NE(gateway.queue.take(QStringLiteral("2")), OutboxQueue::Taken::Yes) << "another instance's";
-    EXPECT_EQ(gateway.queue.take(QStringLiteral("1")), OutboxQueue::Taken::Yes);
-    EXPECT_TRUE(gateway.queue.markFailed(QStringLiteral("1")));
+    const QueuedRow mine = next();
+    EXPECT_EQ(mine.text, QStringLiteral("mine"));
+    EXPECT_EQ(gateway.queue.take(mine), OutboxQueue::Taken::Yes);
+    EXPECT_TRUE(gateway.queue.markFailed(mine.id));
     const auto sent = database.OpenRecordset(QStringLiteral("select * from multi where tipe = 'S'"));
     EXPECT_EQ(sent.recordCount(), 1);
     EXPECT_EQ(sent.field(QStringLiteral("id_outbox")), QStringLiteral("1"));
     EXPECT_EQ(sent.field(QStringLiteral("PROFIL")), QStringLiteral("7"));
     EXPECT_EQ(sent.field(QStringLiteral("status")), QStringLiteral("fail"));
+
+    // Given to another instance in that moment, and sent by it: nothing of it is ours.
+    add("multi", columns, {QStringLiteral("O"), QStringLiteral("7"), 0, QStringLiteral("6281"), QStringLiteral("x")});
+    const QueuedRow given = next();
+    ASSERT_TRUE(journal.taken(given));
+    ASSERT_TRUE(database.Execute(QStringLiteral("update multi set profil = '8' where tipe = 'O' and profil = '7'")));
+    EXPECT_EQ(gateway.queue.take(given), OutboxQueue::Taken::No);
+    ASSERT_TRUE(database.execute(
+        QStringLiteral("update multi set tipe = 'S', id_outbox = id where tipe = 'O' and id = ?"), {given.id}));
+    EXPECT_TRUE(gateway.recovery.settleInStore());
+    EXPECT_TRUE(journal.entries().empty());
+    EXPECT_TRUE(gateway.queue.markFailed(given.id));
+    const auto copies =
+        database.OpenRecordset(QStringLiteral("select profil || status from multi where id_outbox = ?"), {given.id});
+    EXPECT_EQ(copies.recordCount(), 1);
+    EXPECT_EQ(copies.field(0), QStringLiteral("8"));
 }
 
 }  // namespace
