@@ -13,6 +13,7 @@ constexpr int kSmallWaitMs = 100;
 constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
+constexpr int kTitleLooks = 20;
 constexpr qint64 kSettledMs = OpenLedger::kGiveUpMs + 1'000;
 
 Failure failed(const char* why) {
@@ -78,10 +79,22 @@ Result<std::vector<Attachment>> MessageSender::prepareFiles() {
 }
 
 Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {
-    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, chat.chat.title));
+    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, contactName(chat.chat)));
     // A draft would become part of the message.
     if (!chat.boxText.trimmed().isEmpty()) p_.page.clearBox(Box::Message);
     return files.empty() ? sendText(chat, text) : sendFiles(chat, files, text);
+}
+
+/// A chat may be known by its number before its title is drawn. One that stays without has no name that can be read.
+QString MessageSender::contactName(const OpenChat& opened) {
+    QString title = opened.title;
+    if (!asksForName(p_.state.txtMsg2.text)) return title;
+    for (int looks = 0; title.isEmpty() && looks < kTitleLooks && !p_.clock.waitingStopped(); ++looks) {
+        p_.pacing.WA_WAIT(kSmallWaitMs);
+        const auto look = p_.page.lookAtChat(false);
+        if (look && look->chat.serial == opened.serial) title = look->chat.title;
+    }
+    return title;
 }
 
 Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<Attachment>& files,
@@ -126,7 +139,11 @@ Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) 
 
 /// The last thing before something is sent.
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
-    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, chat.chat.lastMessageId)) return {};
+    // Typing may have taken half a minute: what was written to this chat meanwhile is not this message.
+    const auto now = p_.page.lookAtChat(false);
+    const bool shown = now && now->chat.serial == chat.chat.serial && !now->chat.lastMessageId.isEmpty();
+    const QString newest = shown ? now->chat.lastMessageId : chat.chat.lastMessageId;
+    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, newest)) return {};
     return failed("the journal can't be written, so the message was not sent");
 }
 

@@ -64,6 +64,7 @@ class MessageSender {
  private:
     bool send(const std::function<Result<ChatLook>()>& openChat);
     Result<std::vector<Attachment>> prepareFiles();
+    QString contactName(const OpenChat& opened);
     Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
     Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);
     Result<void> sendText(const ChatLook& chat, const QString& text);
