@@ -1,7 +1,5 @@
 #include "engine/message_sender.h"
 
-#include <QScopedValueRollback>
-
 #include "base/log.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
@@ -14,7 +12,6 @@ constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
 constexpr int kTitleLooks = 20;
-constexpr qint64 kSettledMs = OpenLedger::kGiveUpMs + 1'000;
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
@@ -35,7 +32,7 @@ bool MessageSender::KIRIM_MODE2() {
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
     const qint64 start = p_.clock.monotonicMs();
-    const auto files = prepareFiles();
+    const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
     if (!files) {
         recordFailure(QString::fromStdString(files.failure().text));
         return false;
@@ -63,19 +60,6 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     for (const Attachment& file : files.value()) line += QStringLiteral(", file of %1 bytes").arg(file.size);
     log::info("engine", line);
     return true;
-}
-
-Result<std::vector<Attachment>> MessageSender::prepareFiles() {
-    GatewayState& s = p_.state;
-    if (s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) return std::vector<Attachment>();
-    s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
-    auto files = [&] {
-        const QScopedValueRollback<bool> fetching(s.fetching, true);
-        return p_.files.prepare(s.txtMedia.text, s.txtFile.text);
-    }();
-    // What was read meanwhile has left the page as before any message.
-    p_.opener.awaitSettled(kSettledMs);
-    return files;
 }
 
 Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {
