@@ -126,6 +126,23 @@ TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
     EXPECT_EQ(state.sentCount, 2);
 }
 
+TEST_F(Crash, WhatWasWrittenToTheChatBeforeEnterIsNotTheMessage) {
+    settle();
+    const QString text = QStringLiteral("see http://x");
+    id = queue(kAni, text);
+    clock.at(clock.monotonicMs() + 2500, [&] { page.deliver(kAni, text); });  // from the phone, meanwhile
+    page.beforeEnter = [this] {
+        page.setBox({});
+        page.presence = PageLook::Presence::Gone;
+    };
+    tick();
+    ASSERT_EQ(journal.entries().size(), 1u);
+    page.presence = PageLook::Presence::Here;
+    settle();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_EQ(page.delivered.size(), 2u);
+}
+
 TEST_F(Crash, OfTheBrowserBeforeTypingPutsTheMessageBackOnce) {
     const auto loseBrowserWhileTheChatOpens = [this] {
         page.presence = PageLook::Presence::Here;
