@@ -90,7 +90,7 @@ const QString kAddCopyToMulti = QStringLiteral(
 /// The columns that every table of messages has, in the statements' order.
 Database::Values columns(const QueuedRow& row) {
     // A row without a time has none, and a server takes no empty text for one.
-    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant(row.time);
+    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant::fromValue(StoredTime{row.time});
     return {row.id.toLongLong(), row.mode.toInt(), row.number, row.text, row.media, row.file, time};
 }
 
@@ -123,7 +123,9 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     if (localStore) settings_.Scheduled = QStringLiteral("N");
     const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now,
                                                 isYes(settings_.LimitSelect) && !localStore);
-    const Database::Values values(selection.values.begin(), selection.values.end());
+    Database::Values values;
+    for (const QString& value : selection.values)
+        values.append(value == now ? QVariant::fromValue(StoredTime{value}) : QVariant(value));
 
     // Only the local store can tell, and it has no schedule: the same data are the same rows.
     const QString store = localStore ? database_.changeMark() : QString();
@@ -160,7 +162,7 @@ std::optional<QDateTime> OutboxQueue::nextDue() {
     const qint64 nowMs = clock_.monotonicMs();
     if (nowMs < askNextDueMs_ && !(nextDue_ && *nextDue_ <= now)) return nextDue_;
     askNextDueMs_ = nowMs + kAskNextDueEveryMs;
-    const QString after = now.toString(kTimeFormat);
+    const auto after = QVariant::fromValue(StoredTime{now.toString(kTimeFormat)});
     const Recordset next = multi() ? database_.OpenRecordset(kNextInMulti, {profile(), after})
                                    : database_.OpenRecordset(kNextInOutbox, {after});
     const QString time = next.field(0).left(kTimeFormat.size()).replace(u'T', u' ');
@@ -294,7 +296,8 @@ bool OutboxQueue::putBack(const QueuedRow& row) {
 
 std::optional<int> OutboxQueue::deleteCopy(const QueuedRow& row) {
     // An id may have been given twice over the years, so an older message of the same id is told by what it says.
-    const Database::Values message{row.id.toLongLong(), row.number, row.text, row.time};
+    const Database::Values message{row.id.toLongLong(), row.number, row.text,
+                                   QVariant::fromValue(StoredTime{row.time})};
     return multi() ? database_.execute(kRemoveCopyInMulti, Database::Values{profile()} + message)
                    : database_.execute(kRemoveFromSent, message);
 }

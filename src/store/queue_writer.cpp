@@ -62,7 +62,7 @@ Result<void> QueueWriter::insert(const NewMessage* first, const NewMessage* end)
         if (message->id != 0) values << message->id;
         values << message->mode << written(message->number) << written(message->text) << written(message->media)
                << written(message->file);
-        if (message->time.isValid()) values << message->time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        if (message->time.isValid()) values << message->time;
     }
     const Result<qint64> inserted = database_.attempt(sql, values);
     return inserted ? Result<void>() : Result<void>(inserted.failure());

@@ -87,9 +87,10 @@ TEST(SqlTextTest, DatesAndMarksOutsideOfQuotesAreReplacedAndLogNamesHoldNoValues
                               {QStringLiteral("it's ?"), 5, QVariant()}),
               QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
     // A backslash is nothing special to Access, neither in the statement nor in a value.
-    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=?"),
-                               {QStringLiteral("it's\\"), 5, QVariant()}),
-              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL"));
+    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=? and f=?"),
+                               {QStringLiteral("it's\\"), 5, QVariant(), QDateTime({2020, 11, 27}, {21, 38, 59})}),
+              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL and "
+                             "f=#2020-11-27 21:38:59#"));
     EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
               QStringLiteral("insert tmp"));
     EXPECT_FALSE(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")));
