@@ -13,7 +13,8 @@ namespace kibo {
 class StartUp {
  public:
     /// `dialogs` must outlive it. `programFolder` holds settings and stores.
-    StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
+    StartUp(StartDialogs& dialogs, QString programFolder)
+        : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
     QString settingsFile() const;
 
@@ -28,7 +29,7 @@ class StartUp {
     bool openElementStore(Database& elementStore);
 
  private:
-    Dialogs& dialogs_;
+    StartDialogs& dialogs_;
     QString programFolder_;
 };
 

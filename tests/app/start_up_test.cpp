@@ -83,10 +83,10 @@ TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
 TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     QFile::remove(file("element.sys"));
     UnattendedDialogs unattended;
-    for (Dialogs* asked : {static_cast<Dialogs*>(&dialogs), static_cast<Dialogs*>(&unattended)})
+    for (ProgramDialogs* asked : {static_cast<ProgramDialogs*>(&dialogs), static_cast<ProgramDialogs*>(&unattended)})
         EXPECT_FALSE(GatewayApplication(*asked, folder.path(), {}).start());
-    EXPECT_FALSE(unattended.show({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
-    EXPECT_TRUE(unattended.show({QStringLiteral("t"), QStringLiteral("x")}));
+    EXPECT_FALSE(unattended.showAndWait({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
+    EXPECT_TRUE(unattended.showAndWait({QStringLiteral("t"), QStringLiteral("x")}));
     ASSERT_EQ(dialogs.shown.size(), 1U);
     EXPECT_EQ(dialogs.said(0), "Error :(|Sorry..\nApplication can not start..");
 
@@ -240,10 +240,10 @@ TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
 
     bool ended = false;
     dialogs.answers = {false, true};
-    EXPECT_FALSE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    closeAllInstances(dialogs, rows, [&] { ended = true; });
     EXPECT_FALSE(ended);
     EXPECT_EQ(tmpRows(), left);
-    EXPECT_TRUE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    closeAllInstances(dialogs, rows, [&] { ended = true; });
     EXPECT_TRUE(ended);
     EXPECT_EQ(tmpRows(), "restart=x restart000012=x");
     EXPECT_EQ(dialogs.said(0), "Close All|Are You Sure ??");

@@ -155,8 +155,12 @@ void MainWindow::buildMenus() {
     add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
     add(view, "mnLogFile", "&Log file", actions_.openLogFile);
 
+    const auto screen = [this](const char* screenName) -> std::function<void()> {
+        if (!actions_.openScreen) return {};
+        return [this, screenName] { actions_.openScreen(QLatin1String(screenName)); };
+    };
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
-    add(tools, "mnElement", "&Elements…", actions_.showElements, QKeySequence(Qt::CTRL | Qt::Key_E));
+    add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
