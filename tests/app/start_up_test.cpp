@@ -2,6 +2,7 @@
 #include <QDir>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <algorithm>
 
 #include "app/form_load.h"
@@ -114,6 +115,33 @@ TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
     }
     EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
     EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
+}
+
+TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {
+    const auto boxStands = [] {
+        const QWidgetList all = QApplication::topLevelWidgets();
+        return std::any_of(all.begin(), all.end(),
+                           [](const QWidget* one) { return one->isVisible() && one->inherits("QMessageBox"); });
+    };
+    const auto endsWithABox = [&](const char* why) {
+        QtDialogs boxes;
+        GatewayApplication application(boxes, folder.path(), {});
+        QTimer::singleShot(500, window.get(), [&] {
+            EXPECT_TRUE(boxStands()) << why;
+            application.cmd_STOP_Click();
+        });
+        QTimer::singleShot(5000, window.get(), [] { QCoreApplication::exit(1); });
+        const bool started = application.start();
+        EXPECT_EQ(started ? QApplication::exec() : 0, 0) << why;
+        EXPECT_TRUE(application.ending()) << why;
+        EXPECT_FALSE(boxStands()) << why;
+    };
+    build();
+    GatewayApplication holder(dialogs, folder.path(), {});
+    ASSERT_TRUE(holder.start());
+    endsWithABox("the journal is in use");
+    QFile::remove(file("kb.mdb"));
+    endsWithABox("no database");
 }
 
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
