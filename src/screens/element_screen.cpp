@@ -53,6 +53,7 @@ ElementScreen::ElementScreen(Parts parts) : p_(std::move(parts)), form_(new Elem
         QStringLiteral("Where things are on WhatsApp's page. Locators that begin with / ( or ./ are XPath, others CSS. "
                        "Test frames what a box finds on the open page."),
         this);
+    intro->setTextFormat(Qt::PlainText);
     intro->setWordWrap(true);
     auto* bottom = new QWidget(this);
     buildButtons(bottom);

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "base/log.h"
+#include "widgets/plain_text.h"
 
 namespace kibo {
 namespace {
@@ -62,7 +63,7 @@ void QtDialogs::askBox(const InputBox& box, const Entered& entered) {
     if (closed_) return;
     auto* input = new QInputDialog(windowBelow());
     input->setWindowTitle(box.title);
-    input->setLabelText(box.prompt);
+    input->setLabelText(asPlainText(box.prompt));
     input->setTextEchoMode(box.secret ? QLineEdit::Password : QLineEdit::Normal);
     input->setTextValue(box.proposal);
     QObject::connect(input, &QDialog::finished, input, [this, input, entered](int answer) {

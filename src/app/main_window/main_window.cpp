@@ -8,6 +8,7 @@
 
 #include "main_window/window_controls.h"
 #include "widgets/icons.h"
+#include "widgets/plain_text.h"
 #include "widgets/window_look.h"
 
 namespace kibo {
@@ -46,7 +47,8 @@ void setUsable(QWidget* widget, bool usable) {
     if (widget->isEnabled() != usable) widget->setEnabled(usable);
 }
 
-void setHint(QWidget* widget, const QString& hint) {
+void setHint(QWidget* widget, const QString& text) {
+    const QString hint = asPlainText(text);
     if (widget->toolTip() != hint) widget->setToolTip(hint);
 }
 
