@@ -14,7 +14,8 @@ namespace kibo {
 class StartUp {
  public:
     /// `dialogs` must outlive it. `programFolder` holds settings and stores.
-    StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
+    StartUp(StartDialogs& dialogs, QString programFolder)
+        : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
     QString settingsFile() const;
 
@@ -32,7 +33,7 @@ class StartUp {
     /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
     void reportSettingsProblem(const QString& applicationName);
 
-    Dialogs& dialogs_;
+    StartDialogs& dialogs_;
     QString programFolder_;
 };
 
