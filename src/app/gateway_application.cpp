@@ -102,6 +102,7 @@ void GatewayApplication::buildEngine() {
         .pageInUse = pageInUse,
         .takeArrived = [this](const QList<ArrivedMessage>& arrived) { inbox_->arrivals.take(arrived); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+        .releaseMedia = [this](const QString& file) { mediaDownload_.release(file); },
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
     });

@@ -12,8 +12,8 @@ constexpr qint64 kUsualMegabytes = 64;  // what the page takes of a photo or vid
 
 }  // namespace
 
-MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch)
-    : settings_(settings), fetch_(std::move(fetch)) {}
+MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch, ReleaseMedia release)
+    : settings_(settings), fetch_(std::move(fetch)), release_(std::move(release)) {}
 
 Result<std::vector<Attachment>> MessageFiles::prepare(const QString& media, const QString& document) {
     std::vector<Attachment> files;
@@ -47,9 +47,11 @@ qint64 MessageFiles::mostBytes() const {
 }
 
 void MessageFiles::removeFetched() {
-    if (isYes(settings_.ClearTmp)) {
-        for (const QString& path : std::as_const(fetched_))
-            if (!QFile::remove(path)) log::warning("engine", QStringLiteral("a fetched file could not be removed"));
+    fetched_.removeDuplicates();
+    for (const QString& path : std::as_const(fetched_)) {
+        if (isYes(settings_.ClearTmp) && !QFile::remove(path))
+            log::warning("engine", QStringLiteral("a fetched file could not be removed"));
+        if (release_) release_(path);
     }
     fetched_.clear();
 }

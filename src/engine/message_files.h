@@ -11,14 +11,15 @@ namespace kibo {
 /// The files of the message in progress, ready on this computer before its chat is opened.
 class MessageFiles {
  public:
-    /// `fetch` may be empty: then messages with addresses fail.
-    MessageFiles(const Settings& settings, FetchMedia fetch);
+    /// `fetch` may be empty: then messages with addresses fail. So may `release`.
+    MessageFiles(const Settings& settings, FetchMedia fetch, ReleaseMedia release);
 
     /// What the columns name, media first: fetched where it is an address, and checked. The failure's text is for the
     /// operator.
     Result<std::vector<Attachment>> prepare(const QString& media, const QString& document);
 
-    /// With `ClearTmp` "Y": removes what `prepare` has fetched since. Files that were there before stay.
+    /// Lets go of what `prepare` has fetched since, and removes it with `ClearTmp` "Y". Files that were there before
+    /// stay.
     void removeFetched();
 
  private:
@@ -27,6 +28,7 @@ class MessageFiles {
 
     const Settings& settings_;
     FetchMedia fetch_;
+    ReleaseMedia release_;
     QStringList fetched_;
 };
 
