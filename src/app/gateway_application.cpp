@@ -15,7 +15,6 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
-#include "session/close_all.h"
 
 namespace kibo {
 namespace {
@@ -55,6 +54,7 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
       elementStore_(elementDatabase_),
       instanceRows_(database_),
       profileSettings_(state_, settings_, database_),
+      closeAll_({dialogs, instanceRows_, clock_, [this] { endProgram(); }}),
       startUp_(dialogs, programFolder_),
       browser_(programFolder_, clock_),
       mediaDownload_(settings_, clock_, programFolder_) {
@@ -189,7 +189,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };
     actions.newProfile = [this] { care_->newProfile(); };
     actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
-    actions.closeAll = guarded([this] { mncloseall_Click(); });
+    actions.closeAll = guarded([this] { closeAll_.mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
@@ -236,11 +236,6 @@ void GatewayApplication::Timer1_Timer() {
     keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
-}
-
-void GatewayApplication::mncloseall_Click() {
-    if (!closeAllInstances(dialogs_, instanceRows_, endOtherCopies)) return;
-    endProgram();
 }
 
 void GatewayApplication::refreshOutbox() {

@@ -23,6 +23,7 @@
 #include "main_window/window_picture.h"
 #include "screens/element_screen.h"
 #include "session/browser_care.h"
+#include "session/close_all.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
 #include "session/session_keeper.h"
@@ -61,7 +62,6 @@ class GatewayApplication {
     Result<void> openJournal();
     void buildBrowserParts();
     void Timer1_Timer();
-    void mncloseall_Click();
     void refreshOutbox();
     void mnElement_Click();
     void applyHideMe();
@@ -83,6 +83,7 @@ class GatewayApplication {
     ElementStore elementStore_;
     InstanceRows instanceRows_;
     ProfileSettings profileSettings_;
+    CloseAll closeAll_;
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;
