@@ -15,7 +15,6 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
-#include "session/close_all.h"
 
 namespace kibo {
 namespace {
@@ -110,6 +109,7 @@ void GatewayApplication::buildEngine() {
         .pageInUse = pageInUse,
         .takeArrived = [this](const QList<ArrivedMessage>& arrived) { inbox_->arrivals.take(arrived); },
         .fetchMedia = [this](const QString& address) { return mediaDownload_.fetch(address); },
+        .releaseMedia = [this](const QString& file) { mediaDownload_.release(file); },
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
     });
@@ -171,6 +171,8 @@ void GatewayApplication::buildBrowserParts() {
         .showState = [this] { window_->showState(); },
         .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
     });
+    closeAll_ = std::make_unique<CloseAll>(
+        CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
         .settings = settings_,
@@ -197,7 +199,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };
     actions.newProfile = [this] { care_->newProfile(); };
     actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
-    actions.closeAll = guarded([this] { mncloseall_Click(); });
+    actions.closeAll = guarded([this] { closeAll_->mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
@@ -244,13 +246,6 @@ void GatewayApplication::Timer1_Timer() {
     keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
-}
-
-void GatewayApplication::mncloseall_Click() {
-    closeAllInstances(*guardedDialogs_, instanceRows_, [this] {
-        endOtherCopies();
-        endProgram();
-    });
 }
 
 void GatewayApplication::refreshOutbox() {

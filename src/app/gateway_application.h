@@ -24,6 +24,7 @@
 #include "main_window/main_window.h"
 #include "main_window/window_picture.h"
 #include "session/browser_care.h"
+#include "session/close_all.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
 #include "session/session_keeper.h"
@@ -64,7 +65,6 @@ class GatewayApplication {
     Result<void> openJournal();
     void buildBrowserParts();
     void Timer1_Timer();
-    void mncloseall_Click();
     void refreshOutbox();
     void applyHideMe();
     void activate();
@@ -99,6 +99,7 @@ class GatewayApplication {
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<SessionKeeper> keeper_;
     std::unique_ptr<BrowserCare> care_;
+    std::unique_ptr<CloseAll> closeAll_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;

@@ -17,6 +17,8 @@ struct Attachment {
 
 /// Fetches the file at `address` to this computer and returns its path. May take long: it lets events run meanwhile.
 using FetchMedia = std::function<Result<QString>(const QString& address)>;
+/// Ends the need of a file that was fetched; another one may take its name.
+using ReleaseMedia = std::function<void(const QString& path)>;
 
 /// The two columns of a queued message that name files.
 enum class FileColumn { Media, Document };

@@ -39,6 +39,7 @@ struct Gateway {
         /// Takes messages that came in while their chat was open; may be empty.
         std::function<void(const QList<ArrivedMessage>&)> takeArrived = {};
         FetchMedia fetchMedia = {};      ///< fetches files given by address; may be empty
+        ReleaseMedia releaseMedia = {};  ///< lets go of them; may be empty
         QString programFolder = {};      ///< takes the login code's picture where no setting names a folder
         Clipboard* clipboard = nullptr;  ///< may be null: then texts are always typed
     };
@@ -50,7 +51,7 @@ struct Gateway {
           locators(n.state, n.clock),
           target(n.state, n.page, n.elements, n.clock, pacing, opener, locators),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
-          files(n.settings, n.fetchMedia),
+          files(n.settings, n.fetchMedia, n.releaseMedia),
           attachments(n.page, n.clock, pacing, typer),
           sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, target),

@@ -12,8 +12,8 @@ constexpr qint64 kUsualMegabytes = 64;  // what the page takes of a photo or vid
 
 }  // namespace
 
-MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch)
-    : settings_(settings), fetch_(std::move(fetch)) {}
+MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch, ReleaseMedia release)
+    : settings_(settings), fetch_(std::move(fetch)), release_(std::move(release)) {}
 
 bool MessageFiles::needFetching(const QString& media, const QString& document) const {
     return !unfetched(media, document).isEmpty();
@@ -64,10 +64,11 @@ qint64 MessageFiles::mostBytes() const {
 }
 
 void MessageFiles::removeFetched() {
-    if (isYes(settings_.ClearTmp)) {
-        for (const auto& [address, path] : fetched_)
-            if (path && !QFile::remove(path.value()))
-                log::warning("engine", QStringLiteral("a fetched file could not be removed"));
+    for (const auto& [address, path] : fetched_) {
+        if (!path) continue;
+        if (isYes(settings_.ClearTmp) && !QFile::remove(path.value()))
+            log::warning("engine", QStringLiteral("a fetched file could not be removed"));
+        if (release_) release_(path.value());
     }
     fetched_.clear();
 }

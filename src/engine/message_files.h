@@ -12,8 +12,8 @@ namespace kibo {
 /// The files of the message in progress: fetched while it still waits in the queue, checked before its chat is opened.
 class MessageFiles {
  public:
-    /// `fetch` may be empty: then messages with addresses fail.
-    MessageFiles(const Settings& settings, FetchMedia fetch);
+    /// `fetch` may be empty: then messages with addresses fail. So may `release`.
+    MessageFiles(const Settings& settings, FetchMedia fetch, ReleaseMedia release);
 
     /// Whether a column holds an address that `fetch` was not asked for since the last `removeFetched`.
     bool needFetching(const QString& media, const QString& document) const;
@@ -23,7 +23,7 @@ class MessageFiles {
     /// What the columns name, media first, checked. The failure's text is for the operator.
     Result<std::vector<Attachment>> prepare(const QString& media, const QString& document);
 
-    /// Forgets what was fetched; with `ClearTmp` "Y" its files go. Files that were there before stay.
+    /// Lets go of what was fetched, and removes it with `ClearTmp` "Y". Files that were there before stay.
     void removeFetched();
 
  private:
@@ -34,6 +34,7 @@ class MessageFiles {
     const Settings& settings_;
     FetchMedia fetch_;
     std::map<QString, Result<QString>> fetched_;  // by address: the file, or why there is none
+    ReleaseMedia release_;
 };
 
 }  // namespace kibo

@@ -20,8 +20,6 @@ constexpr int kLookMs = 20;
 constexpr int kGraceMs = 5'000;  // the downloader ends by itself at its limit; beyond this it hangs
 constexpr int kMostNames = 100;
 constexpr qsizetype kLongestReason = 200;
-// A message has two files at most, and the one after it begins when it is done.
-constexpr std::size_t kMostHeld = 8;
 
 QString hostOf(const QString& address) {
     const QString host = QUrl(address).host();
@@ -71,6 +69,7 @@ Result<QString> MediaDownload::fetch(const QString& address) {
     const Result<void> fetched = runDownloader(address, file.value());
     const QString host = hostOf(address);
     if (!fetched) {
+        release(file.value());
         log::warning(kLog, QString::fromStdString(fetched.failure().text));
         return fetched.failure();
     }
@@ -79,6 +78,10 @@ Result<QString> MediaDownload::fetch(const QString& address) {
                         .arg(host)
                         .arg(clock_.monotonicMs() - begin));
     return file;
+}
+
+void MediaDownload::release(const QString& file) {
+    std::erase_if(held_, [&file](const HeldName& name) { return name.file == file; });
 }
 
 Result<QString> MediaDownload::holdName(const QString& address) {
@@ -96,7 +99,6 @@ Result<QString> MediaDownload::holdName(const QString& address) {
             if (lock->error() == QLockFile::LockFailedError) continue;
             break;
         }
-        if (held_.size() == kMostHeld) held_.pop_front();
         held_.push_back({address, file, std::move(lock)});
         return file;
     }

@@ -2,8 +2,8 @@
 
 #include <QLockFile>
 #include <QString>
-#include <deque>
 #include <memory>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/settings.h"
@@ -28,9 +28,11 @@ class MediaDownload {
     MediaDownload(const Settings& settings, Clock& clock, QString programFolder, DownloadLimits limits = {});
 
     /// Runs the program Downloadmedia and waits for it, with events running. The path of the file, which belongs to the
-    /// caller from then on: it has the name of mediaFileName, with a number where another address's file of that name,
-    /// or another instance's, is in use. The failure's text is for the operator.
+    /// caller until `release`: it has the name of mediaFileName, with a number where another address's file of that
+    /// name, or another instance's, is in use. The failure's text is for the operator.
     Result<QString> fetch(const QString& address);
+    /// The caller needs the file no more: its name is free for others.
+    void release(const QString& file);
 
     /// Has the external downloader (wget) fetch the file at `address`, under its last part, and doesn't wait for it.
     /// Fails when it can't be started; what becomes of the download is not known here.
@@ -52,7 +54,7 @@ class MediaDownload {
     Clock& clock_;
     const QString programFolder_;
     const DownloadLimits limits_;
-    std::deque<HeldName> held_;  ///< the newest last
+    std::vector<HeldName> held_;  ///< of the message in progress
 };
 
 }  // namespace kibo

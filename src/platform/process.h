@@ -44,11 +44,13 @@ std::string executablePath(ProcessId pid);
 std::vector<std::string> commandLine(ProcessId pid);
 /// Every running process that was started with this argument, as far as this user may see it.
 std::vector<Process> processesWithArgument(const std::string& argument);
-/// Every running process of that very file, this one included.
-std::vector<Process> processesOf(const std::string& executable);
 /// Every running process whose program file has one of these names, without folder ("chromedriver"). On Windows
 /// case doesn't count.
 std::vector<Process> processesNamed(const std::vector<std::string>& names);
+
+/// Asks a process to end, and doesn't wait: a signal, or on Windows the closing of its windows. Does nothing when that
+/// process is no longer there. Fails with Io when the system refuses.
+Result<void> askToEnd(ProcessId pid, ProcessStartTime startTime);
 
 /// Ends a process: asks it first where the system can (a signal), waits up to `graceMs` milliseconds, then ends
 /// it for certain. Does nothing when that process is no longer there, so an id in use again is safe. Blocks until

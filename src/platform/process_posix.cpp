@@ -116,18 +116,18 @@ std::vector<Process> processesWithArgument(const std::string& argument) {
     });
 }
 
-std::vector<Process> processesOf(const std::string& executable) {
-    std::error_code error;
-    const std::string path = fs::weakly_canonical(executable, error).string();
-    if (path.empty()) return {};
-    return processesWhere([&path](ProcessId pid, const Stat&) { return executablePath(pid) == path; });
-}
-
 std::vector<Process> processesNamed(const std::vector<std::string>& names) {
     return processesWhere([&names](ProcessId pid, const Stat&) {
         const std::string name = fs::path(executablePath(pid)).filename().string();
         return !name.empty() && std::find(names.begin(), names.end(), name) != names.end();
     });
+}
+
+Result<void> askToEnd(ProcessId pid, ProcessStartTime startTime) {
+    // A process id of 0 or below would mean a whole group of processes to kill(2).
+    if (pid <= 0 || !isRunning(pid, startTime)) return {};
+    if (::kill(static_cast<pid_t>(pid), SIGTERM) == 0 || errno == ESRCH) return {};
+    return Failure{FailureKind::Io, "process " + std::to_string(pid) + " can't be asked to end", {}};
 }
 
 Result<void> terminate(ProcessId pid, ProcessStartTime startTime, int graceMs) {

@@ -117,14 +117,6 @@ std::vector<Process> processesWithArgument(const std::string& argument) {
     return found;
 }
 
-std::vector<Process> processesOf(const std::string& executable) {
-    std::vector<Process> found = processesNamed({executable.substr(executable.find_last_of('\\') + 1)});
-    std::erase_if(found, [&](const Process& process) {
-        return ::lstrcmpiA(executablePath(process.id).c_str(), executable.c_str()) != 0;
-    });
-    return found;
-}
-
 std::vector<Process> processesNamed(const std::vector<std::string>& names) {
     if (names.empty()) return {};
     std::string where;
@@ -133,6 +125,18 @@ std::vector<Process> processesNamed(const std::vector<std::string>& names) {
         return std::any_of(names.begin(), names.end(),
                            [&](const std::string& name) { return ::lstrcmpiA(entry.szExeFile, name.c_str()) == 0; });
     });
+}
+
+Result<void> askToEnd(ProcessId pid, ProcessStartTime startTime) {
+    if (pid <= 0 || !isRunning(pid, startTime)) return {};
+    const auto close = [](HWND window, LPARAM wanted) -> BOOL {
+        DWORD owner = 0;
+        ::GetWindowThreadProcessId(window, &owner);
+        if (owner == static_cast<DWORD>(wanted) && ::IsWindowVisible(window)) ::PostMessageA(window, WM_CLOSE, 0, 0);
+        return TRUE;
+    };
+    if (::EnumWindows(close, static_cast<LPARAM>(pid))) return {};
+    return lastFailure("process " + std::to_string(pid) + " can't be asked to end");
 }
 
 Result<void> terminate(ProcessId pid, ProcessStartTime startTime, int graceMs) {

@@ -31,7 +31,7 @@ class OpenBox : public Engine {
         state.Timer_KIBO = StateTimer(5, true);
         MainWindowActions actions;
         actions.runCleaner = [this] { care.mn_cleaner_Click(); };
-        actions.closeAll = [this] { closeAllInstances(dialogs, rows, [] { ADD_FAILURE(); }); };
+        actions.closeAll = [this] { closeAll.mncloseall_Click(); };
         window = std::make_unique<MainWindow>(state, settings, dialogs, std::move(actions));
         window->show();
         timers.add(state.Timer_KIBO, [this] { tick(); });
@@ -69,6 +69,7 @@ class OpenBox : public Engine {
                       .hideWindow = [](bool) { return false; },
                       .endSession = [] { ADD_FAILURE(); },
                       .cleanUp = {}}};
+    CloseAll closeAll{{dialogs, rows, clock, [] { ADD_FAILURE(); }}};
     std::unique_ptr<MainWindow> window;
     std::function<void()> whileTyped;  // a text stands in a chat's box, and Enter is to come
 };

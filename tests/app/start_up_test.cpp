@@ -1,15 +1,18 @@
 #include <QAction>
 #include <QDir>
+#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
+#include <array>
 
 #include "app/form_load.h"
 #include "app/gateway_application.h"
 #include "base/settings_file.h"
 #include "session/close_all.h"
 #include "session/profile_settings.h"
+#include "support/manual_clock.h"
 #include "support/stores.h"
 #include "support/window_fixture.h"
 #include "widgets/qt_dialogs.h"
@@ -275,16 +278,33 @@ TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
     EXPECT_EQ(sqlite(file("kb.mdb"), QStringLiteral("select id from web_user where qr = 'code'")).trimmed(),
               QStringLiteral("13"));
 
+    // Copies of a program that no other test knows, in two folders; they don't end when they are asked.
+    const QString program = QStringLiteral("copy-%1").arg(QCoreApplication::applicationPid());
+    std::array<QProcess, 2> copies;
+    for (QProcess& copy : copies) {
+        const QString home = folder.filePath(QString::number(&copy - copies.data()));
+        QDir().mkpath(home);
+        ASSERT_TRUE(QFile::copy(QStringLiteral("/bin/dash"), home + u'/' + program));
+        copy.start(home + u'/' + program, {QStringLiteral("-c"), QStringLiteral("trap 'echo asked' TERM; echo; "
+                                                                                "while :; do sleep 0.02; done")});
+        ASSERT_TRUE(copy.waitForReadyRead());
+        copy.readAll();
+    }
     bool ended = false;
+    ManualClock now;
+    CloseAll closeAll({dialogs, rows, now, [&] { ended = true; }, program.toStdString()});
     dialogs.answers = {false, true};
-    closeAllInstances(dialogs, rows, [&] { ended = true; });
-    EXPECT_FALSE(ended);
+    closeAll.mncloseall_Click();
     EXPECT_EQ(tmpRows(), left);
-    closeAllInstances(dialogs, rows, [&] { ended = true; });
-    EXPECT_TRUE(ended);
+    closeAll.mncloseall_Click();
     EXPECT_EQ(tmpRows(), "restart=x restart000012=x");
     EXPECT_EQ(dialogs.said(0), "Close All|Are You Sure ??");
     EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
+    for (QProcess& copy : copies) EXPECT_TRUE(copy.waitForReadyRead()) << "each is asked before any is ended";
+    EXPECT_FALSE(ended) << "the window goes on while they end";
+    now.wait(3000);
+    QTRY_VERIFY(ended);
+    for (QProcess& copy : copies) QTRY_COMPARE(copy.state(), QProcess::NotRunning);
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ class Engine : public ::testing::Test {
     FakePage page{clock};
     SendJournal journal;
     FetchMedia fetch;  // what the gateway fetches with; none at first
+    ReleaseMedia release = [](const QString&) {};
     FakeClipboard clipboard{page};
     Gateway gateway{{.state = state,
                      .settings = settings,
@@ -116,6 +117,7 @@ class Engine : public ::testing::Test {
                      .journal = journal,
                      .random = [] { return 0.0; },
                      .fetchMedia = [this](const QString& address) { return fetch(address); },
+                     .releaseMedia = [this](const QString& path) { release(path); },
                      .clipboard = &clipboard}};
     std::mt19937 generator{4711};
 };

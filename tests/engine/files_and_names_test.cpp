@@ -81,10 +81,15 @@ TEST_F(FilesAndNames, AddressesAreFetchedAndOnlyWhatWasFetchedIsRemoved) {
         if (address.endsWith(QLatin1Char('2'))) return Failure{FailureKind::Remote, "no answer"};
         return fetched = write(QStringLiteral("fetched.png"), "y");
     };
+    QStringList released;
+    release = [&](const QString& path) {
+        EXPECT_FALSE(QFile::exists(path));
+        released.append(path);
+    };
     EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), QStringLiteral("hTTps://example.org/1"), document), QString());
     ASSERT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(page.delivered[0].file, fetched);
-    EXPECT_FALSE(QFile::exists(fetched));
+    EXPECT_EQ(released, QStringList(fetched));
     EXPECT_TRUE(QFile::exists(kept) && QFile::exists(document));
     EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), {}, QStringLiteral("http://example.org/2")), QStringLiteral("fail"));
     EXPECT_EQ(lastReason(), QStringLiteral("the document could not be fetched: no answer"));

@@ -82,6 +82,11 @@ TEST_F(Media, IsFetchedIntoTheFolderUnderANameOfItsOwn) {
     const auto missing = media.fetch(address + QStringLiteral("/none?key=geheim"));
     EXPECT_EQ(missing.failure().text, "the file from 127.0.0.1 can't be fetched: the server answers 404");
     EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("tmp/none"))));
+
+    for (const auto& file : {first, sameName}) media.release(file.value());
+    EXPECT_EQ(QDir(folder_.filePath(QStringLiteral("tmp"))).entryList({QStringLiteral("*.lock")}),
+              QStringList(QStringLiteral("schön 1 (3).jpg.lock")))
+        << "names are held for as long as a message needs them";
 }
 
 TEST_F(Media, EndsAtItsLimitAndWithTheProgram) {
