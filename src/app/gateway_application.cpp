@@ -171,8 +171,8 @@ void GatewayApplication::buildBrowserParts() {
         .showState = [this] { window_->showState(); },
         .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
     });
-    closeAll_ = std::make_unique<CloseAll>(
-        CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
+    closeAll_ =
+        std::make_unique<CloseAll>(CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
         .settings = settings_,
