@@ -61,7 +61,9 @@ class LoadedQueue {
     }
     Database& database() { return database_; }
     /// The statement that a refresh loads the rows with.
-    QString statement() const { return queue_sql::selection(false, false, {}, {}, isYes(settings_.LimitSelect)).rows; }
+    QString statement() const {
+        return queue_sql::selection(false, false, {}, {}, isYes(settings_.LimitSelect) ? queue_sql::kLimit : 0).rows;
+    }
 
  private:
     SystemClock clock_;

@@ -9,9 +9,9 @@
 namespace kibo {
 namespace queue_sql {
 
-Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited) {
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, int mostRows) {
     const QString columns = QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from ");
-    const QString limit = limited ? QStringLiteral(" LIMIT 10 ") : QString();
+    const QString limit = mostRows > 0 ? QStringLiteral(" LIMIT %1 ").arg(mostRows) : QString();
     if (!scheduled && !multi) {
         return {columns + QStringLiteral("outbox where wa_mode <> '3'") + QStringLiteral("order by id ") + limit,
                 QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3'"),
@@ -121,8 +121,10 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString now = clock_.now().toString(kTimeFormat);
     const bool localStore = isYes(settings_.UseMDB);
     if (localStore) settings_.Scheduled = QStringLiteral("N");
-    const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now,
-                                                isYes(settings_.LimitSelect) && !localStore);
+    // Rows that are left alone take no place of those behind them.
+    const bool limited = isYes(settings_.LimitSelect) && !localStore;
+    const int mostRows = limited ? queue_sql::kLimit + refused_.count() : 0;
+    const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now, mostRows);
     const Database::Values values(selection.values.begin(), selection.values.end());
 
     // Only the local store can tell, and it has no schedule: the same data are the same rows.

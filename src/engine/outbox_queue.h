@@ -100,7 +100,9 @@ struct Selection {
     QString count;
     QStringList values;
 };
-Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited);
+/// `mostRows`: 0 for no limit.
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, int mostRows);
+constexpr int kLimit = 10;  // of `LimitSelect`
 
 }  // namespace queue_sql
 
