@@ -131,6 +131,27 @@ TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
     EXPECT_TRUE(journal.entries().empty());
 }
 
+TEST_F(Queue, UnderALimitIsCountedOnceASecond) {
+    settings.UseMDB = QStringLiteral("N");  // as on a server
+    settings.LimitSelect = QStringLiteral("Y");
+    const auto counted = [this] {
+        gateway.queue.cmd_OutboxRefresh_Click();
+        return state.Outbox_Cnt.caption.toInt();
+    };
+    for (int i = 0; i < 20; ++i) queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 20);
+    queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 20);
+    clock.wait(1000);
+    EXPECT_EQ(counted(), 21);
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox where id > 3")));
+    EXPECT_EQ(counted(), 3) << "all are loaded";
+    for (int i = 0; i < 20; ++i) queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 23);
+    settings.Multi = QStringLiteral("Y");
+    EXPECT_EQ(counted(), 0) << "other rows are asked for";
+}
+
 TEST_F(Queue, TenRefusedRowsDoNotFillTheLimit) {
     for (int i = 0; i < queue_sql::kLimit; ++i) queue(QStringLiteral("628111"), QStringLiteral("too long"));
     queue(QStringLiteral("628111"), QStringLiteral("a"));
