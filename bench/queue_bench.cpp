@@ -61,7 +61,9 @@ class LoadedQueue {
     }
     Database& database() { return database_; }
     /// The statement that a refresh loads the rows with.
-    QString statement() const { return queue_sql::selection(false, false, {}, {}, isYes(settings_.LimitSelect)).rows; }
+    QString statement() const {
+        return queue_sql::selection(false, false, {}, {}, isYes(settings_.LimitSelect) ? queue_sql::kLimit : 0).rows;
+    }
 
  private:
     SystemClock clock_;
@@ -133,10 +135,10 @@ void compareLengths(Table& table, test::MariaDbServer& server) {
         return std::make_unique<LoadedQueue>(settings, QString());
     };
     const auto compare = [&](const char* what, const std::function<void()>& ofLong,
-                             const std::function<void()>& ofShort) {
+                             const std::function<void()>& ofShort, double target = kLengthTarget) {
         const SideBySide times = sideBySide(kFastSamples, ofLong, ofShort);
         table.add({std::string("LimitSelect, 100,000 rows over 100: ") + what, "ms", times.measured, times.reference,
-                   kLengthTarget, kFastSamples});
+                   target, kFastSamples});
     };
 
     const auto longQueue = queueOf("kibo", "N"), shortQueue = queueOf("kibo_short", "N");
@@ -144,8 +146,8 @@ void compareLengths(Table& table, test::MariaDbServer& server) {
         "rows alone", [&] { (void)longQueue->database().openRows(longQueue->statement()); },
         [&] { (void)shortQueue->database().openRows(shortQueue->statement()); });
     compare(
-        "refresh", [&] { longQueue->refresh(kRows); }, [&] { shortQueue->refresh(kFewRows); });
-    table.note("  LimitSelect: the count, part of every refresh, reads each due row's index entry whatever the limit");
+        "refresh", [&] { longQueue->refresh(kRows); }, [&] { shortQueue->refresh(kFewRows); }, kTimeTarget);
+    table.note("  LimitSelect: one refresh in a second also counts, which reads each due row's index entry");
     const auto later = queueOf("kibo_later", "Y"), shortLater = queueOf("kibo_short_later", "Y");
     compare(
         "10 due", [&] { later->refresh(kDueRows); }, [&] { shortLater->refresh(kDueRows); });

@@ -232,16 +232,21 @@ Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
 }
 
 Result<void> GatewayApplication::openJournal() {
-    return journal_.open(
-        QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
+    return journal_.open(journalFile());
+}
+
+/// Of the profile that is chosen now.
+QString GatewayApplication::journalFile() const {
+    return QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity()));
 }
 
 void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
     inbox_->reader.storeWaiting();
     inbox_->grid.keepFresh();
-    // What the store alone can settle need not wait for the page.
-    if (!state_.stepRunning && database_.isOpen()) gateway_->recovery.settleInStore();
+    // What the store alone can settle need not wait for the page. Between two browsers another profile may be chosen,
+    // whose rows tell nothing of what this journal holds.
+    if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) gateway_->recovery.settleInStore();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;

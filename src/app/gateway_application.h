@@ -63,6 +63,7 @@ class GatewayApplication {
 
     Result<void> openBrowser(const LaunchOptions& options);
     Result<void> openJournal();
+    QString journalFile() const;
     void buildBrowserParts();
     void Timer1_Timer();
     void refreshOutbox();

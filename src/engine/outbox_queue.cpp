@@ -9,9 +9,9 @@
 namespace kibo {
 namespace queue_sql {
 
-Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited) {
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, int mostRows) {
     const QString columns = QStringLiteral("select wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, id from ");
-    const QString limit = limited ? QStringLiteral(" LIMIT 10 ") : QString();
+    const QString limit = mostRows > 0 ? QStringLiteral(" LIMIT %1 ").arg(mostRows) : QString();
     if (!scheduled && !multi) {
         return {columns + QStringLiteral("outbox where wa_mode <> '3'") + QStringLiteral("order by id ") + limit,
                 QStringLiteral("select count(1) as cnt from outbox where wa_mode <> '3'"),
@@ -75,6 +75,8 @@ const QString kSaysTheSame = QStringLiteral(
 const QString kRemoveFromSent = QStringLiteral("delete from sent where id = ?") + kSaysTheSame;
 const QString kRemoveCopyInMulti =
     QStringLiteral("delete from multi where tipe = 'S' and profil = ? and id_outbox = ?") + kSaysTheSame;
+const QString kHoldInOutbox = QStringLiteral("update outbox set wa_mode = 3 where id = ?");
+const QString kHoldInMulti = QStringLiteral("update multi set wa_mode = 3 where tipe = 'O' and profil = ? and id = ?");
 const QString kBackToOutbox = QStringLiteral(
     "insert into outbox (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) values (?, ?, ?, ?, ?, ?, ?)");
 const QString kBackToMulti = QStringLiteral(
@@ -87,14 +89,18 @@ const QString kAddCopyToMulti = QStringLiteral(
     "insert into multi (tipe, profil, id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, status) "
     "values ('S', ?, ?, ?, ?, ?, ?, ?, ?, ?)");
 
+/// A row without a time has none, and a server takes no empty text for one.
+QVariant timeOf(const QueuedRow& row) {
+    return row.time.isEmpty() ? QVariant() : QVariant::fromValue(StoredTime{row.time});
+}
+
 /// The columns that every table of messages has, in the statements' order.
 Database::Values columns(const QueuedRow& row) {
-    // A row without a time has none, and a server takes no empty text for one.
-    const QVariant time = row.time.isEmpty() ? QVariant() : QVariant::fromValue(StoredTime{row.time});
-    return {row.id.toLongLong(), row.mode.toInt(), row.number, row.text, row.media, row.file, time};
+    return {row.id.toLongLong(), row.mode.toInt(), row.number, row.text, row.media, row.file, timeOf(row)};
 }
 
 constexpr qint64 kAskNextDueEveryMs = 10'000;
+constexpr qint64 kCountEveryMs = 1'000;
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 /// The queue's rows as the grid shows them: a line of the grid is tab-separated, so a text's tabs become blanks.
@@ -121,8 +127,10 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString now = clock_.now().toString(kTimeFormat);
     const bool localStore = isYes(settings_.UseMDB);
     if (localStore) settings_.Scheduled = QStringLiteral("N");
-    const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now,
-                                                isYes(settings_.LimitSelect) && !localStore);
+    // Rows that are left alone take no place of those behind them.
+    const bool limited = isYes(settings_.LimitSelect) && !localStore;
+    const int mostRows = limited ? queue_sql::kLimit + refused_.count() : 0;
+    const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now, mostRows);
     Database::Values values;
     for (const QString& value : selection.values)
         values.append(value == now ? QVariant::fromValue(StoredTime{value}) : QVariant(value));
@@ -142,6 +150,7 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
         state_.ms_out.setRows(std::make_shared<ListRows>());
         state_.Outbox_Cnt.caption = QStringLiteral("0");
         dueCount_ = 0;
+        counted_.clear();
         state_.dboff.visible = true;
         if (!localStore && !database_.isOpen() && database_.reopen())
             log::info("engine", QStringLiteral("database connection is back"));
@@ -149,11 +158,27 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     }
     state_.dboff.visible = false;
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
-    const Recordset count = database_.OpenRecordset(selection.count, values);
-    if (count.eof()) return;
-    state_.Outbox_Cnt.caption = count.field(0);
-    dueCount_ = count.field(0).toLongLong();
-    loadedMark_ = mark;
+    showCount(selection, mostRows);
+    if (!counted_.isEmpty()) loadedMark_ = mark;
+}
+
+/// Counting costs a look at every due row, so under a limit it is left out where it can be.
+void OutboxQueue::showCount(const queue_sql::Selection& selection, int mostRows) {
+    const QString counted = selection.count + profile();
+    const int loaded = state_.ms_out.rowCount() - 1;
+    if (loaded < mostRows) {  // these are all
+        dueCount_ = loaded;
+        counted_.clear();
+    } else if (mostRows == 0 || counted != counted_ || clock_.monotonicMs() >= countAgainMs_) {
+        counted_.clear();
+        const Recordset count = database_.OpenRecordset(
+            selection.count, Database::Values(selection.values.begin(), selection.values.end()));
+        if (count.eof()) return;
+        dueCount_ = count.field(0).toLongLong();
+        counted_ = counted;
+        countAgainMs_ = clock_.monotonicMs() + kCountEveryMs;
+    }
+    state_.Outbox_Cnt.caption = QString::number(dueCount_);
 }
 
 std::optional<QDateTime> OutboxQueue::nextDue() {
@@ -203,6 +228,7 @@ std::optional<QueuedRow> OutboxQueue::nextRow() {
 OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
     const QString& id = loaded.id;
     const qint64 key = id.toLongLong();
+    unknownTake_ = id;
     auto transaction = Transaction::begin(database_);
     if (!transaction) return notTaken(id, {}, transaction.failure());
     const auto row = lockedRow(key);
@@ -210,6 +236,7 @@ OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
     if (*row != loaded) {
         log::info("engine", QStringLiteral("message %1 was changed or withdrawn before it was taken").arg(id));
         loadedMark_.clear();
+        unknownTake_.clear();
         return Taken::No;
     }
     const QString copy = multi() ? kCopyInMulti : kCopyToSent;
@@ -219,10 +246,14 @@ OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
     const QString remove = multi() ? kDeleteFromMulti : kDeleteFromOutbox;
     const auto deleted = database_.attempt(remove, whose);
     if (!deleted) return notTaken(id, remove, deleted.failure());
-    // Another program was faster where the store has no locks: the message isn't ours, and the copy is undone.
-    if (copied.value() == 0 || deleted.value() == 0) return Taken::No;
+    if (copied.value() == 0 || deleted.value() == 0) {
+        // Another program was faster where the store has no locks: the message isn't ours, and the copy is undone.
+        unknownTake_.clear();
+        return Taken::No;
+    }
     const auto committed = transaction.value().commit();
     if (!committed) return notTaken(id, {}, committed.failure());
+    unknownTake_.clear();
     refused_.dropIf([key](qint64 refused) { return refused == key; });
     showRefused();
     return Taken::Yes;
@@ -245,6 +276,7 @@ OutboxQueue::Taken OutboxQueue::notTaken(const QString& id, const QString& sql, 
     const QString why = QString::fromStdString(failure.text);
     const bool refused = failure.kind == FailureKind::RowRefused;
     if (refused) {
+        unknownTake_.clear();
         refused_.add(id.toLongLong(), why);
         showRefused();
     }
@@ -282,8 +314,18 @@ std::optional<OutboxQueue::Place> OutboxQueue::find(const QString& id) {
     return Place{queued.field(0).toInt() > 0, copied.field(0).toInt() > 0};
 }
 
+bool OutboxQueue::hold(const QString& id) {
+    const qint64 key = id.toLongLong();
+    return (multi() ? database_.execute(kHoldInMulti, {profile(), key}) : database_.execute(kHoldInOutbox, {key}))
+        .has_value();
+}
+
 bool OutboxQueue::removeCopy(const QueuedRow& row) {
-    return deleteCopy(row).has_value();
+    const auto removed = deleteCopy(row);
+    if (removed) return true;
+    log::error("engine", QStringLiteral("the sent log keeps its copy of message %1: %2")
+                             .arg(row.id, QString::fromStdString(removed.failure().text)));
+    return removed.failure().kind == FailureKind::RowRefused;
 }
 
 bool OutboxQueue::putBack(const QueuedRow& row) {
@@ -291,15 +333,19 @@ bool OutboxQueue::putBack(const QueuedRow& row) {
     if (!transaction) return false;
     const auto queued = multi() ? database_.execute(kBackToMulti, Database::Values{profile()} + columns(row))
                                 : database_.execute(kBackToOutbox, columns(row));
-    return queued == 1 && deleteCopy(row) == 1 && transaction.value().commit();
+    if (queued != 1) return false;
+    const auto removed = deleteCopy(row);
+    if (!removed)
+        log::error("engine", QStringLiteral("message %1 can't go back into the queue: %2")
+                                 .arg(row.id, QString::fromStdString(removed.failure().text)));
+    return removed && removed.value() == 1 && transaction.value().commit();
 }
 
-std::optional<int> OutboxQueue::deleteCopy(const QueuedRow& row) {
+Result<qint64> OutboxQueue::deleteCopy(const QueuedRow& row) {
     // An id may have been given twice over the years, so an older message of the same id is told by what it says.
-    const Database::Values message{row.id.toLongLong(), row.number, row.text,
-                                   QVariant::fromValue(StoredTime{row.time})};
-    return multi() ? database_.execute(kRemoveCopyInMulti, Database::Values{profile()} + message)
-                   : database_.execute(kRemoveFromSent, message);
+    const Database::Values message{row.id.toLongLong(), row.number, row.text, timeOf(row)};
+    return multi() ? database_.attempt(kRemoveCopyInMulti, Database::Values{profile()} + message)
+                   : database_.attempt(kRemoveFromSent, message);
 }
 
 bool OutboxQueue::addCopy(const QueuedRow& row, const QString& status) {

@@ -13,6 +13,21 @@
 
 namespace kibo {
 
+/// The fixed texts of the queue's statements; "?" stands for a bound value.
+namespace queue_sql {
+
+/// Which rows are due, and how many; `values` are to be bound in order.
+struct Selection {
+    QString rows;
+    QString count;
+    QStringList values;
+};
+/// `mostRows`: 0 for no limit.
+Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, int mostRows);
+constexpr int kLimit = 10;  // of `LimitSelect`
+
+}  // namespace queue_sql
+
 /// The queue of due messages: loads it into the grid `ms_out`, and moves a message from the queue to the sent log
 /// before it is typed. In multi-session mode both live in the table `multi`, keyed by the profile.
 class OutboxQueue {
@@ -47,6 +62,10 @@ class OutboxQueue {
     /// log or still in the queue, never in both and never in neither. Only as it was loaded: a row that somebody has
     /// corrected or held since then stays where it is.
     Taken take(const QueuedRow& loaded);
+    /// Whether the last attempt to take a message ended unknown, and it was this one: nothing was typed of it then.
+    bool takeIsUnknown(const QString& id) const { return unknownTake_ == id; }
+    /// Keeps a row in the queue from being sent, as other programs do. False when the store refuses.
+    bool hold(const QString& id);
     /// How many messages are left alone for a while, being refused.
     int refusedCount() const { return refused_.count(); }
 
@@ -59,7 +78,8 @@ class OutboxQueue {
         bool copied = false;
     };
     std::optional<Place> find(const QString& id);
-    /// Takes back the copy of a message that still stands in the queue.
+    /// Takes back the copy of a message that still stands in the queue. True also where the sent log keeps it: trying
+    /// again would change nothing.
     bool removeCopy(const QueuedRow& row);
     /// Moves a message that was taken and not typed back from the sent log, in one transaction. False when it was not
     /// seen to move.
@@ -72,7 +92,8 @@ class OutboxQueue {
     QString storeIdentity() const;
 
  private:
-    std::optional<int> deleteCopy(const QueuedRow& row);
+    void showCount(const queue_sql::Selection& selection, int mostRows);
+    Result<qint64> deleteCopy(const QueuedRow& row);
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }
     int nextIndex();
@@ -85,23 +106,13 @@ class OutboxQueue {
     Database& database_;
     Clock& clock_;
     qint64 dueCount_ = 0;
-    QString loadedMark_;  // the store's change mark when the rows were loaded; empty: not known
+    QString counted_;  // what `dueCount_` counts
+    qint64 countAgainMs_ = 0;
+    QString unknownTake_;  // id
+    QString loadedMark_;   // the store's change mark when the rows were loaded; empty: not known
     std::optional<QDateTime> nextDue_;
     qint64 askNextDueMs_ = 0;
     RefusedRows<qint64> refused_;  // by id
 };
-
-/// The fixed texts of the queue's statements; "?" stands for a bound value.
-namespace queue_sql {
-
-/// Which rows are due, and how many; `values` are to be bound in order.
-struct Selection {
-    QString rows;
-    QString count;
-    QStringList values;
-};
-Selection selection(bool scheduled, bool multi, const QString& profile, const QString& now, bool limited);
-
-}  // namespace queue_sql
 
 }  // namespace kibo

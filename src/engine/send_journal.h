@@ -43,6 +43,7 @@ class SendJournal {
     /// meant for the operator.
     Result<void> open(const QString& file);
     bool isOpen() const { return file_ != nullptr; }
+    bool isOpen(const QString& file) const { return isOpen() && path_ == file; }
 
     /// Each returns when its record is on the disk. After a failure of these two the step must not be taken.
     Result<void> taken(const QueuedRow& row);

@@ -45,6 +45,12 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         journal_.ended(entry.row.id);
         return true;
     }
+    // The answer to the taking was lost, and this run goes on: it is sent in its turn.
+    if (queue_.takeIsUnknown(entry.row.id) && queue_.putBack(entry.row)) {
+        log::info("engine", QStringLiteral("message %1 is in the queue again").arg(entry.row.id));
+        journal_.ended(entry.row.id);
+        return true;
+    }
     showAsMessage(entry);
     sender_.recordFailure(kNotTyped);
     return true;
@@ -64,7 +70,12 @@ bool SendRecovery::settleOnPage() {
     const auto place = queue_.find(entry.row.id);
     if (!place) return false;  // the store is away again
     // A store that lost its last statements may have it in the queue again; it must not go out from there.
-    if (place->queued && queue_.take(entry.row) != OutboxQueue::Taken::Yes) return false;
+    if (place->queued) {
+        const OutboxQueue::Taken taken = queue_.take(entry.row);
+        if (taken == OutboxQueue::Taken::Unknown) return false;
+        // What the sent log refuses holds up nothing but itself.
+        if (taken == OutboxQueue::Taken::Refused && !queue_.hold(entry.row.id)) return false;
+    }
     showAsMessage(entry);
     state_.step = QStringLiteral("Looking whether message %1 was sent").arg(entry.row.id);
     const std::optional<Delivery> delivery = deliveryCheck_.look(entry);

@@ -80,6 +80,52 @@ TEST_F(Crash, BeforeTheRowWasWithdrawnWritesNothing) {
     EXPECT_TRUE(page.delivered.empty());
 }
 
+TEST_F(Crash, OfTheAnswerToTheTakingSendsTheMessageOnce) {
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
+    for (int i = 0; i < 3; ++i) tick();
+    ASSERT_EQ(journal.entries().size(), 1u) << "what became of it is not known";
+    // As a server leaves it whose answer to COMMIT did not arrive.
+    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
+    ASSERT_TRUE(database.Execute(
+        QStringLiteral("insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) select id, wa_mode, "
+                       "wa_no, wa_text, wa_media, wa_file, wa_time from outbox")));
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    settle();
+    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(status(id), QString());
+    EXPECT_EQ(count(QStringLiteral("sent")), 1);
+}
+
+TEST_F(Crash, SettledAgainstASentLogThatRefusesHoldsUpNoOthers) {
+    const auto refuse = [this](const char* what) {
+        EXPECT_TRUE(database.Execute(QStringLiteral("create trigger refuse before %1 = 'hello' begin select "
+                                                    "raise(abort, 'refused'); end")
+                                         .arg(QLatin1String(what))));
+    };
+    // A store that lost its last statements has what was typed in the queue again, from where it must not go out.
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
+    queue(kAni, QStringLiteral("other"));
+    refuse("insert on sent when new.wa_text");
+    restart();
+    settle();
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].text, QStringLiteral("other"));
+    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_mode from outbox")).field(0), QStringLiteral("3"));
+
+    // A copy that can't be taken back.
+    ASSERT_TRUE(database.Execute(QStringLiteral("drop trigger refuse")));
+    ASSERT_TRUE(database.Execute(QStringLiteral("update outbox set wa_mode = 0")));
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_TRUE(database.Execute(
+        QStringLiteral("insert into sent (id, wa_no, wa_text, wa_time) select id, wa_no, wa_text, wa_time from "
+                       "outbox")));
+    refuse("delete on sent when old.wa_text");
+    restart();
+    settle();
+    EXPECT_EQ(page.delivered.size(), 2u);
+}
+
 TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
     const auto crashAroundEnter = [this](const QString& text) {
         id = queue(kAni, text);

@@ -131,6 +131,42 @@ TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
     EXPECT_TRUE(journal.entries().empty());
 }
 
+TEST_F(Queue, UnderALimitIsCountedOnceASecond) {
+    settings.UseMDB = QStringLiteral("N");  // as on a server
+    settings.LimitSelect = QStringLiteral("Y");
+    const auto counted = [this] {
+        gateway.queue.cmd_OutboxRefresh_Click();
+        return state.Outbox_Cnt.caption.toInt();
+    };
+    for (int i = 0; i < 20; ++i) queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 20);
+    queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 20);
+    clock.wait(1000);
+    EXPECT_EQ(counted(), 21);
+    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox where id > 3")));
+    EXPECT_EQ(counted(), 3) << "all are loaded";
+    for (int i = 0; i < 20; ++i) queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 23);
+    settings.Multi = QStringLiteral("Y");
+    EXPECT_EQ(counted(), 0) << "other rows are asked for";
+}
+
+TEST_F(Queue, TenRefusedRowsDoNotFillTheLimit) {
+    for (int i = 0; i < queue_sql::kLimit; ++i) queue(QStringLiteral("628111"), QStringLiteral("too long"));
+    queue(QStringLiteral("628111"), QStringLiteral("a"));
+    ASSERT_TRUE(
+        database.Execute(QStringLiteral("create trigger narrow before insert on sent when length(new.wa_text) > 5 "
+                                        "begin select raise(abort, 'column too narrow'); end")));
+    settings.UseMDB = QStringLiteral("N");  // as on a server
+    settings.LimitSelect = QStringLiteral("Y");
+    gateway.queue.cmd_OutboxRefresh_Click();
+    EXPECT_EQ(ids().size(), queue_sql::kLimit);
+    for (int i = 0; i < 20; ++i) tick();
+    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(count(QStringLiteral("outbox")), queue_sql::kLimit);
+}
+
 TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     settings.Multi = QStringLiteral("Y");
     const char* columns = "tipe, profil, wa_mode, wa_no, wa_text";
