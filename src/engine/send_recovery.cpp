@@ -8,15 +8,18 @@ namespace kibo {
 namespace {
 
 const QString kNotTyped = QStringLiteral("the gateway ended before the message was typed; it can be queued again");
+const QString kNotTypedAgain = QStringLiteral(
+    "the browser was lost or the gateway ended before the message was typed, for the second time; it can be queued "
+    "again");
 const QString kNotSent = QStringLiteral("the gateway ended before the message was sent; it can be queued again");
 const QString kCanNotTell =
     QStringLiteral("in doubt: the gateway ended while the message was being sent, and the chat doesn't tell");
 
 }  // namespace
 
-SendRecovery::SendRecovery(GatewayState& state, SendJournal& journal, OutboxQueue& queue, MessageSender& sender,
-                           DeliveryCheck& deliveryCheck)
-    : state_(state), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
+SendRecovery::SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
+                           MessageSender& sender, DeliveryCheck& deliveryCheck)
+    : state_(state), clock_(clock), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
 
 bool SendRecovery::settleInStore() {
     bool settled = true;
@@ -37,9 +40,25 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         journal_.ended(entry.row.id);
         return true;
     }
+    const bool mayGoBack = !entry.wentBack || clock_.waitingStopped();
+    if (place->copied && mayGoBack) {
+        const bool moved = queue_.putBack(entry.row);
+        const auto now = moved ? std::optional(OutboxQueue::Place{true, false}) : queue_.find(entry.row.id);
+        if (!now) return false;
+        if (now->queued) {  // a server that broke off may have put it back all the same
+            log::warning("engine",
+                         QStringLiteral("message %1 is in the queue again: it was not typed").arg(entry.row.id));
+            // A stop says nothing against the message.
+            if (entry.wentBack || !clock_.waitingStopped())
+                journal_.wentBack(entry.row.id);
+            else
+                journal_.ended(entry.row.id);
+            return true;
+        }
+    }
     if (!place->copied && !queue_.addCopy(entry.row, QStringLiteral("fail"))) return false;
     showAsMessage(entry);
-    sender_.recordFailure(kNotTyped);
+    sender_.recordFailure(entry.wentBack ? kNotTypedAgain : kNotTyped);
     return true;
 }
 

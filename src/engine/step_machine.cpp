@@ -340,6 +340,7 @@ void StepMachine::dispatch(const QString& mode) {
     } else {
         p_.sender.KIRIM_MODE1();
     }
+    if (p_.sender.isLeftToRecovery(s.txtid.text)) p_.recovery.settleInStore();
 }
 
 void StepMachine::finishMessage(const PageLook& look) {

@@ -154,16 +154,18 @@ TEST_F(Sending, SilentPageFailsTheMessageAndLosesNothing) {
     EXPECT_EQ(sendOne(kAni, QStringLiteral("y")), QString());
 }
 
-TEST_F(Sending, StopBeforeEnterMarksTheMessage) {
-    queue(kAni, QStringLiteral("x"));
-    clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(status(1), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("stopped by the operator"));
+TEST_F(Sending, StopBeforeEnterPutsTheMessageBack) {
+    const qint64 id = queue(kAni, QStringLiteral("x"));
+    clock.at(clock.monotonicMs() + 700, [this] {
+        clock.stopWaiting();
+        page.presence = PageLook::Presence::Gone;  // the stop ends the browser too
+    });
+    for (int i = 0; i < 2; ++i) gateway.machine.Timer_KIBO_Timer();
+    EXPECT_EQ(status(id), QStringLiteral("(no row)"));
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(state.failedCount, 0);
+    EXPECT_EQ(QFileInfo(journalFile()).size(), 0);
     EXPECT_TRUE(page.delivered.empty());
-    queue(kAni, QStringLiteral("y"));
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "nothing more is taken";
 }
 
 TEST_F(Sending, SurfacedErrorLeavesTheMessageMarked) {
