@@ -46,7 +46,9 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        if (p_.clock.waitingStopped() || p_.page.look().presence == PageLook::Presence::Gone)
+        if (sent.failure().code == kInDoubt)
+            leaveInDoubt(sent.failure());
+        else if (p_.clock.waitingStopped() || p_.page.look().presence == PageLook::Presence::Gone)
             brokenOff(sent.failure());
         else
             SEND_FAIL(QString::fromStdString(sent.failure().text));
@@ -147,12 +149,15 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
     return false;
 }
 
+/// The journal keeps it open: its chat is looked into before anything else is sent.
+void MessageSender::leaveInDoubt(const Failure& failure) {
+    log::warning("engine", QStringLiteral("message %1: %2; its chat will tell")
+                               .arg(p_.state.txtid.text, QString::fromStdString(failure.text)));
+    ESC();
+}
+
 void MessageSender::brokenOff(const Failure& failure) {
     const QString id = p_.state.txtid.text;
-    if (failure.code == kInDoubt) {  // the journal keeps it open: neither sent nor failed
-        log::warning("engine", QStringLiteral("whether message %1 was sent is seen when the page is back").arg(id));
-        return;
-    }
     const SendJournal::Entry* entry = p_.journal.entry(id);
     if (entry && entry->stage == SendJournal::Stage::Taken)
         leftToRecovery_ = id;

@@ -19,7 +19,8 @@
 namespace kibo {
 
 /// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`, `txtMedia`, `txtFile`) into its chat.
-/// The row has left the queue already: whatever happens here ends as sent, or in SEND_FAIL with a reason.
+/// The row has left the queue already: whatever happens here ends as sent, in SEND_FAIL with a reason, or with an open
+/// entry in the journal, which SendRecovery settles.
 ///
 /// The order that keeps a message out of the wrong chat: open the chat; see that the chat on the page is the one asked
 /// for; type; read the box back; see that it is still the same conversation; send; see that it has gone.
@@ -68,6 +69,7 @@ class MessageSender {
     bool pressEnterAndConfirm(int chatSerial);
     Result<void> noteInJournal(const ChatLook& chat, const QString& text);
     QString destination() const;
+    void leaveInDoubt(const Failure& failure);
     void brokenOff(const Failure& failure);
     void ESC();
 

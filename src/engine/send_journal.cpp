@@ -13,7 +13,7 @@ const QString kDo = QStringLiteral("do"), kId = QStringLiteral("id"), kText = QS
               kTo = QStringLiteral("to"), kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"),
               kRow = QStringLiteral("row");
 const QString kTaken = QStringLiteral("taken"), kTyped = QStringLiteral("typed"), kFailed = QStringLiteral("failed"),
-              kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back");
+              kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back"), kLookLost = QStringLiteral("look lost");
 
 std::string lineOf(const QJsonObject& record) {
     return QJsonDocument(record).toJson(QJsonDocument::Compact).toStdString() + '\n';
@@ -73,6 +73,11 @@ Result<void> SendJournal::typed(const QString& id, const QString& destination, c
 
 void SendJournal::failed(const QString& id, const QString& reason) {
     const QJsonObject record{{kDo, kFailed}, {kId, id}, {kReason, reason}};
+    if (!write(record)) apply(record);
+}
+
+void SendJournal::lookLost(const QString& id) {
+    const QJsonObject record{{kDo, kLookLost}, {kId, id}};
     if (!write(record)) apply(record);
 }
 
@@ -137,6 +142,8 @@ void SendJournal::apply(const QJsonObject& record) {
         entry->text = record[kText].toString();
         entry->destination = record[kTo].toString();
         entry->lastMessageId = record[kLast].toString();
+    } else if (what == kLookLost) {
+        ++entry->lostLooks;
     } else if (what == kFailed) {
         entry->stage = Stage::Failed;
         entry->reason = record[kReason].toString();

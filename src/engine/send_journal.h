@@ -32,6 +32,7 @@ class SendJournal {
         QString destination;    ///< number or name, as the chat was opened by it
         QString lastMessageId;  ///< of the chat before Enter; empty when not known
         QString reason;         ///< of the failure
+        int lostLooks = 0;      ///< looks for it in its chat in which the browser was lost
     };
 
     /// The file's name in the program folder: one for each profile and each store, since ids belong to a store and the
@@ -49,6 +50,8 @@ class SendJournal {
                        const QString& lastMessageId);
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
     void failed(const QString& id, const QString& reason);
+    /// The browser was lost while it was looked for in its chat.
+    void lookLost(const QString& id);
     /// Sent, marked as failed, or in the queue as if it had never been taken.
     void ended(const QString& id);
     /// Moved back into the queue. That stays known until this message ends or another one is taken.

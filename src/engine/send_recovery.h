@@ -15,7 +15,9 @@ namespace kibo {
 ///  the
 ///    program: it may be this message that ends browser or gateway;
 ///  - not typed otherwise: failed, ready to be queued again; its content comes from the journal if it must;
-///  - perhaps sent: its chat is opened and shows whether it was; if that can't be told, failed as "in doubt".
+///  - perhaps sent: its chat is opened and shows whether it was. What it doesn't show is looked for a second time after
+///  a
+///    while, since a page may draw a chat late; if that can't be told then, failed as "in doubt".
 class SendRecovery {
  public:
     SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
@@ -25,11 +27,17 @@ class SendRecovery {
     bool settleInStore();
     /// Whether a message must be looked for on the page.
     bool needsPage() const;
-    /// Looks for one such message. The page must be ready and free. False when it was not touched.
-    bool settleOnPage();
+    enum class Look {
+        Done,     ///< the page was used, and the chat has to be left
+        Waiting,  ///< for the time of the second look
+        NoStore   ///< the store can't tell at the moment
+    };
+    /// Looks for one such message. The page must be ready and free.
+    Look settleOnPage();
 
  private:
     bool settleTaken(const SendJournal::Entry& entry);
+    bool looksFirst(const QString& id) const { return firstLookId_ != id; }
     void showAsMessage(const SendJournal::Entry& entry);
 
     GatewayState& state_;
@@ -38,6 +46,8 @@ class SendRecovery {
     OutboxQueue& queue_;
     MessageSender& sender_;
     DeliveryCheck& deliveryCheck_;
+    QString firstLookId_;  // of the message that the first look has not found
+    qint64 firstLookMs_ = 0;
 };
 
 }  // namespace kibo

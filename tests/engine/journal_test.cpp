@@ -23,7 +23,7 @@ class Crash : public Engine {
         ASSERT_TRUE(journal.open(journalFile()).ok());
     }
     void settle() {
-        for (int i = 0; i < 20; ++i) tick();
+        for (int i = 0; i < 20 || (i < 100 && !journal.entries().empty()); ++i) tick();
         EXPECT_TRUE(journal.entries().empty());
     }
     void expectMarked(const char* reason) {
@@ -129,13 +129,20 @@ TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
     settle();
     EXPECT_EQ(status(id), QStringLiteral("fail"));
     EXPECT_FALSE(lastReason().contains(QStringLiteral("in doubt"))) << lastReason().toStdString();
+    crashAroundEnter(QStringLiteral("drawn late"));
+    page.deliver(kAni, QStringLiteral("drawn late"));
+    page.hideHistory = true;
+    restart();
+    clock.at(clock.monotonicMs() + 8000, [this] { page.hideHistory = false; });
+    settle();
+    EXPECT_EQ(status(id), QString());
     crashAroundEnter(QStringLiteral("hidden"));
     page.hideHistory = true;
     restart();
     settle();
     EXPECT_EQ(status(id), QStringLiteral("fail"));
     EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
-    EXPECT_EQ(page.delivered.size(), before + 1) << "nothing is sent a second time";
+    EXPECT_EQ(page.delivered.size(), before + 2) << "nothing is sent a second time";
 }
 
 TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
@@ -152,6 +159,29 @@ TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
     EXPECT_EQ(status(id), QString());
     EXPECT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(state.sentCount, 2);
+}
+
+TEST_F(Crash, LookThatEndsTheBrowserTwiceHoldsTheQueueNoLonger) {
+    tick();  // connects
+    ASSERT_TRUE(journal.taken(row));
+    ASSERT_EQ(gateway.queue.take(row.id), OutboxQueue::Taken::Yes);
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
+    queue(QStringLiteral("6282222222222"), QStringLiteral("next"));
+    page.openDelay = [this](const QString& number) {
+        if (number == kAni) clock.at(clock.monotonicMs() + 100, [this] { page.presence = PageLook::Presence::Gone; });
+        return number == kAni ? 2000 : 0;
+    };
+    for (int i = 0; i < 60; ++i) {
+        if (page.presence == PageLook::Presence::Gone) page.reload();
+        page.presence = PageLook::Presence::Here;
+        restart();
+        tick();
+    }
+    EXPECT_EQ(page.clicks.count(kAni), 2);
+    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
+    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    ASSERT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered[0].text, QStringLiteral("next"));
 }
 
 TEST_F(Crash, WhatWasWrittenToTheChatBeforeEnterIsNotTheMessage) {

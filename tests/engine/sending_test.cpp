@@ -126,11 +126,16 @@ TEST_F(Sending, TextGoesOutOnlyWhenReadBackInTheSameChat) {
     page.swallowEnters = 1;
     EXPECT_EQ(sendOne(kAni, QStringLiteral("stuck")), QStringLiteral("fail"));
     EXPECT_TRUE(page.box().isEmpty()) << "the box is cleared";
+    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("the message was not sent"))) << lastReason().toStdString();
+    page.swallowEnters = 1;  // and what the page shows after it isn't true
+    page.beforeEnter = [this] { page.deliver(kAni, page.box()); };
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("gone all the same")), QString());
+    page.beforeEnter = nullptr;
     // The operator opens another chat while the link preview is awaited.
     const qint64 now = clock.monotonicMs();
     clock.at(now + 3000, [this] { page.open(QStringLiteral("6283333333333")); });
     EXPECT_EQ(sendOne(kAni, QStringLiteral("see http://x")), QStringLiteral("fail"));
-    ASSERT_EQ(page.delivered.size(), 1u);
+    ASSERT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(page.delivered[0].text, QStringLiteral("found"));
 }
 
