@@ -27,12 +27,14 @@ Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>
     if (before == shown.end()) return Delivery::Unknown;
     const QString text = essence(entry.text).left(kUnfolded);
     const bool own = std::any_of(before + 1, shown.end(), [](const ChatMessage& message) { return message.own; });
-    if (text.isEmpty()) return own ? Delivery::Unknown : Delivery::NotDelivered;
+    const bool twoFiles = !entry.row.media.isEmpty() && !entry.row.file.isEmpty();
+    // Without a text it may have been the second of two files: the first one stands above then.
+    if (text.isEmpty()) return own || twoFiles ? Delivery::Unknown : Delivery::NotDelivered;
     const bool found = std::any_of(before + 1, shown.end(), [&](const ChatMessage& message) {
         return message.own && essence(message.text).contains(text);
     });
     // The text goes with the first of two files and tells nothing of the second.
-    if (found && !entry.row.media.isEmpty() && !entry.row.file.isEmpty()) return Delivery::Unknown;
+    if (found && twoFiles) return Delivery::Unknown;
     return found ? Delivery::Delivered : Delivery::NotDelivered;
 }
 

@@ -18,7 +18,7 @@ enum class Delivery { Delivered, NotDelivered, Unknown };
 /// count, since the same text may have been sent to this chat before; if that one isn't among them, nothing is certain.
 Delivery judgeDelivery(const SendJournal::Entry& entry, const QList<ChatMessage>& shown);
 
-/// Opens the chat of a message that a crash left in doubt and looks for it.
+/// Opens the chat of a message that was left in doubt and looks for it.
 class DeliveryCheck {
  public:
     DeliveryCheck(ChatPage& page, Clock& clock, Pacing& pacing, ChatTarget& target);

@@ -55,7 +55,7 @@ struct Gateway {
           attachments(n.page, n.clock, pacing, typer),
           sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal}),
           deliveryCheck(n.page, n.clock, pacing, target),
-          recovery(n.state, n.journal, queue, sender, deliveryCheck),
+          recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),

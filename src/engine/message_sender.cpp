@@ -31,6 +31,7 @@ bool MessageSender::KIRIM_MODE2() {
 
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
+    leftToRecovery_.clear();
     const qint64 start = p_.clock.monotonicMs();
     const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
     if (!files) {
@@ -45,8 +46,10 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        if (p_.page.look().presence == PageLook::Presence::Gone)
-            browserLost(sent.failure());
+        if (sent.failure().code == kInDoubt)
+            leaveInDoubt(sent.failure());
+        else if (p_.clock.waitingStopped() || p_.page.look().presence == PageLook::Presence::Gone)
+            brokenOff(sent.failure());
         else
             SEND_FAIL(QString::fromStdString(sent.failure().text));
         return false;
@@ -146,32 +149,20 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
     return false;
 }
 
-void MessageSender::browserLost(const Failure& failure) {
+/// The journal keeps it open: its chat is looked into before anything else is sent.
+void MessageSender::leaveInDoubt(const Failure& failure) {
+    log::warning("engine", QStringLiteral("message %1: %2; its chat will tell")
+                               .arg(p_.state.txtid.text, QString::fromStdString(failure.text)));
+    ESC();
+}
+
+void MessageSender::brokenOff(const Failure& failure) {
     const QString id = p_.state.txtid.text;
-    if (failure.code == kInDoubt) {  // the journal keeps it open: neither sent nor failed
-        log::warning("engine", QStringLiteral("whether message %1 was sent is seen when the page is back").arg(id));
-        return;
-    }
     const SendJournal::Entry* entry = p_.journal.entry(id);
-    if (!entry || entry->stage != SendJournal::Stage::Taken) {
-        recordFailure(QString::fromStdString(failure.text));
-        return;
-    }
-    // Once: it may be this message that ends the browser.
-    const bool again = putBack_ == id;
-    if (!again && p_.queue.putBack(entry->row)) {
-        putBack_ = id;
-        p_.journal.ended(id);
-        log::warning("engine", QStringLiteral("message %1 is in the queue again: the browser was lost").arg(id));
-        return;
-    }
-    // A server that broke off may have put it back all the same: the tables decide, as after a crash.
-    const auto place = again ? std::optional(OutboxQueue::Place{}) : p_.queue.find(id);
-    if (!place || place->queued) {
+    if (entry && entry->stage == SendJournal::Stage::Taken)
         leftToRecovery_ = id;
-        return;
-    }
-    recordFailure(QStringLiteral("the browser was lost before the message was typed; it can be queued again"));
+    else
+        recordFailure(QString::fromStdString(failure.text));
 }
 
 void MessageSender::SEND_FAIL(const QString& reason) {

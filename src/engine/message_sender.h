@@ -19,7 +19,8 @@
 namespace kibo {
 
 /// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`, `txtMedia`, `txtFile`) into its chat.
-/// The row has left the queue already: whatever happens here ends as sent, or in SEND_FAIL with a reason.
+/// The row has left the queue already: whatever happens here ends as sent, in SEND_FAIL with a reason, or with an open
+/// entry in the journal, which SendRecovery settles.
 ///
 /// The order that keeps a message out of the wrong chat: open the chat; see that the chat on the page is the one asked
 /// for; type; read the box back; see that it is still the same conversation; send; see that it has gone.
@@ -55,7 +56,7 @@ class MessageSender {
     /// The same without touching the page: nothing was opened for this message.
     void recordFailure(const QString& reason);
 
-    /// Whether the message stays as it is in the journal, since only the tables can tell what became of it.
+    /// Whether the message stays as it is in the journal, to go back into the queue: browser or program have ended.
     bool isLeftToRecovery(const QString& id) const { return leftToRecovery_ == id; }
 
  private:
@@ -68,13 +69,13 @@ class MessageSender {
     bool pressEnterAndConfirm(int chatSerial);
     Result<void> noteInJournal(const ChatLook& chat, const QString& text);
     QString destination() const;
-    void browserLost(const Failure& failure);
+    void leaveInDoubt(const Failure& failure);
+    void brokenOff(const Failure& failure);
     void ESC();
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
-    QString putBack_;         // id of the last message that went back into the queue
-    QString leftToRecovery_;  // id of the last one of which the tables must tell where it is
+    QString leftToRecovery_;  // id of the last message that was broken off before it was typed
 };
 
 }  // namespace kibo

@@ -13,7 +13,11 @@ const QString kDo = QStringLiteral("do"), kId = QStringLiteral("id"), kText = QS
               kTo = QStringLiteral("to"), kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"),
               kRow = QStringLiteral("row");
 const QString kTaken = QStringLiteral("taken"), kTyped = QStringLiteral("typed"), kFailed = QStringLiteral("failed"),
-              kEnded = QStringLiteral("ended");
+              kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back"), kLookLost = QStringLiteral("look lost");
+
+std::string lineOf(const QJsonObject& record) {
+    return QJsonDocument(record).toJson(QJsonDocument::Compact).toStdString() + '\n';
+}
 
 struct Column {
     QString name;
@@ -35,6 +39,7 @@ Result<void> SendJournal::open(const QString& file) {
     if (file_ && path_ == file) return {};
     file_.reset();
     entries_.clear();
+    back_.clear();
     auto opened = platform::DurableFile::open(file.toStdString());
     if (!opened) return opened.failure();
     const auto content = opened.value()->read();
@@ -71,15 +76,27 @@ void SendJournal::failed(const QString& id, const QString& reason) {
     if (!write(record)) apply(record);
 }
 
+void SendJournal::lookLost(const QString& id) {
+    const QJsonObject record{{kDo, kLookLost}, {kId, id}};
+    if (!write(record)) apply(record);
+}
+
 void SendJournal::ended(const QString& id) {
-    const auto entry = find(id);
-    if (entry == entries_.end()) return;
-    if (entries_.size() > 1) {
-        if (write({{kDo, kEnded}, {kId, id}})) return;
-    } else if (const Result<void> emptied = file_->replace({}); !emptied) {
-        log::error("engine", QStringLiteral("journal: ") + QString::fromStdString(emptied.failure().text));
-    }
-    entries_.erase(entry);
+    close(id, {{kDo, kEnded}, {kId, id}});
+}
+
+void SendJournal::wentBack(const QString& id) {
+    close(id, {{kDo, kBack}, {kId, id}});
+}
+
+void SendJournal::close(const QString& id, const QJsonObject& record) {
+    if (find(id) == entries_.end()) return;
+    if (entries_.size() > 1 && write(record)) return;
+    apply(record);
+    if (!entries_.empty()) return;
+    // With nothing open no text is kept.
+    const Result<void> emptied = file_->replace(back_.isEmpty() ? std::string() : lineOf({{kDo, kBack}, {kId, back_}}));
+    if (!emptied) log::error("engine", QStringLiteral("journal: ") + QString::fromStdString(emptied.failure().text));
 }
 
 const SendJournal::Entry* SendJournal::entry(const QString& id) const {
@@ -90,8 +107,7 @@ const SendJournal::Entry* SendJournal::entry(const QString& id) const {
 
 Result<void> SendJournal::write(const QJsonObject& record) {
     if (!file_) return Failure{FailureKind::Io, "the journal is not open"};
-    const Result<void> written =
-        file_->append(QJsonDocument(record).toJson(QJsonDocument::Compact).toStdString() + '\n');
+    const Result<void> written = file_->append(lineOf(record));
     if (written)
         apply(record);
     else
@@ -111,9 +127,14 @@ void SendJournal::apply(const QJsonObject& record) {
         if (entry != entries_.end()) entries_.erase(entry);
         Entry begun;
         begun.row.id = id;
+        begun.wentBack = back_ == id;
+        if (!begun.wentBack) back_.clear();
         const QJsonObject columns = record[kRow].toObject();
         for (const Column& column : kColumns) begun.row.*column.field = columns[column.name].toString();
         entries_.push_back(begun);
+    } else if (what == kBack) {
+        if (entry != entries_.end()) entries_.erase(entry);
+        back_ = id;
     } else if (entry == entries_.end()) {
         return;
     } else if (what == kTyped) {
@@ -121,11 +142,14 @@ void SendJournal::apply(const QJsonObject& record) {
         entry->text = record[kText].toString();
         entry->destination = record[kTo].toString();
         entry->lastMessageId = record[kLast].toString();
+    } else if (what == kLookLost) {
+        ++entry->lostLooks;
     } else if (what == kFailed) {
         entry->stage = Stage::Failed;
         entry->reason = record[kReason].toString();
     } else if (what == kEnded) {
         entries_.erase(entry);
+        if (back_ == id) back_.clear();
     }
 }
 

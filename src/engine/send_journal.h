@@ -17,8 +17,8 @@ struct QueuedRow {
 };
 
 /// What happened to the message in hand, on the disk before it happens, so that the next start knows what a crash left
-/// half done. A message is open from `taken` to `ended`. The content of open messages stands in the file, readable by
-/// its owner only; with nothing open the file is empty.
+/// half done. A message is open from `taken` to `ended` or `wentBack`. The content of open messages stands in the file,
+/// readable by its owner only; with nothing open the file is empty, or holds the id of the message that went back.
 class SendJournal {
  public:
     enum class Stage {
@@ -29,10 +29,12 @@ class SendJournal {
     struct Entry {
         QueuedRow row;
         Stage stage = Stage::Taken;
+        bool wentBack = false;  ///< into the queue, after it was taken the time before
         QString text;           ///< as it was typed
         QString destination;    ///< number or name, as the chat was opened by it
         QString lastMessageId;  ///< of the chat before Enter; empty when not known
         QString reason;         ///< of the failure
+        int lostLooks = 0;      ///< looks for it in its chat in which the browser was lost
     };
 
     /// The file's name in the program folder: one for each profile and each store, since ids belong to a store and the
@@ -51,8 +53,12 @@ class SendJournal {
                        const QString& lastMessageId);
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
     void failed(const QString& id, const QString& reason);
-    /// Sent, marked as failed, or back in the queue.
+    /// The browser was lost while it was looked for in its chat.
+    void lookLost(const QString& id);
+    /// Sent, marked as failed, or in the queue as if it had never been taken.
     void ended(const QString& id);
+    /// Moved back into the queue. That stays known until this message ends or another one is taken.
+    void wentBack(const QString& id);
 
     /// Messages that have not ended, oldest first.
     const std::vector<Entry>& entries() const { return entries_; }
@@ -60,6 +66,7 @@ class SendJournal {
     const Entry* entry(const QString& id) const;
 
  private:
+    void close(const QString& id, const QJsonObject& record);
     Result<void> write(const QJsonObject& record);
     void apply(const QJsonObject& record);
     std::vector<Entry>::iterator find(const QString& id);
@@ -67,6 +74,7 @@ class SendJournal {
     std::unique_ptr<platform::DurableFile> file_;
     QString path_;  // of `file_`
     std::vector<Entry> entries_;
+    QString back_;  // id of the message that went back into the queue
 };
 
 }  // namespace kibo

@@ -8,15 +8,19 @@ namespace kibo {
 namespace {
 
 const QString kNotTyped = QStringLiteral("the gateway ended before the message was typed; it can be queued again");
-const QString kNotSent = QStringLiteral("the gateway ended before the message was sent; it can be queued again");
-const QString kCanNotTell =
-    QStringLiteral("in doubt: the gateway ended while the message was being sent, and the chat doesn't tell");
+const QString kNotTypedAgain = QStringLiteral(
+    "the browser was lost or the gateway ended before the message was typed, for the second time; it can be queued "
+    "again");
+const QString kNotSent = QStringLiteral("the message was not sent: its chat doesn't show it; it can be queued again");
+const QString kCanNotTell = QStringLiteral("in doubt: the message was being sent, and its chat doesn't tell");
+constexpr qint64 kSecondLookMs = 10'000;
+constexpr int kMostLostLooks = 2;
 
 }  // namespace
 
-SendRecovery::SendRecovery(GatewayState& state, SendJournal& journal, OutboxQueue& queue, MessageSender& sender,
-                           DeliveryCheck& deliveryCheck)
-    : state_(state), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
+SendRecovery::SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
+                           MessageSender& sender, DeliveryCheck& deliveryCheck)
+    : state_(state), clock_(clock), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
 
 bool SendRecovery::settleInStore() {
     bool settled = true;
@@ -45,14 +49,24 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         journal_.ended(entry.row.id);
         return true;
     }
-    // The answer to the taking was lost, and this run goes on: it is sent in its turn.
-    if (queue_.takeIsUnknown(entry.row.id) && queue_.putBack(entry.row)) {
-        log::info("engine", QStringLiteral("message %1 is in the queue again").arg(entry.row.id));
-        journal_.ended(entry.row.id);
-        return true;
+    // Neither a stop nor an answer that the server owed says anything against the message.
+    const bool blameless = clock_.waitingStopped() || queue_.takeIsUnknown(entry.row.id);
+    if (!entry.wentBack || blameless) {
+        const bool moved = queue_.putBack(entry.row);
+        const auto now = moved ? std::optional(OutboxQueue::Place{true, false}) : queue_.find(entry.row.id);
+        if (!now) return false;
+        if (now->queued) {  // a server that broke off may have put it back all the same
+            log::warning("engine",
+                         QStringLiteral("message %1 is in the queue again: it was not typed").arg(entry.row.id));
+            if (entry.wentBack || !blameless)
+                journal_.wentBack(entry.row.id);
+            else
+                journal_.ended(entry.row.id);
+            return true;
+        }
     }
     showAsMessage(entry);
-    sender_.recordFailure(kNotTyped);
+    sender_.recordFailure(entry.wentBack ? kNotTypedAgain : kNotTyped);
     return true;
 }
 
@@ -61,35 +75,49 @@ bool SendRecovery::needsPage() const {
                        [](const SendJournal::Entry& entry) { return entry.stage == SendJournal::Stage::Typed; });
 }
 
-bool SendRecovery::settleOnPage() {
+SendRecovery::Look SendRecovery::settleOnPage() {
     const auto found = std::find_if(journal_.entries().begin(), journal_.entries().end(),
                                     [](const SendJournal::Entry& e) { return e.stage == SendJournal::Stage::Typed; });
-    if (found == journal_.entries().end()) return false;
+    if (found == journal_.entries().end()) return Look::NoStore;
     // A copy, since settling takes the entry out of the journal.
-    SendJournal::Entry entry = *found;
-    const auto place = queue_.find(entry.row.id);
-    if (!place) return false;  // the store is away again
+    const SendJournal::Entry entry = *found;
+    const QString id = entry.row.id;
+    if (!looksFirst(id) && clock_.monotonicMs() - firstLookMs_ < kSecondLookMs) return Look::Waiting;
+    const auto place = queue_.find(id);
+    if (!place) return Look::NoStore;  // the store is away again
     // A store that lost its last statements may have it in the queue again; it must not go out from there.
     if (place->queued) {
         const OutboxQueue::Taken taken = queue_.take(entry.row);
-        if (taken == OutboxQueue::Taken::Unknown) return false;
+        if (taken == OutboxQueue::Taken::Unknown) return Look::NoStore;
         // What the sent log refuses holds up nothing but itself.
-        if (taken == OutboxQueue::Taken::Refused && !queue_.hold(entry.row.id)) return false;
+        if (taken == OutboxQueue::Taken::Refused && !queue_.hold(id)) return Look::NoStore;
     }
     showAsMessage(entry);
-    state_.step = QStringLiteral("Looking whether message %1 was sent").arg(entry.row.id);
+    state_.step = QStringLiteral("Looking whether message %1 was sent").arg(id);
     const std::optional<Delivery> delivery = deliveryCheck_.look(entry);
-    if (!delivery) return true;
-    const QString status = delivery == Delivery::Delivered ? QString() : QStringLiteral("fail");
-    if (!place->queued && !place->copied && !queue_.addCopy(entry.row, status)) return true;
-    if (delivery == Delivery::Delivered) {
-        log::info("engine", QStringLiteral("message %1 was sent before the gateway ended").arg(entry.row.id));
-        ++state_.sentCount;
-        journal_.ended(entry.row.id);
-    } else {
-        sender_.recordFailure(*delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
+    if (!delivery) {
+        firstLookId_.clear();
+        if (clock_.waitingStopped()) return Look::Done;
+        // It may be this chat that ends the browser, and the queue waits behind it.
+        journal_.lookLost(id);
+        if (entry.lostLooks + 1 < kMostLostLooks) return Look::Done;
+    } else if (delivery != Delivery::Delivered && looksFirst(id)) {
+        log::info("engine", QStringLiteral("message %1 is not seen in its chat, looking again").arg(id));
+        firstLookId_ = id;
+        firstLookMs_ = clock_.monotonicMs();
+        return Look::Done;
     }
-    return true;
+    const QString status = delivery == Delivery::Delivered ? QString() : QStringLiteral("fail");
+    if (!place->queued && !place->copied && !queue_.addCopy(entry.row, status)) return Look::Done;
+    if (delivery == Delivery::Delivered) {
+        log::info("engine", QStringLiteral("message %1 was sent: its chat shows it").arg(id));
+        ++state_.sentCount;
+        journal_.ended(id);
+    } else {
+        sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
+    }
+    firstLookId_.clear();
+    return Look::Done;
 }
 
 void SendRecovery::showAsMessage(const SendJournal::Entry& entry) {

@@ -13,6 +13,7 @@ namespace {
 constexpr int kAfterSendMs = 500;
 constexpr qint64 kRefusedPauseMs = 3'000;
 const QString kWaitingForStore = QStringLiteral("Waiting for the database to tell what became of the last message");
+const QString kWaitingForSecondLook = QStringLiteral("Looking again in a moment whether the last message was sent");
 constexpr qint64 kLongestSilenceMs = 60'000;
 const QString kReady = QStringLiteral("Ready");
 const QString kNotConnect = QStringLiteral("Not Connect");
@@ -151,11 +152,13 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     }
     if (p_.recovery.needsPage()) {
         s.wait.visible = true;
-        if (!p_.recovery.settleOnPage()) {
-            idle(kWaitingForStore);
+        const SendRecovery::Look looked = p_.recovery.settleOnPage();
+        if (looked != SendRecovery::Look::Done) {
+            idle(looked == SendRecovery::Look::NoStore ? kWaitingForStore : kWaitingForSecondLook);
             return false;
         }
-        finishMessage(look);
+        leaveChat(look);
+        s.wait.visible = false;
         return true;
     }
     if (storeRefuses()) return false;
@@ -340,13 +343,18 @@ void StepMachine::dispatch(const QString& mode) {
     } else {
         p_.sender.KIRIM_MODE1();
     }
+    if (p_.sender.isLeftToRecovery(s.txtid.text)) p_.recovery.settleInStore();
 }
 
-void StepMachine::finishMessage(const PageLook& look) {
+void StepMachine::leaveChat(const PageLook& look) {
     p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
     p_.files.removeFetched();  // by now the page has read them
+}
+
+void StepMachine::finishMessage(const PageLook& look) {
+    leaveChat(look);
     if (p_.settings.AfterSend.toInt() <= 0) {
         p_.state.wait.visible = false;
         return;

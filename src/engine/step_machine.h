@@ -70,6 +70,7 @@ class StepMachine {
     std::optional<QueuedRow> loadMessage();
     void fetchFiles(const QueuedRow& row);
     void dispatch(const QString& mode);
+    void leaveChat(const PageLook& look);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);
     void stopMeasuring();

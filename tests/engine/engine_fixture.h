@@ -85,11 +85,11 @@ class Engine : public ::testing::Test {
         gateway.machine.Timer_KIBO_Timer();
         clock.wait(500);
     }
-    /// Ticks until the queue is empty and nothing is going on any more.
+    /// Ticks until the queue is empty, no message is left open, and nothing is going on any more.
     void runQueue(int mostTicks = 1000) {
         for (int i = 0; i < mostTicks; ++i) {
             tick();
-            if (count(QStringLiteral("outbox")) == 0) return;
+            if (count(QStringLiteral("outbox")) == 0 && journal.entries().empty()) return;
         }
         ADD_FAILURE() << "the queue did not become empty";
     }

@@ -126,14 +126,14 @@ TEST_F(FilesAndNames, MessageWaitsInTheQueueWhileItsFilesAreFetched) {
 
 TEST_F(FilesAndNames, PreviewThatGoesWrongFailsTheMessage) {
     using Preview = FakePage::Preview;
+    const char* inDoubt = "in doubt: the message was being sent, and its chat doesn't tell";
     const struct {
         Preview preview;
         const char* reason;
-    } cases[] = {
-        {Preview::NeverComes, "the page showed no preview of the file"},
-        {Preview::Vanishes, "the file's preview was closed before it was sent"},
-        {Preview::Stays, "in doubt: the file was sent, but its preview did not close"},
-        {Preview::GoesUnsent, "in doubt: the file's preview has gone, but the file did not appear in the chat"}};
+    } cases[] = {{Preview::NeverComes, "the page showed no preview of the file"},
+                 {Preview::Vanishes, "the file's preview was closed before it was sent"},
+                 {Preview::Stays, inDoubt},
+                 {Preview::GoesUnsent, inDoubt}};
     for (const auto& c : cases) {
         page.preview = c.preview;
         EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture), QStringLiteral("fail")) << c.reason;

@@ -126,11 +126,16 @@ TEST_F(Sending, TextGoesOutOnlyWhenReadBackInTheSameChat) {
     page.swallowEnters = 1;
     EXPECT_EQ(sendOne(kAni, QStringLiteral("stuck")), QStringLiteral("fail"));
     EXPECT_TRUE(page.box().isEmpty()) << "the box is cleared";
+    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("the message was not sent"))) << lastReason().toStdString();
+    page.swallowEnters = 1;  // and what the page shows after it isn't true
+    page.beforeEnter = [this] { page.deliver(kAni, page.box()); };
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("gone all the same")), QString());
+    page.beforeEnter = nullptr;
     // The operator opens another chat while the link preview is awaited.
     const qint64 now = clock.monotonicMs();
     clock.at(now + 3000, [this] { page.open(QStringLiteral("6283333333333")); });
     EXPECT_EQ(sendOne(kAni, QStringLiteral("see http://x")), QStringLiteral("fail"));
-    ASSERT_EQ(page.delivered.size(), 1u);
+    ASSERT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(page.delivered[0].text, QStringLiteral("found"));
 }
 
@@ -154,16 +159,18 @@ TEST_F(Sending, SilentPageFailsTheMessageAndLosesNothing) {
     EXPECT_EQ(sendOne(kAni, QStringLiteral("y")), QString());
 }
 
-TEST_F(Sending, StopBeforeEnterMarksTheMessage) {
-    queue(kAni, QStringLiteral("x"));
-    clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(status(1), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("stopped by the operator"));
+TEST_F(Sending, StopBeforeEnterPutsTheMessageBack) {
+    const qint64 id = queue(kAni, QStringLiteral("x"));
+    clock.at(clock.monotonicMs() + 700, [this] {
+        clock.stopWaiting();
+        page.presence = PageLook::Presence::Gone;  // the stop ends the browser too
+    });
+    for (int i = 0; i < 2; ++i) gateway.machine.Timer_KIBO_Timer();
+    EXPECT_EQ(status(id), QStringLiteral("(no row)"));
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(state.failedCount, 0);
+    EXPECT_EQ(QFileInfo(journalFile()).size(), 0);
     EXPECT_TRUE(page.delivered.empty());
-    queue(kAni, QStringLiteral("y"));
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "nothing more is taken";
 }
 
 TEST_F(Sending, SurfacedErrorLeavesTheMessageMarked) {
