@@ -227,7 +227,9 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    QStringList line{state_.step, state_.doneAbout, state_.refusedOut, state_.inboxNotice, state_.pageNotice};
+    const QString databaseProblem = state_.dboff.visible ? state_.dboff.caption : QString();
+    QStringList line{state_.step,       databaseProblem,    state_.doneAbout,
+                     state_.refusedOut, state_.inboxNotice, state_.pageNotice};
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
