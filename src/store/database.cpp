@@ -58,7 +58,16 @@ Database::~Database() {
 Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
     // A server may hold only what its mode of use needs, e.g. "multi" alone; a local file is always the whole store.
     const QStringList whole{QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")};
-    return open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
+    const Result<void> opened =
+        open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
+    QStringList causes;
+    for (const SettingProblem& problem : settings.problems)
+        if (problem.ofConnection) causes.append(problem.text);
+    if (opened || causes.isEmpty()) return opened;
+    // What follows from a value that can't be meant, such as "Access denied", would lead away from it.
+    log::warning("app", QStringLiteral("database: ") + problem_);
+    problem_ = causes.join(QStringLiteral("; "));
+    return Failure{opened.failure().kind, problem_.toStdString(), opened.failure().code};
 }
 
 Result<void> Database::OpenElementStore(const QString& file) {
@@ -151,7 +160,16 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
                             name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
     if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
-    return connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+    const Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+    if (connected || !isNoAnswer(connected.failure())) return connected;
+    const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
+    const QString who = server.isEmpty() ? QStringLiteral("the data source ") + target.value(QStringLiteral("DSN"))
+                                         : QStringLiteral("%1, port %2,").arg(server, port);
+    return Failure{connected.failure().kind,
+                   QStringLiteral("No answer from %1: %2")
+                       .arg(who, QString::fromStdString(connected.failure().text))
+                       .toStdString(),
+                   connected.failure().code};
 }
 
 Result<void> Database::connect(const QString& driver, const QString& databaseName, const QString& options) {

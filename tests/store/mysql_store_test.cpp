@@ -46,6 +46,7 @@ TEST_F(LostConnectionTest, ServerAwayAndBack) {
     EXPECT_EQ(rows.value()->text(999, 0), QStringLiteral("1000")) << "what was read before is still shown";
     const Result<void> away = database_.reopen();
     ASSERT_FALSE(away);
+    EXPECT_EQ(away.failure().text.find("No answer from 127.0.0.1, port "), 0U) << away.failure().text;
     EXPECT_EQ(away.failure().text.find(test::MariaDbServer::password().toStdString()), std::string::npos);
     server_.start();
     QThread::sleep(2);

@@ -230,6 +230,7 @@ void MainWindow::showState() {
     const QString databaseProblem = state_.dboff.visible ? state_.dboff.caption : QString();
     QStringList line{state_.step,       databaseProblem,    state_.doneAbout,
                      state_.refusedOut, state_.inboxNotice, state_.pageNotice};
+    for (const SettingProblem& problem : settings_.problems) line.append(problem.text);
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
