@@ -75,7 +75,7 @@ bool GatewayApplication::start() {
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
-    state_.dboff.visible = !database_.isOpen();
+    state_.dboff = {!database_.isOpen(), database_.problem()};
     if (ending()) return false;
     buildEngine();
     return showWindow();

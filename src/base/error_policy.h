@@ -28,8 +28,12 @@ class ErrorPolicy {
         debugMode_ = false;
     }
 
+    /// Whether `skip` throws.
+    bool surfaces() const { return debugMode_; }
     /// Logs `failure` (category named by `area`, e.g. "browser"); in debug mode also throws SurfacedError.
     void skip(const char* area, const char* statement, const Failure& failure) const;
+    /// The same, and never throws.
+    void note(const char* area, const char* statement, const Failure& failure) const;
 
  private:
     bool debugMode_ = false;

@@ -1,5 +1,6 @@
 #include "base/settings.h"
 
+#include "base/log.h"
 #include "base/settings_file.h"
 #include "platform/private_profile.h"
 
@@ -12,15 +13,17 @@ QString nameOf(Section section) {
     return section == kDb ? QStringLiteral("DB") : QStringLiteral("kibo");
 }
 
+enum Kind { kText, kYesNo, kNumber, kLongText };
+
 struct Option {
     Section section;
     const char* key;
     QString Settings::*member;
-    QString (*read)(const QString&, const QString&, const QString&) = ReadIni;
+    Kind kind = kText;
 };
 
-#define OPTION(section, name) \
-    { section, #name, &Settings::name }
+#define OPTION(section, name, ...) \
+    { section, #name, &Settings::name __VA_OPT__(, ) __VA_ARGS__ }
 
 /// Every option there is, in the order in which they are read.
 const Option kOptions[] = {
@@ -29,53 +32,53 @@ const Option kOptions[] = {
     OPTION(kDb, password),
     OPTION(kKibo, Profil),
     OPTION(kKibo, DummyContact),
-    OPTION(kKibo, UseBotPHP),
-    OPTION(kKibo, UseBotEXE),
+    OPTION(kKibo, UseBotPHP, kYesNo),
+    OPTION(kKibo, UseBotEXE, kYesNo),
     OPTION(kKibo, PHP),
     OPTION(kKibo, EXE),
     OPTION(kKibo, CountryCode),
     OPTION(kKibo, IntervalMode1),
-    OPTION(kKibo, Incognito),
-    OPTION(kKibo, UseCapture),
+    OPTION(kKibo, Incognito, kYesNo),
+    OPTION(kKibo, UseCapture, kYesNo),
     OPTION(kKibo, CaptureImage),
-    OPTION(kKibo, SendUsingClipboard),
-    OPTION(kKibo, SendUsingDummy),
-    OPTION(kDb, MySQL_WithoutDSN),
+    OPTION(kKibo, SendUsingClipboard, kYesNo),
+    OPTION(kKibo, SendUsingDummy, kYesNo),
+    OPTION(kDb, MySQL_WithoutDSN, kYesNo),
     OPTION(kDb, MySQL_Server),
     OPTION(kDb, MySQL_DB),
-    OPTION(kKibo, DebugMode),
-    OPTION(kDb, Port),
-    OPTION(kKibo, DisableRead),
-    OPTION(kKibo, DisableDoubleInbox),
-    OPTION(kKibo, AutoStart),
-    OPTION(kKibo, HideChrome),
-    OPTION(kKibo, Multi),
-    OPTION(kKibo, Break),
-    OPTION(kKibo, AfterSend),
-    OPTION(kKibo, GetNumberInbox),
-    OPTION(kKibo, Scheduled),
-    OPTION(kKibo, ChromePortable),
-    OPTION(kKibo, VBSleep),
+    OPTION(kKibo, DebugMode, kYesNo),
+    OPTION(kDb, Port, kNumber),
+    OPTION(kKibo, DisableRead, kYesNo),
+    OPTION(kKibo, DisableDoubleInbox, kYesNo),
+    OPTION(kKibo, AutoStart, kYesNo),
+    OPTION(kKibo, HideChrome, kYesNo),
+    OPTION(kKibo, Multi, kYesNo),
+    OPTION(kKibo, Break, kNumber),
+    OPTION(kKibo, AfterSend, kNumber),
+    OPTION(kKibo, GetNumberInbox, kYesNo),
+    OPTION(kKibo, Scheduled, kYesNo),
+    OPTION(kKibo, ChromePortable, kYesNo),
+    OPTION(kKibo, VBSleep, kYesNo),
     OPTION(kKibo, ChromeBinary),
-    OPTION(kKibo, Headless),
+    OPTION(kKibo, Headless, kYesNo),
     OPTION(kKibo, TmpFolder),
-    OPTION(kKibo, ClearTmp),
-    OPTION(kKibo, CaptureQR),
+    OPTION(kKibo, ClearTmp, kYesNo),
+    OPTION(kKibo, CaptureQR, kYesNo),
     OPTION(kKibo, Prefix),
-    OPTION(kDb, UseMDB),
-    OPTION(kDb, HideMe),
+    OPTION(kDb, UseMDB, kYesNo),
+    OPTION(kDb, HideMe, kYesNo),
     OPTION(kKibo, Slow),
     OPTION(kKibo, Speed),
-    OPTION(kKibo, NoAgent),
-    OPTION(kKibo, LimitSelect),
-    OPTION(kKibo, NoSandBox),
-    OPTION(kKibo, UseIE),
-    OPTION(kKibo, ShowIE),
-    OPTION(kKibo, MaxFileMB),
-    {kKibo, "StartAddress", &Settings::StartAddress, readLongIni},
-    {kKibo, "ChatAddress", &Settings::ChatAddress, readLongIni},
-    {kKibo, "ChromeDriver", &Settings::ChromeDriver, readLongIni},
-    {kKibo, "ElementServer", &Settings::ElementServer, readLongIni},
+    OPTION(kKibo, NoAgent, kYesNo),
+    OPTION(kKibo, LimitSelect, kYesNo),
+    OPTION(kKibo, NoSandBox, kYesNo),
+    OPTION(kKibo, UseIE, kYesNo),
+    OPTION(kKibo, ShowIE, kYesNo),
+    OPTION(kKibo, MaxFileMB, kNumber),
+    OPTION(kKibo, StartAddress, kLongText),
+    OPTION(kKibo, ChatAddress, kLongText),
+    OPTION(kKibo, ChromeDriver, kLongText),
+    OPTION(kKibo, ElementServer, kLongText),
 };
 
 #undef OPTION
@@ -109,16 +112,45 @@ const Default kDefaults[] = {
     {kKibo, "GetNumberInbox", &Settings::GetNumberInbox, "Y"},
 };
 
+bool looksLikeYes(const QString& value) {
+    static const QStringList kYes{QStringLiteral("y"), QStringLiteral("yes"), QStringLiteral("true"),
+                                  QStringLiteral("on"), QStringLiteral("1")};
+    return !isYes(value) && kYes.contains(value.toLower());
+}
+
+/// What can't be meant as it stands, without the value, which may be a password; empty: nothing.
+QString problemOf(const Option& option, const QString& value, const QString& file) {
+    const QString key = QString::fromLatin1(option.key);
+    const bool isLong = option.kind == kLongText;
+    if ((isLong ? isCutByReadLongIni : isCutByReadIni)(nameOf(option.section), key, file))
+        return QStringLiteral("%1 is longer than %2 bytes and was cut").arg(key).arg(isLong ? 1023 : 49);
+    if (option.kind == kYesNo && looksLikeYes(value)) return key + QStringLiteral(" is on with a capital Y only");
+    bool isNumber = value.isEmpty();
+    if (!isNumber) (void)value.toDouble(&isNumber);
+    if (option.kind == kNumber && !isNumber) return key + QStringLiteral(" is no number");
+    return {};
+}
+
 }  // namespace
 
 Settings loadSettings(const QString& file) {
     Settings settings;
-    for (const Option& option : kOptions)
-        settings.*option.member = option.read(nameOf(option.section), QString::fromLatin1(option.key), file);
+    const QString unreadable = settingsProblem(file);
+    if (!unreadable.isEmpty()) settings.problems.append({{}, unreadable, true});
+    for (const Option& option : kOptions) {
+        const QString key = QString::fromLatin1(option.key);
+        QString& value = settings.*option.member;
+        value = (option.kind == kLongText ? readLongIni : ReadIni)(nameOf(option.section), key, file);
+        const QString problem = problemOf(option, value, file);
+        if (problem.isEmpty()) continue;
+        const bool ofConnection = option.section == kDb && option.member != &Settings::HideMe;
+        settings.problems.append({key, QStringLiteral("kibo.ini: ") + problem, ofConnection});
+        log::warning("app", settings.problems.back().text);
+    }
     for (const Default& preset : kDefaults) {
         if (!(settings.*preset.member).isEmpty()) continue;
         const QString value = QString::fromLatin1(preset.value);
-        WriteIni(nameOf(preset.section), QString::fromLatin1(preset.key), value, file);
+        if (unreadable.isEmpty()) WriteIni(nameOf(preset.section), QString::fromLatin1(preset.key), value, file);
         if (preset.takes == Takes::AtOnce) settings.*preset.member = value;
     }
     return settings;

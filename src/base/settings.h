@@ -1,8 +1,16 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 namespace kibo {
+
+/// What is wrong with the settings file or one of its values.
+struct SettingProblem {
+    QString key;          ///< the option; empty: the whole file
+    QString text;         ///< in words for the operator
+    bool ofConnection{};  ///< the database may be out of reach because of it
+};
 
 /// All options of the gateway, one member per key and named like it, as read once at process start.
 /// Options of kind yes/no hold "Y" or "N"; ask with isYes(): only "Y" means yes, anything else means no.
@@ -26,6 +34,8 @@ struct Settings {
     QString MaxFileMB;      ///< largest file that is sent, in megabytes; empty: 64
     QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
     QString ElementServer;  ///< host or address of the element service; empty: none
+
+    QList<SettingProblem> problems;  ///< what was found when they were read
 
     // Built-in values, not in the file.
     QString applicationName = QStringLiteral("KB App");

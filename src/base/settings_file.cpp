@@ -15,7 +15,7 @@ std::string encoded(const QString& text) {
 }
 
 QString read(const QString& section, const QString& key, const QString& file, std::size_t maxLength) {
-    return QString::fromLocal8Bit(
+    return QString::fromStdString(
         platform::readPrivateProfileString(encoded(section), encoded(key), encoded(file), maxLength));
 }
 
@@ -27,6 +27,14 @@ QString ReadIni(const QString& section, const QString& key, const QString& file)
 
 QString readLongIni(const QString& section, const QString& key, const QString& file) {
     return read(section, key, file, kLongestAddress);
+}
+
+bool isCutByReadIni(const QString& section, const QString& key, const QString& file) {
+    return ReadIni(section, key, file) != read(section, key, file, kLongestAddress);
+}
+
+bool isCutByReadLongIni(const QString& section, const QString& key, const QString& file) {
+    return readLongIni(section, key, file) != read(section, key, file, 2 * kLongestAddress);
 }
 
 bool WriteIni(const QString& section, const QString& key, const QString& value, const QString& file) {

@@ -13,9 +13,9 @@ namespace kibo {
 struct GatewayState {
     // Connection
     Label status{QStringLiteral("Not Connect"), colour::kRed, colour::kYellow};
-    TextBox waurl;  ///< "!!" when the browser has gone
-    Indicator pQR;  ///< login QR code on screen; caption: file of its picture
-    Indicator dboff;
+    TextBox waurl;        ///< "!!" when the browser has gone
+    Indicator pQR;        ///< login QR code on screen; caption: file of its picture
+    Indicator dboff;      ///< caption: why the database is off, in words
     QString pageNotice;   ///< what else the page has to say, in words; empty: nothing
     QString refusedOut;   ///< the messages that can't leave the queue, in words; empty: none
     QString inboxNotice;  ///< what keeps received messages out of the database, in words; empty: nothing

@@ -151,9 +151,7 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
         state_.Outbox_Cnt.caption = QStringLiteral("0");
         dueCount_ = 0;
         counted_.clear();
-        state_.dboff.visible = true;
-        if (!localStore && !database_.isOpen() && database_.reopen())
-            log::info("engine", QStringLiteral("database connection is back"));
+        state_.dboff = {true, database_.problem()};
         return;
     }
     state_.dboff.visible = false;
@@ -274,6 +272,7 @@ std::optional<QueuedRow> OutboxQueue::lockedRow(qint64 id) {
 /// `sql`: the statement that failed; empty for a transaction's begin and end, which never went to the error policy.
 OutboxQueue::Taken OutboxQueue::notTaken(const QString& id, const QString& sql, const Failure& failure) {
     const QString why = QString::fromStdString(failure.text);
+    state_.dboff.caption = why;
     const bool refused = failure.kind == FailureKind::RowRefused;
     if (refused) {
         unknownTake_.clear();

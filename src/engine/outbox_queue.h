@@ -38,7 +38,7 @@ class OutboxQueue {
     /// Column numbers of the grid `ms_out`.
     enum Column { Mode, Number, Text, Media, File, Time, Id };
 
-    /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff` and is reopened.
+    /// Loads the due rows, lowest id first, and shows their count. A lost connection shows `dboff`.
     void cmd_OutboxRefresh_Click();
 
     /// How many messages are due, also beyond those that were loaded.
@@ -88,6 +88,8 @@ class OutboxQueue {
     /// the row holds, which the log then tells: trying again would change nothing.
     bool addCopy(const QueuedRow& row, const QString& status);
 
+    /// What the store said when it last failed.
+    QString storeProblem() const { return database_.problem(); }
     /// The store and the table that ids belong to.
     QString storeIdentity() const;
 

@@ -146,7 +146,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     const qint64 begin = p_.clock.monotonicMs();
     if (!mayTakeMessage(look)) return false;
     if (!settled) {
-        s.dboff.visible = true;
+        s.dboff = {true, p_.queue.storeProblem()};
         idle(kWaitingForStore);
         return false;
     }

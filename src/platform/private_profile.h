@@ -19,13 +19,14 @@ namespace kibo::platform {
 /// Beyond what Windows does, the posix side replaces the file in one step (a crash leaves the old or the new
 /// file, never half of one), gives it mode 0600 because it holds a password, and follows a symbolic link. It also
 /// leaves blank lines and line feeds as they are, where Windows' call may drop the former and turns the latter into
-/// pairs of carriage return and line feed. UTF-16 files are read by Windows only.
+/// pairs of carriage return and line feed. UTF-16 files are read by Windows only, and refused elsewhere.
 ///
-/// Text is UTF-8 on posix and in the ANSI code page on Windows. `file` is a full path: Windows looks for any
-/// other in its own folder.
+/// Names are UTF-8 on posix and in the ANSI code page on Windows, and so are values that are written. `file` is a full
+/// path: Windows looks for any other in its own folder.
 
-/// At most `maxLength` bytes of the value, never half of a UTF-8 character. Empty when the file, section or
-/// key is missing, and when the file can't be read.
+/// At most `maxLength` bytes of the value as they stand in the file, never half of a character; given in UTF-8. Bytes
+/// that are no UTF-8 are read in the ANSI code page, 1252 on posix: an old program has written them. Empty when the
+/// file, section or key is missing, and when the file can't be read.
 std::string readPrivateProfileString(std::string_view section, std::string_view key, const std::string& file,
                                      std::size_t maxLength);
 

@@ -13,6 +13,7 @@
 
 #include "platform/one_line.h"
 #include "platform/private_profile.h"
+#include "platform/profile_text.h"
 
 namespace kibo::platform {
 namespace {
@@ -191,18 +192,45 @@ Result<void> replaceFile(const std::string& file, const std::string& folder, int
     return {};
 }
 
+/// Code page 1252, in which programs of western Windows systems write.
+std::string fromCodePage(std::string_view bytes) {
+    static constexpr char16_t kFrom80[] =
+        u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
+        u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
+    std::string text;
+    for (const char byte : bytes) {
+        char16_t character = static_cast<unsigned char>(byte);
+        if (character >= 0x80 && character < 0xA0) character = kFrom80[character - 0x80];
+        if (character < 0x80) {
+            text += static_cast<char>(character);
+        } else if (character < 0x800) {
+            text += static_cast<char>(0xC0 | (character >> 6));
+            text += static_cast<char>(0x80 | (character & 0x3F));
+        } else {
+            text += static_cast<char>(0xE0 | (character >> 12));
+            text += static_cast<char>(0x80 | ((character >> 6) & 0x3F));
+            text += static_cast<char>(0x80 | (character & 0x3F));
+        }
+    }
+    return text;
+}
+
+/// What begins with one of the two marks of UTF-16 can be read here no more than be added to.
+Result<std::string> readText(const std::string& file) {
+    Result<std::string> text = readAll(file);
+    if (text && (text.value().starts_with("\xFF\xFE") || text.value().starts_with("\xFE\xFF")))
+        return Failure{FailureKind::Io, "can't read " + file + ": it is in UTF-16; save it as UTF-8", {}};
+    return text;
+}
+
 }  // namespace
 
 std::string readPrivateProfileString(std::string_view section, std::string_view key, const std::string& file,
                                      std::size_t maxLength) {
     const std::string text = readAll(file).valueOr({});
     const std::string_view value = unquoted(find(text, section, key).value.value_or(std::string_view()));
-    std::size_t length = std::min(maxLength, value.size());
-    const auto continuesCharacter = [&](std::size_t at) {
-        return (static_cast<unsigned char>(value[at]) & 0xC0) == 0x80;
-    };
-    while (length > 0 && length < value.size() && continuesCharacter(length)) --length;
-    return std::string(value.substr(0, length));
+    if (isUtf8(value)) return std::string(cutUtf8(value, maxLength));
+    return fromCodePage(value.substr(0, maxLength));
 }
 
 Result<void> writePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
@@ -217,7 +245,7 @@ Result<void> writePrivateProfileString(std::string_view section, std::string_vie
     if (!lock.valid()) return ioFailure("can't write into " + folder, errno);
     ::flock(lock.number(), LOCK_EX);  // two instances writing at once must not lose each other's key
 
-    Result<std::string> before = readAll(target);
+    Result<std::string> before = readText(target);
     if (!before) return before.failure();
     const std::string after = withKey(before.value(), section, key, value);
     if (after == before.value()) return {};
@@ -225,7 +253,7 @@ Result<void> writePrivateProfileString(std::string_view section, std::string_vie
 }
 
 Result<void> checkPrivateProfile(const std::string& file) {
-    const Result<std::string> text = readAll(file);
+    const Result<std::string> text = readText(file);
     return text ? Result<void>() : text.failure();
 }
 

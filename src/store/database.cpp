@@ -16,6 +16,10 @@ namespace kibo {
 namespace {
 
 constexpr qint64 kSlowMs = 200;
+// An attempt may take some seconds, in which nothing else happens.
+constexpr qint64 kOpenAgainMs = 2'000;
+constexpr qint64 kSurfaceAgainMs = 60'000;
+constexpr int kSurfacedStatements = 100;
 // A SQLite file up to this size is checked page by page when it is opened (about 0.1 s); a larger one is not.
 constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 // https://www.sqlite.org/rescode.html
@@ -54,7 +58,16 @@ Database::~Database() {
 Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
     // A server may hold only what its mode of use needs, e.g. "multi" alone; a local file is always the whole store.
     const QStringList whole{QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")};
-    return open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
+    const Result<void> opened =
+        open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
+    QStringList causes;
+    for (const SettingProblem& problem : settings.problems)
+        if (problem.ofConnection) causes.append(problem.text);
+    if (opened || causes.isEmpty()) return opened;
+    // What follows from a value that can't be meant, such as "Access denied", would lead away from it.
+    log::warning("app", QStringLiteral("database: ") + problem_);
+    problem_ = causes.join(QStringLiteral("; "));
+    return Failure{opened.failure().kind, problem_.toStdString(), opened.failure().code};
 }
 
 Result<void> Database::OpenElementStore(const QString& file) {
@@ -76,10 +89,13 @@ Result<void> Database::open(const ConnectionRequest& request, const QStringList&
                                                target.value(QStringLiteral("Jet OLEDB:Database Password")))
                               : openMySql(target, request);
     if (opened) opened = checkTables(tables);
-    if (!opened) {
-        close();
-        return opened;
-    }
+    if (!opened) close();
+    wanted_ = true;
+    problem_ = opened ? QString() : QString::fromStdString(opened.failure().text);
+    openAgainMs_ = clock_.monotonicMs() + kOpenAgainMs;
+    if (!opened) return opened;
+    lossSurfaced_ = false;
+    surfacedMs_.clear();
     log::info("app", QStringLiteral("database open (%1) after %2 ms")
                          .arg(kind() == DatabaseKind::MySql ? QStringLiteral("MySQL") : QStringLiteral("local file"))
                          .arg(clock_.monotonicMs() - start));
@@ -144,7 +160,16 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
                             name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
     if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
-    return connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+    const Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+    if (connected || !isNoAnswer(connected.failure())) return connected;
+    const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
+    const QString who = server.isEmpty() ? QStringLiteral("the data source ") + target.value(QStringLiteral("DSN"))
+                                         : QStringLiteral("%1, port %2,").arg(server, port);
+    return Failure{connected.failure().kind,
+                   QStringLiteral("No answer from %1: %2")
+                       .arg(who, QString::fromStdString(connected.failure().text))
+                       .toStdString(),
+                   connected.failure().code};
 }
 
 Result<void> Database::connect(const QString& driver, const QString& databaseName, const QString& options) {
@@ -197,11 +222,18 @@ Result<void> Database::checkTables(const QStringList& tables) {
                                               .toStdString()};
 }
 
+/// A transaction must not go on over another connection, as if its beginning had taken effect.
+void Database::openAgain() {
+    if (dialect_ != Dialect::MySql || !wanted_ || inTransaction_ || clock_.monotonicMs() < openAgainMs_) return;
+    (void)reopen();
+}
+
 void Database::close() {
     for (const auto& rows : handedOut_)
         if (const auto alive = rows.lock()) alive->detach();
     handedOut_.clear();
     open_ = false;
+    wanted_ = false;
     if (QSqlDatabase::contains(name_)) QSqlDatabase::removeDatabase(name_);
 }
 
@@ -229,9 +261,16 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
     }
     const qint64 took = clock_.monotonicMs() - start;
     if (took > kSlowMs) log::info("app", QStringLiteral("%1 took %2 ms").arg(statementName(sql)).arg(took));
-    if (done) return {};
+    if (done) {
+        if (!surfacedMs_.isEmpty()) surfacedMs_.remove(sql);
+        return {};
+    }
     Failure failure = failureOf(query.lastError());
-    if (failure.kind == FailureKind::ConnectionLost) open_ = false;
+    problem_ = QString::fromStdString(failure.text);
+    if (failure.kind == FailureKind::ConnectionLost) {
+        open_ = false;
+        openAgainMs_ = 0;
+    }
     return failure;
 }
 
@@ -257,11 +296,28 @@ Failure Database::failureOf(const QSqlError& error) const {
     return sqlFailure(error, dialect_ == Dialect::Sqlite ? SqlErrors::Sqlite : SqlErrors::Server);
 }
 
-void Database::report(const QString& sql, const Failure& failure) const {
-    policy_.skip("app", statementName(sql).toUtf8().constData(), failure);
+/// Most statements are repeated twice a second: a box at each would come up again before the last one is closed, and
+/// what would help, such as opening the connection again, would never have its turn.
+bool Database::hasJustSurfaced(const QString& sql, const Failure& failure) {
+    if (failure.kind == FailureKind::ConnectionLost) return std::exchange(lossSurfaced_, true);
+    if (surfacedMs_.size() > kSurfacedStatements) surfacedMs_.clear();
+    const qint64 now = clock_.monotonicMs();
+    const auto last = surfacedMs_.constFind(sql);
+    if (last != surfacedMs_.constEnd() && now - *last < kSurfaceAgainMs) return true;
+    surfacedMs_.insert(sql, now);
+    return false;
+}
+
+void Database::report(const QString& sql, const Failure& failure) {
+    const QByteArray statement = statementName(sql).toUtf8();
+    if (policy_.surfaces() && !hasJustSurfaced(sql, failure))
+        policy_.skip("app", statement.constData(), failure);
+    else
+        policy_.note("app", statement.constData(), failure);
 }
 
 Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
+    if (!open_) openAgain();
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(true);
     if (const Result<void> done = run(query, sql, values); !done) {
@@ -285,6 +341,7 @@ std::optional<qint64> Database::execute(const QString& sql, const Values& values
 }
 
 Result<qint64> Database::attempt(const QString& sql, const Values& values) {
+    if (!open_) openAgain();
     QSqlQuery query(QSqlDatabase::database(name_, false));
     if (const Result<void> done = run(query, sql, values); !done) return done.failure();
     return qint64{query.numRowsAffected()};
@@ -318,6 +375,7 @@ Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, 
 }
 
 Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, const Values& values) {
+    if (!open_) openAgain();
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(dialect_ == Dialect::Sqlite);
     if (const Result<void> done = run(query, sql, values); !done) return done.failure();
@@ -350,6 +408,7 @@ std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> ro
 }
 
 Result<Transaction> Transaction::begin(Database& database) {
+    if (!database.open_) database.openAgain();
     Result<void> begun;
     switch (database.dialect_) {
         case Database::Dialect::MySql:
@@ -363,6 +422,7 @@ Result<Transaction> Transaction::begin(Database& database) {
             break;
     }
     if (!begun) return begun.failure();
+    database.inTransaction_ = true;
     return Transaction(database);
 }
 
@@ -371,12 +431,14 @@ Result<void> Transaction::commit() {
     Result<void> done = database_->dialect_ == Database::Dialect::Access
                             ? database_->throughDriver(&QSqlDatabase::commit)
                             : database_->runPlain(QStringLiteral("COMMIT"));
-    if (done) database_ = nullptr;
+    if (done) std::exchange(database_, nullptr)->inTransaction_ = false;
     return done;
 }
 
 Transaction::~Transaction() {
-    if (!database_ || !database_->isOpen()) return;
+    if (!database_) return;
+    database_->inTransaction_ = false;
+    if (!database_->isOpen()) return;
     const Result<void> undone = database_->dialect_ == Database::Dialect::Access
                                     ? database_->throughDriver(&QSqlDatabase::rollback)
                                     : database_->runPlain(QStringLiteral("ROLLBACK"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
@@ -26,7 +27,10 @@ class QueryRows;
 /// write the same store at any time. Main thread only.
 ///
 /// A statement that fails goes to the error policy (which may throw SurfacedError) and is also told by the return
-/// value. Statements are taken as they stand; with a local SQLite file, #date# literals of Access are understood too.
+/// value; the same failure surfaces once a minute at most, and a lost connection once. A connection to a server that is
+/// lost, or could not be made, is opened again by the next statement outside of a transaction, with a pause between
+/// attempts. Statements are taken as they stand; with a local SQLite file, #date# literals of Access are understood
+/// too.
 class Database {
  public:
     using Values = QList<QVariant>;
@@ -49,6 +53,8 @@ class Database {
 
     /// False before the first open, after a close, and once a statement found the connection lost.
     bool isOpen() const { return open_; }
+    /// What the store said when it last failed, in words for the operator; empty when nothing has since it was opened.
+    QString problem() const { return problem_; }
     /// Which store this is: its path, or server and database. Holds no password.
     QString identity() const;
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
@@ -66,7 +72,7 @@ class Database {
     /// The same, for callers on whom something depends when the statement fails: the failure has not gone to the
     /// policy, which may throw. They note what must be noted, then `report` it.
     Result<qint64> attempt(const QString& sql, const Values& values = {});
-    void report(const QString& sql, const Failure& failure) const;
+    void report(const QString& sql, const Failure& failure);
     /// Auto-increment key that this connection's last INSERT gave; 0 where it gave none.
     qint64 lastInsertId();
 
@@ -94,6 +100,8 @@ class Database {
     Result<void> connect(const QString& driver, const QString& databaseName, const QString& options);
     Result<void> prepareSqlite(const QString& path);
     Result<void> checkTables(const QStringList& tables);
+    void openAgain();
+    bool hasJustSurfaced(const QString& sql, const Failure& failure);
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
     Values plain(const Values& values) const;
@@ -113,6 +121,12 @@ class Database {
     Dialect dialect_ = Dialect::MySql;
     QString path_;  // of a local store
     bool open_ = false;
+    bool wanted_ = false;  // to be open: not before it was asked for, nor after a close
+    bool inTransaction_ = false;
+    qint64 openAgainMs_ = 0;  // when it may be tried
+    QString problem_;
+    bool lossSurfaced_ = false;
+    QHash<QString, qint64> surfacedMs_;  // by statement
     std::vector<std::weak_ptr<QueryRows>> handedOut_;
 };
 

@@ -49,6 +49,10 @@ QString withoutQuotedPieces(QString text) {
 
 }  // namespace
 
+bool isNoAnswer(const Failure& failure) {
+    return among({u"2002", u"2003", u"2005"}, QString::fromStdString(failure.code));
+}
+
 Failure sqlFailure(const QSqlError& error, SqlErrors errors) {
     static const QRegularExpression kPrefixes(QStringLiteral("(?:\\[[^\\]]*\\])+"));
     QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();

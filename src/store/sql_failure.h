@@ -15,4 +15,7 @@ enum class SqlErrors { Server, Sqlite };
 /// out: they may be message texts.
 Failure sqlFailure(const QSqlError& error, SqlErrors errors);
 
+/// Whether a connection could not be made because no server answered at its host and port.
+bool isNoAnswer(const Failure& failure);
+
 }  // namespace kibo

@@ -84,13 +84,14 @@ TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
     EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);
     EXPECT_TRUE(find<QLabel>("lblBatch")->isVisible());
     state.BreakTime.setEnabled(false);
-    state.dboff.visible = true;
+    state.dboff = {true, QStringLiteral("Server shutdown in progress")};
     state.refusedOut = QStringLiteral("Message 17 can't be moved");
     window->showState();
     EXPECT_FALSE(find<QProgressBar>("BreakProgress")->isVisible());
     EXPECT_FALSE(find<QLabel>("lblBatch")->isVisible()) << "that batch is over";
     EXPECT_EQ(find<QLabel>("Outbox_Cnt")->text(), QStringLiteral("–")) << "not none: not known";
-    EXPECT_TRUE(find<QLabel>("step")->toolTip().contains(state.refusedOut));
+    for (const QString& said : {state.refusedOut, state.dboff.caption})
+        EXPECT_TRUE(find<QLabel>("step")->toolTip().contains(said));
 }
 
 TEST_F(MainWindowTest, leavesTheDummyNumberToWhoeverTypesIt) {

@@ -73,7 +73,8 @@ TEST_F(SettingsTest, everyOptionComesFromItsOwnSection) {
 TEST_F(SettingsTest, valuesAreCutButAddressesAreNot) {
     const QByteArray address = "https://" + QByteArray(100, 'x') + "/";
     setContent("[kibo]\nEXE=" + address + "\nStartAddress=" + address + "\nChatAddress=" + address +
-               "\nChromeDriver=" + QByteArray(2000, 'y') + "\nProfil=" + QByteArray(48, 'z') + "\xC3\xA9\n");
+               "\nChromeDriver=" + QByteArray(2000, 'y') + "\nProfil=" + QByteArray(48, 'z') +
+               "\xC3\xA9\nDummyContact=" + QByteArray(48, '\xE4') + "\x80x\n");
     const Settings settings = loadSettings(file());
     EXPECT_EQ(settings.EXE, QString::fromLatin1(address.left(49)));
     EXPECT_EQ(settings.StartAddress, QString::fromLatin1(address));
@@ -81,8 +82,33 @@ TEST_F(SettingsTest, valuesAreCutButAddressesAreNot) {
     EXPECT_EQ(settings.ChromeDriver.size(), 1023);
     EXPECT_EQ(settings.Profil, QString(48, QLatin1Char('z'))) << "half a character must not remain";
 
+    EXPECT_EQ(settings.DummyContact, QString(48, QChar(u'ä')) + QChar(u'€')) << "an ANSI program's";
+
     EXPECT_TRUE(WriteIni(QStringLiteral("DB"), QStringLiteral("password"), QStringLiteral("gehéim"), file()));
     EXPECT_EQ(ReadIni(QStringLiteral("db"), QStringLiteral("PASSWORD"), file()), QStringLiteral("gehéim"));
+}
+
+TEST_F(SettingsTest, valuesThatCannotBeMeantAreNamedWithoutRepeatingThem) {
+    setContent("[DB]\nUseMDB=y\nPort=33o6\npassword=" + QByteArray(49, 'p') + "!\nuser=" + QByteArray(49, 'u') +
+               "\n[kibo]\nMulti=Y\nHeadless=yes\nBreak=1.5\nAfterSend=ten\nStartAddress=" + QByteArray(1024, 'x') +
+               "\nSpeed=y\n");
+    QStringList connection, others;
+    for (const SettingProblem& problem : loadSettings(file()).problems) {
+        (problem.ofConnection ? connection : others).append(problem.key);
+        EXPECT_TRUE(problem.text.contains(problem.key) && !problem.text.contains(QStringLiteral("pp")));
+        EXPECT_TRUE(log::newestLines().join(u'\n').contains(problem.text));
+    }
+    EXPECT_EQ(connection.join(u' ').toStdString(), "password Port UseMDB");
+    EXPECT_EQ(others.join(u' ').toStdString(), "AfterSend Headless StartAddress");
+}
+
+TEST_F(SettingsTest, aFileInUtf16IsToldAndLeftAsItIs) {
+    setContent(QByteArray("\xFF\xFE[\0D\0B\0]\0", 10));
+    const std::string before = content();
+    const QList<SettingProblem> problems = loadSettings(file()).problems;
+    ASSERT_EQ(problems.size(), 1);
+    EXPECT_TRUE(problems[0].ofConnection && problems[0].text.contains(QStringLiteral("UTF-16")));
+    EXPECT_EQ(content(), before);
 }
 
 TEST_F(SettingsTest, anUnusableFileIsToldAndTakenAsEmpty) {

@@ -38,6 +38,9 @@ const struct {
     {"blanksInQuestion", "[kibo]\r\nSpeed=A\r\n", " kibo ", " Speed ", "A"},
     {"cut", "[kibo]\r\nEXE=" + std::string(50, 'x') + "\r\n", "kibo", "EXE", std::string(49, 'x')},
     {"quotesCountNot", "[kibo]\r\nEXE=\"" + std::string(50, 'x') + "\"\r\n", "kibo", "EXE", std::string(49, 'x')},
+    {"codePage", "[DB]\r\npassword=sch\xF6n \xDF\r\n", "DB", "password", "sch\xC3\xB6n \xC3\x9F"},
+    {"halfACharacter", "[DB]\r\npassword=" + std::string(48, 'x') + "\xC3\xA9\r\n", "DB", "password",
+     std::string(48, 'x')},
 };
 
 TEST(PrivateProfile, isRead) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QThread>
+
 #include "store/database.h"
 #include "store_under_test.h"
 #include "support/mariadb_server.h"
@@ -21,8 +23,8 @@ TEST_F(LostConnectionTest, KilledConnectionIsNoticedAndReopenedUnlessTheLoginIsR
     server_.run(QStringLiteral("kill ") + database_.OpenRecordset(QStringLiteral("select connection_id()")).field(0));
     EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Closed);
     EXPECT_FALSE(database_.isOpen());
-    ASSERT_TRUE(database_.reopen());
-    EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Open);
+    EXPECT_EQ(database_.OpenRecordset(QStringLiteral("select * from outbox")).state(), Recordset::State::Open)
+        << "the next statement opens it again";
 
     Settings settings = server_.settings(true);
     settings.password = QStringLiteral("wrong");
@@ -44,11 +46,30 @@ TEST_F(LostConnectionTest, ServerAwayAndBack) {
     EXPECT_EQ(rows.value()->text(999, 0), QStringLiteral("1000")) << "what was read before is still shown";
     const Result<void> away = database_.reopen();
     ASSERT_FALSE(away);
+    EXPECT_EQ(away.failure().text.find("No answer from 127.0.0.1, port "), 0U) << away.failure().text;
     EXPECT_EQ(away.failure().text.find(test::MariaDbServer::password().toStdString()), std::string::npos);
     server_.start();
-    EXPECT_TRUE(database_.reopen());
-    EXPECT_EQ(rows.value()->text(999, 0), QString());
+    QThread::sleep(2);
+    EXPECT_FALSE(database_.Execute(QStringLiteral("delete from outbox"))) << "opened again inside a transaction";
+    { const auto ended = std::move(open); }
     EXPECT_TRUE(database_.Execute(QStringLiteral("delete from outbox")));
+    EXPECT_EQ(rows.value()->text(999, 0), QString());
+}
+
+TEST_F(LostConnectionTest, SurfacesOnceAndIsOpenedAgainAllTheSame) {
+    policy_.setDebugMode(true);
+    const auto ask = [this](const char* sql) { return database_.Execute(QLatin1String(sql)); };
+    EXPECT_THROW(ask("delete from nowhere"), SurfacedError);
+    EXPECT_FALSE(ask("delete from nowhere")) << "a box each time would never end";
+    EXPECT_THROW(ask("delete from nowhere_else"), SurfacedError);
+    server_.stop();
+    EXPECT_THROW(ask("delete from tmp"), SurfacedError);
+    EXPECT_FALSE(ask("delete from tmp") || ask("delete from outbox"));
+    EXPECT_FALSE(database_.problem().isEmpty());
+    server_.start();
+    QThread::sleep(2);
+    EXPECT_TRUE(ask("delete from tmp"));
+    EXPECT_EQ(database_.problem(), QString());
 }
 
 test::StoreUnderTest emptied(bool dsn) {

@@ -200,6 +200,9 @@ TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
         EXPECT_FALSE(said.contains(QStringLiteral("secret")));
         EXPECT_FALSE(said.contains(u'[')) << said.toStdString();
     }
+    settings.problems.append({QStringLiteral("password"), QStringLiteral("password was cut"), true});
+    EXPECT_EQ(complaint(settings), QStringLiteral("password was cut")) << "nothing that leads away from it";
+    settings.problems.clear();
     settings.dsn.clear();
     EXPECT_TRUE(complaint(settings).contains(QStringLiteral("DSN")));
 }

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QThread>
 #include <set>
 
+#include "engine/login_watch.h"
 #include "real_gateway.h"
 #include "support/mariadb_server.h"
 
@@ -92,6 +94,22 @@ TEST_F(DatabaseAway, NothingIsSentMeanwhileAndItGoesOnByItself) {
     server.run(QStringLiteral("rename table away to outbox"));
     expectGoesOn();
     expectEachOnce();
+}
+
+TEST_F(DatabaseAway, LoginCodeIsWrittenAgainWhenTheServerIsBack) {
+    server.run(QStringLiteral("insert into web_user (id) values ('7')"));
+    real.state.cb_Profil.text = QStringLiteral("7");
+    LoginWatch login(real.state, real.settings, real.database, *real.page, real.clock, real.folder.path());
+    PageLook look;
+    look.qrCodes = 1;
+    server.stop();
+    login.tick(look);
+    EXPECT_TRUE(real.state.dboff.visible && !real.state.dboff.caption.isEmpty());
+    server.start();
+    look.qrData = QStringLiteral("code");
+    QElapsedTimer waited;
+    for (waited.start(); real.state.dboff.visible && waited.elapsed() < kBackMs; QThread::msleep(100)) login.tick(look);
+    EXPECT_EQ(server.run(QStringLiteral("select qr from web_user")).trimmed(), look.qrData);
 }
 
 TEST_F(DatabaseAway, RowThatTheServerRefusesHoldsUpNoOther) {

@@ -233,7 +233,10 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    QStringList line{state_.step, state_.doneAbout, state_.refusedOut, state_.inboxNotice, state_.pageNotice};
+    const QString databaseProblem = state_.dboff.visible ? state_.dboff.caption : QString();
+    QStringList line{state_.step,       databaseProblem,    state_.doneAbout,
+                     state_.refusedOut, state_.inboxNotice, state_.pageNotice};
+    for (const SettingProblem& problem : settings_.problems) line.append(problem.text);
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
