@@ -234,6 +234,7 @@ void GatewayApplication::Timer1_Timer() {
     if (!state_.stepRunning && database_.isOpen()) gateway_->recovery.settleInStore();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
+    browser_.hideWhenTitled();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }

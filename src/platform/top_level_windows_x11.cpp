@@ -75,6 +75,13 @@ std::vector<xcb_window_t> managedWindows(const Display& display) {
     return windows;
 }
 
+/// What a property of one number holds; 0 when it is not there.
+std::uint32_t numberOf(const std::string& property) {
+    std::uint32_t number = 0;
+    if (property.size() >= sizeof number) std::memcpy(&number, property.data(), sizeof number);
+    return number;
+}
+
 /// All windows, those next to the root first.
 std::vector<xcb_window_t> allWindows(const Display& display) {
     std::vector<xcb_window_t> windows = display.childrenOf(display.root());
@@ -91,11 +98,13 @@ bool canHideWindows() {
     return Display().connected();
 }
 
-std::optional<WindowHandle> FindWindowByTitle(std::string_view text) {
+std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner) {
     const Display display;
     if (!display.connected()) return std::nullopt;
     const xcb_atom_t utf8Name = display.atom("_NET_WM_NAME");
+    const xcb_atom_t processId = display.atom("_NET_WM_PID");
     const auto matches = [&](xcb_window_t window) {
+        if (owner != 0 && numberOf(display.property(window, processId)) != owner) return false;
         const std::string name = display.property(window, utf8Name);
         return titleContains(name.empty() ? display.property(window, XCB_ATOM_WM_NAME) : name, text);
     };
