@@ -115,6 +115,7 @@ bool GatewayApplication::showWindow() {
     window_ = std::make_unique<MainWindow>(state_, settings_, dialogs_, actions());
     FormLoad formLoad{*window_,    state_, settings_, instanceRows_, dialogs_, programFolder_, startUp_.settingsFile(),
                       commandLine_};
+    formLoad.alreadyRuns = [this] { return alreadyRuns(); };
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
     formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
@@ -221,7 +222,19 @@ Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
     return browser_.open(options);
 }
 
+/// Ends a second start of the same profile, whose operator looks for the window that is there.
+bool GatewayApplication::alreadyRuns() {
+    const Result<void> taken = instanceLock_.take(programFolder_, state_.cb_Profil.text);
+    if (taken) return false;
+    const QString text = QString::fromStdString(taken.failure().text);
+    log::warning("window", text);
+    dialogs_.show({settings_.applicationName, text, MessageBox::Icon::Information});
+    platform::bringToFront(instanceLock_.holder());
+    return true;
+}
+
 Result<void> GatewayApplication::openJournal() {
+    if (const Result<void> taken = instanceLock_.take(programFolder_, state_.cb_Profil.text); !taken) return taken;
     return journal_.open(
         QDir(programFolder_).filePath(SendJournal::fileName(state_.cb_Profil.text, gateway_->queue.storeIdentity())));
 }

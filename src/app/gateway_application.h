@@ -24,6 +24,7 @@
 #include "screens/element_screen.h"
 #include "session/browser_care.h"
 #include "session/close_all.h"
+#include "session/instance_lock.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
 #include "session/session_keeper.h"
@@ -60,6 +61,7 @@ class GatewayApplication {
 
     Result<void> openBrowser(const LaunchOptions& options);
     Result<void> openJournal();
+    bool alreadyRuns();
     void buildBrowserParts();
     void Timer1_Timer();
     void refreshOutbox();
@@ -84,6 +86,7 @@ class GatewayApplication {
     InstanceRows instanceRows_;
     ProfileSettings profileSettings_;
     CloseAll closeAll_;
+    InstanceLock instanceLock_;
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;

@@ -19,6 +19,10 @@ bool canHideWindows();
 /// With an `owner` only that process's windows count.
 std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner = 0);
 
+/// Brings the first visible top-level window of a process before all others and gives it the keyboard. Nothing happens
+/// where it has none.
+void bringToFront(ProcessId owner);
+
 /// Shows the window normally, or hides it so that neither screen nor task bar shows it.
 void showWindow(WindowHandle window, bool visible);
 

@@ -31,6 +31,18 @@ std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId o
     return std::nullopt;
 }
 
+void bringToFront(ProcessId owner) {
+    for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT)) {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        const bool isMain = ::GetWindow(window, GW_OWNER) == nullptr && ::IsWindowVisible(window);
+        if (process != static_cast<DWORD>(owner) || !isMain) continue;
+        if (::IsIconic(window)) ::ShowWindow(window, SW_RESTORE);
+        ::SetForegroundWindow(window);
+        return;
+    }
+}
+
 void showWindow(WindowHandle window, bool visible) {
     ::ShowWindow(reinterpret_cast<HWND>(window), visible ? SW_SHOWNORMAL : SW_HIDE);
 }

@@ -116,6 +116,31 @@ std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId o
     return std::nullopt;
 }
 
+void bringToFront(ProcessId owner) {
+    const Display display;
+    if (!display.connected()) return;
+    const xcb_atom_t processId = display.atom("_NET_WM_PID");
+    const std::vector<xcb_window_t> windows = managedWindows(display);
+    const auto found = std::find_if(windows.begin(), windows.end(), [&](xcb_window_t window) {
+        return numberOf(display.property(window, processId)) == owner;
+    });
+    if (found == windows.end()) return;
+    const std::uint32_t above[] = {XCB_STACK_MODE_ABOVE};
+    xcb_configure_window(display.connection(), *found, XCB_CONFIG_WINDOW_STACK_MODE, above);
+    xcb_client_message_event_t wish = {};
+    wish.response_type = XCB_CLIENT_MESSAGE;
+    wish.format = 32;
+    wish.window = *found;
+    wish.type = display.atom("_NET_ACTIVE_WINDOW");
+    wish.data.data32[0] = 2;  // the operator's own wish, as from a task bar
+    static_assert(sizeof wish == 32);
+    xcb_send_event(display.connection(), 0, display.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&wish));
+    Reply<xcb_get_input_focus_reply_t>(
+        xcb_get_input_focus_reply(display.connection(), xcb_get_input_focus(display.connection()), nullptr));
+}
+
 void showWindow(WindowHandle window, bool visible) {
     const Display display;
     if (!display.connected()) return;

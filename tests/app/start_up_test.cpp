@@ -128,6 +128,21 @@ TEST_F(StartUpTest, aNewFolderIsReadyToUseAndOnlyItsLocatorsAreEverMadeAgain) {
     EXPECT_TRUE(start()) << "prepared settings and a queue are enough";
 }
 
+TEST_F(StartUpTest, aSecondStartOfAProfileTellsWhoIsThereAndOtherProfilesStart) {
+    set("kibo", "Multi", "Y");
+    GatewayApplication first(dialogs, folder.path(), {QStringLiteral("12")});
+    ASSERT_TRUE(first.start());
+    GatewayApplication other(dialogs, folder.path(), {QStringLiteral("13")});
+    EXPECT_TRUE(other.start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {QStringLiteral("12")}).start());
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    const QString since = QFileInfo(file("run.12.lock")).lastModified().toString(QStringLiteral("hh:mm"));
+    EXPECT_EQ(shown(0), QStringLiteral("Kibo already runs here (process %1, since %2)")
+                            .arg(QCoreApplication::applicationPid())
+                            .arg(since));
+}
+
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
     set("kibo", "Multi", "Y");
     GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});
