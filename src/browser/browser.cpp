@@ -198,6 +198,7 @@ QString Browser::pageTitle() const {
 
 bool Browser::hideWindow(bool hide) {
     if (!session_) return false;
+    if (!hide) session_->hideWhenTitled = false;  // the operator wants to see it by now
     for (const std::string& title : {pageTitle().toStdString(), std::string("WhatsApp"), std::string("New Tab")}) {
         if (!setVisible(title, !hide, session_->windowOwner)) continue;
         session_->hideWhenTitled = false;
