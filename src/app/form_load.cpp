@@ -15,6 +15,7 @@ bool FormLoad::Form_Load() {
     if (!isYes(settings.DebugMode)) window.hideDiagnostics();
     window.recordControls();
     fillProfileList();
+    if (alreadyRuns && alreadyRuns()) return false;
 
     if (multi) {
         instanceRows.announce(settings.applicationName);

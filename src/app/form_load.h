@@ -26,6 +26,7 @@ struct FormLoad {
     std::function<QString()> machineProblem = {};         ///< empty text: the machine is fine
     std::function<void()> installHelper = {};             ///< puts the download helper in place
     std::function<void(const QString&)> startAgent = {};  ///< starts a program by its path
+    std::function<bool()> alreadyRuns = {};               ///< another instance has the profile; the operator was told
 
     /// Arranges the window, checks the machine and announces the instance. False when the program must end; the
     /// operator has been told why.

@@ -122,6 +122,7 @@ bool GatewayApplication::showWindow() {
     window_ = std::make_unique<MainWindow>(state_, settings_, *guardedDialogs_, actions());
     FormLoad formLoad{*window_,    state_, settings_, instanceRows_, dialogs_, programFolder_, startUp_.settingsFile(),
                       commandLine_};
+    formLoad.alreadyRuns = [this] { return alreadyRuns(); };
     formLoad.mySql = !isYes(settings_.UseMDB);
     formLoad.machineProblem = [] { return QString::fromStdString(platform::machineProblem()); };
     formLoad.installHelper = [this] { installDownloadHelper(programFolder_); };
@@ -231,7 +232,19 @@ Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
     return browser_.open(options);
 }
 
+/// Ends a second start of the same profile, whose operator looks for the window that is there.
+bool GatewayApplication::alreadyRuns() {
+    const Result<void> taken = instanceLock_.take(programFolder_, state_.cb_Profil.text);
+    if (taken) return false;
+    const QString text = QString::fromStdString(taken.failure().text);
+    log::warning("window", text);
+    dialogs_.showAndWait({settings_.applicationName, text, MessageBox::Icon::Information});
+    platform::bringToFront(instanceLock_.holder());
+    return true;
+}
+
 Result<void> GatewayApplication::openJournal() {
+    if (const Result<void> taken = instanceLock_.take(programFolder_, state_.cb_Profil.text); !taken) return taken;
     return journal_.open(journalFile());
 }
 
@@ -249,6 +262,7 @@ void GatewayApplication::Timer1_Timer() {
     if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) gateway_->recovery.settleInStore();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
+    browser_.hideWhenTitled();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }

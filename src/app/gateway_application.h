@@ -25,6 +25,7 @@
 #include "main_window/window_picture.h"
 #include "session/browser_care.h"
 #include "session/close_all.h"
+#include "session/instance_lock.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
 #include "session/session_keeper.h"
@@ -64,6 +65,7 @@ class GatewayApplication {
     Result<void> openBrowser(const LaunchOptions& options);
     Result<void> openJournal();
     QString journalFile() const;
+    bool alreadyRuns();
     void buildBrowserParts();
     void Timer1_Timer();
     void refreshOutbox();
@@ -86,6 +88,7 @@ class GatewayApplication {
     ElementStore elementStore_;
     InstanceRows instanceRows_;
     ProfileSettings profileSettings_;
+    InstanceLock instanceLock_;
     StartUp startUp_;
     ElementTable elements_;
     Browser browser_;

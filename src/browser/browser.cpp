@@ -22,11 +22,11 @@ constexpr int kWindowHeight = 700;
 // Chromium, which Debian has in Chrome's place, puts its own name into the titles.
 constexpr const char* kBrowserNames[] = {" - Google Chrome", " - Chromium"};
 
-/// Shows or hides the browser's window whose page has this title.
-bool setVisible(const std::string& pageTitle, bool visible) {
-    if (!platform::canHideWindows()) return false;
+/// Shows or hides the window of the process `owner` whose page has this title.
+bool setVisible(const std::string& pageTitle, bool visible, platform::ProcessId owner) {
+    if (owner == 0 || !platform::canHideWindows()) return false;
     for (const char* browser : kBrowserNames) {
-        if (const auto window = platform::FindWindowByTitle(pageTitle + browser)) {
+        if (const auto window = platform::FindWindowByTitle(pageTitle + browser, owner)) {
             platform::showWindow(*window, visible);
             return true;
         }
@@ -76,19 +76,20 @@ Result<void> Browser::open(const LaunchOptions& options) {
         removeBrokenSettings(profile.value());
     }
 
-    session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, {}, {}});
+    session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, 0, {}, {}, false});
     if (const Result<void> started = start(*session_, options, profile.value()); !started) {
         quit();
         return started;
     }
     attempt(client_, NavigateTo{startAddress(settings)});
     if (isYes(settings.Multi)) {
-        attempt(client_, ExecuteScript{QStringLiteral("document.title = '[' + arguments[0] + ']'"), {options.profile}});
+        attempt(client_, ExecuteScript{QStringLiteral("document.title = arguments[0]"), {pageTitle()}});
     }
-    setVisible("New Tab", !options.hideWindow);
+    setVisible("New Tab", !options.hideWindow, session_->windowOwner);
     attempt(client_, SetWindowRect{.x = 0, .y = 0, .width = kWindowWidth, .height = kWindowHeight});
     if (options.armStepMachine) options.armStepMachine();
-    setVisible("WhatsApp", !options.hideWindow);
+    const bool done = hideWindow(options.hideWindow);
+    session_->hideWhenTitled = options.hideWindow && !done;
     return {};
 }
 
@@ -110,6 +111,7 @@ Result<void> Browser::start(Session& session, const LaunchOptions& options, cons
         session.record.browser = runningProcess(browserId);
         if (const Result<void> written = session.records.write(session.record); !written) return written;
     }
+    if (!isDriverElsewhere(settings.ChromeDriver)) session.windowOwner = browserId;
     const Result<QJsonValue> window = client_.send(GetWindowHandle{});
     if (!window) return window.failure();
     session.windowHandle = window.value().toString();
@@ -191,10 +193,23 @@ Result<int> Browser::closeStrayWindows() {
     return closed;
 }
 
+QString Browser::pageTitle() const {
+    return session_ ? u'[' + session_->profile + u']' : QString();
+}
+
 bool Browser::hideWindow(bool hide) {
-    // Once connected, the gateway keeps the profile in the title.
-    return setVisible("WhatsApp", !hide) ||
-           (session_ && setVisible('[' + session_->profile.toStdString() + ']', !hide));
+    if (!session_) return false;
+    if (!hide) session_->hideWhenTitled = false;  // the operator wants to see it by now
+    for (const std::string& title : {pageTitle().toStdString(), std::string("WhatsApp"), std::string("New Tab")}) {
+        if (!setVisible(title, !hide, session_->windowOwner)) continue;
+        session_->hideWhenTitled = false;
+        return true;
+    }
+    return false;
+}
+
+void Browser::hideWhenTitled() {
+    if (session_ && session_->hideWhenTitled) hideWindow(true);
 }
 
 Result<QByteArray> Browser::screenshot() {

@@ -57,9 +57,14 @@ class Browser {
     /// Closes every window and tab but the gateway's own (pages open them) and returns their number.
     Result<int> closeStrayWindows();
 
-    /// Hides or shows the browser's window once the page is loaded. False when there is no such window, which
-    /// is so without a display.
+    /// Hides or shows the browser's window, never one of a browser that is not this session's. False when it is not to
+    /// be found: it is known by its page's title, which a new page doesn't have at once.
     bool hideWindow(bool hide);
+    /// Hides the window if `open` was to do so and could not yet. To be called now and then.
+    void hideWhenTitled();
+
+    /// The title by which the page's window is known among those of several instances; empty without a session.
+    QString pageTitle() const;
 
     /// The address that `open` went to; empty without a session.
     QString startPage() const { return session_ ? session_->startPage : QString(); }
@@ -74,8 +79,10 @@ class Browser {
         QString startPage;
         SessionRecords records;
         SessionRecord record;
-        QString windowHandle;  ///< of the gateway's own window
+        platform::ProcessId windowOwner = 0;  ///< the browser's process; 0 when it runs on another computer
+        QString windowHandle;                 ///< of the gateway's own window
         std::optional<qint64> silentSinceMs;
+        bool hideWhenTitled = false;
     };
 
     Result<void> start(Session& session, const LaunchOptions& options, const QString& profileFolder);

@@ -136,7 +136,7 @@ bool WebPage::sendOrSkip(const char* step, const Command& command) {
 PageLook WebPage::look(const QString& nextAddress) {
     PageLook look;
     static const QString script = scripts::look();
-    const auto answer = run(script, {nextAddress});
+    const auto answer = run(script, {nextAddress, browser_.pageTitle()});
     if (!answer) {
         const bool gone = isSessionGone(answer.failure()) || !browser_.windowExists();
         look.presence = gone ? PageLook::Presence::Gone : PageLook::Presence::Silent;

@@ -21,10 +21,26 @@ bool canHideWindows() {
     return true;
 }
 
-std::optional<WindowHandle> FindWindowByTitle(std::string_view text) {
-    for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT))
+std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner) {
+    for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT)) {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        if (owner != 0 && process != static_cast<DWORD>(owner)) continue;
         if (titleContains(titleOf(window), text)) return reinterpret_cast<WindowHandle>(window);
+    }
     return std::nullopt;
+}
+
+void bringToFront(ProcessId owner) {
+    for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT)) {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        const bool isMain = ::GetWindow(window, GW_OWNER) == nullptr && ::IsWindowVisible(window);
+        if (process != static_cast<DWORD>(owner) || !isMain) continue;
+        if (::IsIconic(window)) ::ShowWindow(window, SW_RESTORE);
+        ::SetForegroundWindow(window);
+        return;
+    }
 }
 
 void showWindow(WindowHandle window, bool visible) {

@@ -75,6 +75,13 @@ std::vector<xcb_window_t> managedWindows(const Display& display) {
     return windows;
 }
 
+/// What a property of one number holds; 0 when it is not there.
+std::uint32_t numberOf(const std::string& property) {
+    std::uint32_t number = 0;
+    if (property.size() >= sizeof number) std::memcpy(&number, property.data(), sizeof number);
+    return number;
+}
+
 /// All windows, those next to the root first.
 std::vector<xcb_window_t> allWindows(const Display& display) {
     std::vector<xcb_window_t> windows = display.childrenOf(display.root());
@@ -91,11 +98,13 @@ bool canHideWindows() {
     return Display().connected();
 }
 
-std::optional<WindowHandle> FindWindowByTitle(std::string_view text) {
+std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner) {
     const Display display;
     if (!display.connected()) return std::nullopt;
     const xcb_atom_t utf8Name = display.atom("_NET_WM_NAME");
+    const xcb_atom_t processId = display.atom("_NET_WM_PID");
     const auto matches = [&](xcb_window_t window) {
+        if (owner != 0 && numberOf(display.property(window, processId)) != owner) return false;
         const std::string name = display.property(window, utf8Name);
         return titleContains(name.empty() ? display.property(window, XCB_ATOM_WM_NAME) : name, text);
     };
@@ -105,6 +114,31 @@ std::optional<WindowHandle> FindWindowByTitle(std::string_view text) {
         if (found != candidates.end()) return *found;
     }
     return std::nullopt;
+}
+
+void bringToFront(ProcessId owner) {
+    const Display display;
+    if (!display.connected()) return;
+    const xcb_atom_t processId = display.atom("_NET_WM_PID");
+    const std::vector<xcb_window_t> windows = managedWindows(display);
+    const auto found = std::find_if(windows.begin(), windows.end(), [&](xcb_window_t window) {
+        return numberOf(display.property(window, processId)) == owner;
+    });
+    if (found == windows.end()) return;
+    const std::uint32_t above[] = {XCB_STACK_MODE_ABOVE};
+    xcb_configure_window(display.connection(), *found, XCB_CONFIG_WINDOW_STACK_MODE, above);
+    xcb_client_message_event_t wish = {};
+    wish.response_type = XCB_CLIENT_MESSAGE;
+    wish.format = 32;
+    wish.window = *found;
+    wish.type = display.atom("_NET_ACTIVE_WINDOW");
+    wish.data.data32[0] = 2;  // the operator's own wish, as from a task bar
+    static_assert(sizeof wish == 32);
+    xcb_send_event(display.connection(), 0, display.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&wish));
+    Reply<xcb_get_input_focus_reply_t>(
+        xcb_get_input_focus_reply(display.connection(), xcb_get_input_focus(display.connection()), nullptr));
 }
 
 void showWindow(WindowHandle window, bool visible) {

@@ -151,9 +151,24 @@ TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {
     build();
     GatewayApplication holder(dialogs, folder.path(), {});
     ASSERT_TRUE(holder.start());
-    endsWithABox("the journal is in use");
+    endsWithABox("somebody is there already");
     QFile::remove(file("kb.mdb"));
     endsWithABox("no database");
+}
+
+TEST_F(StartUpTest, aSecondStartOfAProfileTellsWhoIsThereAndOtherProfilesStart) {
+    set("kibo", "Multi", "Y");
+    GatewayApplication first(dialogs, folder.path(), {QStringLiteral("12")});
+    ASSERT_TRUE(first.start());
+    GatewayApplication other(dialogs, folder.path(), {QStringLiteral("13")});
+    EXPECT_TRUE(other.start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {QStringLiteral("12")}).start());
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    const QString since = QFileInfo(file("run.12.lock")).lastModified().toString(QStringLiteral("hh:mm"));
+    EXPECT_EQ(shown(0), QStringLiteral("Kibo already runs here (process %1, since %2)")
+                            .arg(QCoreApplication::applicationPid())
+                            .arg(since));
 }
 
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {

@@ -208,19 +208,39 @@ TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
     EXPECT_EQ(sessionRecords(), 0);
 }
 
-TEST_F(BrowserTest, HidesAndShowsTheBrowsersWindow) {
+xcb_window_t addWindow(xcb_connection_t* connection, std::string_view title) {
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const xcb_window_t window = xcb_generate_id(connection);
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, root, 0, 0, 50, 50, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(title.size()), title.data());
+    xcb_map_window(connection, window);
+    xcb_flush(connection);
+    return window;
+}
+
+TEST_F(BrowserTest, HidesItsOwnWindowAndNoOther) {
     const test::VirtualDisplay display;
     settings_.Headless = QStringLiteral("N");
-    settings_.StartAddress = QStringLiteral("data:text/html,<title>WhatsApp</title>");
-    ASSERT_TRUE(open());
-    const auto shown = [](const char* title) {
+    // The operator's own browser, of another process.
+    const test::XClient other;
+    const xcb_window_t otherWindow = addWindow(other.get(), "WhatsApp - Chromium");
+    settings_.StartAddress = QStringLiteral("data:text/html,<title>Loading</title>");
+    ASSERT_TRUE(browser_.open({.settings = settings_, .profile = QStringLiteral("1"), .hideWindow = true}));
+    const auto isShown = [](const char* title, bool wanted) {
         const auto window = platform::FindWindowByTitle(title);
-        return window && test::XClient().isViewable(static_cast<xcb_window_t>(*window));
+        return window && test::XClient().isViewable(static_cast<xcb_window_t>(*window)) == wanted;
     };
-    ASSERT_TRUE(eventually([this] { return browser_.hideWindow(true); })) << "the window isn't found by its title";
-    EXPECT_FALSE(shown("WhatsApp - "));
+    run("document.title = '(1) WhatsApp'");
+    EXPECT_TRUE(eventually([&] {
+        browser_.hideWhenTitled();
+        return isShown("(1) WhatsApp - ", false);
+    })) << "the wish counts until it is fulfilled";
     EXPECT_TRUE(browser_.hideWindow(false)) << "a hidden window is found too";
-    EXPECT_TRUE(shown("WhatsApp - "));
+    browser_.hideWhenTitled();
+    EXPECT_TRUE(isShown("(1) WhatsApp - ", true)) << "and no longer";
+    EXPECT_TRUE(other.isViewable(otherWindow));
 
     run("document.title = '[1]'");  // as the gateway keeps it once connected
     EXPECT_TRUE(eventually([this] { return browser_.hideWindow(false); }));

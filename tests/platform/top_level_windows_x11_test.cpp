@@ -27,6 +27,12 @@ class TopLevelWindows : public testing::Test {
         std::free(reply);
         sync();
     }
+    xcb_window_t topmost() {
+        auto* tree = xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr);
+        const xcb_window_t last = xcb_query_tree_children(tree)[xcb_query_tree_children_length(tree) - 1];
+        std::free(tree);
+        return last;
+    }
     void sync() { std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
 
     const test::VirtualDisplay display_;
@@ -55,6 +61,20 @@ TEST_F(TopLevelWindows, areFoundByTitleHiddenAndShown) {
     const xcb_window_t second = addWindow(root_, "WhatsApp");
     publishAsManaged(second);
     EXPECT_EQ(FindWindowByTitle("WhatsApp"), second) << "the window manager's list comes first";
+    EXPECT_EQ(FindWindowByTitle("WhatsApp", ownProcessId()), std::nullopt) << "nobody knows whose it is";
+    const std::uint32_t process = static_cast<std::uint32_t>(ownProcessId());
+    constexpr std::string_view kProcess = "_NET_WM_PID";
+    xcb_intern_atom_reply_t* atom =
+        xcb_intern_atom_reply(connection_, xcb_intern_atom(connection_, 0, kProcess.size(), kProcess.data()), nullptr);
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, second, atom->atom, XCB_ATOM_CARDINAL, 32, 1, &process);
+    std::free(atom);
+    addWindow(root_, "above it");
+    EXPECT_EQ(FindWindowByTitle("WhatsApp", ownProcessId()), second);
+    EXPECT_NE(topmost(), second);
+    bringToFront(ownProcessId() + 1);
+    EXPECT_NE(topmost(), second);
+    bringToFront(ownProcessId());
+    EXPECT_EQ(topmost(), second);
     xcb_destroy_window(connection_, second);
     sync();
     EXPECT_EQ(FindWindowByTitle("WhatsApp"), chat);

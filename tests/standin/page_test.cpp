@@ -193,6 +193,8 @@ TEST_F(StandInPage, LoginCodeExpiresIsReloadedAndLetsIn) {
     ASSERT_TRUE(real->standIn.act("logout"));
     ASSERT_TRUE(eventually([] { return look().qrCodes == 1; }));
     EXPECT_EQ(look().newChatControls + look().qrReloads, 0);
+    EXPECT_EQ(run("return document.title"), real->browser.pageTitle().toStdString())
+        << "known among several while it waits";
     const QString before = look().qrData;
     ASSERT_TRUE(real->standIn.act("expireQr"));
     ASSERT_TRUE(eventually([] { return look().qrReloads == 1; }));

@@ -6,9 +6,10 @@ namespace kibo::scripts {
 
 QString look() {
     return script(R"js(
-const [, nextAddress] = arguments;
+const [, nextAddress, title] = arguments;
 if (link()?.textContent !== nextAddress) pointLink(nextAddress);
 const qr = all('XX_QR');
+if (qr.length > 0 && title && document.title !== title) document.title = title;
 const banner = all('XX_Info');
 const own = one('XX_OwnPicture');
 const notice = one('XX_InvalidNumber');
