@@ -71,10 +71,8 @@ GatewayApplication::~GatewayApplication() {
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
-    startUp_.makeFirstStores(settings_.applicationName);
-    startUp_.reportSettingsProblem(settings_.applicationName);
+    settings_ = startUp_.prepareFolder();
     if (ending()) return false;
-    settings_ = loadSettings(startUp_.settingsFile());
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });

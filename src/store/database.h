@@ -51,6 +51,9 @@ class Database {
     QString identity() const;
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
 
+    /// Whether an INSERT may carry several rows.
+    bool takesManyRowsAtOnce() const { return dialect_ != Dialect::Access; }
+
     /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an
     /// invalid QVariant is a NULL, a null QString an empty text.
     Recordset OpenRecordset(const QString& sql, const Values& values = {});

@@ -81,8 +81,9 @@ TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
     EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";
 }
 
-TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
-    QFile::remove(file("element.sys"));
+TEST_F(StartUpTest, endsWithADamagedElementStoreOrNoSettingsAlsoWhereNobodyCanAnswer) {
+    QFile elements(file("element.sys"));
+    ASSERT_TRUE(elements.resize(100));
     UnattendedDialogs unattended;
     for (ProgramDialogs* asked : {static_cast<ProgramDialogs*>(&dialogs), static_cast<ProgramDialogs*>(&unattended)})
         EXPECT_FALSE(GatewayApplication(*asked, folder.path(), {}).start());
@@ -99,22 +100,30 @@ TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     EXPECT_TRUE(shown(2).startsWith(QStringLiteral("Connection cannot be made")));
 }
 
-TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
+TEST_F(StartUpTest, aNewFolderIsReadyToUseAndOnlyItsLocatorsAreEverMadeAgain) {
     const auto dump = [](const QString& store) { return sqlite(store, QStringLiteral(".dump")); };
     const QDir home(folder.filePath(QStringLiteral("new")));
     home.mkpath(QStringLiteral("."));
-    dialogs.answers = {false, true, true};
+    dialogs.answers = {false};
     const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
-    EXPECT_FALSE(start());
-    EXPECT_EQ(dialogs.shown.size(), 1U) << "no more than that no database is chosen yet: " << shown(0).toStdString();
+    EXPECT_TRUE(start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    for (const char* section : {"DB", "kibo"})
+        EXPECT_EQ(ReadIni(QLatin1String(section), QStringLiteral("UseMDB"), home.filePath(QStringLiteral("kibo.ini"))),
+                  QLatin1String(section) == QLatin1String("DB") ? QStringLiteral("Y") : QStringLiteral("N"));
     for (const char* name : {"kb.mdb", "element.sys"}) {
         const QString made = home.filePath(QLatin1String(name));
         EXPECT_EQ(dump(made), dump(file(name))) << name;
         EXPECT_EQ(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther), 0) << name;
         QFile::remove(made);
     }
-    EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
-    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
+    EXPECT_FALSE(start()) << "a queue that has gone is not made anew";
+    EXPECT_TRUE(shown(0).contains(QStringLiteral("kb.mdb"))) << shown(0).toStdString();
+    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files),
+              QStringList(QStringLiteral("element.sys")));
+    QFile::remove(home.filePath(QStringLiteral("element.sys")));
+    QFile::copy(file("kb.mdb"), home.filePath(QStringLiteral("kb.mdb")));
+    EXPECT_TRUE(start()) << "prepared settings and a queue are enough";
 }
 
 TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {

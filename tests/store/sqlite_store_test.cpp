@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "store/database.h"
+#include "store/sql_failure.h"
 #include "store/sql_text.h"
 #include "store_under_test.h"
 #include "support/stores.h"
@@ -92,6 +93,26 @@ TEST(SqlTextTest, DatesAndMarksOutsideOfQuotesAreReplacedAndLogNamesHoldNoValues
     EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
               QStringLiteral("insert tmp"));
     EXPECT_FALSE(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")));
+}
+
+TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
+    const struct {
+        QSqlError::ErrorType type;
+        const char *code, *text, *told;
+    } cases[] = {
+        {QSqlError::ConnectionError, "0", "[unixODBC][Driver Manager]Can't open lib 'libmyodbc.so' : file not found",
+         "Can't open lib 'libmyodbc.so' : file not found"},
+        {QSqlError::ConnectionError, "2005", "Unknown server host 'nowhere' (-2)",
+         "Unknown server host 'nowhere' (-2)"},
+        {QSqlError::StatementError, "1064", "You've an error near 'it's secret' at line 1",
+         "You've an error near … at line 1"},
+        {QSqlError::StatementError, "1064", "It can't end: 'secret", "It can't end: …"},
+        {QSqlError::StatementError, "1021", "Disk full; can't write", "Disk full; can't write"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(
+            sqlFailure(QSqlError({}, QString::fromUtf8(c.text), c.type, QString::fromUtf8(c.code)), SqlErrors::Server)
+                .text,
+            c.told);
 }
 
 class OpenFailureTest : public testing::Test {

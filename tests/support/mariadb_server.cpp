@@ -62,7 +62,7 @@ MariaDbServer::MariaDbServer() : port_(freePort()) {
               .arg(port_));
     qputenv("ODBCSYSINI", folder_.path().toUtf8());
     qputenv("ODBCINI", folder_.filePath(QStringLiteral("odbc.ini")).toUtf8());
-    QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/app/schema/mysql.sql"));
+    QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/store/schema/mysql.sql"));
     if (!schema.open(QIODevice::ReadOnly)) throw std::runtime_error("no schema");
     run(QStringLiteral(
             "CREATE USER kibo@'%' IDENTIFIED BY '%1'; CREATE DATABASE kibo; GRANT ALL ON kibo.* TO kibo@'%'; "
