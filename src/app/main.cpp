@@ -12,12 +12,10 @@
 
 namespace {
 
-/// Where there is nothing to show windows on, the program runs all the same, as on a server.
+/// Whether windows are shown to somebody; the user's own choice of a window system stands.
 bool choosePlatform() {
-    const bool chosen = qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-    if (!chosen && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !kibo::platform::canHideWindows()) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    const std::string needed = kibo::platform::windowSystem();
+    if (!needed.empty() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", needed.c_str());
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     return platform != "offscreen" && platform != "minimal";
 }
