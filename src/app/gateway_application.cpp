@@ -68,6 +68,7 @@ GatewayApplication::~GatewayApplication() = default;
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
+    startUp_.reportCrash();
     startUp_.makeFirstStores(settings_.applicationName);
     startUp_.reportSettingsProblem(settings_.applicationName);
     settings_ = loadSettings(startUp_.settingsFile());

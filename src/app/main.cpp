@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "app/gateway_application.h"
+#include "app/start_up.h"
 #include "app/termination_signal.h"
+#include "platform/crash_trace.h"
 #include "platform/machine.h"
 #include "platform/top_level_windows.h"
 #include "widgets/qt_clipboard.h"
@@ -23,6 +25,7 @@ bool choosePlatform() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    kibo::platform::traceCrashes(kibo::platform::joinPath(kibo::platform::programFolder(), kibo::StartUp::kCrashFile));
     const bool attended = choosePlatform();
     if (argc > 2 && std::string_view(argv[1]) == kibo::QtClipboard::kHoldArgument) {
         const QGuiApplication qt(argc, argv);

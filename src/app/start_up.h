@@ -15,7 +15,13 @@ class StartUp {
     /// `dialogs` must outlive it. `programFolder` holds settings and stores.
     StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
+    /// Where a crash leaves its trace, in the program folder.
+    static constexpr const char* kCrashFile = "kibo.crash";
+
     QString settingsFile() const;
+
+    /// Says in the log that the last run has crashed, and keeps its trace until the next one leaves another.
+    void reportCrash() const;
 
     /// In a folder that has no settings file yet, the program's first start there: makes the local stores that are
     /// missing. Later a missing store is an error, since another folder may be the right one.
