@@ -8,6 +8,7 @@
 #include "bench/process_figures.h"
 #include "engine/fake_page.h"
 #include "engine/gateway.h"
+#include "inbox/inbox.h"
 #include "store/database.h"
 
 namespace kibo::bench {
@@ -15,8 +16,12 @@ namespace {
 
 constexpr int kFirst = 100, kAll = 2000;
 constexpr double kGrowthTarget = 1.1;
+constexpr int kSettledBothWays = 2000, kBothWays = 20'000;
+constexpr double kBothWaysMb = 2;
+constexpr int kFailedInBatch = 10;
 constexpr int kBatch = 100;
-constexpr int kTicksPerMessage = 10;
+constexpr int kTicksPerMessage = 20;
+constexpr int kReadEveryMs = 1000;
 const QString kDummy = QStringLiteral("6281200009999");
 
 /// The engine, its store, its journal and the log, on a page in memory whose time is moved: two thousand messages at
@@ -27,7 +32,9 @@ class LongRun {
         createStores(folder_.path());
         settings_.UseMDB = QStringLiteral("Y");
         settings_.Speed = QStringLiteral("NORMAL");
+        settings_.GetNumberInbox = QStringLiteral("N");
         state_.txt_DUMMY.text = kDummy;
+        state_.cb_Profil.text = settings_.Profil;
         require(database_.OpenDatabase(settings_, folder_.path()).ok(), "the embedded store can't be opened");
         require(journal_.open(folder_.filePath(QStringLiteral("send.journal"))).ok(), "no journal");
     }
@@ -43,20 +50,61 @@ class LongRun {
                 clock_.wait(state_.Timer_KIBO.interval());
             }
             require(state_.failedCount == 0 && page_.delivered.size() == kBatch, "not every message arrived");
-            // What the page counts is not the gateway's.
-            page_.delivered.clear();
-            page_.commands.clear();
-            page_.clicks.clear();
-            page_.reload();
+            emptyPage();
+        }
+    }
+
+    /// Sends and receives until so many messages have gone through in all, half of them each way and some of those sent
+    /// to numbers that nobody has.
+    void bothWaysUntil(int messages) {
+        const auto handled = [this] { return state_.sentCount + state_.failedCount; };
+        while (handled() + received_ < messages) {
+            const int begun = handled();
+            for (int i = begun; i < begun + kBatch; ++i) {
+                queue(i);
+                page_.names.insert(number(i), QStringLiteral("Contact %1").arg(i));
+                if (i - begun < kFailedInBatch) page_.unknown.insert(number(i));
+            }
+            for (int i = 0; i < kBatch; ++i) receive();
+            for (int i = 0; i < kBatch * kTicksPerMessage && handled() < begun + kBatch; ++i) {
+                gateway_.machine.Timer_KIBO_Timer();
+                clock_.wait(state_.Timer_KIBO.interval());
+            }
+            require(handled() == begun + kBatch, "not every message was handled");
+            for (int i = 0; i < kBatch && stored() < received_; ++i) {
+                inbox_.reader.BACA_WA();
+                inbox_.reader.storeWaiting();
+                inbox_.grid.keepFresh();
+                clock_.wait(kReadEveryMs);
+            }
+            require(stored() == received_, "not every received message was stored");
+            emptyPage();
         }
     }
 
  private:
+    static QString number(int i) { return QStringLiteral("62811%1").arg(i, 7, 10, QLatin1Char('0')); }
+    int stored() { return database_.OpenRecordset(QStringLiteral("select count(*) from inbox")).field(0).toInt(); }
+    void receive() {
+        const QString title = QStringLiteral("Sender %1").arg(++received_);
+        const QString mark = QStringLiteral("1");
+        page_.list.prepend({title, mark, {title, QStringLiteral("15:09"), QStringLiteral("A question."), mark}});
+    }
+    /// What the page counts is not the gateway's.
+    void emptyPage() {
+        page_.delivered.clear();
+        page_.commands.clear();
+        page_.clicks.clear();
+        page_.names.clear();
+        page_.unknown.clear();
+        page_.list.clear();
+        page_.forgetHistory();
+        page_.reload();
+    }
     void queue(int i) {
         const auto added =
             database_.execute(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (0, ?, ?)"),
-                              {QStringLiteral("62811%1").arg(i, 7, 10, QLatin1Char('0')),
-                               QStringLiteral("Message %1 of this measurement.").arg(i)});
+                              {number(i), QStringLiteral("Message %1 of this measurement.").arg(i)});
         require(added == 1, "a message can't be queued");
     }
 
@@ -65,11 +113,17 @@ class LongRun {
     test::FakePage page_{clock_};
     Settings settings_;
     GatewayState state_;
-    ElementTable elements_{[](const QString&) { return QString(); }};
+    // What a page says about a number that nobody has.
+    ElementTable elements_{[](const QString& name) {
+        return name == QStringLiteral("XXInfo3") ? QStringLiteral("*isn't on WhatsApp*") : QString();
+    }};
     ErrorPolicy policy_;
     Database database_{clock_, policy_};
     SendJournal journal_;
     Gateway gateway_{{state_, settings_, elements_, database_, page_, clock_, journal_, [] { return 0.0; }}};
+    Inbox inbox_{
+        {state_, settings_, elements_, database_, page_, clock_, [] { return 0.0; }, gateway_, folder_.path()}};
+    int received_ = 0;
 };
 
 double residentMb() {
@@ -84,6 +138,12 @@ void measureMemory(Table& table) {
     const double first = residentMb();
     run.sendUntil(kAll);
     table.add({"resident after 2,000 messages over 100, page in memory", "MB", residentMb(), first, kGrowthTarget, 1});
+
+    LongRun both;
+    both.bothWaysUntil(kSettledBothWays);
+    const double settled = residentMb();
+    both.bothWaysUntil(kBothWays);
+    table.add({"growth from 2,000 to 20,000 messages both ways", "MB", residentMb() - settled, kBothWaysMb, 1, 1});
 }
 
 }  // namespace kibo::bench

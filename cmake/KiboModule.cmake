@@ -28,6 +28,17 @@ function(kibo_module folder)
     target_link_libraries(kibo_${folder} PUBLIC kibo_common ${ARG_LINK})
 endfunction()
 
+# kibo_separate_symbols(<target>): what a debugger and the addresses of a crash need stands in a file of its own beside a
+# release build's program (<program>.debug), which is not shipped.
+function(kibo_separate_symbols target)
+    if(NOT CMAKE_BUILD_TYPE STREQUAL "Release" OR KIBO_SANITIZE)
+        return()
+    endif()
+    add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "$<TARGET_FILE:${target}>" "$<TARGET_FILE:${target}>.debug"
+        COMMAND ${CMAKE_OBJCOPY} --strip-all "--add-gnu-debuglink=$<TARGET_FILE:${target}>.debug" "$<TARGET_FILE:${target}>")
+endfunction()
+
 # kibo_test(<name> SOURCES ... LINK ... [TIMEOUT s] [LABELS ...]): one GoogleTest program, one CTest entry.
 # Tests run without a display; those of one program share a process, so servers are started once. A build with
 # sanitizers has only the tests labelled "sanitize".

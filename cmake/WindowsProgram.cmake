@@ -28,7 +28,6 @@ function(kibo_windows_program target)
     cmake_parse_arguments(ARG "QT" "" "" ${ARGN})
     set_target_properties(${target} PROPERTIES WIN32_EXECUTABLE ON
         LINK_SEARCH_START_STATIC ON LINK_SEARCH_END_STATIC ON)  # the compiler's libraries too
-    target_link_options(${target} PRIVATE -s)
     set(KIBO_PROGRAM_NAME "${target}")
     configure_file("${KIBO_WINDOWS_PACKAGING}/program.rc.in" "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc" @ONLY)
     target_sources(${target} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc")

@@ -70,6 +70,7 @@ GatewayApplication::~GatewayApplication() {
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
+    startUp_.reportCrash();
     settings_ = startUp_.prepareFolder();
     if (ending()) return false;
     if (!startUp_.openDatabase(database_, settings_)) return false;

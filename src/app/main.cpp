@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "app/gateway_application.h"
+#include "app/start_up.h"
 #include "app/termination_signal.h"
+#include "platform/crash_trace.h"
 #include "platform/machine.h"
 #include "platform/top_level_windows.h"
 #include "widgets/qt_clipboard.h"
@@ -12,12 +14,10 @@
 
 namespace {
 
-/// Where there is nothing to show windows on, the program runs all the same, as on a server.
+/// Whether windows are shown to somebody; the user's own choice of a window system stands.
 bool choosePlatform() {
-    const bool chosen = qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-    if (!chosen && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !kibo::platform::canHideWindows()) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    const std::string needed = kibo::platform::windowSystem();
+    if (!needed.empty() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", needed.c_str());
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     return platform != "offscreen" && platform != "minimal";
 }
@@ -25,6 +25,7 @@ bool choosePlatform() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    kibo::platform::traceCrashes(kibo::platform::joinPath(kibo::platform::programFolder(), kibo::StartUp::kCrashFile));
     const bool attended = choosePlatform();
     if (argc > 2 && std::string_view(argv[1]) == kibo::QtClipboard::kHoldArgument) {
         const QGuiApplication qt(argc, argv);

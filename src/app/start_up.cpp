@@ -1,6 +1,7 @@
 #include "app/start_up.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include "base/log.h"
@@ -11,6 +12,20 @@ namespace kibo {
 
 QString StartUp::settingsFile() const {
     return QDir(programFolder_).filePath(QStringLiteral("kibo.ini"));
+}
+
+void StartUp::reportCrash() const {
+    QFile trace(QDir(programFolder_).filePath(QLatin1String(kCrashFile)));
+    if (!trace.open(QIODevice::ReadOnly)) return;
+    constexpr int kLongestLine = 200;
+    const QString what = QString::fromLatin1(trace.readLine(kLongestLine)).trimmed();
+    trace.close();
+    const QString kept = trace.fileName() + QStringLiteral(".old");
+    QFile::remove(kept);
+    const QString place = trace.rename(kept) ? kept : trace.fileName();
+    log::error(
+        "app",
+        QStringLiteral("the last run crashed (%1); where, is written in %2").arg(what, QFileInfo(place).fileName()));
 }
 
 Settings StartUp::prepareFolder() {

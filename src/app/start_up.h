@@ -17,7 +17,13 @@ class StartUp {
     StartUp(StartDialogs& dialogs, QString programFolder)
         : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
+    /// Where a crash leaves its trace, in the program folder.
+    static constexpr const char* kCrashFile = "kibo.crash";
+
     QString settingsFile() const;
+
+    /// Says in the log that the last run has crashed, and keeps its trace until the next one leaves another.
+    void reportCrash() const;
 
     /// Reads the settings. A folder without a settings file is new: its local file becomes the database, so that the
     /// program is ready to use, and the stores that are missing are made. Later only the element store is made where

@@ -12,9 +12,21 @@ constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
 constexpr int kTitleLooks = 20;
+// The tables hold them all, and the grid is no place to look for more.
+constexpr int kMostUnsent = 500, kUnsentCharacters = 1000;
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
+}
+
+std::shared_ptr<ListRows> newestHalf(const ListRows& rows, qsizetype columns) {
+    auto newest = std::make_shared<ListRows>();
+    for (int row = rows.rowCount() / 2; row < rows.rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < columns; ++column) cells.append(rows.text(row, column));
+        newest->append(std::move(cells));
+    }
+    return newest;
 }
 
 }  // namespace
@@ -176,8 +188,9 @@ void MessageSender::recordFailure(const QString& reason) {
     if (s.ms2.rows != unsent_) {  // the operator has emptied the grid
         unsent_ = std::make_shared<ListRows>();
     }
-    unsent_->append(
-        {s.txtNo.text, s.txtMsg2.text, p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
+    if (unsent_->rowCount() >= kMostUnsent) unsent_ = newestHalf(*unsent_, s.ms2.header.size());
+    unsent_->append({s.txtNo.text, s.txtMsg2.text.left(kUnsentCharacters),
+                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
     s.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
     p_.journal.failed(s.txtid.text, reason);

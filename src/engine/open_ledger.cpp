@@ -11,6 +11,9 @@ namespace {
 /// A notice with fewer digits names no number.
 constexpr int kShortestNamed = 5;
 
+/// So many names of contacts are remembered.
+constexpr qsizetype kMostNames = 2000;
+
 /// No number begins like this.
 constexpr QLatin1Char kEntryMark('"');
 
@@ -142,8 +145,17 @@ void OpenLedger::recognise(const OpenChat& chat) {
     const QStringList& candidates = !seen.isEmpty() ? seen : !possible.isEmpty() ? possible : unlikely;
     if (candidates.size() != 1) return;
     current_ = candidates.first();
-    if (!chat.title.isEmpty() && !isEntry(current_)) names_.insert(current_, chat.title);
     settle(current_);
+    if (chat.title.isEmpty() || isEntry(current_)) return;
+    if (names_.size() >= kMostNames) {
+        // A number whose name is forgotten is like one that was never seen; one that is still waited for is not.
+        const auto idle = std::find_if(names_.keyBegin(), names_.keyEnd(), [this](const QString& number) {
+            return std::none_of(waiting_.begin(), waiting_.end(),
+                                [&](const Click& click) { return click.number == number; });
+        });
+        if (idle != names_.keyEnd()) names_.erase(idle.base());
+    }
+    names_.insert(current_, chat.title);
 }
 
 /// A page that answers again has done what it was told before, or lost it; its own record tells which.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/process.h"
@@ -13,6 +14,9 @@ using WindowHandle = std::uintptr_t;
 
 /// Whether windows of other programs can be found and hidden here: not without a display.
 bool canHideWindows();
+
+/// The name, with its options, of the window system that Qt must be told to use here; empty: its own choice is right.
+std::string windowSystem();
 
 /// The first top-level window, hidden ones included, whose title contains `text`; letters A-Z are compared
 /// without regard to case. X11: the window manager's list first, then all windows, since a hidden one is on no list.

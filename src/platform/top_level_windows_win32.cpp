@@ -21,6 +21,11 @@ bool canHideWindows() {
     return true;
 }
 
+std::string windowSystem() {
+    // The other engines end the program over some characters that no font has.
+    return "windows:fontengine=freetype";
+}
+
 std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner) {
     for (HWND window = ::FindWindowA(nullptr, nullptr); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT)) {
         DWORD process = 0;

@@ -98,6 +98,11 @@ bool canHideWindows() {
     return Display().connected();
 }
 
+std::string windowSystem() {
+    // Where there is nothing to show windows on, the program runs all the same, as on a server.
+    return std::getenv("WAYLAND_DISPLAY") == nullptr && !canHideWindows() ? "offscreen" : "";
+}
+
 std::optional<WindowHandle> FindWindowByTitle(std::string_view text, ProcessId owner) {
     const Display display;
     if (!display.connected()) return std::nullopt;

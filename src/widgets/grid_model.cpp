@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "widgets/plain_text.h"
+#include "widgets/shown_text.h"
 
 namespace kibo {
 namespace {
@@ -132,29 +133,7 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
 }
 
 QString GridModel::singleLine(const QString& text) {
-    QString line = text.left(kShownCharacters);
-    // Never leave half of a character outside the basic plane, such as an emoji.
-    if (text.size() > line.size()) {
-        if (line.back().isHighSurrogate()) line.chop(1);
-        line.append(QChar(0x2026));
-    }
-    line.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    for (QChar& character : line) {
-        switch (character.unicode()) {
-            case '\n':
-            case '\r':
-            case 0x2028:
-            case 0x2029:
-                character = QChar(0x23CE);
-                break;
-            case '\t':
-                character = QLatin1Char(' ');
-                break;
-            default:
-                break;
-        }
-    }
-    return line;
+    return shownText(text, kShownCharacters).replace(QLatin1Char('\n'), QChar(0x23CE)).replace(u'\t', u' ');
 }
 
 }  // namespace kibo

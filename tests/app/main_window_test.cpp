@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -77,8 +78,10 @@ TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
     state.BreakTime.setEnabled(true);
     state.DetikBreak.text = QStringLiteral("12");
     state.Kirim_Cnt.caption = QStringLiteral("5/5");
+    state.txtMsg2.text = QStringLiteral("one\vtwo\rthree\u2028four\r\nfive");
     QTRY_COMPARE_WITH_TIMEOUT(find<QLabel>("status")->text(), QStringLiteral("Ready"), 2000);
     EXPECT_EQ(find<ColourLabel>("status")->background(), colour::kGreen);
+    EXPECT_EQ(find<QPlainTextEdit>("txtMsg2")->blockCount(), 5) << "every line break is one";
     EXPECT_FALSE(find<QAction>("mnOpenWA")->isEnabled());
     EXPECT_TRUE(find<QLabel>("wait")->isVisible());
     EXPECT_EQ(find<QProgressBar>("BreakProgress")->value(), 12);

@@ -9,6 +9,7 @@
 
 #include "app/form_load.h"
 #include "app/gateway_application.h"
+#include "base/log.h"
 #include "base/settings_file.h"
 #include "session/close_all.h"
 #include "session/profile_settings.h"
@@ -61,6 +62,19 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
     EXPECT_TRUE((*elements)->isVisible());
     (*elements)->findChild<QPushButton*>(QStringLiteral("test_ChatBox"))->click();
     EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
+}
+
+TEST_F(StartUpTest, aCrashOfTheLastRunIsToldOnce) {
+    QFile trace(file("kibo.crash"));
+    ASSERT_TRUE(trace.open(QIODevice::WriteOnly));
+    trace.write("signal 11 SIGSEGV, at address 0x0\n  process 7\n  kibo+0x1234\n");
+    trace.close();
+    const StartUp startUp(dialogs, folder.path());
+    for (int times : {1, 1}) {
+        startUp.reportCrash();
+        EXPECT_EQ(log::newestLines().filter(QStringLiteral("crashed (signal 11 SIGSEGV")).size(), times);
+    }
+    EXPECT_TRUE(QFile::exists(file("kibo.crash.old")));
 }
 
 TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {

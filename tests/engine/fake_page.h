@@ -82,6 +82,7 @@ class FakePage : public ChatPage {
         delivered.push_back({number, text});
         history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
     }
+    void forgetHistory() { history_.clear(); }
     QStringList messageIds(const QString& number) const {
         QStringList ids;
         for (const ChatMessage& message : history_.value(number)) ids.prepend(message.id);

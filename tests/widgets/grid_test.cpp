@@ -94,7 +94,7 @@ TEST_F(GridTest, showsChangedGrownAndEmptiedQueues) {
 }
 
 TEST(GridModelText, isOneShortLine) {
-    EXPECT_EQ(GridModel::singleLine(QStringLiteral("a\r\nb\nc\rd\te")), QStringLiteral("a⏎b⏎c⏎d e"));
+    EXPECT_EQ(GridModel::singleLine(QStringLiteral("a\r\nb\nc\rd\te\vf\u2028g")), QStringLiteral("a⏎b⏎c⏎d e⏎f⏎g"));
     const QString emoji = QStringLiteral("🎉");
     // The cut falls into the middle of the character's surrogate pair.
     const QString cut = GridModel::singleLine(QString(GridModel::kShownCharacters - 1, u'x') + emoji.repeated(40'000));

@@ -9,6 +9,7 @@
 #include "main_window/window_controls.h"
 #include "widgets/icons.h"
 #include "widgets/plain_text.h"
+#include "widgets/shown_text.h"
 #include "widgets/window_look.h"
 
 namespace kibo {
@@ -307,7 +308,7 @@ void MainWindow::showMessageInProgress() {
     const QString& text = state_.txtMsg2.text;
     if (text == shownText_) return;
     shownText_ = text;
-    c.txtMsg2->setPlainText(text.size() <= kShownCharacters ? text : text.left(kShownCharacters) + QChar(0x2026));
+    c.txtMsg2->setPlainText(shownText(text, kShownCharacters));
 }
 
 void MainWindow::showPace() {
