@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include "base/settings.h"
 #include "platform/result.h"
 #include "store/local_store.h"
 
@@ -14,5 +15,9 @@ enum class StoreContent { Main, Elements };
 /// programs of this system use those and the driver is installed, else a SQLite file. It appears under its name only
 /// when it is complete. Only its owner can read it, where the system has such rights.
 Result<LocalFormat> makeStore(const QString& file, StoreContent content);
+
+/// Makes the tables that the database of `settings` on a server does not hold yet, for an operator who has said so: the
+/// program never does it by itself. Tables that are there stay as they are.
+Result<void> makeServerTables(const Settings& settings);
 
 }  // namespace kibo
