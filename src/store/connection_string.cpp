@@ -1,5 +1,7 @@
 #include "store/connection_string.h"
 
+#include <QStringList>
+
 namespace kibo {
 namespace {
 
@@ -102,6 +104,38 @@ ConnectionRequest mainStoreRequest(const Settings& settings, const QString& prog
             QStringLiteral(";DATABASE=") + quoted(settings.MySQL_DB) + QStringLiteral(";UID=") + quoted(settings.user) +
             QStringLiteral(";PWD=") + quoted(settings.password) + QStringLiteral(";PORT=") + quoted(settings.Port) +
             QStringLiteral(";OPTION=3")};
+}
+
+QString serverConnection(const ConnectionRequest& request) {
+    const ConnectionString target = ConnectionString::parse(request.text);
+    QStringList parts;
+    for (const auto& [key, value] : target.attributes()) {
+        const bool driver = key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0;
+        const QString part = key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value));
+        // QODBC puts "DSN=" before a name that holds neither driver nor server, so the source's own name leads.
+        if (key.compare(QStringLiteral("DSN"), Qt::CaseInsensitive) == 0)
+            parts.prepend(part);
+        else
+            parts.append(part);
+    }
+    if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
+        parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
+    if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
+        parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
+    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. In
+    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout. The time
+    // limits under the names of both drivers, each of which passes over the other's.
+    for (const QString& extra :
+         {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"), QStringLiteral("READ_TIMEOUT=10"),
+          QStringLiteral("WRITE_TIMEOUT=10"), QStringLiteral("READTIMEOUT=10"), QStringLiteral("WRITETIMEOUT=10")})
+        if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
+    // Joined without a last semicolon: MariaDB's driver refuses one.
+    QString name = parts.join(u';');
+    // With one of these words QODBC takes the name as it stands.
+    const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
+                            name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
+    if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
+    return name;
 }
 
 ConnectionRequest elementStoreRequest(const QString& file) {

@@ -41,6 +41,9 @@ struct ConnectionRequest {
 /// data source name, or by driver name and server when `MySQL_WithoutDSN` is "Y".
 ConnectionRequest mainStoreRequest(const Settings& settings, const QString& programFolder);
 
+/// The name under which Qt's ODBC driver reaches the server that `request` names.
+QString serverConnection(const ConnectionRequest& request);
+
 /// The element store in `file` (a whole path).
 ConnectionRequest elementStoreRequest(const QString& file);
 

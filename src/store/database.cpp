@@ -31,6 +31,17 @@ Failure notConnected() {
 
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
+/// What makes our tables on a server, to be typed in the folder of the file mysql.sql.
+QString tablesCommand(const ConnectionString& target) {
+    QString command = QStringLiteral("mysql");
+    for (const auto& [option, key] : {std::pair("-h", "SERVER"), std::pair("-P", "PORT"), std::pair("-u", "UID")})
+        if (const QString value = target.value(QLatin1String(key)); !value.isEmpty())
+            command += QStringLiteral(" %1 %2").arg(QLatin1String(option), value);
+    const QString database = target.value(QStringLiteral("DATABASE"));
+    return command +
+           QStringLiteral(" -p %1 < mysql.sql").arg(database.isEmpty() ? QStringLiteral("DATABASE") : database);
+}
+
 /// A value in the form that the store takes: a time as text, for Access as a time where it is one; a null QString as an
 /// empty text, not as NULL.
 QVariant plainValue(const QVariant& value, bool typedTimes) {
@@ -58,8 +69,8 @@ Database::~Database() {
 Result<void> Database::OpenDatabase(const Settings& settings, const QString& programFolder) {
     // A server may hold only what its mode of use needs, e.g. "multi" alone; a local file is always the whole store.
     const QStringList whole{QStringLiteral("outbox"), QStringLiteral("sent"), QStringLiteral("inbox")};
-    const Result<void> opened =
-        open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : QStringList());
+    const QStringList queue{isYes(settings.Multi) ? QStringLiteral("multi") : QStringLiteral("outbox")};
+    const Result<void> opened = open(mainStoreRequest(settings, programFolder), isYes(settings.UseMDB) ? whole : queue);
     QStringList causes;
     for (const SettingProblem& problem : settings.problems)
         if (problem.ofConnection) causes.append(problem.text);
@@ -133,34 +144,8 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     path_.clear();
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
-    QStringList parts;
-    for (const auto& [key, value] : target.attributes()) {
-        const bool driver = key.compare(QStringLiteral("DRIVER"), Qt::CaseInsensitive) == 0;
-        const QString part = key + u'=' + (driver ? u'{' + value + u'}' : ConnectionString::quoted(value));
-        // QODBC puts "DSN=" before a name that holds neither driver nor server, so the source's own name leads.
-        if (key.compare(QStringLiteral("DSN"), Qt::CaseInsensitive) == 0)
-            parts.prepend(part);
-        else
-            parts.append(part);
-    }
-    if (!request.user.isEmpty() && !target.has(QStringLiteral("UID")))
-        parts.append(QStringLiteral("UID=") + ConnectionString::quoted(request.user));
-    if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
-        parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
-    // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. In
-    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout. The time
-    // limits under the names of both drivers, each of which passes over the other's.
-    for (const QString& extra :
-         {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"), QStringLiteral("READ_TIMEOUT=10"),
-          QStringLiteral("WRITE_TIMEOUT=10"), QStringLiteral("READTIMEOUT=10"), QStringLiteral("WRITETIMEOUT=10")})
-        if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
-    // Joined without a last semicolon: MariaDB's driver refuses one.
-    QString name = parts.join(u';');
-    // With one of these words QODBC takes the name as it stands.
-    const bool asItStands = name.contains(QStringLiteral("DRIVER="), Qt::CaseInsensitive) ||
-                            name.contains(QStringLiteral("SERVER="), Qt::CaseInsensitive);
-    if (!asItStands && name.startsWith(QStringLiteral("DSN="), Qt::CaseInsensitive)) name = name.mid(4);
-    const Result<void> connected = connect(QStringLiteral("QODBC"), name, QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+    const Result<void> connected =
+        connect(QStringLiteral("QODBC"), serverConnection(request), QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
     if (connected || !isNoAnswer(connected.failure())) return connected;
     const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
     const QString who = server.isEmpty() ? QStringLiteral("the data source ") + target.value(QStringLiteral("DSN"))
@@ -217,9 +202,12 @@ Result<void> Database::checkTables(const QStringList& tables) {
             missing.append(table);
         }
     if (missing.isEmpty()) return {};
-    return Failure{FailureKind::NotFound, QStringLiteral("The database holds no table %1 that can be read.")
-                                              .arg(missing.join(QStringLiteral(", ")))
-                                              .toStdString()};
+    QString what =
+        QStringLiteral("The database holds no table %1 that can be read.").arg(missing.join(QStringLiteral(", ")));
+    if (dialect_ == Dialect::MySql)
+        what +=
+            QStringLiteral(" This command makes the tables: ") + tablesCommand(ConnectionString::parse(request_.text));
+    return Failure{FailureKind::NotFound, what.toStdString()};
 }
 
 /// A transaction must not go on over another connection, as if its beginning had taken effect.

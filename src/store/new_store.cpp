@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QUuid>
@@ -10,6 +11,7 @@
 
 #include "platform/access_file.h"
 #include "platform/process.h"
+#include "store/connection_string.h"
 #include "store/sql_failure.h"
 
 namespace kibo {
@@ -30,14 +32,34 @@ QStringList statementsOf(const QString& script) {
     return statements;
 }
 
+/// Without those for tables that the server holds already, and without that for the character set, which comes with the
+/// connection.
+Result<QStringList> missingOnServer(const QSqlDatabase& connection, const QStringList& statements) {
+    static const QRegularExpression kTable(QStringLiteral("^CREATE (?:TABLE|INDEX \\w+ ON) (\\w+)"));
+    QSqlQuery query(connection);
+    if (!query.exec(QStringLiteral("show tables"))) return sqlFailure(query.lastError(), SqlErrors::Server);
+    QStringList held, missing;
+    while (query.next()) held.append(query.value(0).toString());
+    for (const QString& statement : statements)
+        if (const auto table = kTable.match(statement);
+            table.hasMatch() && !held.contains(table.captured(1), Qt::CaseInsensitive))
+            missing.append(statement);
+    return missing;
+}
+
 /// Runs all statements on a connection that lives as long as this call.
-Result<void> run(const QString& driver, const QString& databaseName, const QStringList& statements) {
+Result<void> run(const QString& driver, const QString& databaseName, QStringList statements, bool onServer = false) {
     const QString connectionName = QUuid::createUuid().toString();
     const SqlErrors errors = driver == QStringLiteral("QSQLITE") ? SqlErrors::Sqlite : SqlErrors::Server;
     const auto runAll = [&]() -> Result<void> {
         QSqlDatabase connection = QSqlDatabase::addDatabase(driver, connectionName);
         connection.setDatabaseName(databaseName);
         if (!connection.open()) return sqlFailure(connection.lastError(), errors);
+        if (onServer) {
+            Result<QStringList> missing = missingOnServer(connection, statements);
+            if (!missing) return missing.failure();
+            statements = std::move(missing).value();
+        }
         for (const QString& statement : statements) {
             QSqlQuery query(connection);
             if (!query.exec(statement)) return sqlFailure(query.lastError(), errors);
@@ -79,6 +101,11 @@ Result<LocalFormat> makeInPlace(const QString& file, StoreContent content) {
 }
 
 }  // namespace
+
+Result<void> makeServerTables(const Settings& settings) {
+    return run(QStringLiteral("QODBC"), serverConnection(mainStoreRequest(settings, {})),
+               statementsOf(QStringLiteral("mysql.sql")), true);
+}
 
 Result<LocalFormat> makeStore(const QString& file, StoreContent content) {
     const QFileInfo named(file);

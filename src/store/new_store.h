@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include "base/settings.h"
 #include "platform/result.h"
 #include "store/local_store.h"
 
@@ -15,5 +16,9 @@ enum class StoreContent { Main, Elements };
 /// when it is complete; one that another process has made meanwhile stays. Only its owner can read it, where the system
 /// has such rights.
 Result<LocalFormat> makeStore(const QString& file, StoreContent content);
+
+/// Makes the tables that the database of `settings` on a server does not hold yet, for an operator who has said so: the
+/// program never does it by itself. Tables that are there stay as they are.
+Result<void> makeServerTables(const Settings& settings);
 
 }  // namespace kibo

@@ -3,6 +3,7 @@
 #include <QThread>
 
 #include "store/database.h"
+#include "store/new_store.h"
 #include "store_under_test.h"
 #include "support/mariadb_server.h"
 
@@ -70,6 +71,35 @@ TEST_F(LostConnectionTest, SurfacesOnceAndIsOpenedAgainAllTheSame) {
     QThread::sleep(2);
     EXPECT_TRUE(ask("delete from tmp"));
     EXPECT_EQ(database_.problem(), QString());
+}
+
+TEST_F(LostConnectionTest, ServerWithoutOurTablesIsToldAtOnceAndCanBeGivenThem) {
+    server_.run(
+        QStringLiteral("create database bare; grant all on bare.* to kibo@'%'; create table bare.sent (own int)"));
+    Settings settings = server_.settings(false);
+    settings.MySQL_DB = QStringLiteral("bare");
+    for (const auto& [multi, table] : {std::pair("N", "outbox"), std::pair("Y", "multi")}) {
+        settings.Multi = QLatin1String(multi);
+        const Result<void> opened = database_.OpenDatabase(settings, {});
+        ASSERT_FALSE(opened);
+        EXPECT_EQ(opened.failure().kind, FailureKind::NotFound);
+        const QString said = QString::fromStdString(opened.failure().text);
+        EXPECT_TRUE(said.contains(QStringLiteral("no table %1 ").arg(QLatin1String(table)))) << said.toStdString();
+        EXPECT_TRUE(
+            said.endsWith(QStringLiteral("mysql -h 127.0.0.1 -P %1 -u kibo -p bare < mysql.sql").arg(server_.port())))
+            << said.toStdString();
+        EXPECT_EQ(database_.problem(), said);
+    }
+    for (int time = 0; time < 2; ++time) {
+        const Result<void> made = makeServerTables(settings);
+        ASSERT_TRUE(made) << made.failure().text;
+    }
+    EXPECT_TRUE(database_.OpenDatabase(settings, {}));
+    EXPECT_EQ(server_.run(QStringLiteral("show columns from bare.sent")).trimmed().section(u'\t', 0, 0),
+              QStringLiteral("own"));
+    const QString count = QStringLiteral("select count(*) from information_schema.tables where table_schema = '%1'");
+    EXPECT_EQ(server_.run(count.arg(QStringLiteral("bare"))), server_.run(count.arg(QStringLiteral("kibo"))));
+    server_.run(QStringLiteral("drop database bare"));
 }
 
 test::StoreUnderTest emptied(bool dsn) {
