@@ -10,7 +10,11 @@ build: deps
 	$(CONFIGURE) release
 	cmake --build --preset release
 
-demo: build
+# The demo takes the programs alone: no test, no measurement, and only the packages that those need.
+demo:
+	@scripts/install-deps programs
+	$(CONFIGURE) programs
+	cmake --build --preset programs
 	scripts/demo
 
 test: deps

@@ -73,7 +73,7 @@ void FormLoad::fillProfileList() {
 bool FormLoad::checkMachine() {
     const QString problem = machineProblem ? machineProblem() : QString();
     if (problem.isEmpty()) return true;
-    dialogs.show({QStringLiteral("Application can not start"), problem, MessageBox::Icon::Critical});
+    dialogs.showAndWait({QStringLiteral("Application can not start"), problem, MessageBox::Icon::Critical});
     return false;
 }
 

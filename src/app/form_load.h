@@ -18,7 +18,7 @@ struct FormLoad {
     GatewayState& state;
     Settings& settings;
     InstanceRows& instanceRows;
-    Dialogs& dialogs;
+    StartDialogs& dialogs;
     QString programFolder;
     QString settingsFile;
     QString commandLine = QStringLiteral("0");            ///< "0" when there is none

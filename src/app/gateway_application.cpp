@@ -46,7 +46,7 @@ void openForOperator(const QString& file) {
 
 }  // namespace
 
-GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments)
+GatewayApplication::GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments)
     : dialogs_(dialogs),
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
@@ -63,19 +63,21 @@ GatewayApplication::GatewayApplication(Dialogs& dialogs, QString programFolder, 
     heartbeat_.start(kHeartbeatMs);
 }
 
-GatewayApplication::~GatewayApplication() = default;
+GatewayApplication::~GatewayApplication() {
+    // An answer would come to what is no more.
+    dialogs_.closeForGood();
+}
 
 bool GatewayApplication::start() {
     platform::removeStaleLockFile();
     startLog();
-    startUp_.makeFirstStores(settings_.applicationName);
-    startUp_.reportSettingsProblem(settings_.applicationName);
-    settings_ = loadSettings(startUp_.settingsFile());
+    settings_ = startUp_.prepareFolder();
+    if (ending()) return false;
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff.visible = !database_.isOpen();
-    if (clock_.waitingStopped()) return false;
+    if (ending()) return false;
     buildEngine();
     return showWindow();
 }
@@ -87,10 +89,14 @@ void GatewayApplication::startLog() const {
 
 void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
+    guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    const auto pageInUse = [this] { return elementScreen_ && elementScreen_->pageInUse(); };
+    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, *page_, state_, settings_,
+                                                        *guardedDialogs_, startUp_.settingsFile(),
+                                                        [this](const auto& step) { edge_->run(step); }});
+    const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,
         .settings = settings_,
@@ -113,7 +119,7 @@ void GatewayApplication::buildEngine() {
 }
 
 bool GatewayApplication::showWindow() {
-    window_ = std::make_unique<MainWindow>(state_, settings_, dialogs_, actions());
+    window_ = std::make_unique<MainWindow>(state_, settings_, *guardedDialogs_, actions());
     FormLoad formLoad{*window_,    state_, settings_, instanceRows_, dialogs_, programFolder_, startUp_.settingsFile(),
                       commandLine_};
     formLoad.mySql = !isYes(settings_.UseMDB);
@@ -123,13 +129,9 @@ bool GatewayApplication::showWindow() {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
     };
-    if (!formLoad.Form_Load()) return false;
-    if (const Result<void> opened = openJournal(); !opened) {
-        log::error("window", QString::fromStdString(opened.failure().text));
-        dialogs_.show({settings_.applicationName,
-                       QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(opened.failure().text)),
-                       MessageBox::Icon::Critical});
-    }
+    if (!formLoad.Form_Load() || ending()) return false;
+    const Result<void> journal = openJournal();
+    if (!journal) log::error("window", QString::fromStdString(journal.failure().text));
     // Start-up skips what fails; from here on `DebugMode` decides.
     policy_.setDebugMode(isYes(settings_.DebugMode));
     log::setVerbose(isYes(settings_.DebugMode));
@@ -151,6 +153,11 @@ bool GatewayApplication::showWindow() {
     window_->showState();
     window_->show();
     log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));
+    if (!journal) {
+        dialogs_.show({settings_.applicationName,
+                       QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(journal.failure().text)),
+                       MessageBox::Icon::Critical});
+    }
     return true;
 }
 
@@ -167,7 +174,7 @@ void GatewayApplication::buildBrowserParts() {
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
         .settings = settings_,
-        .dialogs = dialogs_,
+        .dialogs = *guardedDialogs_,
         .programFolder = programFolder_,
         .settingsFile = startUp_.settingsFile(),
         .hideWindow = [this](bool hide) { return browser_.hideWindow(hide); },
@@ -194,7 +201,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
-    actions.showElements = guarded([this] { mnElement_Click(); });
+    actions.openScreen = [this](const QString& name) { edge_->run([&] { screens_->open(name); }); };
     actions.activated = guarded([this] { activate(); });
     actions.unloaded = [this] { unload(); };
     return actions;
@@ -245,24 +252,15 @@ void GatewayApplication::Timer1_Timer() {
 }
 
 void GatewayApplication::mncloseall_Click() {
-    if (!closeAllInstances(dialogs_, instanceRows_, endOtherCopies)) return;
-    endProgram();
+    closeAllInstances(*guardedDialogs_, instanceRows_, [this] {
+        endOtherCopies();
+        endProgram();
+    });
 }
 
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
     if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
-}
-
-void GatewayApplication::mnElement_Click() {
-    if (!elementScreen_) {
-        elementScreen_ = std::make_unique<ElementScreen>(
-            ElementScreen::Parts{elements_, elementStore_, *page_, state_, dialogs_,
-                                 ElementService(settings_.ElementServer, startUp_.settingsFile()),
-                                 startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }});
-        elementScreen_->setWindowIcon(window_->windowIcon());
-    }
-    elementScreen_->open();
 }
 
 void GatewayApplication::applyHideMe() {
@@ -291,6 +289,7 @@ void GatewayApplication::endProgram() {
     // Waits of a running tick end now, so that it unwinds to the event loop and the program can leave.
     clock_.stopWaiting();
     policy_.programEnds();
+    dialogs_.closeForGood();
     if (timers_) timers_->stopAll();
     heartbeat_.stop();
     if (inbox_) inbox_->botBrowser.quit();

@@ -5,6 +5,8 @@
 #include <QTimer>
 #include <memory>
 
+#include "app/guarded_dialogs.h"
+#include "app/screen_list.h"
 #include "app/start_up.h"
 #include "app/timer_runner.h"
 #include "base/clock.h"
@@ -21,7 +23,6 @@
 #include "inbox/media_download.h"
 #include "main_window/main_window.h"
 #include "main_window/window_picture.h"
-#include "screens/element_screen.h"
 #include "session/browser_care.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
@@ -35,13 +36,15 @@ namespace kibo {
 class GatewayApplication {
  public:
     /// `dialogs` must outlive the application. `arguments`: the command line without the program's name.
-    GatewayApplication(Dialogs& dialogs, QString programFolder, const QStringList& arguments);
+    GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments);
     ~GatewayApplication();
     GatewayApplication(const GatewayApplication&) = delete;
     GatewayApplication& operator=(const GatewayApplication&) = delete;
 
     /// The start-up routine, up to the shown window. False when the program must end; the operator knows why.
     bool start();
+    /// The program was asked to end, perhaps already while it started.
+    bool ending() const { return clock_.waitingStopped(); }
     /// `cmd_STOP`: ends the browser session, then the program.
     void cmd_STOP_Click();
 
@@ -64,14 +67,13 @@ class GatewayApplication {
     void Timer1_Timer();
     void mncloseall_Click();
     void refreshOutbox();
-    void mnElement_Click();
     void applyHideMe();
     void activate();
     void unload();
     void endProgram();
     void heartbeat();
 
-    Dialogs& dialogs_;
+    ProgramDialogs& dialogs_;
     const QString programFolder_;
     const QString commandLine_;
 
@@ -94,11 +96,12 @@ class GatewayApplication {
     std::unique_ptr<Gateway> gateway_;
     std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
+    std::unique_ptr<GuardedDialogs> guardedDialogs_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<SessionKeeper> keeper_;
     std::unique_ptr<BrowserCare> care_;
     std::unique_ptr<MainWindow> window_;
-    std::unique_ptr<ElementScreen> elementScreen_;  // from the first time it is asked for
+    std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;
     QTimer heartbeat_;
 };

@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     kibo::applyLook(qt);
     kibo::watchTerminationSignals();
 
-    std::unique_ptr<kibo::Dialogs> dialogs;
+    std::unique_ptr<kibo::ProgramDialogs> dialogs;
     if (attended) {
         dialogs = std::make_unique<kibo::QtDialogs>();
     } else {
@@ -43,6 +43,6 @@ int main(int argc, char** argv) {
     }
     kibo::GatewayApplication application(*dialogs, QString::fromStdString(kibo::platform::programFolder()),
                                          QCoreApplication::arguments().mid(1));
-    if (!application.start()) return 1;
+    if (!application.start()) return application.ending() ? 0 : 1;
     return QApplication::exec();
 }

@@ -1,10 +1,11 @@
 #include "app/start_up.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include "base/log.h"
+#include "base/settings_file.h"
 #include "platform/access_file.h"
-#include "store/new_store.h"
 
 namespace kibo {
 
@@ -12,37 +13,46 @@ QString StartUp::settingsFile() const {
     return QDir(programFolder_).filePath(QStringLiteral("kibo.ini"));
 }
 
-void StartUp::makeFirstStores(const QString& applicationName) {
-    const QDir folder(programFolder_);
-    if (folder.exists(QStringLiteral("kibo.ini"))) return;
-    const std::pair<QString, StoreContent> stores[] = {{QStringLiteral("kb.mdb"), StoreContent::Main},
-                                                       {QStringLiteral("element.sys"), StoreContent::Elements}};
-    for (const auto& [name, content] : stores) {
-        if (folder.exists(name)) continue;
-        const Result<LocalFormat> made = makeStore(folder.filePath(name), content);
-        if (!made) {
-            log::error("app", QString::fromStdString(made.failure().text));
-            continue;
-        }
-        const bool access = made.value() == LocalFormat::Access;
-        log::info("app", QStringLiteral("first start: made %1, %2 file")
-                             .arg(name, access ? QStringLiteral("an Access") : QStringLiteral("a SQLite")));
-        if (access || content == StoreContent::Elements || !platform::usesAccessFiles()) continue;
-        dialogs_.show(
-            {applicationName,
-             QStringLiteral("The queue kb.mdb is a SQLite file here, since %1.\n\nPrograms that write messages "
-                            "into it must use SQLite. For an Access file install the driver, remove kb.mdb, "
-                            "element.sys and kibo.ini, and start again.")
-                 .arg(QString::fromStdString(platform::accessDriver().failure().text)),
-             MessageBox::Icon::Information});
+Settings StartUp::prepareFolder() {
+    const QString applicationName = Settings().applicationName;
+    const bool isNew = !QFileInfo::exists(settingsFile());
+    if (isNew) makeStore(QStringLiteral("kb.mdb"), StoreContent::Main, applicationName);
+    makeStore(QStringLiteral("element.sys"), StoreContent::Elements, applicationName);
+    reportSettingsProblem(applicationName);
+    Settings settings = loadSettings(settingsFile());
+    if (isNew) {
+        settings.UseMDB = QStringLiteral("Y");
+        WriteIni(QStringLiteral("DB"), QStringLiteral("UseMDB"), settings.UseMDB, settingsFile());
     }
+    return settings;
+}
+
+void StartUp::makeStore(const QString& name, StoreContent content, const QString& applicationName) {
+    const QDir folder(programFolder_);
+    if (folder.exists(name)) return;
+    const Result<LocalFormat> made = kibo::makeStore(folder.filePath(name), content);
+    if (!made) {
+        log::error("app", QString::fromStdString(made.failure().text));
+        return;
+    }
+    const bool access = made.value() == LocalFormat::Access;
+    log::info("app", QStringLiteral("made %1, %2 file")
+                         .arg(name, access ? QStringLiteral("an Access") : QStringLiteral("a SQLite")));
+    if (access || content == StoreContent::Elements || !platform::usesAccessFiles()) return;
+    dialogs_.showAndWait(
+        {applicationName,
+         QStringLiteral("The queue kb.mdb is a SQLite file here, since %1.\n\nPrograms that write messages "
+                        "into it must use SQLite. For an Access file install the driver, remove kb.mdb, "
+                        "element.sys and kibo.ini, and start again.")
+             .arg(QString::fromStdString(platform::accessDriver().failure().text)),
+         MessageBox::Icon::Information});
 }
 
 void StartUp::reportSettingsProblem(const QString& applicationName) {
     const QString problem = settingsProblem(settingsFile());
     if (problem.isEmpty()) return;
     log::error("app", problem);
-    dialogs_.show({applicationName, problem, MessageBox::Icon::Critical});
+    dialogs_.showAndWait({applicationName, problem, MessageBox::Icon::Critical});
 }
 
 bool StartUp::openDatabase(Database& database, const Settings& settings) {
@@ -50,17 +60,18 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
     if (opened) return true;
     const QString description = QString::fromStdString(opened.failure().text);
     log::error("app", QStringLiteral("the database can't be opened: ") + description);
-    const bool edit = dialogs_.show({QStringLiteral("Connection Error"),
-                                     QStringLiteral("Connection cannot be made, \n%1\n"
-                                                    "Please recheck the parameters of the server name, User ID and "
-                                                    "password entered.\nAre you want to Edit Config ?")
-                                         .arg(description),
-                                     MessageBox::Icon::Critical, MessageBox::Buttons::YesNo});
+    const bool edit =
+        dialogs_.showAndWait({QStringLiteral("Connection Error"),
+                              QStringLiteral("Connection cannot be made, \n%1\n"
+                                             "Please recheck the parameters of the server name, User ID and "
+                                             "password entered.\nAre you want to Edit Config ?")
+                                  .arg(description),
+                              MessageBox::Icon::Critical, MessageBox::Buttons::YesNo});
     if (!edit) return false;
-    dialogs_.show({settings.applicationName,
-                   QStringLiteral("The settings are in the file\n%1\n\nEdit it, then start %2 again.")
-                       .arg(QDir::toNativeSeparators(settingsFile()), settings.applicationName),
-                   MessageBox::Icon::Information});
+    dialogs_.showAndWait({settings.applicationName,
+                          QStringLiteral("The settings are in the file\n%1\n\nEdit it, then start %2 again.")
+                              .arg(QDir::toNativeSeparators(settingsFile()), settings.applicationName),
+                          MessageBox::Icon::Information});
     return true;
 }
 
@@ -70,8 +81,8 @@ bool StartUp::openElementStore(Database& elementStore) {
     if (opened) return true;
     log::error("app",
                QStringLiteral("the element store can't be opened: ") + QString::fromStdString(opened.failure().text));
-    dialogs_.show({QStringLiteral("Error :("), QStringLiteral("Sorry..\nApplication can not start.."),
-                   MessageBox::Icon::Critical});
+    dialogs_.showAndWait({QStringLiteral("Error :("), QStringLiteral("Sorry..\nApplication can not start.."),
+                          MessageBox::Icon::Critical});
     return false;
 }
 

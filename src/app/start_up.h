@@ -5,6 +5,7 @@
 #include "base/dialogs.h"
 #include "base/settings.h"
 #include "store/database.h"
+#include "store/new_store.h"
 
 namespace kibo {
 
@@ -13,22 +14,26 @@ namespace kibo {
 class StartUp {
  public:
     /// `dialogs` must outlive it. `programFolder` holds settings and stores.
-    StartUp(Dialogs& dialogs, QString programFolder) : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
+    StartUp(StartDialogs& dialogs, QString programFolder)
+        : dialogs_(dialogs), programFolder_(std::move(programFolder)) {}
 
     QString settingsFile() const;
 
-    /// In a folder that has no settings file yet, the program's first start there: makes the local stores that are
-    /// missing. Later a missing store is an error, since another folder may be the right one.
-    void makeFirstStores(const QString& applicationName);
-    /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
-    void reportSettingsProblem(const QString& applicationName);
+    /// Reads the settings. A folder without a settings file is new: its local file becomes the database, so that the
+    /// program is ready to use, and the stores that are missing are made. Later only the element store is made where
+    /// it is missing; a queue that has gone is an error, since another folder may be the right one.
+    Settings prepareFolder();
     /// False: the operator chose to end the program. True with a closed database: the settings are to be mended.
     bool openDatabase(Database& database, const Settings& settings);
     /// False: the program can't run without its element store.
     bool openElementStore(Database& elementStore);
 
  private:
-    Dialogs& dialogs_;
+    void makeStore(const QString& name, StoreContent content, const QString& applicationName);
+    /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
+    void reportSettingsProblem(const QString& applicationName);
+
+    StartDialogs& dialogs_;
     QString programFolder_;
 };
 

@@ -4,15 +4,15 @@
 
 namespace kibo {
 
-void ErrorEdge::run(const std::function<void()>& step) {
+void ErrorEdge::run(const std::function<void()>& step, const void* owner) {
     try {
         step();
     } catch (const SurfacedError& error) {
         // ErrorPolicy has logged it.
-        if (boxOpen_) return;
-        boxOpen_ = true;
-        dialogs_.show({applicationName_, QString::fromStdString(error.failure().text), MessageBox::Icon::Critical});
-        boxOpen_ = false;
+        if (boxOf_) return;
+        boxOf_ = owner;
+        dialogs_.show({applicationName_, QString::fromStdString(error.failure().text), MessageBox::Icon::Critical},
+                      [this](bool) { boxOf_.reset(); });
     }
 }
 
@@ -42,9 +42,9 @@ void TimerRunner::stopAll() {
 }
 
 void TimerRunner::run(Entry& entry) {
-    if (entry.running || stopped_) return;
+    if (entry.running || stopped_ || edge_.holds(&entry)) return;
     entry.running = true;
-    edge_.run(entry.tick);
+    edge_.run(entry.tick, &entry);
     entry.running = false;
 }
 

@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "base/dialogs.h"
@@ -18,12 +19,15 @@ class ErrorEdge {
     ErrorEdge(Dialogs& dialogs, QString applicationName)
         : dialogs_(dialogs), applicationName_(std::move(applicationName)) {}
 
-    void run(const std::function<void()>& step);
+    /// `step` belongs to `owner`, for `holds`.
+    void run(const std::function<void()>& step, const void* owner = nullptr);
+    /// The box of an error of `owner` is open.
+    bool holds(const void* owner) const { return boxOf_ == owner; }
 
  private:
     Dialogs& dialogs_;
     QString applicationName_;
-    bool boxOpen_ = false;
+    std::optional<const void*> boxOf_;  // whose error's box is open
 };
 
 /// Runs the timers of the state with real ones. A tick is never entered again while it runs, not from an event

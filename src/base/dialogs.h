@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <optional>
 
 namespace kibo {
@@ -25,18 +26,46 @@ struct InputBox {
     bool secret = false;  ///< what is typed isn't shown
 };
 
-/// Every modal box of the program is shown through this. The engine never opens one.
+/// Every box of the running program is shown through this. None is waited for: what runs goes on, and the answer comes
+/// as a call, from the event loop or, where nobody can be asked, before `show` or `ask` returns. The engine never opens
+/// one.
 class Dialogs {
  public:
+    using Answered = std::function<void(bool yes)>;
+    using Entered = std::function<void(const std::optional<QString>& text)>;
+
     Dialogs() = default;
     Dialogs(const Dialogs&) = delete;
     Dialogs& operator=(const Dialogs&) = delete;
     virtual ~Dialogs() = default;
 
-    /// Blocks until answered. True for "Yes" and "OK", false for "No" and for a box closed without an answer.
-    virtual bool show(const MessageBox& box) = 0;
-    /// Blocks until answered; nothing when the box was cancelled, or where nobody can be asked.
-    virtual std::optional<QString> ask(const InputBox& box) = 0;
+    /// The answer is true for "Yes" and "OK", false for "No" and for a box closed without an answer.
+    void show(const MessageBox& box, const Answered& answered = {}) { showBox(box, answered); }
+    /// The answer is nothing when the box was cancelled, or where nobody can be asked.
+    void ask(const InputBox& box, const Entered& entered) { askBox(box, entered); }
+
+ protected:
+    virtual void showBox(const MessageBox& box, const Answered& answered) = 0;
+    virtual void askBox(const InputBox& box, const Entered& entered) = 0;
+};
+
+/// The boxes of the start-up routine, which can't go on without their answer. Nothing runs yet that they could hold up.
+class StartDialogs {
+ public:
+    StartDialogs() = default;
+    StartDialogs(const StartDialogs&) = delete;
+    StartDialogs& operator=(const StartDialogs&) = delete;
+    virtual ~StartDialogs() = default;
+
+    /// Returns when it is answered, as `Dialogs::show` answers.
+    virtual bool showAndWait(const MessageBox& box) = 0;
+};
+
+/// All boxes of the program.
+class ProgramDialogs : public Dialogs, public StartDialogs {
+ public:
+    /// The program ends: closes every box without an answer, a waiting one with "No", and opens none any more.
+    virtual void closeForGood() = 0;
 };
 
 }  // namespace kibo

@@ -60,7 +60,7 @@ QString thinnedOut(State& s, const QString& line) {
 void write(spdlog::level::level_enum level, const char* category, const QString& text) {
     State& s = state();
     QString line = text.simplified();  // one line stays one line, whatever a value holds
-    if (level == spdlog::level::warn) line = thinnedOut(s, line);
+    if (level == spdlog::level::warn || level == spdlog::level::err) line = thinnedOut(s, line);
     if (line.isEmpty()) return;
     if (level == spdlog::level::debug && !s.verbose) return;
     spdlog::logger logger(category, s.sink);

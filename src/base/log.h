@@ -14,6 +14,7 @@ QString start(const QString& file);
 /// Whether debug lines are written (`DebugMode` "Y"); off at first.
 void setVerbose(bool on);
 
+/// A warning or an error that is told again within a minute is counted, not repeated.
 void debug(const char* category, const QString& line);
 void info(const char* category, const QString& line);
 void warning(const char* category, const QString& line);

@@ -77,7 +77,7 @@ Result<void> Browser::open(const LaunchOptions& options) {
     }
 
     session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, {}, {}});
-    if (const Result<void> started = start(*session_, settings, profile.value()); !started) {
+    if (const Result<void> started = start(*session_, options, profile.value()); !started) {
         quit();
         return started;
     }
@@ -92,15 +92,16 @@ Result<void> Browser::open(const LaunchOptions& options) {
     return {};
 }
 
-Result<void> Browser::start(Session& session, const Settings& settings, const QString& profileFolder) {
+Result<void> Browser::start(Session& session, const LaunchOptions& options, const QString& profileFolder) {
     session.record.owner = runningProcess(platform::ownProcessId());
-    const Result<QByteArray> address = reachDriver(session, settings);
+    const Result<QByteArray> address = reachDriver(session, options.settings);
     if (!address) return address.failure();
 
     // Written before the browser starts: from now on something may be left behind.
     if (const Result<void> written = session.records.write(session.record); !written) return written;
     client_.connectTo(std::make_unique<CurlTransport>(address.value()));
-    const Result<QJsonObject> granted = client_.start(launchCapabilities(settings, profileFolder));
+    const Result<QJsonObject> granted =
+        client_.start(launchCapabilities(options.settings, profileFolder, options.sandbox));
     if (!granted) return granted.failure();
 
     // The process ids of a driver elsewhere mean nothing here.

@@ -20,6 +20,7 @@ struct LaunchOptions {
     const Settings& settings;
     QString profile;
     bool hideWindow = false;
+    bool sandbox = false;                       ///< leave Chrome's sandbox on: pages of others are opened
     std::function<void()> readProfile = {};     ///< BACA_PROFIL: may change `settings`
     std::function<void()> armStepMachine = {};  ///< the browser is up
 };
@@ -77,7 +78,7 @@ class Browser {
         std::optional<qint64> silentSinceMs;
     };
 
-    Result<void> start(Session& session, const Settings& settings, const QString& profileFolder);
+    Result<void> start(Session& session, const LaunchOptions& options, const QString& profileFolder);
     Result<QByteArray> reachDriver(Session& session, const Settings& settings);
     void end(Session& session);
 

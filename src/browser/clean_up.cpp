@@ -24,7 +24,8 @@ bool end(const platform::Process& process, int graceMs) {
 CleanUpTargets usualCleanUpTargets() {
     CleanUpTargets targets;
     for (const char* driver : kDrivers) targets.drivers.push_back(platform::programFileName(driver));
-    targets.folder = QDir(QDir::tempPath()).filePath(QStringLiteral("Selenium")).toStdString();
+    const QString folder = QDir(QDir::tempPath()).filePath(QStringLiteral("Selenium"));
+    targets.folder = platform::pathFromUtf8(folder.toStdString());  // it holds the user's name
     return targets;
 }
 

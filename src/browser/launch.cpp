@@ -24,7 +24,7 @@ Result<QString> profileFolder(const QString& programFolder, const QString& name)
     return QDir::toNativeSeparators(programFolder + QStringLiteral("/profil/") + name);
 }
 
-QStringList launchArguments(const Settings& settings, const QString& profileFolder) {
+QStringList launchArguments(const Settings& settings, const QString& profileFolder, bool sandbox) {
     QStringList arguments{QStringLiteral("--no-sandbox"),
                           QStringLiteral("--disable-gpu"),
                           QStringLiteral("--disable-extensions"),
@@ -46,11 +46,16 @@ QStringList launchArguments(const Settings& settings, const QString& profileFold
         arguments << QStringLiteral("--no-sandbox") << QStringLiteral("--disable-gpu");
     }
     if (!isYes(settings.Incognito)) arguments << QStringLiteral("--user-data-dir=") + profileFolder;
+    if (sandbox) {
+        arguments.removeAll(QStringLiteral("--no-sandbox"));
+        arguments.removeAll(QStringLiteral("--disable-setuid-sandbox"));
+    }
     return arguments;
 }
 
-QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder) {
-    QJsonObject options{{QStringLiteral("args"), QJsonArray::fromStringList(launchArguments(settings, profileFolder))}};
+QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder, bool sandbox) {
+    QJsonObject options{
+        {QStringLiteral("args"), QJsonArray::fromStringList(launchArguments(settings, profileFolder, sandbox))}};
     // Else ChromeDriver looks for Chrome, then Chromium, where they are usually installed.
     if (isYes(settings.ChromePortable)) options.insert(QStringLiteral("binary"), settings.ChromeBinary);
     return {{QStringLiteral("browserName"), QStringLiteral("chrome")},

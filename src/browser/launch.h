@@ -16,11 +16,11 @@ namespace kibo {
 Result<QString> profileFolder(const QString& programFolder, const QString& name);
 
 /// Chrome's command-line arguments in their order. Some come twice, when settings overlap: they are passed as they are.
-/// `profileFolder` is left out when `Incognito` is "Y".
-QStringList launchArguments(const Settings& settings, const QString& profileFolder);
+/// `profileFolder` is left out when `Incognito` is "Y". With `sandbox` none of them takes Chrome's sandbox away.
+QStringList launchArguments(const Settings& settings, const QString& profileFolder, bool sandbox = false);
 
 /// The W3C capabilities of the session to ask for.
-QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder);
+QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder, bool sandbox = false);
 
 QString startAddress(const Settings& settings);
 

@@ -56,8 +56,8 @@ struct Gateway {
           deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.journal, queue, sender, deliveryCheck),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
-          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, sender, n.journal,
-                   recovery, login, n.random, n.pageInUse, n.takeArrived}),
+          machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
+                   n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
           chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;

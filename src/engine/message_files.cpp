@@ -15,6 +15,23 @@ constexpr qint64 kUsualMegabytes = 64;  // what the page takes of a photo or vid
 MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch)
     : settings_(settings), fetch_(std::move(fetch)) {}
 
+bool MessageFiles::needFetching(const QString& media, const QString& document) const {
+    return !unfetched(media, document).isEmpty();
+}
+
+void MessageFiles::fetch(const QString& media, const QString& document) {
+    for (const QString& address : unfetched(media, document)) fetched_.emplace(address, fetch_(address));
+}
+
+QStringList MessageFiles::unfetched(const QString& media, const QString& document) const {
+    QStringList addresses;
+    if (!fetch_ || isDriverElsewhere(settings_.ChromeDriver)) return addresses;
+    for (const QString& entry : {media.trimmed(), document.trimmed()})
+        if (isAddress(entry) && !fetched_.contains(entry)) addresses.append(entry);
+    addresses.removeDuplicates();
+    return addresses;
+}
+
 Result<std::vector<Attachment>> MessageFiles::prepare(const QString& media, const QString& document) {
     std::vector<Attachment> files;
     for (const auto& [column, entry] : {std::pair(FileColumn::Media, media), {FileColumn::Document, document}}) {
@@ -26,18 +43,18 @@ Result<std::vector<Attachment>> MessageFiles::prepare(const QString& media, cons
     return files;
 }
 
-Result<Attachment> MessageFiles::prepareOne(FileColumn column, const QString& entry) {
+Result<Attachment> MessageFiles::prepareOne(FileColumn column, const QString& entry) const {
     // The browser reads the file where it runs itself.
     if (isDriverElsewhere(settings_.ChromeDriver))
         return Failure{FailureKind::NotSupported,
                        "the browser runs on another computer, which can't read files of this one"};
     if (!isAddress(entry)) return checkedAttachment(column, entry, mostBytes());
-    if (!fetch_) return Failure{FailureKind::NotSupported, "files by address can't be fetched here"};
-    const Result<QString> path = fetch_(entry);
+    const auto fetched = fetched_.find(entry);
+    if (fetched == fetched_.end()) return Failure{FailureKind::NotSupported, "files by address can't be fetched here"};
+    const Result<QString>& path = fetched->second;
     if (!path)
         return Failure{path.failure().kind,
                        nameOf(column).toStdString() + " could not be fetched: " + path.failure().text};
-    fetched_.append(path.value());
     return checkedAttachment(column, path.value(), mostBytes());
 }
 
@@ -48,8 +65,9 @@ qint64 MessageFiles::mostBytes() const {
 
 void MessageFiles::removeFetched() {
     if (isYes(settings_.ClearTmp)) {
-        for (const QString& path : std::as_const(fetched_))
-            if (!QFile::remove(path)) log::warning("engine", QStringLiteral("a fetched file could not be removed"));
+        for (const auto& [address, path] : fetched_)
+            if (path && !QFile::remove(path.value()))
+                log::warning("engine", QStringLiteral("a fetched file could not be removed"));
     }
     fetched_.clear();
 }

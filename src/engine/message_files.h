@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <map>
 #include <vector>
 
 #include "base/settings.h"
@@ -8,26 +9,31 @@
 
 namespace kibo {
 
-/// The files of the message in progress, ready on this computer before its chat is opened.
+/// The files of the message in progress: fetched while it still waits in the queue, checked before its chat is opened.
 class MessageFiles {
  public:
     /// `fetch` may be empty: then messages with addresses fail.
     MessageFiles(const Settings& settings, FetchMedia fetch);
 
-    /// What the columns name, media first: fetched where it is an address, and checked. The failure's text is for the
-    /// operator.
+    /// Whether a column holds an address that `fetch` was not asked for since the last `removeFetched`.
+    bool needFetching(const QString& media, const QString& document) const;
+    /// Fetches what the columns name by address. What fails is told by `prepare`.
+    void fetch(const QString& media, const QString& document);
+
+    /// What the columns name, media first, checked. The failure's text is for the operator.
     Result<std::vector<Attachment>> prepare(const QString& media, const QString& document);
 
-    /// With `ClearTmp` "Y": removes what `prepare` has fetched since. Files that were there before stay.
+    /// Forgets what was fetched; with `ClearTmp` "Y" its files go. Files that were there before stay.
     void removeFetched();
 
  private:
-    Result<Attachment> prepareOne(FileColumn column, const QString& entry);
+    QStringList unfetched(const QString& media, const QString& document) const;
+    Result<Attachment> prepareOne(FileColumn column, const QString& entry) const;
     qint64 mostBytes() const;
 
     const Settings& settings_;
     FetchMedia fetch_;
-    QStringList fetched_;
+    std::map<QString, Result<QString>> fetched_;  // by address: the file, or why there is none
 };
 
 }  // namespace kibo

@@ -1,7 +1,5 @@
 #include "engine/message_sender.h"
 
-#include <QScopedValueRollback>
-
 #include "base/log.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
@@ -13,7 +11,7 @@ constexpr int kSmallWaitMs = 100;
 constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
-constexpr qint64 kSettledMs = OpenLedger::kGiveUpMs + 1'000;
+constexpr int kTitleLooks = 20;
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
@@ -34,7 +32,7 @@ bool MessageSender::KIRIM_MODE2() {
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
     const qint64 start = p_.clock.monotonicMs();
-    const auto files = prepareFiles();
+    const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
     if (!files) {
         recordFailure(QString::fromStdString(files.failure().text));
         return false;
@@ -64,24 +62,23 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     return true;
 }
 
-Result<std::vector<Attachment>> MessageSender::prepareFiles() {
-    GatewayState& s = p_.state;
-    if (s.txtMedia.text.isEmpty() && s.txtFile.text.isEmpty()) return std::vector<Attachment>();
-    s.step = QStringLiteral("Preparing the files of message %1").arg(s.txtid.text);
-    auto files = [&] {
-        const QScopedValueRollback<bool> fetching(s.fetching, true);
-        return p_.files.prepare(s.txtMedia.text, s.txtFile.text);
-    }();
-    // What was read meanwhile has left the page as before any message.
-    p_.opener.awaitSettled(kSettledMs);
-    return files;
-}
-
 Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {
-    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, chat.chat.title));
+    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, contactName(chat.chat)));
     // A draft would become part of the message.
     if (!chat.boxText.trimmed().isEmpty()) p_.page.clearBox(Box::Message);
     return files.empty() ? sendText(chat, text) : sendFiles(chat, files, text);
+}
+
+/// A chat may be known by its number before its title is drawn. One that stays without has no name that can be read.
+QString MessageSender::contactName(const OpenChat& opened) {
+    QString title = opened.title;
+    if (!asksForName(p_.state.txtMsg2.text)) return title;
+    for (int looks = 0; title.isEmpty() && looks < kTitleLooks && !p_.clock.waitingStopped(); ++looks) {
+        p_.pacing.WA_WAIT(kSmallWaitMs);
+        const auto look = p_.page.lookAtChat(false);
+        if (look && look->chat.serial == opened.serial) title = look->chat.title;
+    }
+    return title;
 }
 
 Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<Attachment>& files,
@@ -126,7 +123,11 @@ Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) 
 
 /// The last thing before something is sent.
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
-    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, chat.chat.lastMessageId)) return {};
+    // Typing may have taken half a minute: what was written to this chat meanwhile is not this message.
+    const auto now = p_.page.lookAtChat(false);
+    const bool shown = now && now->chat.serial == chat.chat.serial && !now->chat.lastMessageId.isEmpty();
+    const QString newest = shown ? now->chat.lastMessageId : chat.chat.lastMessageId;
+    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, newest)) return {};
     return failed("the journal can't be written, so the message was not sent");
 }
 

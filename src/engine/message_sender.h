@@ -58,12 +58,9 @@ class MessageSender {
     /// Whether the message stays as it is in the journal, since only the tables can tell what became of it.
     bool isLeftToRecovery(const QString& id) const { return leftToRecovery_ == id; }
 
-    /// Removes what was fetched for the current message, where the settings ask for it.
-    void removeFetchedFiles() { p_.files.removeFetched(); }
-
  private:
     bool send(const std::function<Result<ChatLook>()>& openChat);
-    Result<std::vector<Attachment>> prepareFiles();
+    QString contactName(const OpenChat& opened);
     Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
     Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);
     Result<void> sendText(const ChatLook& chat, const QString& text);

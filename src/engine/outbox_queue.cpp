@@ -91,7 +91,7 @@ const QString kAddCopyToMulti = QStringLiteral(
 
 /// A row without a time has none, and a server takes no empty text for one.
 QVariant timeOf(const QueuedRow& row) {
-    return row.time.isEmpty() ? QVariant() : QVariant(row.time);
+    return row.time.isEmpty() ? QVariant() : QVariant::fromValue(StoredTime{row.time});
 }
 
 /// The columns that every table of messages has, in the statements' order.
@@ -131,7 +131,9 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     const bool limited = isYes(settings_.LimitSelect) && !localStore;
     const int mostRows = limited ? queue_sql::kLimit + refused_.count() : 0;
     const auto selection = queue_sql::selection(isYes(settings_.Scheduled), multi(), profile(), now, mostRows);
-    const Database::Values values(selection.values.begin(), selection.values.end());
+    Database::Values values;
+    for (const QString& value : selection.values)
+        values.append(value == now ? QVariant::fromValue(StoredTime{value}) : QVariant(value));
 
     // Only the local store can tell, and it has no schedule: the same data are the same rows.
     const QString store = localStore ? database_.changeMark() : QString();
@@ -156,21 +158,20 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     }
     state_.dboff.visible = false;
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
-    showCount(selection, mostRows);
+    showCount(selection.count, values, mostRows);
     if (!counted_.isEmpty()) loadedMark_ = mark;
 }
 
 /// Counting costs a look at every due row, so under a limit it is left out where it can be.
-void OutboxQueue::showCount(const queue_sql::Selection& selection, int mostRows) {
-    const QString counted = selection.count + profile();
+void OutboxQueue::showCount(const QString& sql, const Database::Values& values, int mostRows) {
+    const QString counted = sql + profile();
     const int loaded = state_.ms_out.rowCount() - 1;
     if (loaded < mostRows) {  // these are all
         dueCount_ = loaded;
         counted_.clear();
     } else if (mostRows == 0 || counted != counted_ || clock_.monotonicMs() >= countAgainMs_) {
         counted_.clear();
-        const Recordset count = database_.OpenRecordset(
-            selection.count, Database::Values(selection.values.begin(), selection.values.end()));
+        const Recordset count = database_.OpenRecordset(sql, values);
         if (count.eof()) return;
         dueCount_ = count.field(0).toLongLong();
         counted_ = counted;
@@ -185,7 +186,7 @@ std::optional<QDateTime> OutboxQueue::nextDue() {
     const qint64 nowMs = clock_.monotonicMs();
     if (nowMs < askNextDueMs_ && !(nextDue_ && *nextDue_ <= now)) return nextDue_;
     askNextDueMs_ = nowMs + kAskNextDueEveryMs;
-    const QString after = now.toString(kTimeFormat);
+    const auto after = QVariant::fromValue(StoredTime{now.toString(kTimeFormat)});
     const Recordset next = multi() ? database_.OpenRecordset(kNextInMulti, {profile(), after})
                                    : database_.OpenRecordset(kNextInOutbox, {after});
     const QString time = next.field(0).left(kTimeFormat.size()).replace(u'T', u' ');

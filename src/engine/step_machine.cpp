@@ -256,6 +256,10 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
         idle(QStringLiteral("Queue changed"));
         return std::nullopt;
     }
+    if (p_.files.needFetching(row->media, row->file)) {
+        fetchFiles(*row);
+        return std::nullopt;
+    }
     s.txtid.text = row->id;
     s.txtNo.text = destination(row->number);
     s.txtMedia.text = row->media.trimmed();
@@ -289,6 +293,18 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
             idle(QStringLiteral("Queue changed"));
     }
     return std::nullopt;
+}
+
+/// A download may take minutes, and whatever happens meanwhile finds the message in the queue. What was known of the
+/// page, the pause and the row before is out of date then, so the next tick takes the message.
+void StepMachine::fetchFiles(const QueuedRow& row) {
+    GatewayState& s = p_.state;
+    s.step = QStringLiteral("Preparing the files of message %1").arg(row.id);
+    if (!workingSinceMs_) workingSinceMs_ = p_.clock.monotonicMs();
+    const QScopedValueRollback<bool> fetching(s.fetching, true);
+    p_.files.removeFetched();  // of a message that was withdrawn meanwhile
+    p_.files.fetch(row.media, row.file);
+    s.wait.visible = false;
 }
 
 void StepMachine::dispatch(const QString& mode) {
@@ -330,7 +346,7 @@ void StepMachine::finishMessage(const PageLook& look) {
     p_.state.step = QStringLiteral("Leaving the chat of message %1").arg(p_.state.txtid.text);
     p_.pacing.WA_WAIT(kAfterSendMs);
     p_.opener.KE_DUMMY(look.ownPicture);
-    p_.sender.removeFetchedFiles();  // by now the page has read them
+    p_.files.removeFetched();  // by now the page has read them
     if (p_.settings.AfterSend.toInt() <= 0) {
         p_.state.wait.visible = false;
         return;

@@ -11,6 +11,7 @@
 #include "engine/gateway_state.h"
 #include "engine/locator_check.h"
 #include "engine/login_watch.h"
+#include "engine/message_files.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
@@ -36,6 +37,7 @@ class StepMachine {
         ChatOpener& opener;
         OutboxQueue& queue;
         LocatorCheck& locators;
+        MessageFiles& files;
         MessageSender& sender;
         SendJournal& journal;
         SendRecovery& recovery;
@@ -66,6 +68,7 @@ class StepMachine {
     QString destination(const QString& written) const;
     QString nextLink() const;
     std::optional<QueuedRow> loadMessage();
+    void fetchFiles(const QueuedRow& row);
     void dispatch(const QString& mode);
     void finishMessage(const PageLook& look);
     void idle(const QString& step);

@@ -73,6 +73,10 @@ QString expandMessageText(const QString& text, const QDateTime& now, const Rando
     return expanded;
 }
 
+bool asksForName(const QString& text) {
+    return text.contains(QStringLiteral("%name%")) || text.contains(QStringLiteral("%NAME%"));
+}
+
 QString insertContactName(const QString& text, const QString& name) {
     QString filled = text;
     filled.replace(QStringLiteral("%name%"), name);

@@ -26,6 +26,9 @@ Result<QString> expandAlternatives(const QString& text, const RandomSource& rand
 /// "%time%". A text whose alternatives can't be expanded keeps its brackets; `problem` then says why.
 QString expandMessageText(const QString& text, const QDateTime& now, const RandomSource& random, QString* problem);
 
+/// Whether `insertContactName` has anything to replace.
+bool asksForName(const QString& text);
+
 /// Replaces "%name%" by the contact's name and "%NAME%" by the name in upper case.
 QString insertContactName(const QString& text, const QString& name);
 

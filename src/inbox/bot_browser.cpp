@@ -1,5 +1,7 @@
 #include "inbox/bot_browser.h"
 
+#include "platform/machine.h"
+
 namespace kibo {
 namespace {
 
@@ -32,7 +34,9 @@ Result<void> BotBrowser::start(const QString& profile) {
     own.Incognito = QStringLiteral("N");
     own.StartAddress = QStringLiteral("about:blank");
     startedAtMs_ = now;
-    Result<void> opened = browser_.open({own, profile});
+    // Its pages are anybody's.
+    const bool sandbox = !isYes(settings_.NoSandBox) && platform::canSandboxBrowser();
+    Result<void> opened = browser_.open({.settings = own, .profile = profile, .sandbox = sandbox});
     failedAtMs_ = opened ? std::optional<qint64>() : now;
     return opened;
 }

@@ -10,9 +10,9 @@ enum Column { Time = 2, Status = 3 };
 const QString kInbox = QStringLiteral("select wa_no, wa_text, wa_time, status from inbox order by wa_time ");
 const QString kMulti = QStringLiteral(
     "select wa_no, wa_text, wa_time, status from multi where tipe = 'I' and profil = ? order by wa_time ");
-const QString kNewInInbox = QStringLiteral("select count(1) as cnt from inbox where coalesce(status, '') = ''");
-const QString kNewInMulti =
-    QStringLiteral("select count(1) as cnt from multi where tipe = 'I' and profil = ? and coalesce(status, '') = ''");
+const QString kNewInInbox = QStringLiteral("select count(1) as cnt from inbox where (status = '' or status is null)");
+const QString kNewInMulti = QStringLiteral(
+    "select count(1) as cnt from multi where tipe = 'I' and profil = ? and (status = '' or status is null)");
 
 }  // namespace
 

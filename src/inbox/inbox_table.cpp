@@ -27,7 +27,7 @@ Result<QStringList> InboxTable::insert(const IncomingRow& row) {
     set.set(QStringLiteral("wa_no"), row.wa_no);
     set.set(QStringLiteral("SUB_NO"), row.SUB_NO);
     set.set(QStringLiteral("wa_text"), row.wa_text);
-    set.set(QStringLiteral("wa_time"), row.wa_time);
+    set.set(QStringLiteral("wa_time"), QVariant::fromValue(StoredTime{row.wa_time}));
     if (const Result<void> added = set.update(); !added) return added.failure();
     // Read back, since a database may complete a row by itself.
     const Recordset stored = database_.OpenRecordset(row.multi ? kLineOfMulti : kLineOfInbox, {set.lastInsertId()});
@@ -40,7 +40,8 @@ void InboxTable::report(const IncomingRow& row, const Failure& failure) const {
 }
 
 std::optional<bool> InboxTable::holds(const IncomingRow& row) {
-    Database::Values values{row.wa_time, row.wa_text, row.SUB_NO, row.wa_no, row.title};
+    Database::Values values{QVariant::fromValue(StoredTime{row.wa_time}), row.wa_text, row.SUB_NO, row.wa_no,
+                            row.title};
     if (row.multi) values.prepend(row.PROFIL);
     const Recordset count = database_.OpenRecordset(row.multi ? kCountMulti : kCountInbox, values);
     if (count.eof()) return std::nullopt;

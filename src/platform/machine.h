@@ -39,6 +39,10 @@ std::string programFileName(const std::string& name);
 /// usual ones in turn), which takes about a tenth of a second and at most three.
 std::string installedBrowserVersion(const std::string& program = {});
 
+/// Whether a browser started by this user can shut its pages in. Elsewhere than on Windows root can't, nor a user who
+/// may not make namespaces: a browser with its sandbox on doesn't start there.
+bool canSandboxBrowser();
+
 /// Windows: deletes the lock file that a crashed run left beside the Access database in its fixed folder.
 /// Elsewhere there is none.
 void removeStaleLockFile();

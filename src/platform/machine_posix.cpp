@@ -1,11 +1,13 @@
 #include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -119,6 +121,19 @@ std::string installedBrowserVersion(const std::string& program) {
     for (const char* name : kUsualBrowsers)
         if (const std::string path = findProgram(name); !path.empty()) return versionIn(versionText(path));
     return {};
+}
+
+bool canSandboxBrowser() {
+    if (::geteuid() == 0) return false;
+    // What forbids it differs from system to system (limits, filters of containers), so it is tried, as Chrome does.
+    const pid_t pid = ::fork();
+    if (pid == 0) ::_exit(::unshare(CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET) == 0 ? 0 : 1);
+    int status = 1;
+    if (pid > 0) {
+        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+        }
+    }
+    return pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 void removeStaleLockFile() {}

@@ -66,6 +66,10 @@ std::string installedBrowserVersion(const std::string&) {
     return status == ERROR_SUCCESS && type == REG_SZ ? std::string(text) : std::string();
 }
 
+bool canSandboxBrowser() {
+    return true;
+}
+
 void removeStaleLockFile() {
     ::DeleteFileA(kLockFile);
 }

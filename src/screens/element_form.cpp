@@ -46,6 +46,7 @@ ElementForm::ElementForm(QWidget* parent) : QScrollArea(parent) {
 
 void ElementForm::addGroup(QWidget* page, const ElementGroup& group) {
     auto* heading = new QLabel(group.title, page);
+    heading->setTextFormat(Qt::PlainText);
     heading->setFont(bold(font(), 1));
     auto* card = new QFrame(page);
     card->setFrameShape(QFrame::StyledPanel);
@@ -65,7 +66,9 @@ void ElementForm::addGroup(QWidget* page, const ElementGroup& group) {
 void ElementForm::addRow(QGridLayout* grid, const ElementRow& row) {
     auto* name = new QLabel(row.name);
     name->setFont(bold(font()));
+    name->setTextFormat(Qt::PlainText);
     auto* description = new QLabel(row.description);
+    description->setTextFormat(Qt::PlainText);
     description->setForegroundRole(QPalette::PlaceholderText);
     description->setWordWrap(true);
     description->setFixedWidth(kDescriptionWidth);

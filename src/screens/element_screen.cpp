@@ -53,6 +53,7 @@ ElementScreen::ElementScreen(Parts parts) : p_(std::move(parts)), form_(new Elem
         QStringLiteral("Where things are on WhatsApp's page. Locators that begin with / ( or ./ are XPath, others CSS. "
                        "Test frames what a box finds on the open page."),
         this);
+    intro->setTextFormat(Qt::PlainText);
     intro->setWordWrap(true);
     auto* bottom = new QWidget(this);
     buildButtons(bottom);
@@ -112,15 +113,24 @@ void ElementScreen::open() {
 }
 
 void ElementScreen::closeEvent(QCloseEvent* event) {
-    const bool changed = form_->values() != opened_;
-    if (changed && !p_.dialogs.show({windowTitle(), QStringLiteral("Close without saving the changes?"),
-                                     MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true})) {
-        event->ignore();
+    if (form_->values() == opened_) {
+        endWork();
+        event->accept();
         return;
     }
+    event->ignore();
+    p_.dialogs.show({windowTitle(), QStringLiteral("Close without saving the changes?"), MessageBox::Icon::Question,
+                     MessageBox::Buttons::YesNo, true},
+                    [this](bool yes) {
+                        if (!yes) return;
+                        endWork();
+                        hide();
+                    });
+}
+
+void ElementScreen::endWork() {
     endTransfer();
     endNoticeTest();
-    event->accept();
 }
 
 void ElementScreen::cmd_Save_Click() {
@@ -162,12 +172,18 @@ void ElementScreen::cmd_Fetch_Click() {
 
 void ElementScreen::cmd_Upload_Click() {
     if (busy() || serviceIsOff()) return;
-    const auto code = p_.dialogs.ask({QStringLiteral("Upload Update"), QStringLiteral("Password"), {}, true});
-    if (!code) return;
-    if (*code != kAccessCode) {
-        status_->setText(QStringLiteral("Nothing was uploaded: this is not the password"));
-        return;
-    }
+    p_.dialogs.ask({QStringLiteral("Upload Update"), QStringLiteral("Password"), {}, true},
+                   [this](const std::optional<QString>& code) {
+                       if (!code || busy()) return;
+                       if (*code == kAccessCode) {
+                           upload();
+                       } else {
+                           status_->setText(QStringLiteral("Nothing was uploaded: this is not the password"));
+                       }
+                   });
+}
+
+void ElementScreen::upload() {
     const auto upload = [this](const QString& name) -> Result<void> {
         const Result<void> taken = p_.service.UploadElement(storable(form_->text(name)), name);
         if (taken) form_->showVerdict(name, {true, QStringLiteral("uploaded")});
@@ -243,17 +259,19 @@ std::optional<ElementScreen::NoticeTest> ElementScreen::noticeTestOf(const QStri
 }
 
 void ElementScreen::test(const QString& name) {
-    if (busy()) return;
-    if (p_.state.stepRunning || p_.state.wait.visible || p_.state.waitread.visible) {
-        inform(kTesting, QStringLiteral("Kibo is using the page right now. Press Pause in the main window, wait until "
-                                        "the message is done, then test again."));
-        return;
-    }
+    if (busy() || pageIsBusy()) return;
     if (auto notice = noticeTestOf(name)) {
-        testNotice(std::move(*notice));
+        testNotice(*notice);
     } else {
         testLocator(name);
     }
+}
+
+bool ElementScreen::pageIsBusy() {
+    if (!p_.state.stepRunning && !p_.state.wait.visible && !p_.state.waitread.visible) return false;
+    inform(kTesting, QStringLiteral("Kibo is using the page right now. Press Pause in the main window, wait until "
+                                    "the message is done, then test again."));
+    return true;
 }
 
 void ElementScreen::testLocator(const QString& name) {
@@ -266,16 +284,22 @@ void ElementScreen::testLocator(const QString& name) {
     if (const auto matches = outlined(name, locator)) form_->showVerdict(name, locatorVerdict(*matches));
 }
 
-void ElementScreen::testNotice(NoticeTest test) {
-    form_->setTestCaption(test.name, kTesting);
-    // From here on no message begins, so that the page stays as the operator makes it.
-    noticeTest_ = std::move(test);
-    const QString request = noticeTest_->request;
-    if (!outlined(noticeTest_->name, form_->text(noticeTest_->locator))) {
-        endNoticeTest();
+void ElementScreen::testNotice(const NoticeTest& test) {
+    if (!outlined(test.name, form_->text(test.locator))) return;
+    if (test.request.isEmpty()) {
+        awaitNotice(test);
         return;
     }
-    if (!request.isEmpty()) inform(kTesting, request);
+    // Only what is done after the box holds the queue: a box may be left open.
+    p_.dialogs.show({kTesting, test.request, MessageBox::Icon::Information}, [this, test](bool ready) {
+        if (ready && !busy() && !pageIsBusy()) awaitNotice(test);
+    });
+}
+
+void ElementScreen::awaitNotice(const NoticeTest& test) {
+    form_->setTestCaption(test.name, kTesting);
+    // From here on no message begins, so that the page stays as the operator makes it.
+    noticeTest_ = test;
     lookForNotice();
 }
 

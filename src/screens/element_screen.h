@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QTimer>
-#include <QWidget>
 #include <functional>
 #include <optional>
 
@@ -12,14 +11,15 @@
 #include "engine/gateway_state.h"
 #include "screens/element_form.h"
 #include "screens/element_service.h"
+#include "screens/screen.h"
 
 class QLabel;
 
 namespace kibo {
 
 /// The element screen, `frm_element`: edits the locators and texts of the page, tries them out on the open page, and
-/// exchanges them with the element service. A window of its own, not modal; closing it hides it.
-class ElementScreen : public QWidget {
+/// exchanges them with the element service.
+class ElementScreen : public Screen {
     Q_OBJECT
 
  public:
@@ -38,11 +38,10 @@ class ElementScreen : public QWidget {
 
     explicit ElementScreen(Parts parts);
 
-    /// Shows the current values, or only raises the window if it is open already.
-    void open();
+    void open() override;
 
-    /// Whether a test waits for a notice of the page: no message may be sent meanwhile.
-    bool pageInUse() const { return noticeTest_.has_value(); }
+    /// A test waits for a notice of the page.
+    bool pageInUse() const override { return noticeTest_.has_value(); }
 
  protected:
     void closeEvent(QCloseEvent* event) override;
@@ -72,14 +71,19 @@ class ElementScreen : public QWidget {
     void cmd_Fetch_Click();
     void cmd_Save_Click();
     void cmd_Upload_Click();
+    void upload();
     bool serviceIsOff();
     void transfer(Transfer transfer);
     void transferNext();
     void endTransfer();
+    void endWork();
 
     void test(const QString& name);
+    /// The queue uses the page; the operator is told.
+    bool pageIsBusy();
     void testLocator(const QString& name);
-    void testNotice(NoticeTest test);
+    void testNotice(const NoticeTest& test);
+    void awaitNotice(const NoticeTest& test);
     void lookForNotice();
     void endNoticeTest();
     std::optional<Matches> outlined(const QString& name, const QString& locator);

@@ -38,38 +38,47 @@ void BrowserCare::cb_Profil_Change(const QString& profile) {
 }
 
 void BrowserCare::newProfile() {
-    InputBox question{QStringLiteral("New profile"), QStringLiteral("Name of the new profile, one for each login:")};
-    for (;;) {
-        const auto answer = n_.dialogs.ask(question);
+    askForProfile({});
+}
+
+void BrowserCare::askForProfile(const QString& proposal) {
+    const InputBox question{QStringLiteral("New profile"),
+                            QStringLiteral("Name of the new profile, one for each login:"), proposal};
+    n_.dialogs.ask(question, [this, title = question.title](const std::optional<QString>& answer) {
         if (!answer) return;
         const QString name = answer->trimmed();
-        const Result<QString> folder = profileFolder(n_.programFolder, name);
-        QString problem;
-        if (!folder) {
-            problem = QString::fromStdString(folder.failure().text);
-        } else if (n_.state.cb_Profil.items.contains(name, Qt::CaseInsensitive)) {
-            problem = QStringLiteral("There is a profile \"%1\" already.").arg(name);
-        } else if (!QDir().mkpath(folder.value())) {
-            problem = QStringLiteral("The folder %1 can't be made.").arg(QDir::toNativeSeparators(folder.value()));
-        } else {
-            n_.state.cb_Profil.items.append(name);
-            n_.state.cb_Profil.text = name;
-            cb_Profil_Change(name);
-            return;
-        }
-        n_.dialogs.show({question.title, problem, MessageBox::Icon::Information});
-        question.proposal = name;
-    }
+        const QString problem = makeProfile(name);
+        if (problem.isEmpty()) return;
+        n_.dialogs.show({title, problem, MessageBox::Icon::Information}, [this, name](bool) { askForProfile(name); });
+    });
+}
+
+QString BrowserCare::makeProfile(const QString& name) {
+    ComboBox& profiles = n_.state.cb_Profil;
+    const Result<QString> folder = profileFolder(n_.programFolder, name);
+    if (!folder) return QString::fromStdString(folder.failure().text);
+    if (profiles.items.contains(name, Qt::CaseInsensitive))
+        return QStringLiteral("There is a profile \"%1\" already.").arg(name);
+    if (!QDir().mkpath(folder.value()))
+        return QStringLiteral("The folder %1 can't be made.").arg(QDir::toNativeSeparators(folder.value()));
+    profiles.items.append(name);
+    // Where the browser was opened while the box stood, its profile stays in force.
+    if (!profiles.enabled) return {};
+    profiles.text = name;
+    cb_Profil_Change(name);
+    return {};
 }
 
 void BrowserCare::mn_cleaner_Click() {
-    const bool sure = n_.dialogs.show({QStringLiteral("Run Cleaner"),
-                                       QStringLiteral("This Process will Close Your WhatsApp Web\nAre You Sure??"),
-                                       MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true});
-    if (!sure) return;
-    n_.endSession();
-    cleanUp(n_.cleanUp);
-    n_.dialogs.show({QStringLiteral("Cleaner"), QStringLiteral("Done!"), MessageBox::Icon::Information});
+    n_.dialogs.show(
+        {QStringLiteral("Run Cleaner"), QStringLiteral("This Process will Close Your WhatsApp Web\nAre You Sure??"),
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true},
+        [this](bool sure) {
+            if (!sure) return;
+            n_.endSession();
+            cleanUp(n_.cleanUp);
+            n_.dialogs.show({QStringLiteral("Cleaner"), QStringLiteral("Done!"), MessageBox::Icon::Information});
+        });
 }
 
 QString BrowserCare::versionFile() const {
@@ -103,9 +112,12 @@ void BrowserCare::lookForVersion() {
     const QString browser = n_.browserVersion ? n_.browserVersion() : QString();
     log::info("window", QStringLiteral("versions: %1, browser %2").arg(line.section(u' ', 0, 1), browser));
     const auto question = versionMismatch(line, browser);
-    if (!question || !n_.dialogs.show(*question)) return;
-    const Result<void> opened = platform::openForOperator(kDriverDownloadAddress);
-    if (!opened) log::warning("window", QString::fromStdString(opened.failure().text));
+    if (!question) return;
+    n_.dialogs.show(*question, [](bool yes) {
+        if (!yes) return;
+        const Result<void> opened = platform::openForOperator(kDriverDownloadAddress);
+        if (!opened) log::warning("window", QString::fromStdString(opened.failure().text));
+    });
 }
 
 }  // namespace kibo

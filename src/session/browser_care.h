@@ -41,6 +41,9 @@ class BrowserCare {
     void checkVersions();
 
  private:
+    void askForProfile(const QString& proposal);
+    /// Empty, or why there can be no such profile.
+    QString makeProfile(const QString& name);
     void lookForVersion();
     QString versionFile() const;
 

@@ -12,13 +12,14 @@ constexpr int kGraceMs = 3000;
 
 }  // namespace
 
-bool closeAllInstances(Dialogs& dialogs, InstanceRows& rows, const std::function<void()>& endCopies) {
-    const bool sure = dialogs.show({QStringLiteral("Close All"), QStringLiteral("Are You Sure ??"),
-                                    MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true});
-    if (!sure) return false;
-    rows.withdrawAll();
-    endCopies();
-    return true;
+void closeAllInstances(Dialogs& dialogs, InstanceRows& rows, const std::function<void()>& endAll) {
+    dialogs.show({QStringLiteral("Close All"), QStringLiteral("Are You Sure ??"), MessageBox::Icon::Question,
+                  MessageBox::Buttons::YesNo, true},
+                 [&rows, endAll](bool sure) {
+                     if (!sure) return;
+                     rows.withdrawAll();
+                     endAll();
+                 });
 }
 
 void endOtherCopies() {

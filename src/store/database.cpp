@@ -25,10 +25,19 @@ Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
 }
 
-/// A value in the form that every store takes: a time as text, and a null QString as an empty text, not as NULL.
-QVariant plain(const QVariant& value) {
+const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
+
+/// A value in the form that the store takes: a time as text, for Access as a time where it is one; a null QString as an
+/// empty text, not as NULL.
+QVariant plainValue(const QVariant& value, bool typedTimes) {
+    if (value.typeId() == qMetaTypeId<StoredTime>()) {
+        const QString text = value.value<StoredTime>().text;
+        const QDateTime time = QDateTime::fromString(text, kTimeFormat);
+        if (typedTimes && time.isValid()) return time;
+        return text.isNull() ? QStringLiteral("") : text;
+    }
     if (value.typeId() == QMetaType::QDateTime)
-        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        return typedTimes ? value : QVariant(value.toDateTime().toString(kTimeFormat));
     if (value.typeId() == QMetaType::QString && value.toString().isNull()) return QStringLiteral("");
     return value;
 }
@@ -123,9 +132,11 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     if (!request.password.isEmpty() && !target.has(QStringLiteral("PWD")))
         parts.append(QStringLiteral("PWD=") + ConnectionString::quoted(request.password));
     // Every Unicode character whatever the server's default, and no endless wait for a server that has vanished. In
-    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout.
-    for (const QString& extra : {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"),
-                                 QStringLiteral("READ_TIMEOUT=10"), QStringLiteral("WRITE_TIMEOUT=10")})
+    // the text, since MariaDB's driver refuses the character set as a statement and ignores the login timeout. The time
+    // limits under the names of both drivers, each of which passes over the other's.
+    for (const QString& extra :
+         {QStringLiteral("CHARSET=utf8mb4"), QStringLiteral("CONN_TIMEOUT=5"), QStringLiteral("READ_TIMEOUT=10"),
+          QStringLiteral("WRITE_TIMEOUT=10"), QStringLiteral("READTIMEOUT=10"), QStringLiteral("WRITETIMEOUT=10")})
         if (!target.has(extra.section(u'=', 0, 0))) parts.append(extra);
     // Joined without a last semicolon: MariaDB's driver refuses one.
     QString name = parts.join(u';');
@@ -205,8 +216,8 @@ QString Database::identity() const {
 Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& values) {
     if (!open_) return notConnected();
     const qint64 start = clock_.monotonicMs();
-    Values plainValues;
-    for (const QVariant& value : values) plainValues.append(plain(value));
+    if (dialect_ != Dialect::MySql && onLocalStatement) onLocalStatement(sql, values);
+    const Values plainValues = plain(values);
     bool done = false;
     if (dialect_ == Dialect::MySql) {
         done = query.exec(withMySqlValues(sql, plainValues));
@@ -222,6 +233,12 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
     Failure failure = failureOf(query.lastError());
     if (failure.kind == FailureKind::ConnectionLost) open_ = false;
     return failure;
+}
+
+Database::Values Database::plain(const Values& values) const {
+    Values result;
+    for (const QVariant& value : values) result.append(plainValue(value, dialect_ == Dialect::Access));
+    return result;
 }
 
 Result<void> Database::runPlain(const QString& sql) {
@@ -315,7 +332,7 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, co
         return handOut(std::make_shared<CursorRows>(std::move(query), count));
     }
     query.finish();
-    auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), values);
+    auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), plain(values));
     if (snapshot->error().isValid()) return failureOf(snapshot->error());
     return handOut(std::move(snapshot));
 }

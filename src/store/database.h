@@ -3,6 +3,7 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "base/row_source.h"
 #include "store/connection_string.h"
 #include "store/recordset.h"
+#include "store/sql_text.h"
 
 namespace kibo {
 
@@ -51,8 +53,11 @@ class Database {
     QString identity() const;
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
 
+    /// Whether an INSERT may carry several rows.
+    bool takesManyRowsAtOnce() const { return dialect_ != Dialect::Access; }
+
     /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an
-    /// invalid QVariant is a NULL, a null QString an empty text.
+    /// invalid QVariant is a NULL, a null QString an empty text. Times are bound as StoredTime or QDateTime.
     Recordset OpenRecordset(const QString& sql, const Values& values = {});
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
@@ -75,6 +80,10 @@ class Database {
     Result<std::shared_ptr<const RowSource>> openRows(const QString& sql, const Values& values = {});
     static constexpr int kRowsInMemory = 256;
 
+    /// Hears of every statement on a local file before it runs: what is sent there must be understood by Access as well
+    /// as by SQLite, and only one of them runs at a time.
+    static inline std::function<void(const QString& sql, const Values& values)> onLocalStatement;
+
  private:
     friend class Transaction;
     enum class Dialect { MySql, Access, Sqlite };
@@ -87,6 +96,7 @@ class Database {
     Result<void> checkTables(const QStringList& tables);
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
+    Values plain(const Values& values) const;
     Result<void> runPlain(const QString& sql);
     /// Begins or ends a transaction where no statement does (Access).
     Result<void> throughDriver(bool (QSqlDatabase::*call)());

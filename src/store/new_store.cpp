@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/access_file.h"
+#include "platform/process.h"
 #include "store/sql_failure.h"
 
 namespace kibo {
@@ -81,12 +82,15 @@ Result<LocalFormat> makeInPlace(const QString& file, StoreContent content) {
 
 Result<LocalFormat> makeStore(const QString& file, StoreContent content) {
     const QFileInfo named(file);
-    const QString unfinished = named.dir().filePath(QStringLiteral("new-") + named.fileName());
+    // Several instances may begin in one folder at once, and each makes what is missing.
+    const QString unfinished =
+        named.dir().filePath(QStringLiteral("new-%1-%2").arg(platform::ownProcessId()).arg(named.fileName()));
     QFile::remove(unfinished);
     Result<LocalFormat> made = makeInPlace(unfinished, content);
-    if (made && !QFile::rename(unfinished, file)) made = Failure{FailureKind::Io, "it can't be given its name"};
-    if (made) return made;
+    if (made && QFile::rename(unfinished, file)) return made;
     QFile::remove(unfinished);
+    if (made && QFileInfo::exists(file)) return localFormat(file);
+    if (made) made = Failure{FailureKind::Io, "it can't be given its name"};
     return Failure{made.failure().kind,
                    QStringLiteral("%1 can't be made: %2")
                        .arg(QDir::toNativeSeparators(file), QString::fromStdString(made.failure().text))

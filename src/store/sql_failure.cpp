@@ -39,9 +39,11 @@ bool sqliteRefusesRow(int code) {
     return primary == kTooBig || primary == kConstraint || primary == kMismatch;
 }
 
+/// An apostrophe inside a word opens no quote.
 QString withoutQuotedPieces(QString text) {
-    static const QRegularExpression kQuoted(QStringLiteral("'.*'|\".*\"|'.*$|(?<=no such column: ).*"),
-                                            QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression kQuoted(
+        QStringLiteral("(?<!\\w)'.*'|\".*\"|(?<!\\w)'.*$|(?<=no such column: ).*"),
+        QRegularExpression::DotMatchesEverythingOption | QRegularExpression::UseUnicodePropertiesOption);
     return text.replace(kQuoted, QStringLiteral("…"));
 }
 
@@ -52,11 +54,13 @@ Failure sqlFailure(const QSqlError& error, SqlErrors errors) {
     QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
     text = text.replace(kPrefixes, QStringLiteral(" ")).simplified();
     const QString code = error.nativeErrorCode();
+    const bool sqlite = errors == SqlErrors::Sqlite;
     // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.
     const bool lost = among(kLost, code) || (error.type() == QSqlError::ConnectionError && code.isEmpty());
+    // Nothing of a row is in an error of connecting, and what it quotes is what the operator has to mend.
+    const bool connecting = lost || (!sqlite && error.type() == QSqlError::ConnectionError);
     if (code == QString::fromUtf16(kTriggersOwn)) text = QStringLiteral("a trigger of the table refuses it");
-    if (!lost && !among(kQuoteNamesOnly, code)) text = withoutQuotedPieces(text);
-    const bool sqlite = errors == SqlErrors::Sqlite;
+    if (!connecting && !among(kQuoteNamesOnly, code)) text = withoutQuotedPieces(text);
     const bool rowRefused = !lost && (sqlite ? sqliteRefusesRow(code.toInt()) : among(kRowRefused, code));
     const FailureKind kind = lost         ? FailureKind::ConnectionLost
                              : rowRefused ? FailureKind::RowRefused

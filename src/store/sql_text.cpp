@@ -1,5 +1,6 @@
 #include "store/sql_text.h"
 
+#include <QDateTime>
 #include <QRegularExpression>
 
 namespace kibo {
@@ -28,6 +29,8 @@ QString literal(const QVariant& value, QString (*textLiteral)(const QString&)) {
         case QMetaType::ULongLong:
         case QMetaType::Double:
             return value.toString();
+        case QMetaType::QDateTime:
+            return value.toDateTime().toString(QStringLiteral("'#'yyyy-MM-dd HH:mm:ss'#'"));
         default:
             return textLiteral(value.toString());
     }

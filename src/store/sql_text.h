@@ -16,12 +16,20 @@ QString tableOf(const QString& sql);
 /// compares times. Number signs inside quotes, and those that enclose no date, stay as they are.
 QString withSqliteDateLiterals(const QString& sql);
 
+/// A time as the tables hold it, "yyyy-MM-dd HH:mm:ss", that a statement stores or compares. Elsewhere a text does for
+/// that; Access takes no text for a time.
+struct StoredTime {
+    QString text;
+};
+
 /// `sql` with each question mark outside of quotes replaced by its value: a text as a hexadecimal literal, which needs
 /// no escaping whatever it holds and whatever the server's quoting mode is. Used in place of the driver's parameters,
 /// since QODBC of Qt 6.4 hands on its own terminating NUL as the last character of every bound text.
 QString withMySqlValues(const QString& sql, const QList<QVariant>& values);
 
-/// The same for Access, whose texts stand in single quotes that are doubled inside.
+/// The same for Access, whose texts stand in single quotes that are doubled inside, and times between number signs.
 QString withAccessValues(const QString& sql, const QList<QVariant>& values);
 
 }  // namespace kibo
+
+Q_DECLARE_METATYPE(kibo::StoredTime)

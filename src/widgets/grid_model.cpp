@@ -3,6 +3,8 @@
 #include <QColor>
 #include <algorithm>
 
+#include "widgets/plain_text.h"
+
 namespace kibo {
 namespace {
 
@@ -110,7 +112,8 @@ int GridModel::columnCount(const QModelIndex& parent) const {
 
 QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= count_) return {};
-    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) return seenRow(index.row()).value(index.column());
+    if (role == Qt::DisplayRole) return seenRow(index.row()).value(index.column());
+    if (role == Qt::ToolTipRole) return asPlainText(seenRow(index.row()).value(index.column()));
     const bool painted = role == Qt::BackgroundRole || role == Qt::ForegroundRole;
     if (painted && grid_.statusColumn >= 0 && !seenRow(index.row()).value(grid_.statusColumn).isEmpty())
         return QColor::fromRgb(role == Qt::BackgroundRole ? colour::kMarkedRow : colour::kBlack);

@@ -21,7 +21,10 @@ QrBox::QrBox(QWidget* parent) : ColourPanel(parent, 0xFFFFFF, 0xD3DAE0), heading
     hint_.setText(
         QStringLiteral("On the phone: WhatsApp › Linked devices › Link a device, then point the camera at this code."));
     hint_.setWordWrap(true);
-    for (QLabel* label : {&heading_, &image_, &hint_}) label->setAlignment(Qt::AlignCenter);
+    for (QLabel* label : {&heading_, &image_, &hint_}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setAlignment(Qt::AlignCenter);
+    }
 }
 
 void QrBox::showFile(const QString& file) {

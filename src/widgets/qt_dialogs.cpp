@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "base/log.h"
+#include "widgets/plain_text.h"
 
 namespace kibo {
 namespace {
@@ -24,32 +25,84 @@ QMessageBox::Icon iconOf(MessageBox::Icon icon) {
     return QMessageBox::NoIcon;
 }
 
-}  // namespace
-
-bool QtDialogs::show(const MessageBox& box) {
-    QMessageBox message(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, QApplication::activeWindow());
-    message.setTextFormat(Qt::PlainText);
-    message.setTextInteractionFlags(Qt::TextSelectableByMouse);
+QMessageBox* messageBox(const MessageBox& box, QWidget* below) {
+    auto* message = new QMessageBox(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, below);
+    message->setTextFormat(Qt::PlainText);
+    message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     if (box.buttons == MessageBox::Buttons::Ok) {
-        message.setStandardButtons(QMessageBox::Ok);
+        message->setStandardButtons(QMessageBox::Ok);
     } else {
-        message.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        message.setDefaultButton(box.defaultIsNo ? QMessageBox::No : QMessageBox::Yes);
-        message.setEscapeButton(QMessageBox::No);
+        message->setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        message->setDefaultButton(box.defaultIsNo ? QMessageBox::No : QMessageBox::Yes);
+        message->setEscapeButton(QMessageBox::No);
     }
-    const int answer = message.exec();
+    return message;
+}
+
+bool isYes(int answer) {
     return answer == QMessageBox::Yes || answer == QMessageBox::Ok;
 }
 
-std::optional<QString> QtDialogs::ask(const InputBox& box) {
-    bool entered = false;
-    const QString text =
-        QInputDialog::getText(QApplication::activeWindow(), box.title, box.prompt,
-                              box.secret ? QLineEdit::Password : QLineEdit::Normal, box.proposal, &entered);
-    return entered ? std::optional(text) : std::nullopt;
+}  // namespace
+
+QtDialogs::~QtDialogs() {
+    closeForGood();
+    for (const auto& box : std::as_const(boxes_)) delete box;
 }
 
-bool UnattendedDialogs::show(const MessageBox& box) {
+void QtDialogs::showBox(const MessageBox& box, const Answered& answered) {
+    if (closed_) return;
+    QMessageBox* message = messageBox(box, windowBelow());
+    QObject::connect(message, &QDialog::finished, message, [this, answered](int answer) {
+        if (answered && !closed_) answered(isYes(answer));
+    });
+    open(message);
+}
+
+void QtDialogs::askBox(const InputBox& box, const Entered& entered) {
+    if (closed_) return;
+    auto* input = new QInputDialog(windowBelow());
+    input->setWindowTitle(box.title);
+    input->setLabelText(asPlainText(box.prompt));
+    input->setTextEchoMode(box.secret ? QLineEdit::Password : QLineEdit::Normal);
+    input->setTextValue(box.proposal);
+    QObject::connect(input, &QDialog::finished, input, [this, input, entered](int answer) {
+        if (closed_) return;
+        entered(answer == QDialog::Accepted ? std::optional(input->textValue()) : std::nullopt);
+    });
+    open(input);
+}
+
+void QtDialogs::open(QDialog* box) {
+    boxes_.removeIf([](const QPointer<QDialog>& one) { return one.isNull(); });
+    boxes_.append(box);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+bool QtDialogs::showAndWait(const MessageBox& box) {
+    if (closed_) return false;
+    const QPointer<QDialog> message = messageBox(box, windowBelow());
+    boxes_.append(message);
+    const int answer = message->exec();
+    delete message;
+    return isYes(answer);
+}
+
+void QtDialogs::closeForGood() {
+    closed_ = true;
+    for (const auto& box : std::as_const(boxes_))
+        if (box && box->isVisible()) box->reject();
+}
+
+/// Not another box: what closes it would take the new one along.
+QWidget* QtDialogs::windowBelow() const {
+    QWidget* window = QApplication::activeWindow();
+    while (window && boxes_.contains(window)) window = window->parentWidget();
+    return window;
+}
+
+bool UnattendedDialogs::showAndWait(const MessageBox& box) {
     const bool yes = box.buttons == MessageBox::Buttons::Ok;
     const QString answer = yes ? QString() : QStringLiteral(" (answered No: there is nobody to ask)");
     const QString line = QStringLiteral("%1: %2%3").arg(box.title, box.text.simplified(), answer);
@@ -58,9 +111,14 @@ bool UnattendedDialogs::show(const MessageBox& box) {
     return yes;
 }
 
-std::optional<QString> UnattendedDialogs::ask(const InputBox& box) {
+void UnattendedDialogs::showBox(const MessageBox& box, const Answered& answered) {
+    const bool yes = showAndWait(box);
+    if (answered) answered(yes);
+}
+
+void UnattendedDialogs::askBox(const InputBox& box, const Entered& entered) {
     log::warning("window", QStringLiteral("%1: nobody is there to answer").arg(box.title));
-    return std::nullopt;
+    entered(std::nullopt);
 }
 
 }  // namespace kibo

@@ -1,22 +1,43 @@
 #pragma once
 
+#include <QDialog>
+#include <QList>
+#include <QPointer>
+
 #include "base/dialogs.h"
 
 namespace kibo {
 
-/// Message boxes on the screen. They stand above the active window.
-class QtDialogs : public Dialogs {
+/// Boxes on the screen. They stand above the active window, which takes no clicks meanwhile; everything else goes on.
+class QtDialogs : public ProgramDialogs {
  public:
-    bool show(const MessageBox& box) override;
-    std::optional<QString> ask(const InputBox& box) override;
+    ~QtDialogs() override;
+
+    bool showAndWait(const MessageBox& box) override;
+    void closeForGood() override;
+
+ protected:
+    void showBox(const MessageBox& box, const Answered& answered) override;
+    void askBox(const InputBox& box, const Entered& entered) override;
+
+ private:
+    void open(QDialog* box);
+    QWidget* windowBelow() const;
+
+    QList<QPointer<QDialog>> boxes_;  // that stand; some may have gone since the last one was opened
+    bool closed_ = false;
 };
 
-/// For a start without a display: nobody could answer, so no box may block. A box goes to the log and to
+/// For a start without a display: nobody could answer, so no box may stand. A box goes to the log and to
 /// standard error, a question is answered with "No", which changes nothing, and a box for a text is cancelled.
-class UnattendedDialogs : public Dialogs {
+class UnattendedDialogs : public ProgramDialogs {
  public:
-    bool show(const MessageBox& box) override;
-    std::optional<QString> ask(const InputBox& box) override;
+    bool showAndWait(const MessageBox& box) override;
+    void closeForGood() override {}
+
+ protected:
+    void showBox(const MessageBox& box, const Answered& answered) override;
+    void askBox(const InputBox& box, const Entered& entered) override;
 };
 
 }  // namespace kibo

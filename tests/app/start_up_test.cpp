@@ -2,6 +2,7 @@
 #include <QDir>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <algorithm>
 
 #include "app/form_load.h"
@@ -80,13 +81,14 @@ TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
     EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";
 }
 
-TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
-    QFile::remove(file("element.sys"));
+TEST_F(StartUpTest, endsWithADamagedElementStoreOrNoSettingsAlsoWhereNobodyCanAnswer) {
+    QFile elements(file("element.sys"));
+    ASSERT_TRUE(elements.resize(100));
     UnattendedDialogs unattended;
-    for (Dialogs* asked : {static_cast<Dialogs*>(&dialogs), static_cast<Dialogs*>(&unattended)})
+    for (ProgramDialogs* asked : {static_cast<ProgramDialogs*>(&dialogs), static_cast<ProgramDialogs*>(&unattended)})
         EXPECT_FALSE(GatewayApplication(*asked, folder.path(), {}).start());
-    EXPECT_FALSE(unattended.show({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
-    EXPECT_TRUE(unattended.show({QStringLiteral("t"), QStringLiteral("x")}));
+    EXPECT_FALSE(unattended.showAndWait({QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo}));
+    EXPECT_TRUE(unattended.showAndWait({QStringLiteral("t"), QStringLiteral("x")}));
     ASSERT_EQ(dialogs.shown.size(), 1U);
     EXPECT_EQ(dialogs.said(0), "Error :(|Sorry..\nApplication can not start..");
 
@@ -98,22 +100,57 @@ TEST_F(StartUpTest, endsWithoutElementStoreOrSettingsAlsoWhereNobodyCanAnswer) {
     EXPECT_TRUE(shown(2).startsWith(QStringLiteral("Connection cannot be made")));
 }
 
-TEST_F(StartUpTest, theFirstStartMakesTheStoresAndNoLaterOne) {
+TEST_F(StartUpTest, aNewFolderIsReadyToUseAndOnlyItsLocatorsAreEverMadeAgain) {
     const auto dump = [](const QString& store) { return sqlite(store, QStringLiteral(".dump")); };
     const QDir home(folder.filePath(QStringLiteral("new")));
     home.mkpath(QStringLiteral("."));
-    dialogs.answers = {false, true, true};
+    dialogs.answers = {false};
     const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
-    EXPECT_FALSE(start());
-    EXPECT_EQ(dialogs.shown.size(), 1U) << "no more than that no database is chosen yet: " << shown(0).toStdString();
+    EXPECT_TRUE(start());
+    EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
+    for (const char* section : {"DB", "kibo"})
+        EXPECT_EQ(ReadIni(QLatin1String(section), QStringLiteral("UseMDB"), home.filePath(QStringLiteral("kibo.ini"))),
+                  QLatin1String(section) == QLatin1String("DB") ? QStringLiteral("Y") : QStringLiteral("N"));
     for (const char* name : {"kb.mdb", "element.sys"}) {
         const QString made = home.filePath(QLatin1String(name));
         EXPECT_EQ(dump(made), dump(file(name))) << name;
         EXPECT_EQ(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther), 0) << name;
         QFile::remove(made);
     }
-    EXPECT_FALSE(start()) << "a folder whose stores have gone is not made anew";
-    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files), QStringList());
+    EXPECT_FALSE(start()) << "a queue that has gone is not made anew";
+    EXPECT_TRUE(shown(0).contains(QStringLiteral("kb.mdb"))) << shown(0).toStdString();
+    EXPECT_EQ(home.entryList({QStringLiteral("*.mdb"), QStringLiteral("*.sys")}, QDir::Files),
+              QStringList(QStringLiteral("element.sys")));
+    QFile::remove(home.filePath(QStringLiteral("element.sys")));
+    QFile::copy(file("kb.mdb"), home.filePath(QStringLiteral("kb.mdb")));
+    EXPECT_TRUE(start()) << "prepared settings and a queue are enough";
+}
+
+TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {
+    const auto boxStands = [] {
+        const QWidgetList all = QApplication::topLevelWidgets();
+        return std::any_of(all.begin(), all.end(),
+                           [](const QWidget* one) { return one->isVisible() && one->inherits("QMessageBox"); });
+    };
+    const auto endsWithABox = [&](const char* why) {
+        QtDialogs boxes;
+        GatewayApplication application(boxes, folder.path(), {});
+        QTimer::singleShot(500, window.get(), [&] {
+            EXPECT_TRUE(boxStands()) << why;
+            application.cmd_STOP_Click();
+        });
+        QTimer::singleShot(5000, window.get(), [] { QCoreApplication::exit(1); });
+        const bool started = application.start();
+        EXPECT_EQ(started ? QApplication::exec() : 0, 0) << why;
+        EXPECT_TRUE(application.ending()) << why;
+        EXPECT_FALSE(boxStands()) << why;
+    };
+    build();
+    GatewayApplication holder(dialogs, folder.path(), {});
+    ASSERT_TRUE(holder.start());
+    endsWithABox("the journal is in use");
+    QFile::remove(file("kb.mdb"));
+    endsWithABox("no database");
 }
 
 TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
@@ -240,10 +277,10 @@ TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
 
     bool ended = false;
     dialogs.answers = {false, true};
-    EXPECT_FALSE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    closeAllInstances(dialogs, rows, [&] { ended = true; });
     EXPECT_FALSE(ended);
     EXPECT_EQ(tmpRows(), left);
-    EXPECT_TRUE(closeAllInstances(dialogs, rows, [&] { ended = true; }));
+    closeAllInstances(dialogs, rows, [&] { ended = true; });
     EXPECT_TRUE(ended);
     EXPECT_EQ(tmpRows(), "restart=x restart000012=x");
     EXPECT_EQ(dialogs.said(0), "Close All|Are You Sure ??");

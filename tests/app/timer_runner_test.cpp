@@ -69,7 +69,7 @@ TEST_F(TimerRunnerTest, neverEntersATickAgainButLetsOthersRunInItsWait) {
 TEST_F(TimerRunnerTest, showsOneBoxAtATimeForErrorsThatSurface) {
     StateTimer first(10, true);
     StateTimer second(10, true);
-    int firstTicks = 0, secondTicks = 0, opened = 0;
+    int firstTicks = 0, secondTicks = 0;
     TimerRunner runner(edge);
     runner.add(first, [&] {
         ++firstTicks;
@@ -79,15 +79,15 @@ TEST_F(TimerRunnerTest, showsOneBoxAtATimeForErrorsThatSurface) {
         ++secondTicks;
         throw SurfacedError({FailureKind::Transport, "no answer"});
     });
-    dialogs.whileOpen = [&, boxes = 0U]() mutable {
+    dialogs.leaveOpen = true;
+    for (std::size_t boxes = 1; boxes <= 2; ++boxes) {
+        QTRY_VERIFY_WITH_TIMEOUT(dialogs.shown.size() == boxes, 10000);
         const int firstBefore = firstTicks, secondBefore = secondTicks;
-        ++boxes;
         clock.wait(100);
         EXPECT_EQ(dialogs.shown.size(), boxes);
         EXPECT_NE(firstTicks == firstBefore, secondTicks == secondBefore) << "the one whose box is open is held";
-        ++opened;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(opened >= 2, 10000);
+        dialogs.answerOpen();
+    }
     EXPECT_EQ(dialogs.said(0), "KB App|no such table: outbox");
     EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
 }

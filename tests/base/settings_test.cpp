@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "base/log.h"
 #include "base/settings_file.h"
 
 namespace kibo {
@@ -90,6 +91,17 @@ TEST_F(SettingsTest, anUnusableFileIsToldAndTakenAsEmpty) {
     EXPECT_TRUE(settingsProblem(file()).contains(file()));
     EXPECT_EQ(loadSettings(file()).Speed, QStringLiteral("NORMAL"));
     EXPECT_TRUE(WriteIni(QStringLiteral("kibo"), QStringLiteral("Speed"), QStringLiteral("SLOW"), file()));
+}
+
+TEST(LogTest, sameTroubleIsCountedAndNotRepeated) {
+    for (const auto tell : {log::warning, log::error}) {
+        const quint64 before = log::revision();
+        const QString full = QStringLiteral("no space left %1").arg(before);
+        for (int i = 0; i < 5; ++i) tell("app", full);
+        EXPECT_EQ(log::revision(), before + 1);
+        tell("app", full + QStringLiteral(" elsewhere"));
+        EXPECT_EQ(log::revision(), before + 2);
+    }
 }
 
 }  // namespace

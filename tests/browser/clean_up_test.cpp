@@ -51,10 +51,15 @@ TEST_F(CleanUpTest, EndsDriversByNameWithTheirBrowsersAndRemovesTheirFiles) {
     QProcess driver, other;
     const std::vector<Process> stray = startPair(driver, name);
     const std::vector<Process> strangers = startPair(other, name + QStringLiteral("-not"));
-    const QString files = folder_.filePath(QStringLiteral("files"));
+    // The temporary folder of a user with such a name.
+    const QString temporary = folder_.filePath(QString::fromUtf8("Söhne"));
+    const QString files = temporary + QStringLiteral("/Selenium");
     QDir().mkpath(files + QStringLiteral("/scoped"));
+    for (const char* variable : {"TMPDIR", "TMP"}) qputenv(variable, QDir::toNativeSeparators(temporary).toLocal8Bit());
+    CleanUpTargets targets = usualCleanUpTargets();
+    targets.drivers = {"no such driver", platform::programFileName(name.toStdString())};
 
-    EXPECT_EQ(cleanUp({{"no such driver", platform::programFileName(name.toStdString())}, files.toStdString()}), 1);
+    EXPECT_EQ(cleanUp(targets), 1);
     EXPECT_EQ(running(stray), 0);
     EXPECT_EQ(running(strangers), 2) << "another name";
     EXPECT_FALSE(QFile::exists(files));

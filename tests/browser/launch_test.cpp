@@ -15,6 +15,14 @@ TEST(Launch, OnlyTheFirstOfTwoOptionsTakesTheSandboxAway) {
     EXPECT_EQ(count(), usual + 4);
 }
 
+TEST(Launch, WhereTheSandboxIsToStayNothingElseChanges) {
+    Settings settings;
+    settings.Headless = QStringLiteral("Y");
+    QStringList expected = launchArguments(settings, QStringLiteral("/k"));
+    expected.removeIf([](const QString& argument) { return argument.endsWith(QStringLiteral("-sandbox")); });
+    EXPECT_EQ(launchArguments(settings, QStringLiteral("/k"), true), expected);
+}
+
 TEST(Launch, AProfileStaysInItsFolder) {
     const QString home = QStringLiteral("/k");
     EXPECT_EQ(profileFolder(home, QStringLiteral("Toko 1..2")).value(), QStringLiteral("/k/profil/Toko 1..2"));

@@ -46,6 +46,7 @@ class FakePage : public ChatPage {
     enum class Preview { Comes, NeverComes, Vanishes, Stays, GoesUnsent };
     Preview preview = Preview::Comes;
     int previewDelay = 150, uploadDelay = 150;
+    int titleDelay = 0;     // until an opened chat shows its title
     int searchDelay = 200;  // until the results of a search replace the list
     QString clipboard;      // what a paste gives
 
@@ -60,6 +61,7 @@ class FakePage : public ChatPage {
     void open(const QString& number) {
         ++serial_;
         openNumber_ = number;
+        openedMs_ = clock_.monotonicMs();
         boxes_[Box::Message].clear();
         previewShown_ = false;
         titles_.append(names.value(number, number));
@@ -359,7 +361,8 @@ class FakePage : public ChatPage {
         OpenChat chat;
         chat.serial = serial_;
         chat.open = !openNumber_.isEmpty();
-        chat.title = chat.open ? names.value(openNumber_, openNumber_) : QString();
+        const bool titled = chat.open && clock_.monotonicMs() >= openedMs_ + titleDelay;
+        chat.title = titled ? names.value(openNumber_, openNumber_) : QString();
         if (!hideHistory) chat.lastMessageId = messageIds(openNumber_).value(0);
         chat.number = chat.open ? namedNumber : QString();
         chat.titles = titles_;
@@ -376,7 +379,7 @@ class FakePage : public ChatPage {
     Box focus_ = Box::Message;
     Delivered file_;
     bool previewShown_ = false, inChat_ = false;
-    qint64 searchedMs_ = 0;
+    qint64 searchedMs_ = 0, openedMs_ = 0;
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;

@@ -90,6 +90,35 @@ TEST_F(FilesAndNames, AddressesAreFetchedAndOnlyWhatWasFetchedIsRemoved) {
     EXPECT_EQ(lastReason(), QStringLiteral("the document could not be fetched: no answer"));
 }
 
+TEST_F(FilesAndNames, MessageWaitsInTheQueueWhileItsFilesAreFetched) {
+    int fetches = 0;
+    const qint64 id = queue(kAni, QStringLiteral("x"), 0, QStringLiteral("http://example.org/1"));
+    fetch = [&](const QString&) -> Result<QString> {
+        if (++fetches == 1) gateway.pacing.cmd_Pause_Click();
+        EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+        EXPECT_TRUE(journal.entries().empty());
+        return picture;
+    };
+    for (int i = 0; i < 5; ++i) tick();
+    EXPECT_TRUE(page.delivered.empty()) << "paused during the download";
+    gateway.pacing.cmd_Pause_Click();
+    runQueue();
+    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(fetches, 1);
+    EXPECT_EQ(status(id), QString());
+
+    // Ended in the middle of the next download.
+    queue(kAni, QStringLiteral("x"), 0, {}, QStringLiteral("http://example.org/1"));
+    fetch = [&](const QString&) -> Result<QString> {
+        clock.stopWaiting();
+        page.presence = PageLook::Presence::Gone;
+        return Failure{FailureKind::Transport, "the program is about to end"};
+    };
+    tick();
+    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(state.failedCount, 0);
+}
+
 TEST_F(FilesAndNames, PreviewThatGoesWrongFailsTheMessage) {
     using Preview = FakePage::Preview;
     const struct {

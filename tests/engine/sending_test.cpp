@@ -34,6 +34,16 @@ TEST_F(Sending, MessageReachesItsChatAsWritten) {
     EXPECT_EQ(page.clicks.last(), kDummy) << "the contact's chat is left";
 }
 
+TEST_F(Sending, NameIsAwaitedWhereTheNumberIsKnownBefore) {
+    page.namedNumber = kAni;
+    page.titleDelay = 1000;
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("for %NAME%")), QString());
+    page.titleDelay = 100'000;
+    EXPECT_EQ(sendOne(kAni, QStringLiteral("for %name%.")), QString());
+    ASSERT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(page.delivered[0].text + page.delivered[1].text, QStringLiteral("for ANIfor ."));
+}
+
 TEST_F(Sending, TakesFewCommandsAndTheDemandedWaitsOnly) {
     queue(kAni, QStringLiteral("hello"));
     const qint64 before = clock.waited();

@@ -178,8 +178,7 @@ TEST_F(Steps, LineSaysWhatIsWaitedForAndWhenTheQueueWillBeDone) {
     settings.Scheduled = QStringLiteral("Y");
     const QDateTime due = clock.now().addSecs(90);
     const qint64 id = queue(kAni, QStringLiteral("later"));
-    ASSERT_TRUE(database.execute(QStringLiteral("update outbox set wa_time = ? where id = ?"),
-                                 {due.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), id}));
+    ASSERT_TRUE(database.execute(QStringLiteral("update outbox set wa_time = ? where id = ?"), {due, id}));
     for (int i = 0; i < 30; ++i) tick();
     EXPECT_EQ(state.step, QStringLiteral("Next message at %1").arg(due.toString(QStringLiteral("HH:mm"))));
     runQueue();

@@ -23,7 +23,7 @@ TEST_F(Reader, StoresTheLastMessageOfEachUnreadChatOnceAndLeavesIt) {
     page.headerPicture = QStringLiteral("https://p/x?t=s&u=6285500%40c.us&i=1");
     reader->BACA_WA();
     EXPECT_EQ(rows(), QStringLiteral("6285500||It's \"4\" o'clock 😀\nTeam|Budi|12345\n6285500||hello"));
-    EXPECT_EQ(rows("wa_time", "inbox limit 1"), QStringLiteral("2026-03-14 15:09:26"));
+    EXPECT_EQ(rows("wa_time", "inbox where id = 1"), QStringLiteral("2026-03-14 15:09:26"));
     EXPECT_EQ(page.clicks, QStringList({kDummy, kDummy, kDummy})) << "each chat is left";
     EXPECT_EQ(state.ms.text(1, 1), QStringLiteral("hello")) << "newest first";
     EXPECT_EQ(state.ms.text(1, 2), QStringLiteral("14/3/26 15:09"));
@@ -45,7 +45,7 @@ TEST_F(Reader, NumberComesFromPictureTitleOrMessagesInThisOrder) {
         unread(QLatin1String(title), QStringLiteral("from ") + QLatin1String(title) + QLatin1String(picture));
         reader->BACA_WA();
         page.list.clear();
-        return rows("wa_no", "inbox order by id desc limit 1").toStdString();
+        return rows("wa_no", "inbox where id = (select max(id) from inbox)").toStdString();
     };
     EXPECT_EQ(numberFor("https://p/x?u=1&u=62811%40c.us", "Ani", "62899"), "62811");
     EXPECT_EQ(numberFor("https://p/x", "+62 812-3456-7890", "62899"), "6281234567890");

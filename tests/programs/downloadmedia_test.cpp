@@ -30,7 +30,7 @@ class Download : public testing::Test {
     ExitCode fetch(const std::string& address) {
         options_.address = address;
         const auto begin = std::chrono::steady_clock::now();
-        const Outcome outcome = download(options_);
+        const Outcome outcome = download(options_, isInside_);
         took_ = std::chrono::steady_clock::now() - begin;
         line_ = outcome.line;
         EXPECT_EQ(outcome.line.empty(), outcome.code == ExitCode::Done);
@@ -51,6 +51,7 @@ class Download : public testing::Test {
                      .connectSeconds = 2,
                      .stallSeconds = 1,
                      .redirects = 3};
+    IsInside isInside_ = isOwnNetwork;
     std::chrono::duration<double> took_{};
     std::string line_;
 };
@@ -79,6 +80,27 @@ TEST_F(Download, FollowsNothingButWebAddresses) {
     EXPECT_EQ(fetchFrom(reply("404 Not Found", "page")), ExitCode::Refused);
     EXPECT_EQ(line_, "the server answers 404");
     EXPECT_EQ(folder_.entries(), 0);
+}
+
+TEST_F(Download, IsNotLedIntoTheOwnNetworkFromOutside) {
+    for (const bool firstIsInside : {false, true}) {
+        const RawServer server([](int number) {
+            return number == 0 ? reply("302 Found", "", "Location: /next\r\n") : reply("200 OK", "router page");
+        });
+        isInside_ = [firstIsInside, asked = 0](std::string_view ip) mutable {
+            EXPECT_EQ(ip, "127.0.0.1");
+            return asked++ > 0 || firstIsInside;
+        };
+        EXPECT_EQ(fetch(server.address() + "/secret"), firstIsInside ? ExitCode::Done : ExitCode::LedInside);
+        EXPECT_EQ(server.requests().size(), firstIsInside ? 2U : 1U);
+    }
+    for (const char* ip :
+         {"127.0.0.1", "10.1.2.3", "172.16.0.1", "172.31.255.255", "192.168.1.1", "169.254.169.254", "100.64.0.1",
+          "0.0.0.0", "::1", "::", "fe80::1", "fc00::1", "fd12:3456::1", "::ffff:10.0.0.1", "1.2.3", ""})
+        EXPECT_TRUE(isOwnNetwork(ip)) << ip;
+    for (const char* ip : {"93.184.216.34", "172.15.0.1", "172.32.0.1", "192.169.0.1", "11.0.0.1", "100.128.0.1",
+                           "2606:2800:220:1::1", "::ffff:8.8.8.8"})
+        EXPECT_FALSE(isOwnNetwork(ip)) << ip;
 }
 
 TEST_F(Download, DoesNotBelieveLengths) {

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "store/database.h"
+#include "store/sql_failure.h"
 #include "store/sql_text.h"
 #include "store_under_test.h"
 #include "support/stores.h"
@@ -86,12 +87,33 @@ TEST(SqlTextTest, DatesAndMarksOutsideOfQuotesAreReplacedAndLogNamesHoldNoValues
                               {QStringLiteral("it's ?"), 5, QVariant()}),
               QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
     // A backslash is nothing special to Access, neither in the statement nor in a value.
-    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=?"),
-                               {QStringLiteral("it's\\"), 5, QVariant()}),
-              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL"));
+    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=? and f=?"),
+                               {QStringLiteral("it's\\"), 5, QVariant(), QDateTime({2020, 11, 27}, {21, 38, 59})}),
+              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL and "
+                             "f=#2020-11-27 21:38:59#"));
     EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
               QStringLiteral("insert tmp"));
     EXPECT_FALSE(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")));
+}
+
+TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
+    const struct {
+        QSqlError::ErrorType type;
+        const char *code, *text, *told;
+    } cases[] = {
+        {QSqlError::ConnectionError, "0", "[unixODBC][Driver Manager]Can't open lib 'libmyodbc.so' : file not found",
+         "Can't open lib 'libmyodbc.so' : file not found"},
+        {QSqlError::ConnectionError, "2005", "Unknown server host 'nowhere' (-2)",
+         "Unknown server host 'nowhere' (-2)"},
+        {QSqlError::StatementError, "1064", "You've an error near 'it's secret' at line 1",
+         "You've an error near … at line 1"},
+        {QSqlError::StatementError, "1064", "It can't end: 'secret", "It can't end: …"},
+        {QSqlError::StatementError, "1021", "Disk full; can't write", "Disk full; can't write"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(
+            sqlFailure(QSqlError({}, QString::fromUtf8(c.text), c.type, QString::fromUtf8(c.code)), SqlErrors::Server)
+                .text,
+            c.told);
 }
 
 class OpenFailureTest : public testing::Test {

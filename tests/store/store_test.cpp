@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "store/database.h"
+#include "store/queue_writer.h"
 #include "store_under_test.h"
 
 namespace kibo {
@@ -176,6 +177,29 @@ TEST_P(StoreTest, TransactionTakesEffectAsAWholeOrNotAtAll) {
     EXPECT_TRUE(kept.value().commit());
     EXPECT_EQ(outside(QStringLiteral("select count(*) from tmp")), QStringLiteral("1"));
     EXPECT_FALSE(kept.value().commit());
+}
+
+TEST_P(StoreTest, MessagesAreQueuedInTheirOrderOrNotAtAll) {
+    std::vector<NewMessage> many(1200, {.number = QStringLiteral("62811"), .text = QStringLiteral("it's ? 🙏")});
+    many[700].time = QDateTime({2030, 1, 2}, {3, 4, 5});
+    many[701].text = QStringLiteral("é").repeated(300'000);
+    many[1199] = {.mode = 3, .number = QStringLiteral("62812"), .text = {}, .id = 5000};
+    ASSERT_TRUE(QueueWriter(database_).append(many));
+    EXPECT_EQ(outside(QStringLiteral("select count(*), min(id), max(id) from outbox where wa_text is not null")),
+              QStringLiteral("1200\t1\t5000"));
+    EXPECT_EQ(outside(QStringLiteral("select id from outbox where wa_time = '2030-01-02 03:04:05'")),
+              QStringLiteral("701"));
+    EXPECT_EQ(value(QStringLiteral("select wa_text from outbox where id = 702")), many[701].text);
+
+    many[1199].id = 7;  // given already
+    const Result<void> refused = QueueWriter(database_).append(many);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.failure().kind, FailureKind::RowRefused);
+    EXPECT_EQ(outside(QStringLiteral("select count(*) from outbox")), QStringLiteral("1200"));
+
+    ASSERT_TRUE(QueueWriter(database_, QStringLiteral("7")).append({many[0], many[700]}));
+    EXPECT_EQ(outside(QStringLiteral("select count(*) from multi where tipe = 'O' and profil = '7' and wa_mode = 0")),
+              QStringLiteral("2"));
 }
 
 TEST_P(StoreTest, RowsOfAGridStayThoseOfTheirQuery) {

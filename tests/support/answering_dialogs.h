@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "base/dialogs.h"
@@ -9,24 +10,21 @@
 namespace kibo::test {
 
 /// Answers boxes from a list prepared by the test (then with "Yes") and remembers what it was shown.
-class AnsweringDialogs : public Dialogs {
+class AnsweringDialogs : public ProgramDialogs {
  public:
-    bool show(const MessageBox& box) override {
+    bool showAndWait(const MessageBox& box) override {
         shown.push_back(box);
-        if (whileOpen) whileOpen();
         if (answers.empty()) return true;
         const bool answer = answers.front();
         answers.pop_front();
         return answer;
     }
+    void closeForGood() override { open_.clear(); }
 
-    /// Nothing, as if cancelled, unless the test has prepared texts.
-    std::optional<QString> ask(const InputBox& box) override {
-        asked.push_back(box);
-        if (texts.empty()) return std::nullopt;
-        const std::optional<QString> text = texts.front();
-        texts.pop_front();
-        return text;
+    /// Answers the message boxes that were left open.
+    void answerOpen() {
+        for (const auto& [answer, answered] : std::exchange(open_, {}))
+            if (answered) answered(answer);
     }
 
     /// Title and text of a box as one; empty when there was none.
@@ -38,7 +36,30 @@ class AnsweringDialogs : public Dialogs {
     std::deque<std::optional<QString>> texts;  ///< nothing: the box is cancelled
     std::vector<MessageBox> shown;
     std::vector<InputBox> asked;
-    std::function<void()> whileOpen;
+    bool leaveOpen = false;  ///< message boxes wait for `answerOpen`
+
+ protected:
+    void showBox(const MessageBox& box, const Answered& answered) override {
+        const bool answer = showAndWait(box);
+        if (leaveOpen) {
+            open_.emplace_back(answer, answered);
+        } else if (answered) {
+            answered(answer);
+        }
+    }
+    /// Nothing, as if cancelled, unless the test has prepared texts.
+    void askBox(const InputBox& box, const Entered& entered) override {
+        asked.push_back(box);
+        std::optional<QString> text;
+        if (!texts.empty()) {
+            text = texts.front();
+            texts.pop_front();
+        }
+        entered(text);
+    }
+
+ private:
+    std::vector<std::pair<bool, Answered>> open_;
 };
 
 }  // namespace kibo::test

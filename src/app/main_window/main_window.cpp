@@ -8,6 +8,7 @@
 
 #include "main_window/window_controls.h"
 #include "widgets/icons.h"
+#include "widgets/plain_text.h"
 #include "widgets/window_look.h"
 
 namespace kibo {
@@ -46,7 +47,8 @@ void setUsable(QWidget* widget, bool usable) {
     if (widget->isEnabled() != usable) widget->setEnabled(usable);
 }
 
-void setHint(QWidget* widget, const QString& hint) {
+void setHint(QWidget* widget, const QString& text) {
+    const QString hint = asPlainText(text);
     if (widget->toolTip() != hint) widget->setToolTip(hint);
 }
 
@@ -155,8 +157,12 @@ void MainWindow::buildMenus() {
     add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
     add(view, "mnLogFile", "&Log file", actions_.openLogFile);
 
+    const auto screen = [this](const char* screenName) -> std::function<void()> {
+        if (!actions_.openScreen) return {};
+        return [this, screenName] { actions_.openScreen(QLatin1String(screenName)); };
+    };
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
-    add(tools, "mnElement", "&Elements…", actions_.showElements, QKeySequence(Qt::CTRL | Qt::Key_E));
+    add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnAbout", "&About", [this] { showAbout(); });

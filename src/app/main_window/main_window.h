@@ -32,9 +32,9 @@ struct MainWindowActions {
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;
     std::function<void()> openLogFile;
-    std::function<void()> showElements;
-    std::function<void()> activated;  ///< the window has come to the front
-    std::function<void()> unloaded;   ///< the window is being closed; called once
+    std::function<void(const QString& name)> openScreen;  ///< a window beside this one
+    std::function<void()> activated;                      ///< the window has come to the front
+    std::function<void()> unloaded;                       ///< the window is being closed; called once
 };
 
 /// The main window. It shows the gateway's state, ten times a second and after every click, and sends clicks

@@ -38,6 +38,7 @@ class Builder {
 
     QLabel* caption(const char* name, const char* text, int x, int y, int width, int height = kLine) const {
         auto* label = place(new QLabel(QString::fromUtf8(text), area_), name, x, y, width, height);
+        label->setTextFormat(Qt::PlainText);
         label->setForegroundRole(QPalette::PlaceholderText);
         return label;
     }

@@ -89,7 +89,7 @@ void Headers::readRange(std::string_view value) {
 /// One request, with its redirects.
 class Transfer {
  public:
-    Transfer(const Options& options, PartialFile& file, PartialFile::Rest rest, Seconds left);
+    Transfer(const Options& options, const IsInside& isInside, PartialFile& file, PartialFile::Rest rest, Seconds left);
 
     /// No value: the rest of an earlier attempt is of no use, and nothing has come; try without it.
     std::optional<Outcome> run();
@@ -98,6 +98,7 @@ class Transfer {
     static std::size_t onHeader(char* data, std::size_t, std::size_t size, void* self);
     static std::size_t onBody(char* data, std::size_t, std::size_t size, void* self);
     static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
+    static int onConnected(void* self, char* serverIp, char*, int, int);
     bool begin();
     bool isStalled();
     bool take(const char* data, std::size_t size);
@@ -108,6 +109,7 @@ class Transfer {
     Outcome tooLarge() const;
 
     const Options& options_;
+    const IsInside& isInside_;
     PartialFile& file_;
     const PartialFile::Rest rest_;
     const Seconds left_;
@@ -115,13 +117,15 @@ class Transfer {
     std::unique_ptr<curl_slist, CurlDeleter> requestHeaders_;
     Headers headers_;
     Clock::time_point lastByte_ = Clock::now();
+    bool ledFromOutside_ = false;
     bool begun_ = false;
     bool restUseless_ = false;
     Outcome stopped_;  ///< why a callback ended the transfer
 };
 
-Transfer::Transfer(const Options& options, PartialFile& file, PartialFile::Rest rest, Seconds left)
-    : options_(options), file_(file), rest_(std::move(rest)), left_(left) {
+Transfer::Transfer(const Options& options, const IsInside& isInside, PartialFile& file, PartialFile::Rest rest,
+                   Seconds left)
+    : options_(options), isInside_(isInside), file_(file), rest_(std::move(rest)), left_(left) {
     CURL* curl = curl_.get();
     if (curl == nullptr) return;
     curl_easy_setopt(curl, CURLOPT_URL, options.address.c_str());
@@ -138,6 +142,8 @@ Transfer::Transfer(const Options& options, PartialFile& file, PartialFile::Rest 
     curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, onProgress);
     curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
+    curl_easy_setopt(curl, CURLOPT_PREREQFUNCTION, onConnected);
+    curl_easy_setopt(curl, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(options.limitBytes - rest_.bytes));
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, onHeader);
     curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
@@ -177,6 +183,19 @@ std::size_t Transfer::onBody(char* data, std::size_t, std::size_t size, void* se
 /// Called about once a second, whether anything comes or not.
 int Transfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
     return static_cast<Transfer*>(self)->isStalled() ? 1 : 0;
+}
+
+/// Called before each request, of the first address and of every one that a server leads to. The connection tells where
+/// it goes, whatever names say.
+int Transfer::onConnected(void* self, char* serverIp, char*, int, int) {
+    auto& transfer = *static_cast<Transfer*>(self);
+    const bool inside = transfer.isInside_(serverIp);
+    if (inside && transfer.ledFromOutside_) {
+        transfer.stop(ExitCode::LedInside, "the server leads to an address of this computer's own network");
+        return CURL_PREREQFUNC_ABORT;
+    }
+    transfer.ledFromOutside_ = !inside;
+    return CURL_PREREQFUNC_OK;
 }
 
 bool Transfer::isStalled() {
@@ -268,25 +287,25 @@ Outcome Transfer::tooLarge() const {
     return {ExitCode::TooLarge, "the file is larger than " + std::to_string(options_.limitBytes) + " bytes"};
 }
 
-Outcome fetch(const Options& options, PartialFile& file) {
+Outcome fetch(const Options& options, const IsInside& isInside, PartialFile& file) {
     const auto begin = Clock::now();
     PartialFile::Rest rest = file.rest();
     if (rest.bytes >= options.limitBytes) rest = {};
     for (;;) {
         const Seconds left = Seconds(options.seconds) - (Clock::now() - begin);
-        if (std::optional<Outcome> outcome = Transfer(options, file, rest, left).run()) return *outcome;
+        if (std::optional<Outcome> outcome = Transfer(options, isInside, file, rest, left).run()) return *outcome;
         rest = {};
     }
 }
 
 }  // namespace
 
-Outcome download(const Options& options) {
+Outcome download(const Options& options, const IsInside& isInside) {
     if (!isWebAddress(options.address)) return {ExitCode::BadAddress, "only http and https addresses can be fetched"};
     if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK)
         return {ExitCode::Unreachable, "the HTTP library can't be set up"};
     PartialFile file(platform::pathFromUtf8(options.target), options.address);
-    const Outcome outcome = fetch(options, file);
+    const Outcome outcome = fetch(options, isInside, file);
     if (outcome.code == ExitCode::TooLarge || outcome.code == ExitCode::NotWritten) {
         file.discard();
     } else if (outcome.code != ExitCode::Done) {

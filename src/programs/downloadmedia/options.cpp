@@ -97,7 +97,8 @@ std::string helpText() {
            "\n"
            "Exit codes: 0 done, 1 wrong arguments, 2 bad address, 3 unreachable, 4 out of time, 5 refused by the "
            "server,\n"
-           "6 too large, 7 incomplete, 8 too many redirects, 9 the target can't be written.\n";
+           "6 too large, 7 incomplete, 8 too many redirects, 9 the target can't be written, 10 led into the own "
+           "network.\n";
 }
 
 }  // namespace kibo::downloadmedia

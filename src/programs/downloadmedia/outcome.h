@@ -15,7 +15,8 @@ enum class ExitCode {
     TooLarge = 6,        ///< announced or sent more bytes than allowed
     Incomplete = 7,      ///< the connection ended before the announced end
     TooManyRedirects = 8,
-    NotWritten = 9  ///< the target can't be written
+    NotWritten = 9,  ///< the target can't be written
+    LedInside = 10   ///< a server outside led to an address of this computer's own network
 };
 
 struct Outcome {

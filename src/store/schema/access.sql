@@ -1,9 +1,10 @@
 -- Main store in an Access file (kb.mdb), for the Access ODBC driver in ANSI-92 mode: one statement at a time.
+-- wa_mode is text, since programs compare it with a quoted number, and Access compares no number with a text.
 -- The order of the columns of grab_tmp and autochat_exclude counts: they are filled by position.
 
 CREATE TABLE outbox (
     id COUNTER PRIMARY KEY,
-    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_mode TEXT(8) NOT NULL DEFAULT "0",
     wa_no TEXT(255),
     wa_text MEMO,
     wa_media MEMO,
@@ -14,7 +15,7 @@ CREATE INDEX outbox_due ON outbox (wa_mode, wa_time);
 
 CREATE TABLE sent (
     id LONG,
-    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_mode TEXT(8) NOT NULL DEFAULT "0",
     wa_no TEXT(255),
     wa_text MEMO,
     wa_media MEMO,
@@ -41,7 +42,7 @@ CREATE TABLE multi (
     tipe TEXT(1) NOT NULL DEFAULT "O",
     profil TEXT(64) NOT NULL DEFAULT "",
     id_outbox LONG,
-    wa_mode SMALLINT NOT NULL DEFAULT 0,
+    wa_mode TEXT(8) NOT NULL DEFAULT "0",
     wa_no TEXT(255),
     SUB_NO TEXT(255) DEFAULT "",
     wa_text MEMO,
@@ -57,12 +58,12 @@ CREATE INDEX multi_outbox ON multi (id_outbox);
 CREATE INDEX multi_no ON multi (wa_no);
 
 CREATE TABLE tmp (
-    tmp_cd TEXT(128) PRIMARY KEY NOT NULL,
+    tmp_cd TEXT(128) NOT NULL PRIMARY KEY,
     tmp_val MEMO
 );
 
 CREATE TABLE web_user (
-    id TEXT(64) PRIMARY KEY NOT NULL,
+    id TEXT(64) NOT NULL PRIMARY KEY,
     qr MEMO DEFAULT "",
     disable_read TEXT(1) DEFAULT "N",
     wa_no TEXT(255) DEFAULT "",

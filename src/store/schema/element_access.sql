@@ -1,6 +1,6 @@
 -- Element store in an Access file: the locators and texts of the page, by name. Filled by position.
 
 CREATE TABLE element (
-    nama TEXT(64) PRIMARY KEY NOT NULL,
+    nama TEXT(64) NOT NULL PRIMARY KEY,
     isi MEMO
 );

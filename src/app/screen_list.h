@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QStringList>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "base/dialogs.h"
+#include "base/settings.h"
+#include "browser/element_store.h"
+#include "browser/element_table.h"
+#include "browser/page_probe.h"
+#include "engine/gateway_state.h"
+#include "screens/screen.h"
+
+namespace kibo {
+
+/// What screens are made of; references must outlive them.
+struct ScreenParts {
+    ElementTable& elements;
+    ElementStore& elementStore;
+    PageProbe& page;
+    const GatewayState& state;
+    const Settings& settings;
+    Dialogs& dialogs;
+    QString settingsFile;
+    /// Runs a click's work where its errors are caught.
+    std::function<void(const std::function<void()>& step)> guarded;
+};
+
+/// The windows beside the main one. Each is made when it is first asked for.
+class ScreenList {
+ public:
+    explicit ScreenList(ScreenParts parts) : parts_(std::move(parts)) {}
+
+    /// The object names of all screens, made or not.
+    static QStringList names();
+    /// Opens the screen, or brings it to the front.
+    void open(const QString& name);
+    bool pageInUse() const;
+
+ private:
+    ScreenParts parts_;
+    std::map<QString, std::unique_ptr<Screen>> made_;
+};
+
+}  // namespace kibo

@@ -1,0 +1,90 @@
+#include <QAbstractItemView>
+#include <QAction>
+#include <QDialog>
+#include <QLabel>
+#include <QTemporaryDir>
+#include <QTextDocumentFragment>
+
+#include "app/gateway_application.h"
+#include "app/screen_list.h"
+#include "base/settings_file.h"
+#include "support/stores.h"
+#include "support/window_fixture.h"
+#include "widgets/qt_dialogs.h"
+
+namespace kibo::test {
+namespace {
+
+const QString kForeign = QStringLiteral(R"(<img src="file:///kibo">)");
+
+/// The foreign text as it comes out where Qt decides by its looks whether it is markup; true when it is seen as
+/// written.
+bool seenAsWritten(const QString& text) {
+    const QString seen = Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+    return seen.contains(kForeign);
+}
+
+class PlainTextTest : public testing::Test {
+ protected:
+    void SetUp() override {
+        createStores(folder.path());
+        const QString ini = folder.filePath(QStringLiteral("kibo.ini"));
+        WriteIni(QStringLiteral("DB"), QStringLiteral("UseMDB"), QStringLiteral("Y"), ini);
+        ASSERT_TRUE(application.start());
+    }
+    /// The foreign text wherever a window shows what isn't the program's own.
+    void fill() {
+        GatewayState& s = application.state();
+        for (Grid* grid : {&s.ms_out, &s.ms, &s.ms2}) {
+            auto rows = std::make_shared<ListRows>();
+            rows->append(QStringList(grid->header.size(), kForeign));
+            grid->setRows(rows);
+        }
+        for (TextBox* box : {&s.txtid, &s.txtNo, &s.txtMedia, &s.txtFile, &s.txtMsg2}) box->text = kForeign;
+        for (QString* text : {&s.step, &s.doneAbout, &s.refusedOut, &s.inboxNotice, &s.pageNotice}) *text = kForeign;
+        for (Label* label : {&s.Inbox_Cnt, &s.Outbox_Cnt, &s.Kirim_Cnt, &s.status}) label->caption = kForeign;
+        for (Button* button : {&s.cmd_OpenWA, &s.cmd_Pause, &s.cmd_STOP}) button->hint = kForeign;
+        s.wait2 = {true, kForeign};
+        s.cb_Profil.items.append(kForeign);
+        application.window()->showState();
+    }
+    void expectPlain(const QString& text, const std::string& where) {
+        if (!text.contains(QStringLiteral("kibo"))) return;
+        ++found;
+        EXPECT_TRUE(seenAsWritten(text)) << where << ": " << text.toStdString();
+    }
+
+    QTemporaryDir folder;
+    AnsweringDialogs answered;
+    GatewayApplication application{answered, folder.path(), {}};
+    int found = 0;
+};
+
+TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
+    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    fill();
+    QtDialogs boxes;
+    boxes.show({kForeign, kForeign});
+    boxes.ask({kForeign, kForeign, kForeign}, [](const auto&) {});
+    QStringList windows;
+    for (const QWidget* widget : QApplication::allWidgets()) {
+        const std::string name = widget->metaObject()->className() + (' ' + widget->objectName().toStdString());
+        if (widget->isWindow()) windows.append(widget->objectName());
+        for (const QString& hint : {widget->toolTip(), widget->statusTip(), widget->whatsThis()})
+            expectPlain(hint, name);
+        if (const auto* view = qobject_cast<const QAbstractItemView*>(widget); view && view->model()) {
+            for (int column = 0; column < view->model()->columnCount(); ++column)
+                expectPlain(view->model()->index(0, column).data(Qt::ToolTipRole).toString(), name);
+        }
+        const auto* label = qobject_cast<const QLabel*>(widget);
+        if (!label || label->text().isEmpty() || label->textFormat() == Qt::PlainText) continue;
+        EXPECT_TRUE(qobject_cast<const QDialog*>(label->window())) << name << " must say that its text is plain";
+        expectPlain(label->text(), name);
+    }
+    EXPECT_GE(found, 15 + 4 + 1) << "cells, hints of the window, the prompt";
+    for (const QString& screen : ScreenList::names())
+        EXPECT_TRUE(windows.contains(screen)) << screen.toStdString() << " is to be opened above";
+}
+
+}  // namespace
+}  // namespace kibo::test

@@ -1,0 +1,48 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include "widgets/qt_dialogs.h"
+
+namespace kibo::test {
+namespace {
+
+template <class Box>
+Box* standing() {
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* box = qobject_cast<Box*>(window); box && box->isVisible()) return box;
+    return nullptr;
+}
+
+TEST(QtDialogsTest, answersComeAsCallsAndTheEndGivesNone) {
+    const MessageBox question{QStringLiteral("t"), QStringLiteral("x"), {}, MessageBox::Buttons::YesNo};
+    QtDialogs dialogs;
+    QStringList answers;
+    const auto noted = [&](bool yes) { answers.append(yes ? QStringLiteral("yes") : QStringLiteral("no")); };
+    const auto entered = [&](const auto& text) { answers.append(text.value_or(QStringLiteral("cancelled"))); };
+    dialogs.show(question, noted);
+    EXPECT_TRUE(answers.isEmpty());
+    QTest::mouseClick(standing<QMessageBox>()->button(QMessageBox::Yes), Qt::LeftButton);
+    dialogs.show(question, noted);
+    standing<QMessageBox>()->close();
+    dialogs.ask({QStringLiteral("t"), QStringLiteral("x"), QStringLiteral("shop")}, entered);
+    QTest::keyClick(standing<QInputDialog>(), Qt::Key_Return);
+    dialogs.ask({QStringLiteral("t"), QStringLiteral("x"), QStringLiteral("shop")}, entered);
+    QTest::keyClick(standing<QInputDialog>(), Qt::Key_Escape);
+    EXPECT_EQ(answers.join(u' ').toStdString(), "yes no shop cancelled");
+
+    dialogs.show(question, noted);
+    QTimer::singleShot(50, [&] { dialogs.closeForGood(); });
+    EXPECT_FALSE(dialogs.showAndWait(question)) << "the end comes while it is waited for";
+    EXPECT_FALSE(dialogs.showAndWait(question)) << "and after it nothing waits";
+    EXPECT_EQ(standing<QMessageBox>(), nullptr);
+    EXPECT_EQ(answers.size(), 4);
+}
+
+}  // namespace
+}  // namespace kibo::test
