@@ -156,21 +156,20 @@ void OutboxQueue::cmd_OutboxRefresh_Click() {
     }
     state_.dboff.visible = false;
     state_.ms_out.setRows(std::make_shared<QueueRows>(std::move(rows).value()));
-    showCount(selection, mostRows);
+    showCount(selection.count, values, mostRows);
     if (!counted_.isEmpty()) loadedMark_ = mark;
 }
 
 /// Counting costs a look at every due row, so under a limit it is left out where it can be.
-void OutboxQueue::showCount(const queue_sql::Selection& selection, int mostRows) {
-    const QString counted = selection.count + profile();
+void OutboxQueue::showCount(const QString& sql, const Database::Values& values, int mostRows) {
+    const QString counted = sql + profile();
     const int loaded = state_.ms_out.rowCount() - 1;
     if (loaded < mostRows) {  // these are all
         dueCount_ = loaded;
         counted_.clear();
     } else if (mostRows == 0 || counted != counted_ || clock_.monotonicMs() >= countAgainMs_) {
         counted_.clear();
-        const Recordset count = database_.OpenRecordset(
-            selection.count, Database::Values(selection.values.begin(), selection.values.end()));
+        const Recordset count = database_.OpenRecordset(sql, values);
         if (count.eof()) return;
         dueCount_ = count.field(0).toLongLong();
         counted_ = counted;

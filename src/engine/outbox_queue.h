@@ -94,7 +94,7 @@ class OutboxQueue {
     QString storeIdentity() const;
 
  private:
-    void showCount(const queue_sql::Selection& selection, int mostRows);
+    void showCount(const QString& sql, const Database::Values& values, int mostRows);
     Result<qint64> deleteCopy(const QueuedRow& row);
     bool multi() const { return isYes(settings_.Multi); }
     QString profile() const { return state_.cb_Profil.text; }

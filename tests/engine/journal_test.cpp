@@ -149,6 +149,7 @@ TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
         id = queue(kAni, text);
         row.id = QString::number(id);
         row.text = text;
+        row.time = database.OpenRecordset(QStringLiteral("select wa_time from outbox where id = ?"), {id}).field(0);
         EXPECT_TRUE(journal.taken(row).ok());
         EXPECT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
         EXPECT_TRUE(journal.typed(row.id, kAni, text, page.messageIds(kAni).value(0)).ok());

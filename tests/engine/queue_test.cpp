@@ -1,9 +1,13 @@
+#include <QScopedValueRollback>
+
 #include "engine_fixture.h"
 
 namespace kibo {
 namespace {
 
 using test::Engine;
+/// Lets statements of a server go to the local store.
+using AsOnServer = QScopedValueRollback<decltype(Database::onLocalStatement)>;
 
 class Queue : public Engine {
  protected:
@@ -86,8 +90,8 @@ TEST_F(Queue, TakingMovesTheRowInOnePiece) {
 TEST_F(Queue, TakesARowOnlyAsItWasLoaded) {
     for (const char* change :
          {"update outbox set wa_no = '6289'", "update outbox set wa_mode = 3", "update outbox set wa_text = 'b'",
-          "update outbox set wa_media = 'm'", "update outbox set wa_file = 'f'",
-          "update outbox set wa_time = '2999-01-01 00:00:00'", "delete from outbox"}) {
+          "update outbox set wa_media = 'm'", "update outbox set wa_file = 'f'", "update outbox set wa_time = null",
+          "delete from outbox"}) {
         ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
         queue(QStringLiteral("6281"), QStringLiteral("a"));
         const QueuedRow loaded = next();
@@ -132,7 +136,8 @@ TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
 }
 
 TEST_F(Queue, UnderALimitIsCountedOnceASecond) {
-    settings.UseMDB = QStringLiteral("N");  // as on a server
+    const AsOnServer server(Database::onLocalStatement, nullptr);
+    settings.UseMDB = QStringLiteral("N");
     settings.LimitSelect = QStringLiteral("Y");
     const auto counted = [this] {
         gateway.queue.cmd_OutboxRefresh_Click();
@@ -158,7 +163,8 @@ TEST_F(Queue, TenRefusedRowsDoNotFillTheLimit) {
     ASSERT_TRUE(
         database.Execute(QStringLiteral("create trigger narrow before insert on sent when length(new.wa_text) > 5 "
                                         "begin select raise(abort, 'column too narrow'); end")));
-    settings.UseMDB = QStringLiteral("N");  // as on a server
+    const AsOnServer server(Database::onLocalStatement, nullptr);
+    settings.UseMDB = QStringLiteral("N");
     settings.LimitSelect = QStringLiteral("Y");
     gateway.queue.cmd_OutboxRefresh_Click();
     EXPECT_EQ(ids().size(), queue_sql::kLimit);
@@ -199,9 +205,10 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     EXPECT_TRUE(journal.entries().empty());
     EXPECT_TRUE(gateway.queue.markFailed(given.id));
     const auto copies =
-        database.OpenRecordset(QStringLiteral("select profil || status from multi where id_outbox = ?"), {given.id});
+        database.OpenRecordset(QStringLiteral("select profil, status from multi where id_outbox = ?"), {given.id});
     EXPECT_EQ(copies.recordCount(), 1);
     EXPECT_EQ(copies.field(0), QStringLiteral("8"));
+    EXPECT_EQ(copies.field(1), QString());
 }
 
 }  // namespace
