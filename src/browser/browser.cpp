@@ -111,7 +111,7 @@ Result<void> Browser::start(Session& session, const LaunchOptions& options, cons
         session.record.browser = runningProcess(browserId);
         if (const Result<void> written = session.records.write(session.record); !written) return written;
     }
-    if (!isDriverElsewhere(settings.ChromeDriver)) session.windowOwner = browserId;
+    if (!isDriverElsewhere(options.settings.ChromeDriver)) session.windowOwner = browserId;
     const Result<QJsonValue> window = client_.send(GetWindowHandle{});
     if (!window) return window.failure();
     session.windowHandle = window.value().toString();
