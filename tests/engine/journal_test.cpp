@@ -82,8 +82,10 @@ TEST_F(Crash, BeforeTypingPutsTheMessageBackOnce) {
 
     // What somebody has changed in the sent log since is not moved back.
     id = queue(kAni, QStringLiteral("other"));
-    row.id = QString::number(id);
+    gateway.queue.cmd_OutboxRefresh_Click();
+    row = gateway.queue.nextRow().value();
     crashBeforeTyping();
+    ASSERT_TRUE(database.execute(QStringLiteral("update sent set wa_text = 'changed' where id = ?"), {id}));
     settle();
     EXPECT_EQ(status(id), QStringLiteral("fail"));
 }
@@ -127,6 +129,7 @@ TEST_F(Crash, SettledAgainstASentLogThatRefusesHoldsUpNoOthers) {
     refuse("insert on sent when new.wa_text");
     restart();
     settle();
+    for (int i = 0; i < 20; ++i) tick();
     ASSERT_EQ(page.delivered.size(), 1u);
     EXPECT_EQ(page.delivered[0].text, QStringLiteral("other"));
     EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_mode from outbox")).field(0), QStringLiteral("3"));
