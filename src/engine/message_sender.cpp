@@ -140,7 +140,8 @@ Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) 
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
     // Typing may have taken half a minute: what was written to this chat meanwhile is not this message.
     const auto now = p_.page.lookAtChat(false);
-    const bool shown = now && now->chat.serial == chat.chat.serial && !now->chat.lastMessageId.isEmpty();
+    if (now && now->chat.serial != chat.chat.serial) return failed("another chat came up before Enter");
+    const bool shown = now && !now->chat.lastMessageId.isEmpty();
     const QString newest = shown ? now->chat.lastMessageId : chat.chat.lastMessageId;
     if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, newest)) return {};
     return failed("the journal can't be written, so the message was not sent");

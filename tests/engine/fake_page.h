@@ -151,6 +151,7 @@ class FakePage : public ChatPage {
     }
     std::optional<ChatLook> lookAtChat(bool focusBox) override {
         if (!answers("lookAtChat")) return std::nullopt;
+        if (beforeLook) beforeLook();
         if (focusBox) focus_ = Box::Message;
         ChatLook look;
         look.linkText = linkAddress_;
@@ -352,6 +353,7 @@ class FakePage : public ChatPage {
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
     QString headerPicture, namedNumber;  // of every open chat
+    std::function<void()> beforeLook;    ///< at the chat
 
  private:
     bool answers(const char* command) {
