@@ -71,7 +71,9 @@ void StartUp::reportSettingsProblem(const QString& applicationName) {
 }
 
 bool StartUp::openDatabase(Database& database, const Settings& settings) {
-    const Result<void> opened = database.OpenDatabase(settings, programFolder_);
+    Result<void> opened = database.OpenDatabase(settings, programFolder_);
+    if (!opened && opened.failure().kind == FailureKind::NotFound && !isYes(settings.UseMDB))
+        opened = offerTables(database, settings, opened.failure());
     if (opened) return true;
     const QString description = QString::fromStdString(opened.failure().text);
     log::error("app", QStringLiteral("the database can't be opened: ") + description);
@@ -88,6 +90,19 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
                               .arg(QDir::toNativeSeparators(settingsFile()), settings.applicationName),
                           MessageBox::Icon::Information});
     return true;
+}
+
+/// A server without our tables: the operator may have them made at once.
+Result<void> StartUp::offerTables(Database& database, const Settings& settings, const Failure& failure) {
+    const bool make = dialogs_.showAndWait(
+        {QStringLiteral("Connection Error"),
+         QStringLiteral("%1\n\nShall %2 make the missing tables there now? Tables that are there stay as they are.")
+             .arg(QString::fromStdString(failure.text), settings.applicationName),
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true});
+    if (!make) return failure;
+    if (const Result<void> made = makeServerTables(settings); !made) return made;
+    log::info("app", QStringLiteral("made the missing tables of the database"));
+    return database.OpenDatabase(settings, programFolder_);
 }
 
 bool StartUp::openElementStore(Database& elementStore) {

@@ -35,6 +35,7 @@ class StartUp {
     bool openElementStore(Database& elementStore);
 
  private:
+    Result<void> offerTables(Database& database, const Settings& settings, const Failure& failure);
     void makeStore(const QString& name, StoreContent content, const QString& applicationName);
     /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
     void reportSettingsProblem(const QString& applicationName);

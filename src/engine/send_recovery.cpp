@@ -80,7 +80,7 @@ SendRecovery::Look SendRecovery::settleOnPage() {
                                     [](const SendJournal::Entry& e) { return e.stage == SendJournal::Stage::Typed; });
     if (found == journal_.entries().end()) return Look::NoStore;
     // A copy, since settling takes the entry out of the journal.
-    const SendJournal::Entry entry = *found;
+    SendJournal::Entry entry = *found;
     const QString id = entry.row.id;
     if (!looksFirst(id) && clock_.monotonicMs() - firstLookMs_ < kSecondLookMs) return Look::Waiting;
     const auto place = queue_.find(id);
