@@ -147,6 +147,7 @@ struct BoxLook {
     bool asExpected = false;
     int chatSerial = 0;        ///< the conversation that the page shows
     bool linkPointed = false;  ///< the planted link points where it was asked to
+    QString lastMessageId;     ///< of the conversation, see OpenChat
 };
 
 /// The page's two ways to take a file. The one for stickers is never used.

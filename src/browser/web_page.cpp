@@ -70,7 +70,8 @@ QString elementName(Box box) {
 std::optional<BoxLook> boxLook(const std::optional<QJsonValue>& seen) {
     if (!seen) return std::nullopt;
     return BoxLook{(*seen)[QStringLiteral("asExpected")].toBool(), (*seen)[QStringLiteral("chatSerial")].toInt(),
-                   (*seen)[QStringLiteral("linkPointed")].toBool()};
+                   (*seen)[QStringLiteral("linkPointed")].toBool(),
+                   (*seen)[QStringLiteral("lastMessageId")].toString()};
 }
 
 QJsonObject keyAction(const char* type, const QString& key) {

@@ -28,12 +28,13 @@ AttachmentSender::AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing,
     : page_(page), clock_(clock), pacing_(pacing), typer_(typer) {}
 
 Result<void> AttachmentSender::send(const Attachment& file, const QString& caption, int chatSerial,
-                                    const std::function<Result<void>()>& beforeSending) {
+                                    const std::function<Result<void>(const QString& newest)>& beforeSending) {
     if (!page_.chooseFile(file.input, file.path)) return failed("the page did not take the file");
     if (const auto preview = awaitPreview(chatSerial); !preview) return preview;
-    if (const auto typed = typer_.type(Box::Caption, caption, chatSerial); !typed) return typed;
+    const Result<QString> typed = typer_.type(Box::Caption, caption, chatSerial);
+    if (!typed) return typed.failure();
     if (clock_.waitingStopped()) return failed("stopped by the operator");
-    if (const auto ready = beforeSending(); !ready) return ready;
+    if (const auto ready = beforeSending(typed.value()); !ready) return ready;
     return sendAndConfirm();
 }
 

@@ -26,7 +26,7 @@ class AttachmentSender {
     /// begins with "in doubt" when the file may have gone out all the same. What is left open then is the caller's
     /// business to close.
     Result<void> send(const Attachment& file, const QString& caption, int chatSerial,
-                      const std::function<Result<void>()>& beforeSending);
+                      const std::function<Result<void>(const QString& newest)>& beforeSending);
 
  private:
     Result<void> awaitPreview(int chatSerial);

@@ -101,7 +101,7 @@ Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<At
     for (size_t i = 0; i < files.size(); ++i) {
         p_.state.step = QStringLiteral("Sending file %1 of message %2").arg(i + 1).arg(p_.state.txtid.text);
         const QString text = i == 0 ? caption : QString();
-        const auto beforeSending = [&] { return noteInJournal(chat, text); };
+        const auto beforeSending = [&](const QString& newest) { return noteInJournal(chat, text, newest); };
         const Result<void> sent = p_.attachments.send(files[i], text, chat.chat.serial, beforeSending);
         if (sent) continue;
         Failure failure = sent.failure();
@@ -113,8 +113,8 @@ Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<At
 
 Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) {
     p_.state.step = QStringLiteral("Typing message %1").arg(p_.state.txtid.text);
-    Result<void> done = typeText(chat, text);
-    if (done) done = noteInJournal(chat, text);
+    const Result<QString> typed = typeText(chat, text);
+    Result<void> done = typed ? noteInJournal(chat, text, typed.value()) : Result<void>(typed.failure());
     if (done && !pressEnterAndConfirm(chat.chat.serial))
         done = Failure{FailureKind::NotFound,
                        "in doubt: Enter was pressed, but the message did not leave the message box", kInDoubt};
@@ -126,24 +126,21 @@ Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) 
     return done;
 }
 
-Result<void> MessageSender::typeText(const ChatLook& chat, const QString& text) {
-    if (const auto typed = p_.typer.type(Box::Message, text, chat.chat.serial); !typed) return typed;
-    if (text.contains(QStringLiteral("HTTP"), Qt::CaseInsensitive)) {
+Result<QString> MessageSender::typeText(const ChatLook& chat, const QString& text) {
+    Result<QString> typed = p_.typer.type(Box::Message, text, chat.chat.serial);
+    if (typed && text.contains(QStringLiteral("HTTP"), Qt::CaseInsensitive)) {
         p_.pacing.WA_WAIT(kLinkPreviewMs);  // the page builds its link preview
-        if (const auto still = p_.typer.check(Box::Message, text, chat.chat.serial); !still) return still;
+        typed = p_.typer.check(Box::Message, text, chat.chat.serial);
     }
-    if (p_.clock.waitingStopped()) return failed("stopped by the operator");
-    return {};
+    if (typed && p_.clock.waitingStopped()) return failed("stopped by the operator");
+    return typed;
 }
 
-/// The last thing before something is sent.
-Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text) {
-    // Typing may have taken half a minute: what was written to this chat meanwhile is not this message.
-    const auto now = p_.page.lookAtChat(false);
-    if (now && now->chat.serial != chat.chat.serial) return failed("another chat came up before Enter");
-    const bool shown = now && !now->chat.lastMessageId.isEmpty();
-    const QString newest = shown ? now->chat.lastMessageId : chat.chat.lastMessageId;
-    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, newest)) return {};
+/// The last thing before something is sent. Typing may have taken half a minute: what was written to this chat
+/// meanwhile, up to `newest`, is not this message.
+Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text, const QString& newest) {
+    const QString& before = newest.isEmpty() ? chat.chat.lastMessageId : newest;
+    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, before)) return {};
     return failed("the journal can't be written, so the message was not sent");
 }
 

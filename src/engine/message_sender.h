@@ -65,9 +65,9 @@ class MessageSender {
     Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
     Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);
     Result<void> sendText(const ChatLook& chat, const QString& text);
-    Result<void> typeText(const ChatLook& chat, const QString& text);
+    Result<QString> typeText(const ChatLook& chat, const QString& text);
     bool pressEnterAndConfirm(int chatSerial);
-    Result<void> noteInJournal(const ChatLook& chat, const QString& text);
+    Result<void> noteInJournal(const ChatLook& chat, const QString& text, const QString& newest);
     QString destination() const;
     void leaveInDoubt(const Failure& failure);
     void brokenOff(const Failure& failure);

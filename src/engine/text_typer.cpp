@@ -67,7 +67,7 @@ TextTyper::TextTyper(GatewayState& state, Settings& settings, ChatPage& page, Cl
                      Clipboard* clipboard)
     : state_(state), settings_(settings), page_(page), clock_(clock), pacing_(pacing), clipboard_(clipboard) {}
 
-Result<void> TextTyper::type(Box box, const QString& text, int chatSerial) {
+Result<QString> TextTyper::type(Box box, const QString& text, int chatSerial) {
     // The page may ask for the clipboard's text until it has it.
     const Loan loan(usesClipboard() ? clipboard_ : nullptr);
     QString typed = text;
@@ -76,9 +76,9 @@ Result<void> TextTyper::type(Box box, const QString& text, int chatSerial) {
         return readBack(box, text, chatSerial);
     };
     const bool pasting = takesPastes_ && !usesClipboard();
-    Result<void> done = text.isEmpty() ? readBack(box, text, chatSerial)
-                        : pasting      ? paste(box, text, chatSerial)
-                                       : ketik();
+    Result<QString> done = text.isEmpty() ? readBack(box, text, chatSerial)
+                           : pasting      ? paste(box, text, chatSerial)
+                                          : ketik();
     const auto shallTryAgain = [&] {
         return !done && done.failure().kind == FailureKind::Protocol && !clock_.waitingStopped() && page_.clearBox(box);
     };
@@ -101,12 +101,12 @@ bool TextTyper::usesClipboard() {
     return clipboard_ && isYes(settings_.SendUsingClipboard);
 }
 
-Result<void> TextTyper::check(Box box, const QString& text, int chatSerial) {
+Result<QString> TextTyper::check(Box box, const QString& text, int chatSerial) {
     const auto look = page_.awaitBoxText(box, text, 0);
     if (!look || !look->asExpected)
         return Failure{FailureKind::Protocol, (nameOf(box) + QStringLiteral(" changed before Enter")).toStdString()};
     if (look->chatSerial != chatSerial) return Failure{FailureKind::NotFound, "another chat came up before Enter"};
-    return {};
+    return look->lastMessageId;
 }
 
 void TextTyper::KETIK(QString& text) {
@@ -120,8 +120,8 @@ void TextTyper::KETIK(QString& text) {
     text.replace(QLatin1Char('\n'), QChar(kTypedLineBreak));
 }
 
-Result<void> TextTyper::paste(Box box, const QString& text, int chatSerial) {
-    const Result<void> pasted = judge(box, page_.pasteText(box, text, chatSerial, kReadBackMs), chatSerial);
+Result<QString> TextTyper::paste(Box box, const QString& text, int chatSerial) {
+    const Result<QString> pasted = judge(box, page_.pasteText(box, text, chatSerial, kReadBackMs), chatSerial);
     if (pasted || text.size() < kCharactersPerReadBack) return pasted;
     return readBack(box, text, chatSerial);
 }
@@ -149,20 +149,20 @@ void TextTyper::typeKeys(const QString& text) {
     }
 }
 
-Result<void> TextTyper::readBack(Box box, const QString& text, int chatSerial) {
+Result<QString> TextTyper::readBack(Box box, const QString& text, int chatSerial) {
     auto look = page_.awaitBoxText(box, text, kReadBackMs);
     for (qsizetype more = text.size() / kCharactersPerReadBack; more > 0 && !(look && look->asExpected); --more)
         look = page_.awaitBoxText(box, text, kReadBackMs);
     return judge(box, look, chatSerial);
 }
 
-Result<void> TextTyper::judge(Box box, const std::optional<BoxLook>& look, int chatSerial) {
+Result<QString> TextTyper::judge(Box box, const std::optional<BoxLook>& look, int chatSerial) {
     if (look && look->chatSerial != chatSerial)
         return Failure{FailureKind::NotFound, "another chat came up before Enter"};
     if (!look || !look->asExpected)
         return Failure{look ? FailureKind::Protocol : FailureKind::Transport,
                        (nameOf(box) + QStringLiteral(" did not take the text")).toStdString()};
-    return {};
+    return look->lastMessageId;
 }
 
 }  // namespace kibo

@@ -23,11 +23,12 @@ class TextTyper {
 
     /// Puts `text` (see typableText) into `box`, which has the focus, and reads it back: by a paste event, or where the
     /// box doesn't take it by KETIK, or at last by single keys. Fails when the box didn't take it, and when the page
-    /// shows another conversation than `chatSerial` afterwards. The failure's text is a reason for the operator.
-    Result<void> type(Box box, const QString& text, int chatSerial);
+    /// shows another conversation than `chatSerial` afterwards. The failure's text is a reason for the operator. The
+    /// value is the id of the conversation's newest message at that moment; empty where it isn't known.
+    Result<QString> type(Box box, const QString& text, int chatSerial);
 
     /// Looks once more at a text that was typed: the same conditions, for the moment before it is sent.
-    Result<void> check(Box box, const QString& text, int chatSerial);
+    Result<QString> check(Box box, const QString& text, int chatSerial);
 
     /// Types `text` into the focused box: from the clipboard with `SendUsingClipboard` "Y", else line by line.
     /// Afterwards its line feeds are characters 11.
@@ -35,11 +36,11 @@ class TextTyper {
 
  private:
     bool usesClipboard();
-    Result<void> paste(Box box, const QString& text, int chatSerial);
+    Result<QString> paste(Box box, const QString& text, int chatSerial);
     void typeLines(const QString& text);
     void typeKeys(const QString& text);
-    Result<void> readBack(Box box, const QString& text, int chatSerial);
-    static Result<void> judge(Box box, const std::optional<BoxLook>& look, int chatSerial);
+    Result<QString> readBack(Box box, const QString& text, int chatSerial);
+    static Result<QString> judge(Box box, const std::optional<BoxLook>& look, int chatSerial);
 
     GatewayState& state_;
     Settings& settings_;

@@ -151,7 +151,6 @@ class FakePage : public ChatPage {
     }
     std::optional<ChatLook> lookAtChat(bool focusBox) override {
         if (!answers("lookAtChat")) return std::nullopt;
-        if (beforeLook) beforeLook();
         if (focusBox) focus_ = Box::Message;
         ChatLook look;
         look.linkText = linkAddress_;
@@ -176,7 +175,7 @@ class FakePage : public ChatPage {
         if (!answers("pasteText")) return std::nullopt;
         if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;
         if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_, false, chat().lastMessageId};
     }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
@@ -190,7 +189,7 @@ class FakePage : public ChatPage {
     std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override {
         if (!answers("awaitBoxText")) return std::nullopt;
         if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_};
+        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_, false, chat().lastMessageId};
     }
     std::optional<BoxLook> awaitSent(const QString& nextAddress, int milliseconds) override {
         auto look = awaitBoxText(Box::Message, {}, milliseconds);
@@ -353,7 +352,6 @@ class FakePage : public ChatPage {
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
     QString headerPicture, namedNumber;  // of every open chat
-    std::function<void()> beforeLook;    ///< at the chat
 
  private:
     bool answers(const char* command) {

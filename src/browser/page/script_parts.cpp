@@ -250,13 +250,16 @@ const watch = window.kiboWatch || (window.kiboWatch = (() => {
              {childList: true, subtree: true, characterData: true, attributes: true, attributeFilter: ['role']});
   return w;
 })());
+const newestId = () => {
+  const rows = all('XX_MessageRow');
+  return rows.length ? rows[rows.length - 1].dataset.id || '' : '';
+};
 const openChat = () => {
   watch.update();
   const shown = {serial: watch.serial, open: !!watch.node, title: watch.title, number: '', lastMessageId: '', titles: watch.titles,
                  clicks: watch.clicks, clicked: watch.clicked, personClicks: watch.personClicks};
   if (!shown.open) return shown;
-  const rows = all('XX_MessageRow');
-  if (rows.length) shown.lastMessageId = rows[rows.length - 1].dataset.id || '';
+  shown.lastMessageId = newestId();
   shown.number = namedNumber(shown.lastMessageId);
   return shown;
 };
@@ -308,7 +311,7 @@ const awaitText = (name, text, milliseconds, answer) => {
     changes.disconnect();
     clearInterval(timer);
     watch.update();
-    answer({asExpected: asExpected, chatSerial: watch.serial});
+    answer({asExpected: asExpected, chatSerial: watch.serial, lastMessageId: newestId()});
   };
   const changes = new MutationObserver(check);
   changes.observe(document.documentElement, {childList: true, subtree: true, characterData: true});
