@@ -65,7 +65,7 @@ void measureFiles(Table& table) {
         [&] {
             const auto look = chat.page.lookAtChat(true);
             require(look && sender.send(file, QStringLiteral("A caption."), look->chat.serial,
-                                        [] { return Result<void>(); }),
+                                        [](const QString&) { return Result<void>(); }),
                     "the file can't be sent");
         },
         [&] { sendBare(chat, path); });

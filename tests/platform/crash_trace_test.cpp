@@ -30,6 +30,9 @@ const Crash kCrashes[] = {
 };
 
 TEST(CrashTraceDeathTest, tellsWhatEndedTheProgramAndWhere) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "a sanitizer ends the program before the trace can";
+#endif
     ::testing::FLAGS_gtest_death_test_style = "threadsafe";
     // The same name in the process that dies: it begins this test anew.
     const auto file = std::filesystem::temp_directory_path() / "kibo-crash-trace-test";

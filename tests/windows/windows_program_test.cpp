@@ -158,6 +158,8 @@ TEST_F(WindowsProgram, SendsWhatTheServerHoldsUntilItIsStopped) {
     // Where the button Stop stands in the window.
     const auto press = [] { return test::clickWindow("KB App", 347, 50); };
     ASSERT_TRUE(test::eventually(press, kSlowMs)) << content("kibo.log").toStdString();
+    // A busy machine may lose a click that is sent from outside; nobody presses Stop only once then.
+    for (int more = 0; more < 3 && !program_.waitForFinished(kSlowMs / 4); ++more) press();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);
 
