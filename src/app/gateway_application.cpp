@@ -152,6 +152,7 @@ bool GatewayApplication::showWindow() {
     buildBrowserParts();
     addTimers();
     state_.step = QStringLiteral("WhatsApp is not open");
+    if (database_.isOpen()) refreshOutbox();
     window_->showState();
     window_->show();
     log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));
@@ -172,6 +173,14 @@ void GatewayApplication::buildBrowserParts() {
         .closeBrowser = [this] { browser_.quit(); },
         .showState = [this] { window_->showState(); },
         .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
+    });
+    queueActions_ = std::make_unique<QueueActions>(QueueActions::Needs{
+        .state = state_,
+        .settings = settings_,
+        .database = database_,
+        .dialogs = *guardedDialogs_,
+        .refreshOutbox = [this] { refreshOutbox(); },
+        .refreshInbox = [this] { inbox_->grid.cmd_InboxRefresh_Click(); },
     });
     closeAll_ =
         std::make_unique<CloseAll>(CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
@@ -196,6 +205,12 @@ MainWindowActions GatewayApplication::actions() {
     actions.refreshInbox = guarded([this] { inbox_->grid.cmd_InboxRefresh_Click(); });
     actions.listChats = guarded([this] { inbox_->chatLister.len2_Click(); });
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
+    actions.deleteWaiting = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_DelOut_Click(ids); }); };
+    actions.queueAgain = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_MoveOutbox_Click(ids); }); };
+    actions.clearOutbox = guarded([this] { queueActions_->cmd_ClearOutbox_Click(); });
+    actions.clearInbox = guarded([this] { queueActions_->cmd_ClearInbox_Click(); });
+    actions.emptyInboxList = [this] { queueActions_->cmd_ClearGridInbox_Click(); };
+    actions.emptyUnsentList = [this] { queueActions_->cmd_ClearUnSent_Click(); };
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
     actions.stop = [this] { cmd_STOP_Click(); };
     actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };

@@ -28,6 +28,7 @@
 #include "session/instance_lock.h"
 #include "session/instance_rows.h"
 #include "session/profile_settings.h"
+#include "session/queue_actions.h"
 #include "session/session_keeper.h"
 #include "store/database.h"
 #include "widgets/qt_clipboard.h"
@@ -103,6 +104,7 @@ class GatewayApplication {
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<SessionKeeper> keeper_;
     std::unique_ptr<BrowserCare> care_;
+    std::unique_ptr<QueueActions> queueActions_;
     std::unique_ptr<CloseAll> closeAll_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;

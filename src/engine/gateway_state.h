@@ -8,6 +8,11 @@
 
 namespace kibo {
 
+/// The columns of the list of failed messages.
+struct UnsentColumn {
+    enum { Number, Text, Time, Reason, Id };
+};
+
 /// Everything of the main window that must outlive a tick, under the product's own names. Plain values: the
 /// engine reads and writes them, the main window shows them and sends clicks back. Owned by the composition root.
 struct GatewayState {
@@ -33,13 +38,15 @@ struct GatewayState {
             std::make_shared<ListRows>(),
             0,
             3};
-    Grid ms2{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("time"), QStringLiteral("reason")}};
+    Grid ms2{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("time"), QStringLiteral("reason"),
+              QStringLiteral("id")}};
     Label Outbox_Cnt{QStringLiteral("0")};
 
     // Message in progress
     TextBox txtid, txtNo, txtMedia, txtFile, txtMsg2;
     bool mode9 = false;  ///< the message is of wa_mode 9: its opened chat is not dwelt on
     QString step;        ///< what the engine does or waits for right now, in words
+    QString work;        ///< how far something long is that the operator asked for, in words; empty: nothing
     QString doneAbout;   ///< when the queue will be done at the present pace, in words; empty: not known
 
     // Pacing

@@ -188,7 +188,7 @@ void MessageSender::recordFailure(const QString& reason) {
     }
     if (unsent_->rowCount() >= kMostUnsent) unsent_ = newestHalf(*unsent_, s.ms2.header.size());
     unsent_->append({s.txtNo.text, s.txtMsg2.text.left(kUnsentCharacters),
-                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason});
+                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason, s.txtid.text});
     s.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
     p_.journal.failed(s.txtid.text, reason);

@@ -39,11 +39,13 @@ bool sqliteRefusesRow(int code) {
     return primary == kTooBig || primary == kConstraint || primary == kMismatch;
 }
 
-/// An apostrophe inside a word opens no quote.
+/// An apostrophe inside a word opens no quote, unless the word is what stands before a literal: N, X, B or a character
+/// set such as _utf8mb4 (https://dev.mysql.com/doc/refman/8.0/en/string-literals.html).
 QString withoutQuotedPieces(QString text) {
     static const QRegularExpression kQuoted(
-        QStringLiteral("(?<!\\w)'.*'|\".*\"|(?<!\\w)'.*$|(?<=no such column: ).*"),
-        QRegularExpression::DotMatchesEverythingOption | QRegularExpression::UseUnicodePropertiesOption);
+        QStringLiteral("(?<!\\w)(?:[NXB]|_\\w+)?'.*'|\".*\"|(?<!\\w)(?:[NXB]|_\\w+)?'.*$|(?<=no such column: ).*"),
+        QRegularExpression::DotMatchesEverythingOption | QRegularExpression::UseUnicodePropertiesOption |
+            QRegularExpression::CaseInsensitiveOption);
     return text.replace(kQuoted, QStringLiteral("…"));
 }
 

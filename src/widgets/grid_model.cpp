@@ -28,7 +28,29 @@ GridModel::GridModel(const Grid& grid, int keyColumn, QObject* parent)
 
 void GridModel::refresh() {
     if (revision_ == grid_.revision) return;
-    const int gone = rowsGoneFromHead(*grid_.rows);
+    revision_ = grid_.revision;
+    show(arranged());
+}
+
+void GridModel::setFilter(const QString& text) {
+    if (arrangement_.filter == text) return;
+    arrangement_.filter = text;
+    show(arranged());
+}
+
+void GridModel::sort(int column, Qt::SortOrder order) {
+    arrangement_.sortColumn = column;
+    arrangement_.order = order;
+    show(arranged());
+}
+
+std::shared_ptr<const RowSource> GridModel::arranged() const {
+    if (arrangement_.changesNothing()) return grid_.rows;
+    return std::make_shared<ArrangedRows>(grid_.rows, columnCount(), arrangement_);
+}
+
+void GridModel::show(std::shared_ptr<const RowSource> rows) {
+    const int gone = rowsGoneFromHead(*rows);
     if (gone > 0) {
         beginRemoveRows({}, 0, gone - 1);
         count_ -= gone;
@@ -37,11 +59,10 @@ void GridModel::refresh() {
             if (row.key() >= gone) kept.insert(row.key() - gone, row.value());
         }
         seen_ = std::move(kept);
-        rows_ = grid_.rows;
+        rows_ = rows;
         endRemoveRows();
     }
-    rows_ = grid_.rows;
-    revision_ = grid_.revision;
+    rows_ = std::move(rows);
     resize(rows_->rowCount());
     updateSeenRows();
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "base/controls.h"
+#include "widgets/arranged_rows.h"
 
 namespace kibo {
 
@@ -25,6 +26,15 @@ class GridModel : public QAbstractTableModel {
     /// Takes over the grid's rows if they changed since the last call; otherwise costs one comparison.
     void refresh();
 
+    /// Shows only rows that hold `text`; empty: all.
+    void setFilter(const QString& text);
+    /// By the texts of a column; -1: as the grid's rows come.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+    /// The whole text of a cell, of which the view shows one line.
+    QString text(int row, int column) const { return rows_->text(row, column); }
+    QString key(int row) const { return rows_->text(row, keyColumn_); }
+
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
@@ -34,6 +44,8 @@ class GridModel : public QAbstractTableModel {
     static QString singleLine(const QString& text);
 
  private:
+    std::shared_ptr<const RowSource> arranged() const;
+    void show(std::shared_ptr<const RowSource> rows);
     int rowsGoneFromHead(const RowSource& newRows) const;
     void resize(int newCount);
     void updateSeenRows();
@@ -45,6 +57,7 @@ class GridModel : public QAbstractTableModel {
     int keyColumn_;
     std::shared_ptr<const RowSource> rows_;
     quint64 revision_;
+    Arrangement arrangement_;
     int count_;
     mutable QHash<int, QStringList> seen_;  ///< rows that the view has asked for since the last reload
 };

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <QScrollBar>
+#include <algorithm>
 #include <numeric>
 
 namespace kibo {
@@ -17,7 +18,7 @@ QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString
     : QTableView(parent), model_(grid, keyColumn), shares_(std::move(shares)), emptyText_(std::move(emptyText)) {
     setModel(&model_);
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    setSelectionMode(QAbstractItemView::ContiguousSelection);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -68,13 +69,39 @@ void QueueGrid::paintEvent(QPaintEvent* event) {
     if (model_.rowCount() > 0) return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(viewport()->rect(), static_cast<int>(Qt::AlignCenter), emptyText_);
+    const QString text = filter_.isEmpty() ? emptyText_ : QStringLiteral("No line holds \"%1\"").arg(filter_);
+    painter.drawText(viewport()->rect(), static_cast<int>(Qt::AlignCenter), text);
 }
 
 void QueueGrid::setEmptyText(const QString& text) {
     if (emptyText_ == text) return;
     emptyText_ = text;
     viewport()->update();
+}
+
+void QueueGrid::setFilter(const QString& text) {
+    filter_ = text;
+    model_.setFilter(text);
+    viewport()->update();
+}
+
+std::vector<int> QueueGrid::selectedRows() const {
+    std::vector<int> rows;
+    for (const QModelIndex& index : selectionModel()->selectedRows()) rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+std::vector<int> QueueGrid::allRows() const {
+    std::vector<int> rows(static_cast<size_t>(model_.rowCount()));
+    std::iota(rows.begin(), rows.end(), 0);
+    return rows;
+}
+
+std::vector<qint64> QueueGrid::selectedKeys() const {
+    std::vector<qint64> keys;
+    for (const int row : selectedRows()) keys.push_back(model_.key(row).toLongLong());
+    return keys;
 }
 
 void QueueGrid::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {

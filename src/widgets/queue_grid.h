@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QTableView>
+#include <vector>
 
 #include "widgets/grid_model.h"
 
 namespace kibo {
 
-/// A queue grid on screen: single-line rows of one height, whole rows selected, column widths in proportion to
-/// the grid's width. Nothing in it depends on the content of rows that are not on the screen.
+/// A queue grid on screen: single-line rows of one height, whole rows selected (several with Shift and Ctrl), column
+/// widths in proportion to the grid's width. Nothing in it depends on the content of rows that are not on the screen.
 class QueueGrid : public QTableView {
     Q_OBJECT
 
@@ -19,6 +20,16 @@ class QueueGrid : public QTableView {
     void refresh() { model_.refresh(); }
     /// What stands in the place of rows as long as there are none.
     void setEmptyText(const QString& text);
+    /// Shows only rows that hold `text`; empty: all.
+    void setFilter(const QString& text);
+
+    /// The keys of the selected rows, which stay the same rows whatever the queue does next.
+    std::vector<qint64> selectedKeys() const;
+    /// Rows as they are shown now, counted from 0.
+    std::vector<int> selectedRows() const;
+    std::vector<int> allRows() const;
+    /// The whole text of a cell, of which the view shows one line.
+    QString text(int row, int column) const { return model_.text(row, column); }
 
  protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -32,6 +43,7 @@ class QueueGrid : public QTableView {
     GridModel model_;
     QList<int> shares_;
     QString emptyText_;
+    QString filter_;
 };
 
 }  // namespace kibo

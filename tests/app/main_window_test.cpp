@@ -1,7 +1,9 @@
 #include "main_window/main_window.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
@@ -15,6 +17,7 @@
 #include "main_window/window_picture.h"
 #include "support/window_fixture.h"
 #include "widgets/colour_label.h"
+#include "widgets/queue_grid.h"
 
 namespace kibo::test {
 namespace {
@@ -40,6 +43,43 @@ class MainWindowTest : public WindowFixture {
 
     QStringList calls;
 };
+
+TEST_F(MainWindowTest, listsActOnTheMessagesThatWereSelected) {
+    auto waiting = std::make_shared<ListRows>();
+    for (const char* id : {"11", "12", "13", "14"})
+        waiting->append(
+            {{}, QStringLiteral("62"), QStringLiteral("a \"b\"\n") + QLatin1String(id), {}, {}, {}, QLatin1String(id)});
+    state.ms_out.setRows(waiting);
+    std::vector<qint64> chosen;
+    MainWindowActions actions = recorded();
+    actions.deleteWaiting = actions.queueAgain = [&chosen](const auto& ids) { chosen = ids; };
+    build(actions);
+    auto* list = find<QueueGrid>("ms_out");
+    list->selectRow(3);
+    const auto clickRow = [list](int row, Qt::KeyboardModifiers modifiers) {
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, modifiers,
+                          list->visualRect(list->model()->index(row, 1)).center());
+    };
+    clickRow(2, Qt::ShiftModifier);
+    clickRow(0, Qt::ControlModifier);
+    QTest::keyClick(list, Qt::Key_Delete);
+    EXPECT_EQ(chosen, (std::vector<qint64>{11, 13, 14}));
+    find<QAction>("mnCopySelected")->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text().section(u'\t', 0, 6).toStdString(), "\t62\t\"a \"\"b\"\"\n11\"\t\t\t\t11\n");
+
+    find<QAction>("mnFind")->trigger();
+    QTest::keyClicks(find<QLineEdit>("findOutbox"), QStringLiteral("13"));
+    EXPECT_EQ(list->model()->rowCount(), 1);
+    list->selectRow(0);
+    click(find<QPushButton>("cmd_DelOut"));
+    EXPECT_EQ(chosen, std::vector<qint64>{13});
+    click(find<QPushButton>("cmd_CopyOutbox"));
+    EXPECT_EQ(dialogs.said(0), "Info|Outbox Copied to Clipboard..");
+    find<QAction>("mnFind")->trigger();
+    QTest::keyClick(find<QLineEdit>("findOutbox"), Qt::Key_Escape);
+    EXPECT_EQ(list->model()->rowCount(), 4);
+    EXPECT_TRUE(list->hasFocus());
+}
 
 TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
     state.cmd_Pause.caption = QStringLiteral(";");

@@ -108,6 +108,8 @@ TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
         {QSqlError::StatementError, "1064", "You've an error near 'it's secret' at line 1",
          "You've an error near … at line 1"},
         {QSqlError::StatementError, "1064", "It can't end: 'secret", "It can't end: …"},
+        {QSqlError::StatementError, "1064", "near X'736563' at line 1", "near … at line 1"},
+        {QSqlError::StatementError, "1064", "near _utf8mb4'secret", "near …"},
         {QSqlError::StatementError, "1021", "Disk full; can't write", "Disk full; can't write"}};
     for (const auto& c : cases)
         EXPECT_EQ(

@@ -93,6 +93,22 @@ TEST_F(GridTest, showsChangedGrownAndEmptiedQueues) {
     EXPECT_EQ(grid->model()->rowCount(), 0);
 }
 
+TEST_F(GridTest, aSortedAndSearchedListNamesItsRowsByTheirKeys) {
+    show(std::make_shared<GeneratedRows>(kMany));
+    grid->setFilter(QStringLiteral("TEXT\n1999"));
+    EXPECT_EQ(grid->model()->rowCount(), 11) << "of the rows that are looked at";
+    grid->model()->sort(6, Qt::DescendingOrder);
+    EXPECT_EQ(shown(0, 6), QStringLiteral("19999"));
+    grid->selectRow(10);
+    EXPECT_EQ(grid->selectedKeys(), std::vector<qint64>{1999}) << "numbers sort as numbers";
+    show(std::make_shared<GeneratedRows>(kMany, 1990));
+    EXPECT_EQ(grid->selectedKeys(), std::vector<qint64>{1999});
+    grid->setFilter({});
+    EXPECT_EQ(grid->model()->rowCount(), ArrangedRows::kMostSearched);
+    grid->model()->sort(-1);
+    EXPECT_EQ(grid->model()->rowCount(), kMany);
+}
+
 TEST(GridModelText, isOneShortLine) {
     EXPECT_EQ(GridModel::singleLine(QStringLiteral("a\r\nb\nc\rd\te\vf\u2028g")), QStringLiteral("a⏎b⏎c⏎d e⏎f⏎g"));
     const QString emoji = QStringLiteral("🎉");

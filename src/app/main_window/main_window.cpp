@@ -6,6 +6,7 @@
 #include <QMenuBar>
 #include <cmath>
 
+#include "main_window/grid_actions.h"
 #include "main_window/window_controls.h"
 #include "widgets/icons.h"
 #include "widgets/plain_text.h"
@@ -148,6 +149,10 @@ void MainWindow::buildMenus() {
     add(gateway, "mncloseall", "&Close All", actions_.closeAll);
     add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
+    gridActions_ = std::make_unique<GridActions>(
+        *controls_, actions_, dialogs_, [this](const auto& action) { click(action); },
+        menuBar()->addMenu(QStringLiteral("&Queues")));
+
     QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
     const auto focus = [](QWidget* control) { return [control] { control->setFocus(Qt::ShortcutFocusReason); }; };
     add(view, "mnViewOutbox", "&Outbox", focus(controls_->ms_out), QKeySequence(Qt::CTRL | Qt::Key_1));
@@ -235,7 +240,7 @@ void MainWindow::showState() {
     showTitle();
     showHead();
     const QString databaseProblem = state_.dboff.visible ? state_.dboff.caption : QString();
-    QStringList line{state_.step,       databaseProblem,    state_.doneAbout,
+    QStringList line{state_.work,       state_.step,        databaseProblem,  state_.doneAbout,
                      state_.refusedOut, state_.inboxNotice, state_.pageNotice};
     for (const SettingProblem& problem : settings_.problems) line.append(problem.text);
     line.removeAll(QString());

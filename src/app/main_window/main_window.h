@@ -14,6 +14,7 @@ class QAction;
 
 namespace kibo {
 
+class GridActions;
 struct WindowControls;
 
 /// What the window's controls and menu entries do. The controls of an empty function are greyed out.
@@ -23,6 +24,13 @@ struct MainWindowActions {
     std::function<void()> pause;
     std::function<void()> refreshOutbox;
     std::function<void()> refreshInbox;
+    /// Of the messages with these ids.
+    std::function<void(const std::vector<qint64>& ids)> deleteWaiting;
+    std::function<void(const std::vector<qint64>& ids)> queueAgain;
+    std::function<void()> clearOutbox;
+    std::function<void()> clearInbox;
+    std::function<void()> emptyInboxList;
+    std::function<void()> emptyUnsentList;
     std::function<void()> listChats;  ///< the page's chats into the inbox grid
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
@@ -76,6 +84,7 @@ class MainWindow : public QMainWindow {
     Dialogs& dialogs_;
     MainWindowActions actions_;
     std::unique_ptr<WindowControls> controls_;
+    std::unique_ptr<GridActions> gridActions_;
     ControlScaler scaler_;
     QTimer repaint_;
     QAction* mnOpenWA_ = nullptr;

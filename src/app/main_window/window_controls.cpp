@@ -64,6 +64,12 @@ class Builder {
         control->setAutoDefault(false);
         return control;
     }
+    QLineEdit* search(const char* name, int x, int y, int width) const {
+        auto* edit = place(new QLineEdit(area_), name, x, y, width, kLine);
+        edit->setPlaceholderText(QStringLiteral("Find"));
+        edit->setClearButtonEnabled(true);
+        return edit;
+    }
     QLineEdit* field(const char* name, int x, int y, int width) const {
         auto* edit = place(new QLineEdit(area_), name, x, y, width, kLine);
         edit->setReadOnly(true);
@@ -122,28 +128,41 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     wait = build.mark("wait", "Sending", 758, 67, 80, 22, kBusy, 0xFFFFFF);
     waitread = build.mark("waitread", "Reading", 846, 67, 80, 22, kBusy, 0xFFFFFF);
 
-    // Queues
-    build.card("shapOutbox", kLeft, 98, kLeftWidth, 262);
+    // Queues. What acts on a list stands beside it, and its search before that.
+    build.card("shapOutbox", kLeft, 98, kLeftWidth, 236);
     ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, {}, area);
     build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
-    cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 824, 103, 92, kLine);
-    build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 218);
+    findOutbox = build.search("findOutbox", 376, 103, 180);
+    cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 564, 103, 82, kLine);
+    cmd_CopyOutbox = build.button("cmd_CopyOutbox", "Copy", 654, 103, 82, kLine);
+    cmd_DelOut = build.button("cmd_DelOut", "Delete", 744, 103, 82, kLine);
+    cmd_ClearOutbox = build.button("cmd_ClearOutbox", "Clear", 834, 103, 82, kLine);
+    build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 192);
 
-    build.card("shapInbox", kLeft, 368, 420, 176);
+    build.card("shapInbox", kLeft, 342, 420, 202);
     ms = new QueueGrid(state.ms, {30, 26, 28, 16}, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 373, 58, ms);
-    Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 375, 43, 20, kBusy, 0xFFFFFF);
+    build.heading("lblInbox", "&Inbox", 24, 347, 58, ms);
+    Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 349, 43, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
-    l_disableread = build.mark("l_disableread", "Reading is off", 126, 374, 106, 22, kNotice, kNoticeText);
-    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west"), area), "newestFirst", 262, 373, 80, 24);
+    l_disableread = build.mark("l_disableread", "Reading is off", 134, 348, 106, 22, kNotice, kNoticeText);
+    newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west first"), area), "newestFirst", 306, 347, 116, 24);
     newestFirst->setToolTip(QStringLiteral("Newest messages first"));
-    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 344, 373, 78, kLine);
-    build.place(ms, "ms", 22, 400, 400, 136);
+    build.place(ms, "ms", 22, 374, 400, 130);
+    findInbox = build.search("findInbox", 22, 511, 84);
+    cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 114, 511, 76, kLine);
+    cmd_CopyInbox = build.button("cmd_CopyInbox", "Copy", 196, 511, 70, kLine);
+    cmd_ClearGridInbox = build.button("cmd_ClearGridInbox", "Empty", 274, 511, 70, kLine);
+    cmd_ClearInbox = build.button("cmd_ClearInbox", "Clear", 352, 511, 70, kLine);
 
-    build.card("shapUnsent", 442, 368, 484, 176);
-    ms2 = new QueueGrid(state.ms2, {25, 10, 32, 33}, -1, QStringLiteral("No message has failed"), area);
-    build.heading("lblUnsent", "&Unsent", 454, 373, 120, ms2);
-    build.place(ms2, "ms2", 452, 400, 464, 136);
+    build.card("shapUnsent", 442, 342, 484, 202);
+    ms2 =
+        new QueueGrid(state.ms2, {23, 12, 30, 27, 8}, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
+    build.heading("lblUnsent", "&Unsent", 454, 347, 120, ms2);
+    build.place(ms2, "ms2", 452, 374, 464, 130);
+    findUnsent = build.search("findUnsent", 452, 511, 168);
+    cmd_MoveOutbox = build.button("cmd_MoveOutbox", "Queue again", 628, 511, 112, kLine);
+    cmd_Copy_UnSent = build.button("cmd_Copy_UnSent", "Copy", 748, 511, 80, kLine);
+    cmd_ClearUnSent = build.button("cmd_ClearUnSent", "Empty", 836, 511, 80, kLine);
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);
@@ -151,34 +170,34 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(log, "log", 22, 580, kLeftWidth - 20, 62);
 
     // Message in progress
-    build.card("shapMessage", kRight, 66, kRightWidth, 294);
+    build.card("shapMessage", kRight, 66, kRightWidth, 268);
     lblMessage = build.heading("lblMessage", "Message in progress", 950, 72, 240);
     build.caption("lblId", "Id", 950, 102, 48);
     txtid = build.field("txtid", 1000, 102, 76);
     build.caption("lblNo", "To", 1086, 102, 26);
     txtNo = build.field("txtNo", 1112, 102, 144);
-    txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 950, 136, 306, 148);
+    txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 950, 136, 306, 122);
     txtMsg2->setReadOnly(true);
     txtMsg2->setTabChangesFocus(true);
     txtMsg2->setPlaceholderText(QStringLiteral("Nothing is being sent"));
-    build.caption("lblMedia", "Media", 950, 292, 48);
-    txtMedia = build.field("txtMedia", 1000, 292, 256);
-    build.caption("lblFile", "File", 950, 325, 48);
-    txtFile = build.field("txtFile", 1000, 325, 256);
+    build.caption("lblMedia", "Media", 950, 266, 48);
+    txtMedia = build.field("txtMedia", 1000, 266, 256);
+    build.caption("lblFile", "File", 950, 299, 48);
+    txtFile = build.field("txtFile", 1000, 299, 256);
 
     // Pace
-    build.card("shapPace", kRight, 368, kRightWidth, 282);
-    build.heading("lblPace", "Pace", 950, 373, 160);
-    Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 950, 404);
-    Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1052, 404);
-    Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1154, 404);
-    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 474, 130);
-    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 474, 170);
+    build.card("shapPace", kRight, 342, kRightWidth, 308);
+    build.heading("lblPace", "Pace", 950, 347, 160);
+    Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 950, 378);
+    Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1052, 378);
+    Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1154, 378);
+    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 448, 130);
+    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 448, 170);
     Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
-    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 508, 306, 18);
+    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 482, 306, 18);
     BreakProgress->setTextVisible(false);
-    wait2 = build.text("wait2", 950, 532, 200);
-    BreakLeft = build.text("BreakLeft", 1156, 532, 100);
+    wait2 = build.text("wait2", 950, 506, 200);
+    BreakLeft = build.text("BreakLeft", 1156, 506, 100);
     BreakLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
     HitungKirim = build.field("HitungKirim", 1126, 612, 62);

@@ -38,7 +38,19 @@ struct WindowControls {
 
     // Queues
     QPushButton* cmd_OutboxRefresh;
+    QPushButton* cmd_CopyOutbox;
+    QPushButton* cmd_DelOut;
+    QPushButton* cmd_ClearOutbox;
+    QLineEdit* findOutbox;
     QPushButton* cmd_InboxRefresh;
+    QPushButton* cmd_CopyInbox;
+    QPushButton* cmd_ClearGridInbox;
+    QPushButton* cmd_ClearInbox;
+    QLineEdit* findInbox;
+    QPushButton* cmd_MoveOutbox;
+    QPushButton* cmd_Copy_UnSent;
+    QPushButton* cmd_ClearUnSent;
+    QLineEdit* findUnsent;
     QCheckBox* newestFirst;
     ColourLabel* Inbox_Cnt;
     ColourLabel* l_disableread;
