@@ -65,7 +65,8 @@ TEST_F(MainWindowTest, listsActOnTheMessagesThatWereSelected) {
     QTest::keyClick(list, Qt::Key_Delete);
     EXPECT_EQ(chosen, (std::vector<qint64>{11, 13, 14}));
     find<QAction>("mnCopySelected")->trigger();
-    EXPECT_EQ(QApplication::clipboard()->text().section(u'\t', 0, 6).toStdString(), "\t62\t\"a \"\"b\"\"\n11\"\t\t\t\t11\n");
+    EXPECT_EQ(QApplication::clipboard()->text().section(u'\t', 0, 6).toStdString(),
+              "\t62\t\"a \"\"b\"\"\n11\"\t\t\t\t11\n");
 
     find<QAction>("mnFind")->trigger();
     QTest::keyClicks(find<QLineEdit>("findOutbox"), QStringLiteral("13"));
