@@ -189,9 +189,9 @@ TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
     Settings settings = mySql();
     settings.MySQL_Server = QStringLiteral("127.0.0.1");
     settings.Port = QStringLiteral("1");
-    for (const bool dsn : {false, true}) {
-        settings.MySQL_WithoutDSN = dsn ? QStringLiteral("N") : QStringLiteral("Y");
-        settings.dsn = QStringLiteral("no_such_source");
+    settings.dsn = QStringLiteral("no_such_source");
+    for (const char* withoutDsn : {"Y", "N"}) {
+        settings.MySQL_WithoutDSN = QLatin1String(withoutDsn);
         const QString said = complaint(settings);
         EXPECT_FALSE(said.isEmpty());
         EXPECT_FALSE(said.contains(QStringLiteral("secret")));
