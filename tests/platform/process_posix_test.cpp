@@ -63,7 +63,7 @@ TEST(ProcessTest, listsChildrenAndTheirChildrenWhichEndWithTheirParent) {
     EXPECT_FALSE(isRunning(below[1].id, below[1].startTime));
 }
 
-TEST(ProcessTest, endsAProcessButNoOtherOfItsId) {
+TEST(ProcessTest, endsWhatListensAndWhatDoesNot) {
     const Child polite;
     const ProcessStartTime started = processStartTime(polite.id());
     EXPECT_TRUE(terminate(polite.id(), started + 1, 0).ok());
@@ -73,6 +73,20 @@ TEST(ProcessTest, endsAProcessButNoOtherOfItsId) {
     // It is not collected yet: an ended process that still has an entry is not running.
     EXPECT_FALSE(isRunning(polite.id(), started));
     EXPECT_EQ(processStartTime(polite.id()), 0u);
+
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const Child deaf([&ready] {
+        ::signal(SIGTERM, SIG_IGN);
+        EXPECT_EQ(::write(ready[1], "r", 1), 1);
+    });
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    const ProcessStartTime deafStarted = processStartTime(deaf.id());
+    EXPECT_TRUE(terminate(deaf.id(), deafStarted, 50).ok());
+    EXPECT_FALSE(isRunning(deaf.id(), deafStarted));
+    ::close(ready[0]);
+    ::close(ready[1]);
 }
 
 }  // namespace
