@@ -7,8 +7,6 @@
 
 #include "app/gateway_application.h"
 #include "app/screen_list.h"
-#include "base/settings_file.h"
-#include "support/stores.h"
 #include "support/window_fixture.h"
 #include "widgets/qt_dialogs.h"
 
@@ -26,12 +24,7 @@ bool seenAsWritten(const QString& text) {
 
 class PlainTextTest : public testing::Test {
  protected:
-    void SetUp() override {
-        createStores(folder.path());
-        const QString ini = folder.filePath(QStringLiteral("kibo.ini"));
-        WriteIni(QStringLiteral("DB"), QStringLiteral("UseMDB"), QStringLiteral("Y"), ini);
-        ASSERT_TRUE(application.start());
-    }
+    void SetUp() override { ASSERT_TRUE(application.start()) << "in a new folder it makes its stores"; }
     /// The foreign text wherever a window shows what isn't the program's own.
     void fill() {
         GatewayState& s = application.state();

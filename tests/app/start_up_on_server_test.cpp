@@ -9,7 +9,8 @@ namespace {
 
 TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     MariaDbServer server;
-    server.run(QStringLiteral("create database bare; grant all on bare.* to kibo@'%'"));
+    server.run(
+        QStringLiteral("create database bare; grant all on bare.* to kibo@'%'; create table bare.sent (own int)"));
     Settings settings = server.settings(false);
     settings.MySQL_DB = QStringLiteral("bare");
     const SystemClock clock;
@@ -18,16 +19,26 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     AnsweringDialogs dialogs;
     StartUp startUp(dialogs, {});
 
-    dialogs.answers = {false, false};
-    EXPECT_FALSE(startUp.openDatabase(database, settings));
-    ASSERT_EQ(dialogs.shown.size(), 2u) << "after No the usual box follows";
-    EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
-    EXPECT_NE(dialogs.said(0).find("mysql -h"), std::string::npos) << dialogs.said(0);
-    EXPECT_EQ(server.run(QStringLiteral("show tables in bare")), QString());
+    const QString command = QStringLiteral("mysql -h 127.0.0.1 -P %1 -u kibo -p bare < mysql.sql").arg(server.port());
+    for (const auto& [multi, table] : {std::pair("N", "no table outbox "), std::pair("Y", "no table multi ")}) {
+        settings.Multi = QLatin1String(multi);
+        dialogs.answers = {false, false};
+        dialogs.shown.clear();
+        EXPECT_FALSE(startUp.openDatabase(database, settings));
+        ASSERT_EQ(dialogs.shown.size(), 2u) << "after No the usual box follows";
+        EXPECT_TRUE(dialogs.shown[0].defaultIsNo);
+        for (const QString& part : {QString::fromLatin1(table), command})
+            EXPECT_TRUE(dialogs.shown[0].text.contains(part)) << dialogs.said(0);
+        EXPECT_TRUE(database.problem().endsWith(command)) << database.problem().toStdString();
+    }
+    EXPECT_EQ(server.run(QStringLiteral("show tables in bare")).trimmed(), QStringLiteral("sent"));
 
     EXPECT_TRUE(startUp.openDatabase(database, settings));
     EXPECT_EQ(dialogs.shown.size(), 3u);
     EXPECT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no, wa_text) values ('62811', 'a')")));
+    EXPECT_EQ(server.run(QStringLiteral("show columns from bare.sent")).section(u'\t', 0, 0), QStringLiteral("own"));
+    const QString count = QStringLiteral("select count(*) from information_schema.tables where table_schema = '%1'");
+    EXPECT_EQ(server.run(count.arg(QStringLiteral("bare"))), server.run(count.arg(QStringLiteral("kibo"))));
 }
 
 }  // namespace

@@ -54,13 +54,8 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
     EXPECT_FALSE(application.state().dboff.visible);
 
     application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
-    const auto windows = QApplication::topLevelWidgets();
-    const auto elements = std::find_if(windows.begin(), windows.end(), [](const QWidget* one) {
-        return one->objectName() == QStringLiteral("frm_element");
-    });
-    ASSERT_NE(elements, windows.end());
-    EXPECT_TRUE((*elements)->isVisible());
-    (*elements)->findChild<QPushButton*>(QStringLiteral("test_ChatBox"))->click();
+    for (QWidget* one : QApplication::allWidgets())
+        if (one->objectName() == QStringLiteral("test_ChatBox")) qobject_cast<QPushButton*>(one)->click();
     EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
 }
 
@@ -125,9 +120,8 @@ TEST_F(StartUpTest, aNewFolderIsReadyToUseAndOnlyItsLocatorsAreEverMadeAgain) {
     const auto start = [&] { return GatewayApplication(dialogs, home.path(), {}).start(); };
     EXPECT_TRUE(start());
     EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
-    for (const char* section : {"DB", "kibo"})
-        EXPECT_EQ(ReadIni(QLatin1String(section), QStringLiteral("UseMDB"), home.filePath(QStringLiteral("kibo.ini"))),
-                  QLatin1String(section) == QLatin1String("DB") ? QStringLiteral("Y") : QStringLiteral("N"));
+    const Settings written = loadSettings(home.filePath(QStringLiteral("kibo.ini")));
+    EXPECT_EQ(written.UseMDB, QStringLiteral("Y"));
     for (const char* name : {"kb.mdb", "element.sys"}) {
         const QString made = home.filePath(QLatin1String(name));
         EXPECT_EQ(dump(made), dump(file(name))) << name;
@@ -145,9 +139,8 @@ TEST_F(StartUpTest, aNewFolderIsReadyToUseAndOnlyItsLocatorsAreEverMadeAgain) {
 
 TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {
     const auto boxStands = [] {
-        const QWidgetList all = QApplication::topLevelWidgets();
-        return std::any_of(all.begin(), all.end(),
-                           [](const QWidget* one) { return one->isVisible() && one->inherits("QMessageBox"); });
+        return std::ranges::any_of(QApplication::topLevelWidgets(),
+                                   [](const QWidget* one) { return one->isVisible() && one->inherits("QMessageBox"); });
     };
     const auto endsWithABox = [&](const char* why) {
         QtDialogs boxes;
@@ -173,12 +166,11 @@ TEST_F(StartUpTest, endsAtOnceWhicheverBoxStands) {
     endsWithABox("no database");
 }
 
-TEST_F(StartUpTest, aSecondStartOfAProfileTellsWhoIsThereAndOtherProfilesStart) {
+TEST_F(StartUpTest, profilesRunBesideEachOtherAndThePanelHidesTheirWindows) {
     set("kibo", "Multi", "Y");
     GatewayApplication first(dialogs, folder.path(), {QStringLiteral("12")});
     ASSERT_TRUE(first.start());
-    GatewayApplication other(dialogs, folder.path(), {QStringLiteral("13")});
-    EXPECT_TRUE(other.start());
+    EXPECT_TRUE(GatewayApplication(dialogs, folder.path(), {QStringLiteral("13")}).start());
     EXPECT_TRUE(dialogs.shown.empty()) << shown(0).toStdString();
     EXPECT_FALSE(GatewayApplication(dialogs, folder.path(), {QStringLiteral("12")}).start());
     ASSERT_EQ(dialogs.shown.size(), 1U);
@@ -186,18 +178,13 @@ TEST_F(StartUpTest, aSecondStartOfAProfileTellsWhoIsThereAndOtherProfilesStart) 
     EXPECT_EQ(shown(0), QStringLiteral("Kibo already runs here (process %1, since %2)")
                             .arg(QCoreApplication::applicationPid())
                             .arg(since));
-}
 
-TEST_F(StartUpTest, thePanelHidesAndShowsTheWindowThroughTheSettingsFile) {
-    set("kibo", "Multi", "Y");
-    GatewayApplication application(dialogs, folder.path(), {QStringLiteral("12")});
-    ASSERT_TRUE(application.start());
-    EXPECT_EQ(application.window()->windowTitle(), QStringLiteral("KB App [ 12 ]"));
-    EXPECT_TRUE(application.window()->isVisible());
-    set("kibo", "HIDE_ME", "Y");
-    QTRY_VERIFY_WITH_TIMEOUT(!application.window()->isVisible(), 5000);
-    set("kibo", "HIDE_ME", "N");
-    QTRY_VERIFY_WITH_TIMEOUT(application.window()->isVisible(), 5000);
+    EXPECT_EQ(first.window()->windowTitle(), QStringLiteral("KB App [ 12 ]"));
+    EXPECT_TRUE(first.window()->isVisible());
+    for (const char* hidden : {"Y", "N"}) {
+        set("kibo", "HIDE_ME", hidden);
+        QTRY_COMPARE_WITH_TIMEOUT(first.window()->isVisible(), *hidden == 'N', 5000);
+    }
 }
 
 class FormLoadTest : public ProgramFolder {
@@ -212,21 +199,13 @@ class FormLoadTest : public ProgramFolder {
         FormLoad form{*window, state, settings, rows, dialogs, folder.path(), file("kibo.ini"), commandLine, mySql};
         form.machineProblem = [this] { return machineProblem; };
         form.startAgent = [this](const QString& program) { agents.append(program); };
-        const bool go = form.Form_Load();
-        window->show();
-        window->showState();
-        return go;
+        return form.Form_Load();
+    }
+    std::string outside(const char* sql) const {
+        return sqlite(file("kb.mdb"), QLatin1String(sql)).simplified().toStdString();
     }
     /// Each key with its value.
-    std::string tmpRows() const {
-        return sqlite(file("kb.mdb"), QStringLiteral("select tmp_cd || '=' || tmp_val from tmp order by tmp_cd"))
-            .simplified()
-            .toStdString();
-    }
-    void insertTmp(const char* keys) const {
-        for (const QString& key : QString::fromLatin1(keys).split(u' '))
-            sqlite(file("kb.mdb"), QStringLiteral("insert into tmp values ('%1', 'x')").arg(key));
-    }
+    std::string tmpRows() const { return outside("select tmp_cd || '=' || tmp_val from tmp order by tmp_cd"); }
 
     SystemClock clock;
     ErrorPolicy policy;
@@ -243,6 +222,7 @@ TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndASessionOfSeveralAnnounces
     EXPECT_EQ(state.cb_Profil.text, QStringLiteral("1"))
         << "the command line names a profile in multi-session mode only";
     EXPECT_TRUE(state.HideChrome.checked);
+    window->showState();
     EXPECT_FALSE(find<QWidget>("cb_Profil")->isEnabled()) << "no profile is used in incognito mode";
     EXPECT_EQ(ini("HideChrome"), QString());
 
@@ -251,7 +231,7 @@ TEST_F(FormLoadTest, singleInstanceChecksTheMachineAndASessionOfSeveralAnnounces
     EXPECT_EQ(dialogs.said(0), "Application can not start|" + machineProblem.toStdString());
 
     settings.Multi = QStringLiteral("Y");  // never asked in this mode
-    insertTmp("appname");
+    outside("insert into tmp values ('appname', 'x')");
     ASSERT_TRUE(load(QStringLiteral("12")));
     EXPECT_EQ(tmpRows(), "appname=KB App");
     EXPECT_EQ(state.cb_Profil.text, QStringLiteral("12"));
@@ -272,8 +252,7 @@ TEST_F(FormLoadTest, theAgentNeedsMySqlMultiSessionAndAnExplicitN) {
     load({}, false);
     EXPECT_EQ(agents, QStringList());
     load({}, true);
-    ASSERT_EQ(agents.size(), 1);
-    EXPECT_EQ(agents[0], folder.path() + QDir::separator() + QStringLiteral("Tarro.exe"));
+    EXPECT_EQ(agents, QStringList{folder.path() + QDir::separator() + QStringLiteral("Tarro.exe")});
 }
 
 TEST_F(FormLoadTest, theProfilesRowSetsReadingAndDummy) {
@@ -301,14 +280,14 @@ TEST_F(FormLoadTest, theProfilesRowSetsReadingAndDummy) {
 }
 
 TEST_F(FormLoadTest, unloadAndCloseAllRemoveTheirRowsOnly) {
-    insertTmp("off000012 off000013 restart restart000012 status status000012 status000013");
-    ASSERT_TRUE(
-        database.Execute(QStringLiteral("insert into web_user (id, qr) values ('12', 'code'), ('13', 'code')")));
+    outside(
+        "insert into tmp select value, 'x' from json_each('[\"off000012\", \"off000013\", \"restart\", "
+        "\"restart000012\", \"status\", \"status000012\", \"status000013\"]');"
+        "insert into web_user (id, qr) values ('12', 'code'), ('13', 'code')");
     rows.withdraw(QStringLiteral("12"));
     const std::string left = "off000013=x restart=x restart000012=x status000013=x";
     EXPECT_EQ(tmpRows(), left);
-    EXPECT_EQ(sqlite(file("kb.mdb"), QStringLiteral("select id from web_user where qr = 'code'")).trimmed(),
-              QStringLiteral("13"));
+    EXPECT_EQ(outside("select id from web_user where qr = 'code'"), "13");
 
     // Copies of a program that no other test knows, in two folders; they don't end when they are asked.
     const QString program = QStringLiteral("copy-%1").arg(QCoreApplication::applicationPid());

@@ -67,25 +67,22 @@ TEST_F(TimerRunnerTest, neverEntersATickAgainButLetsOthersRunInItsWait) {
 }
 
 TEST_F(TimerRunnerTest, showsOneBoxAtATimeForErrorsThatSurface) {
-    StateTimer first(10, true);
-    StateTimer second(10, true);
-    int firstTicks = 0, secondTicks = 0;
+    StateTimer timers[] = {StateTimer(10, true), StateTimer(10, true)};
+    int ticks[] = {0, 0};
     TimerRunner runner(edge);
-    runner.add(first, [&] {
-        ++firstTicks;
-        throw SurfacedError({FailureKind::Database, "no such table: outbox"});
-    });
-    runner.add(second, [&] {
-        ++secondTicks;
-        throw SurfacedError({FailureKind::Transport, "no answer"});
-    });
+    for (const int i : {0, 1}) {
+        runner.add(timers[i], [&ticks, i] {
+            ++ticks[i];
+            throw SurfacedError({FailureKind::Database, "no such table: outbox"});
+        });
+    }
     dialogs.leaveOpen = true;
     for (std::size_t boxes = 1; boxes <= 2; ++boxes) {
         QTRY_VERIFY_WITH_TIMEOUT(dialogs.shown.size() == boxes, 10000);
-        const int firstBefore = firstTicks, secondBefore = secondTicks;
+        const int before[] = {ticks[0], ticks[1]};
         clock.wait(100);
         EXPECT_EQ(dialogs.shown.size(), boxes);
-        EXPECT_NE(firstTicks == firstBefore, secondTicks == secondBefore) << "the one whose box is open is held";
+        EXPECT_NE(ticks[0] == before[0], ticks[1] == before[1]) << "the one whose box is open is held";
         dialogs.answerOpen();
     }
     EXPECT_EQ(dialogs.said(0), "KB App|no such table: outbox");

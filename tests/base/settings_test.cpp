@@ -102,16 +102,15 @@ TEST_F(SettingsTest, valuesThatCannotBeMeantAreNamedWithoutRepeatingThem) {
     EXPECT_EQ(others.join(u' ').toStdString(), "AfterSend Headless StartAddress");
 }
 
-TEST_F(SettingsTest, aFileInUtf16IsToldAndLeftAsItIs) {
+TEST_F(SettingsTest, aFileThatIsNotOneIsToldAndLeftAsItIs) {
     setContent(QByteArray("\xFF\xFE[\0D\0B\0]\0", 10));
     const std::string before = content();
     const QList<SettingProblem> problems = loadSettings(file()).problems;
     ASSERT_EQ(problems.size(), 1);
     EXPECT_TRUE(problems[0].ofConnection && problems[0].text.contains(QStringLiteral("UTF-16")));
     EXPECT_EQ(content(), before);
-}
 
-TEST_F(SettingsTest, anUnusableFileIsToldAndTakenAsEmpty) {
+    ASSERT_TRUE(QFile::remove(file()));
     EXPECT_EQ(settingsProblem(file()), QString()) << "no file yet is no problem";
     ASSERT_TRUE(QDir().mkpath(file()));
     EXPECT_TRUE(settingsProblem(file()).contains(file()));

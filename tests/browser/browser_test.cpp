@@ -52,12 +52,11 @@ class BrowserTest : public ::testing::Test {
     }
     /// How many sessions are recorded for the next start of the profile.
     qsizetype sessionRecords() const {
-        return QDir(folder_.filePath(QStringLiteral("profil/1")))
-            .entryList({QStringLiteral("kibo-session-*")}, QDir::Files | QDir::System)
-            .size();
+        return QDir(profile_).entryList({QStringLiteral("kibo-session-*")}, QDir::Files | QDir::System).size();
     }
 
     QTemporaryDir folder_;
+    const QString profile_ = folder_.filePath(QStringLiteral("profil/1"));
     Settings settings_;
     ShiftedClock clock_;
     Browser browser_{folder_.path(), clock_};
@@ -66,20 +65,17 @@ class BrowserTest : public ::testing::Test {
 TEST_F(BrowserTest, OpensTheStartAddressAsTheSettingsSay) {
     settings_.Headless = QStringLiteral("N");
     settings_.Multi = QStringLiteral("Y");
-    QStringList order;
     const QString profile = QStringLiteral("it's \"1\"");
+    bool armed = false;
     const auto readProfile = [&] {
-        order << QStringLiteral("profile");
+        EXPECT_FALSE(armed);
         settings_.Headless = QStringLiteral("Y");  // without it the browser finds no display here
     };
-    const auto arm = [&] {
-        order << QStringLiteral("arm");
-        EXPECT_TRUE(browser_.windowExists());
-    };
+    const auto arm = [&] { armed = browser_.windowExists(); };
     const auto opened =
         browser_.open({.settings = settings_, .profile = profile, .readProfile = readProfile, .armStepMachine = arm});
     ASSERT_TRUE(opened) << opened.failure().text;
-    EXPECT_EQ(order, QStringList({QStringLiteral("profile"), QStringLiteral("arm")}));
+    EXPECT_TRUE(armed);
     EXPECT_EQ(run("return document.title").toString(), QStringLiteral("[it's \"1\"]"));
     EXPECT_EQ(run("return [outerWidth, outerHeight]").toArray(), QJsonArray({800, 700}));
     EXPECT_TRUE(run("return navigator.userAgent").toString().contains(QStringLiteral("Chrome/86.0.4240.111")));
@@ -103,7 +99,6 @@ TEST_F(BrowserTest, QuitLeavesNothingAndTheNextSessionUsesTheSameClient) {
         EXPECT_TRUE(isGone());
         EXPECT_EQ(sessionRecords(), 0);
     }
-    EXPECT_TRUE(isSessionGone(client.send(GetTitle{}).failure()));
 
     ASSERT_TRUE(open());
     const auto driver = platform::children(platform::ownProcessId());
@@ -171,11 +166,10 @@ TEST_F(BrowserTest, APageThatHangsCostsItsLimitsAndIsGivenUpAfterAMinute) {
 }
 
 TEST_F(BrowserTest, OpensAProfileWhoseSettingsAKillHasCutShort) {
-    const QDir profile(folder_.filePath(QStringLiteral("profil/1")));
-    ASSERT_TRUE(profile.mkpath(QStringLiteral("Default")));
+    ASSERT_TRUE(QDir().mkpath(profile_ + QStringLiteral("/Default")));
     for (const char* content : {"", "{\"half"}) {
-        for (const char* name : {"Default/Preferences", "Local State"}) {
-            QFile file(profile.filePath(QLatin1String(name)));
+        for (const char* name : {"/Default/Preferences", "/Local State"}) {
+            QFile file(profile_ + QLatin1String(name));
             ASSERT_TRUE(file.open(QIODevice::WriteOnly));
             file.write(content);
         }
@@ -189,10 +183,9 @@ TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
     QProcess other;  // stands for a gateway that came first on this profile
     other.start(QStringLiteral("sleep"), {QStringLiteral("60")});
     ASSERT_TRUE(other.waitForStarted());
-    const QString profile = folder_.filePath(QStringLiteral("profil/1"));
-    ASSERT_TRUE(QDir().mkpath(profile));
+    ASSERT_TRUE(QDir().mkpath(profile_));
     const platform::Process gateway{other.processId(), platform::processStartTime(other.processId())};
-    ASSERT_TRUE(SessionRecords(profile).write({gateway, {}, {}}));
+    ASSERT_TRUE(SessionRecords(profile_).write({gateway, {}, {}}));
     auto refused = open();
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.failure().kind, FailureKind::InvalidArgument);
@@ -208,24 +201,12 @@ TEST_F(BrowserTest, ARefusedStartSaysWhyAndLeavesNothing) {
     EXPECT_EQ(sessionRecords(), 0);
 }
 
-xcb_window_t addWindow(xcb_connection_t* connection, std::string_view title) {
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const xcb_window_t window = xcb_generate_id(connection);
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, root, 0, 0, 50, 50, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(title.size()), title.data());
-    xcb_map_window(connection, window);
-    xcb_flush(connection);
-    return window;
-}
-
 TEST_F(BrowserTest, HidesItsOwnWindowAndNoOther) {
     const test::VirtualDisplay display;
     settings_.Headless = QStringLiteral("N");
     // The operator's own browser, of another process.
     const test::XClient other;
-    const xcb_window_t otherWindow = addWindow(other.get(), "WhatsApp - Chromium");
+    const xcb_window_t otherWindow = other.addWindow(other.root(), "WhatsApp - Chromium");
     settings_.StartAddress = QStringLiteral("data:text/html,<title>Loading</title>");
     ASSERT_TRUE(browser_.open({.settings = settings_, .profile = QStringLiteral("1"), .hideWindow = true}));
     const auto isShown = [](const char* title, bool wanted) {

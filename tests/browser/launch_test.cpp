@@ -5,22 +5,17 @@
 namespace kibo {
 namespace {
 
-TEST(Launch, OnlyTheFirstOfTwoOptionsTakesTheSandboxAway) {
+TEST(Launch, OnlyTheFirstOfTwoOptionsTakesTheSandboxAwayAndOnlyWhereItNeedNotStay) {
     Settings settings;
-    const auto count = [&] { return launchArguments(settings, QStringLiteral("/k/profil/1")).size(); };
-    const auto usual = count();
+    const auto arguments = [&](bool keep = false) { return launchArguments(settings, QStringLiteral("/k"), keep); };
+    const auto usual = arguments().size();
     settings.NoSandBox = QStringLiteral("Y");
-    EXPECT_EQ(count(), usual + 2);
+    EXPECT_EQ(arguments().size(), usual + 2);
     settings.Headless = QStringLiteral("Y");
-    EXPECT_EQ(count(), usual + 4);
-}
-
-TEST(Launch, WhereTheSandboxIsToStayNothingElseChanges) {
-    Settings settings;
-    settings.Headless = QStringLiteral("Y");
-    QStringList expected = launchArguments(settings, QStringLiteral("/k"));
-    expected.removeIf([](const QString& argument) { return argument.endsWith(QStringLiteral("-sandbox")); });
-    EXPECT_EQ(launchArguments(settings, QStringLiteral("/k"), true), expected);
+    EXPECT_EQ(arguments().size(), usual + 4);
+    QStringList kept = arguments();
+    kept.removeIf([](const QString& argument) { return argument.endsWith(QStringLiteral("-sandbox")); });
+    EXPECT_EQ(arguments(true), kept) << "nothing else changes";
 }
 
 TEST(Launch, AProfileStaysInItsFolder) {

@@ -5,9 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
+
+#include "temporary_folder.h"
 
 namespace kibo::platform {
 namespace {
@@ -17,13 +17,11 @@ void throwText() {
     throw std::out_of_range("somebody's text");
 }
 
-struct Crash {
+const struct {
     const char* what;
     void (*happens)();
     const char* toldAs[2];  // on Debian, on Windows
-};
-
-const Crash kCrashes[] = {
+} kCrashes[] = {
     {"access", [] { *nowhere = 1; }, {"signal 11 SIGSEGV", "exception 0xc0000005"}},
     {"abort", [] { std::abort(); }, {"signal 6 SIGABRT", "abort"}},
     {"exception", []() noexcept { throwText(); }, {"exception St12out_of_range", "exception St12out_of_range"}},
@@ -36,7 +34,7 @@ TEST(CrashTraceDeathTest, tellsWhatEndedTheProgramAndWhere) {
     ::testing::FLAGS_gtest_death_test_style = "threadsafe";
     // The same name in the process that dies: it begins this test anew.
     const auto file = std::filesystem::temp_directory_path() / "kibo-crash-trace-test";
-    for (const Crash& crash : kCrashes) {
+    for (const auto& crash : kCrashes) {
         std::filesystem::remove(file);
         EXPECT_DEATH(
             {
@@ -45,8 +43,7 @@ TEST(CrashTraceDeathTest, tellsWhatEndedTheProgramAndWhere) {
             },
             "")
             << crash.what;
-        std::ifstream in(file);
-        const std::string trace{std::istreambuf_iterator<char>(in), {}};
+        const std::string trace = contentOf(file.string());
         EXPECT_TRUE(trace.find(crash.toldAs[0]) != std::string::npos ||
                     trace.find(crash.toldAs[1]) != std::string::npos)
             << crash.what << ": " << trace;

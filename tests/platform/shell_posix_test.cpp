@@ -14,12 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Waits for a detached program to have written its file.
-std::string awaitContent(const std::string& file) {
-    for (int i = 0; i < 1000 && contentOf(file).empty(); ++i) std::this_thread::sleep_for(5ms);
-    return contentOf(file);
-}
-
 /// A shell script on the search path of this test, found before anything else there.
 class Shell : public testing::Test {
  protected:
@@ -31,10 +25,17 @@ class Shell : public testing::Test {
         std::filesystem::permissions(folder_.file(name + ".new"), std::filesystem::perms::owner_all);
         std::filesystem::rename(folder_.file(name + ".new"), folder_.file(name));
     }
-    /// A script that leaves its arguments, each in brackets, in the file "said".
-    std::string reporting() const {
-        return "for a in \"$@\"; do printf '[%s]' \"$a\" >> '" + folder_.file("tmp") + "'; done\nmv '" +
-               folder_.file("tmp") + "' '" + folder_.file("said") + "'";
+    /// A script that leaves its arguments, each in brackets, in a file for `said`.
+    void addReporting(const std::string& name) const {
+        addScript(name, "cd '" + folder_.path().string() + "'\nprintf '[%s]' \"$@\" > tmp\nmv tmp said");
+    }
+    /// What a detached script has written, once it has.
+    std::string said() const {
+        const std::string file = folder_.file("said");
+        for (int i = 0; i < 1000 && contentOf(file).empty(); ++i) std::this_thread::sleep_for(5ms);
+        std::string said = contentOf(file);
+        std::filesystem::remove(file);
+        return said;
     }
 
     TemporaryFolder folder_;
@@ -44,11 +45,11 @@ class Shell : public testing::Test {
 };
 
 TEST_F(Shell, startsAProgramThatItNeedNotWaitForAndTellsOneThatCannotStart) {
-    addScript("report", reporting());
+    addReporting("report");
     const Result<ProcessId> started = startProgram("report", {"a b", "$HOME", "", "'"});
     ASSERT_TRUE(started.ok());
     EXPECT_GT(started.value(), 0);
-    EXPECT_EQ(awaitContent(folder_.file("said")), "[a b][$HOME][][']");
+    EXPECT_EQ(said(), "[a b][$HOME][][']");
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
     EXPECT_EQ(startProgram("no-such-program").failure().kind, FailureKind::NotFound);
     EXPECT_EQ(startProgram(folder_.path().string()).failure().kind, FailureKind::NotFound);
@@ -57,15 +58,14 @@ TEST_F(Shell, startsAProgramThatItNeedNotWaitForAndTellsOneThatCannotStart) {
 }
 
 TEST_F(Shell, asksForRightsAndOpensThroughTheDesktop) {
-    addScript("pkexec", reporting());
+    addReporting("pkexec");
     ASSERT_TRUE(runElevated("/opt/check", "one \"two  words\" \"\"", ShowMode::Hidden).ok());
-    EXPECT_EQ(awaitContent(folder_.file("said")), "[/opt/check][one][two  words][]");
-    std::filesystem::remove(folder_.file("said"));
-    addScript("xdg-open", reporting());
+    EXPECT_EQ(said(), "[/opt/check][one][two  words][]");
+    addReporting("xdg-open");
     EXPECT_EQ(openForOperator("--help").failure().kind, FailureKind::InvalidArgument) << "no options are taken";
     EXPECT_FALSE(openForOperator("").ok());
     ASSERT_TRUE(openForOperator("https://example.org/?a=1&b=2").ok());
-    EXPECT_EQ(awaitContent(folder_.file("said")), "[https://example.org/?a=1&b=2]");
+    EXPECT_EQ(said(), "[https://example.org/?a=1&b=2]");
 }
 
 TEST_F(Shell, readsABrowsersVersionAndWhereTheProgramLives) {

@@ -101,21 +101,18 @@ TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
         QSqlError::ErrorType type;
         const char *code, *text, *told;
     } cases[] = {
-        {QSqlError::ConnectionError, "0", "[unixODBC][Driver Manager]Can't open lib 'libmyodbc.so' : file not found",
-         "Can't open lib 'libmyodbc.so' : file not found"},
-        {QSqlError::ConnectionError, "2005", "Unknown server host 'nowhere' (-2)",
-         "Unknown server host 'nowhere' (-2)"},
-        {QSqlError::StatementError, "1064", "You've an error near 'it's secret' at line 1",
-         "You've an error near … at line 1"},
+        {QSqlError::ConnectionError, "0", "[unixODBC][Driver Manager]Can't open lib 'libmyodbc.so'",
+         "Can't open lib 'libmyodbc.so'"},
+        {QSqlError::ConnectionError, "2005", "Unknown host 'nowhere' (-2)", "Unknown host 'nowhere' (-2)"},
+        {QSqlError::StatementError, "1064", "You've an error near 'it's secret' at 1", "You've an error near … at 1"},
         {QSqlError::StatementError, "1064", "It can't end: 'secret", "It can't end: …"},
         {QSqlError::StatementError, "1064", "near X'736563' at line 1", "near … at line 1"},
         {QSqlError::StatementError, "1064", "near _utf8mb4'secret", "near …"},
         {QSqlError::StatementError, "1021", "Disk full; can't write", "Disk full; can't write"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(
-            sqlFailure(QSqlError({}, QString::fromUtf8(c.text), c.type, QString::fromUtf8(c.code)), SqlErrors::Server)
-                .text,
-            c.told);
+    for (const auto& c : cases) {
+        const QSqlError error({}, QString::fromUtf8(c.text), c.type, QString::fromUtf8(c.code));
+        EXPECT_EQ(sqlFailure(error, SqlErrors::Server).text, c.told);
+    }
 }
 
 class OpenFailureTest : public testing::Test {
@@ -194,9 +191,9 @@ TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
     Settings settings = mySql();
     settings.MySQL_Server = QStringLiteral("127.0.0.1");
     settings.Port = QStringLiteral("1");
-    for (const bool dsn : {false, true}) {
-        settings.MySQL_WithoutDSN = dsn ? QStringLiteral("N") : QStringLiteral("Y");
-        settings.dsn = QStringLiteral("no_such_source");
+    settings.dsn = QStringLiteral("no_such_source");
+    for (const char* withoutDsn : {"Y", "N"}) {
+        settings.MySQL_WithoutDSN = QLatin1String(withoutDsn);
         const QString said = complaint(settings);
         EXPECT_FALSE(said.isEmpty());
         EXPECT_FALSE(said.contains(QStringLiteral("secret")));

@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QThread>
+#include <fstream>
 #include <stdexcept>
 
 #include "support/stores.h"
@@ -24,12 +25,6 @@ int freePort() {
     ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
     ::close(fd);
     return ntohs(address.sin_port);
-}
-
-void write(const QString& path, const QString& text) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
-        throw std::runtime_error("can't write " + path.toStdString());
 }
 
 /// The server refuses to run as root unless told to.
@@ -55,20 +50,15 @@ MariaDbServer::MariaDbServer() : port_(freePort()) {
                          QStringLiteral("--auth-root-authentication-method=normal")} +
                  asThisUser());
     start();
-    write(folder_.filePath(QStringLiteral("odbcinst.ini")),
-          QStringLiteral("[MYSQL ODBC 5.1 Driver]\nDriver=libmaodbc.so\nThreading=0\n"));
-    write(folder_.filePath(QStringLiteral("odbc.ini")),
-          QStringLiteral("[kibo_test]\nDriver=MYSQL ODBC 5.1 Driver\nSERVER=127.0.0.1\nPORT=%1\nDATABASE=kibo\n")
-              .arg(port_));
-    qputenv("ODBCSYSINI", folder_.path().toUtf8());
-    qputenv("ODBCINI", folder_.filePath(QStringLiteral("odbc.ini")).toUtf8());
-    QFile schema(QStringLiteral(KIBO_SOURCE_DIR "/src/store/schema/mysql.sql"));
-    if (!schema.open(QIODevice::ReadOnly)) throw std::runtime_error("no schema");
-    run(QStringLiteral(
-            "CREATE USER kibo@'%' IDENTIFIED BY '%1'; CREATE DATABASE kibo; GRANT ALL ON kibo.* TO kibo@'%'; "
-            "USE kibo;")
-            .arg(password()) +
-        QString::fromUtf8(schema.readAll()));
+    const std::string folder = folder_.path().toStdString();
+    std::ofstream(folder + "/odbcinst.ini") << "[MYSQL ODBC 5.1 Driver]\nDriver=libmaodbc.so\nThreading=0\n";
+    std::ofstream(folder + "/odbc.ini") << "[kibo_test]\nDriver=MYSQL ODBC 5.1 Driver\nSERVER=127.0.0.1\nPORT=" << port_
+                                        << "\nDATABASE=kibo\n";
+    ::setenv("ODBCSYSINI", folder.c_str(), 1);
+    ::setenv("ODBCINI", (folder + "/odbc.ini").c_str(), 1);
+    const QString account = QStringLiteral(
+        "CREATE USER kibo@'%' IDENTIFIED BY '%1'; CREATE DATABASE kibo; GRANT ALL ON kibo.* TO kibo@'%'; USE kibo;");
+    run(account.arg(password()) + QStringLiteral("\nsource " KIBO_SOURCE_DIR "/src/store/schema/mysql.sql"));
 }
 
 MariaDbServer::~MariaDbServer() {
@@ -102,10 +92,7 @@ void MariaDbServer::start() {
 
 void MariaDbServer::stop() {
     server_.terminate();
-    if (!server_.waitForFinished(30000)) {
-        server_.kill();
-        server_.waitForFinished();
-    }
+    if (!server_.waitForFinished(30000)) kill();
 }
 
 void MariaDbServer::kill() {

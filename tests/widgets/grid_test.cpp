@@ -79,18 +79,11 @@ TEST_F(GridTest, aReloadOfTheSameRowsChangesNothingAndOtherRowsKeepSelectionAndP
 }
 
 TEST_F(GridTest, showsChangedGrownAndEmptiedQueues) {
-    show(std::make_shared<GeneratedRows>(3));
-    EXPECT_EQ(shown(0, 6), QStringLiteral("1"));
-    auto other = std::make_shared<ListRows>();
-    other->append(
-        {QStringLiteral("0"), QStringLiteral("62899"), QStringLiteral("other"), {}, {}, {}, QStringLiteral("9")});
-    show(other);
-    EXPECT_EQ(grid->model()->rowCount(), 1);
-    EXPECT_EQ(shown(0, 2), QStringLiteral("other"));
-    show(std::make_shared<GeneratedRows>(5));
-    EXPECT_EQ(shown(4, 6), QStringLiteral("5"));
-    show(std::make_shared<ListRows>());
-    EXPECT_EQ(grid->model()->rowCount(), 0);
+    for (const auto& [count, firstId] : {std::pair(3, 1), std::pair(1, 9), std::pair(5, 1), std::pair(0, 1)}) {
+        show(std::make_shared<GeneratedRows>(count, firstId));
+        ASSERT_EQ(grid->model()->rowCount(), count);
+        for (int row = 0; row < count; ++row) EXPECT_EQ(shown(row, 6), QString::number(firstId + row));
+    }
 }
 
 TEST_F(GridTest, aSortedAndSearchedListNamesItsRowsByTheirKeys) {

@@ -41,6 +41,7 @@ constexpr std::array kNames{
     Name{ErrorCode::UnknownMethod, "unknown method"},
     Name{ErrorCode::UnsupportedOperation, "unsupported operation"},
 };
+static_assert(kNames.size() == static_cast<std::size_t>(ErrorCode::UnsupportedOperation) + 1, "each error has a name");
 
 }  // namespace
 
