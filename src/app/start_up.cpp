@@ -39,6 +39,12 @@ Settings StartUp::prepareFolder() {
         settings.UseMDB = QStringLiteral("Y");
         WriteIni(QStringLiteral("DB"), QStringLiteral("UseMDB"), settings.UseMDB, settingsFile());
     }
+    if (isYes(settings.UseMDB)) {
+        const Result<void> complete = completeLocalStore(QDir(programFolder_).filePath(QStringLiteral("kb.mdb")));
+        if (!complete)
+            log::warning("app",
+                         QStringLiteral("kb.mdb can't be completed: ") + QString::fromStdString(complete.failure().text));
+    }
     return settings;
 }
 

@@ -75,6 +75,7 @@ const Option kOptions[] = {
     OPTION(kKibo, UseIE, kYesNo),
     OPTION(kKibo, ShowIE, kYesNo),
     OPTION(kKibo, MaxFileMB, kNumber),
+    OPTION(kKibo, MessageDays, kNumber),
     OPTION(kKibo, StartAddress, kLongText),
     OPTION(kKibo, ChatAddress, kLongText),
     OPTION(kKibo, ChromeDriver, kLongText),

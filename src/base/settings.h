@@ -32,6 +32,7 @@ struct Settings {
     QString StartAddress;   ///< page to open; empty: kDefaultStartAddress
     QString ChatAddress;    ///< click-to-chat address; empty: kDefaultChatAddress
     QString MaxFileMB;      ///< largest file that is sent, in megabytes; empty: 64
+    QString MessageDays;    ///< how long `kibo_message` keeps what became of a message; empty: 90
     QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
     QString ElementServer;  ///< host or address of the element service; empty: none
 

@@ -11,6 +11,7 @@
 #include "engine/locator_check.h"
 #include "engine/login_watch.h"
 #include "engine/message_files.h"
+#include "engine/message_records.h"
 #include "engine/message_sender.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
@@ -47,15 +48,17 @@ struct Gateway {
     explicit Gateway(const Needs& n)
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
-          queue(n.state, n.settings, n.database, n.clock),
+          records(n.state, n.settings, n.database, n.clock),
+          queue(n.state, n.settings, n.database, n.clock, records),
           locators(n.state, n.clock),
           target(n.state, n.page, n.elements, n.clock, pacing, opener, locators),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia, n.releaseMedia),
           attachments(n.page, n.clock, pacing, typer),
-          sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal}),
+          sender(
+              {n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal, records}),
           deliveryCheck(n.page, n.clock, pacing, target),
-          recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck),
+          recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck, records),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
@@ -65,6 +68,7 @@ struct Gateway {
 
     Pacing pacing;
     ChatOpener opener;
+    MessageRecords records;
     OutboxQueue queue;
     LocatorCheck locators;
     ChatTarget target;

@@ -44,6 +44,7 @@ bool MessageSender::KIRIM_MODE2() {
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
     leftToRecovery_.clear();
+    newestId_.clear();
     const qint64 start = p_.clock.monotonicMs();
     const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
     if (!files) {
@@ -67,7 +68,7 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
         return false;
     }
     ++s.sentCount;
-    p_.journal.ended(s.txtid.text);
+    noteSent();
     QString line = QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
                        .arg(s.txtid.text, destination())
                        .arg(opened - start)
@@ -140,7 +141,11 @@ Result<QString> MessageSender::typeText(const ChatLook& chat, const QString& tex
 /// meanwhile, up to `newest`, is not this message.
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text, const QString& newest) {
     const QString& before = newest.isEmpty() ? chat.chat.lastMessageId : newest;
-    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, before)) return {};
+    if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, before)) {
+        p_.records.typed(p_.state.txtid.text);
+        newestBefore_ = before;
+        return {};
+    }
     return failed("the journal can't be written, so the message was not sent");
 }
 
@@ -154,9 +159,22 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
         const auto box = p_.page.awaitSent(next, kEmptiedMs);
         if (box && box->linkPointed) p_.opener.linkPointed(next);
         if (box && box->chatSerial != chatSerial) return false;
-        if (box && box->asExpected) return true;
+        if (box && box->asExpected) {
+            newestId_ = box->lastMessageId;
+            return true;
+        }
     }
     return false;
+}
+
+/// A page that draws the message late still shows the one before it as its newest.
+void MessageSender::noteSent() {
+    const QString& id = p_.state.txtid.text;
+    p_.records.sent(id, newestId_ == newestBefore_ ? QString() : newestId_);
+    if (p_.records.ended(id, {MessageRecords::kSent}))
+        p_.journal.ended(id);
+    else
+        p_.journal.sent(id);
 }
 
 /// The journal keeps it open: its chat is looked into before anything else is sent.
@@ -192,7 +210,7 @@ void MessageSender::recordFailure(const QString& reason) {
     s.ms2.setRows(unsent_);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
     p_.journal.failed(s.txtid.text, reason);
-    if (p_.queue.markFailed(s.txtid.text))
+    if (p_.queue.markFailed(s.txtid.text, reason))
         p_.journal.ended(s.txtid.text);
     else
         log::error("engine",

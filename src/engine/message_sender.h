@@ -39,6 +39,7 @@ class MessageSender {
         AttachmentSender& attachments;
         OutboxQueue& queue;
         SendJournal& journal;
+        MessageRecords& records;
     };
     explicit MessageSender(Parts parts);
 
@@ -67,6 +68,7 @@ class MessageSender {
     Result<void> sendText(const ChatLook& chat, const QString& text);
     Result<QString> typeText(const ChatLook& chat, const QString& text);
     bool pressEnterAndConfirm(int chatSerial);
+    void noteSent();
     Result<void> noteInJournal(const ChatLook& chat, const QString& text, const QString& newest);
     QString destination() const;
     void leaveInDoubt(const Failure& failure);
@@ -75,6 +77,8 @@ class MessageSender {
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
+    QString newestBefore_;    // the same before Enter
+    QString newestId_;        // the chat's newest message once the box had emptied; empty: not told
     QString leftToRecovery_;  // id of the last message that was broken off before it was typed
 };
 

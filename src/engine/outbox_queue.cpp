@@ -120,8 +120,9 @@ class QueueRows : public RowSource {
 
 }  // namespace
 
-OutboxQueue::OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock)
-    : state_(state), settings_(settings), database_(database), clock_(clock), refused_(clock) {}
+OutboxQueue::OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock,
+                         MessageRecords& records)
+    : state_(state), settings_(settings), database_(database), clock_(clock), records_(records), refused_(clock) {}
 
 void OutboxQueue::cmd_OutboxRefresh_Click() {
     const QString now = clock_.now().toString(kTimeFormat);
@@ -223,6 +224,12 @@ std::optional<QueuedRow> OutboxQueue::nextRow() {
 }
 
 OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
+    const std::optional<Taken> recorded = records_.areKept() ? take(loaded, true) : std::nullopt;
+    return recorded ? *recorded : *take(loaded, false);
+}
+
+/// Nothing when the record alone was refused: then nothing at all was done, and the message is taken without one.
+std::optional<OutboxQueue::Taken> OutboxQueue::take(const QueuedRow& loaded, bool recorded) {
     const QString& id = loaded.id;
     const qint64 key = id.toLongLong();
     unknownTake_ = id;
@@ -235,6 +242,12 @@ OutboxQueue::Taken OutboxQueue::take(const QueuedRow& loaded) {
         loadedMark_.clear();
         unknownTake_.clear();
         return Taken::No;
+    }
+    if (recorded) {
+        if (const Result<void> begun = records_.taken(id); !begun) {
+            if (begun.failure().kind == FailureKind::ConnectionLost) return notTaken(id, {}, begun.failure());
+            return std::nullopt;
+        }
     }
     const QString copy = multi() ? kCopyInMulti : kCopyToSent;
     const Database::Values whose = multi() ? Database::Values{profile(), key} : Database::Values{key};
@@ -292,14 +305,17 @@ void OutboxQueue::showRefused() {
                                               refused_.firstReason());
 }
 
-bool OutboxQueue::markFailed(const QString& id) {
+bool OutboxQueue::markFailed(const QString& id, const QString& reason) {
     // By the row's id alone the statement would mark the copy of another profile that was given the row.
     const auto place = multi() ? find(id) : std::optional(Place{.copied = true});
     if (!place) return false;
     const auto marked = !place->copied ? std::optional<qint64>(0)
                                        : database_.execute(multi() ? kFailInMulti : kFailInSent, {id.toLongLong()});
     if (marked == 0) log::error("engine", QStringLiteral("message %1 has no copy to be marked as failed").arg(id));
-    return marked.has_value();
+    if (!marked) return false;
+    const QString code = reasonCode(reason);
+    const bool inDoubt = code == QStringLiteral("in_doubt");
+    return records_.ended(id, {inDoubt ? MessageRecords::kInDoubt : MessageRecords::kFail, code, reason});
 }
 
 std::optional<OutboxQueue::Place> OutboxQueue::find(const QString& id) {

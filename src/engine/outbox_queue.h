@@ -7,6 +7,7 @@
 #include "base/clock.h"
 #include "base/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/message_records.h"
 #include "engine/refused_rows.h"
 #include "engine/send_journal.h"
 #include "store/database.h"
@@ -33,7 +34,7 @@ constexpr int kLimit = 10;  // of `LimitSelect`
 class OutboxQueue {
  public:
     /// `settings` is changed in one place: on the local store, which has no schedule, `Scheduled` becomes "N".
-    OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock);
+    OutboxQueue(GatewayState& state, Settings& settings, Database& database, Clock& clock, MessageRecords& records);
 
     /// Column numbers of the grid `ms_out`.
     enum Column { Mode, Number, Text, Media, File, Time, Id };
@@ -69,8 +70,8 @@ class OutboxQueue {
     /// How many messages are left alone for a while, being refused.
     int refusedCount() const { return refused_.count(); }
 
-    /// Marks the sent copy of a message as failed. False when the store refuses at the moment.
-    bool markFailed(const QString& id);
+    /// Marks the sent copy of a message as failed, and notes why. False when the store refuses at the moment.
+    bool markFailed(const QString& id, const QString& reason);
 
     /// Where a message stands; nothing when the store can't tell.
     struct Place {
@@ -100,6 +101,7 @@ class OutboxQueue {
     QString profile() const { return state_.cb_Profil.text; }
     int nextIndex();
     std::optional<QueuedRow> lockedRow(qint64 id);
+    std::optional<Taken> take(const QueuedRow& loaded, bool recorded);
     Taken notTaken(const QString& id, const QString& sql, const Failure& failure);
     void showRefused();
 
@@ -107,6 +109,7 @@ class OutboxQueue {
     Settings& settings_;
     Database& database_;
     Clock& clock_;
+    MessageRecords& records_;
     qint64 dueCount_ = 0;
     QString counted_;  // what `dueCount_` counts
     qint64 countAgainMs_ = 0;

@@ -13,7 +13,8 @@ const QString kDo = QStringLiteral("do"), kId = QStringLiteral("id"), kText = QS
               kTo = QStringLiteral("to"), kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"),
               kRow = QStringLiteral("row");
 const QString kTaken = QStringLiteral("taken"), kTyped = QStringLiteral("typed"), kFailed = QStringLiteral("failed"),
-              kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back"), kLookLost = QStringLiteral("look lost");
+              kSent = QStringLiteral("sent"), kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back"),
+              kLookLost = QStringLiteral("look lost");
 
 std::string lineOf(const QJsonObject& record) {
     return QJsonDocument(record).toJson(QJsonDocument::Compact).toStdString() + '\n';
@@ -73,6 +74,11 @@ Result<void> SendJournal::typed(const QString& id, const QString& destination, c
 
 void SendJournal::failed(const QString& id, const QString& reason) {
     const QJsonObject record{{kDo, kFailed}, {kId, id}, {kReason, reason}};
+    if (!write(record)) apply(record);
+}
+
+void SendJournal::sent(const QString& id) {
+    const QJsonObject record{{kDo, kSent}, {kId, id}};
     if (!write(record)) apply(record);
 }
 
@@ -147,6 +153,8 @@ void SendJournal::apply(const QJsonObject& record) {
     } else if (what == kFailed) {
         entry->stage = Stage::Failed;
         entry->reason = record[kReason].toString();
+    } else if (what == kSent) {
+        entry->stage = Stage::Sent;
     } else if (what == kEnded) {
         entries_.erase(entry);
         if (back_ == id) back_.clear();

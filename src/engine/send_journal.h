@@ -22,9 +22,10 @@ struct QueuedRow {
 class SendJournal {
  public:
     enum class Stage {
-        Taken,  ///< the queue's statements may have run, nothing was typed
-        Typed,  ///< Enter may have been pressed
-        Failed  ///< nothing will be typed any more; the copy in the sent log may not say so yet
+        Taken,   ///< the queue's statements may have run, nothing was typed
+        Typed,   ///< Enter may have been pressed
+        Failed,  ///< nothing will be typed any more; the copy in the sent log may not say so yet
+        Sent     ///< seen to go; `kibo_message` doesn't say so yet
     };
     struct Entry {
         QueuedRow row;
@@ -53,6 +54,7 @@ class SendJournal {
                        const QString& lastMessageId);
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
     void failed(const QString& id, const QString& reason);
+    void sent(const QString& id);
     /// The browser was lost while it was looked for in its chat.
     void lookLost(const QString& id);
     /// Sent, marked as failed, or in the queue as if it had never been taken.

@@ -19,15 +19,24 @@ constexpr int kMostLostLooks = 2;
 }  // namespace
 
 SendRecovery::SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
-                           MessageSender& sender, DeliveryCheck& deliveryCheck)
-    : state_(state), clock_(clock), journal_(journal), queue_(queue), sender_(sender), deliveryCheck_(deliveryCheck) {}
+                           MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records)
+    : state_(state),
+      clock_(clock),
+      journal_(journal),
+      queue_(queue),
+      sender_(sender),
+      deliveryCheck_(deliveryCheck),
+      records_(records) {}
 
 bool SendRecovery::settleInStore() {
     bool settled = true;
     const std::vector<SendJournal::Entry> entries = journal_.entries();  // settling takes them out of the journal
     for (const SendJournal::Entry& entry : entries) {
         if (entry.stage == SendJournal::Stage::Taken) settled = settleTaken(entry) && settled;
-        if (entry.stage == SendJournal::Stage::Failed && queue_.markFailed(entry.row.id)) journal_.ended(entry.row.id);
+        const bool noted =
+            (entry.stage == SendJournal::Stage::Failed && queue_.markFailed(entry.row.id, entry.reason)) ||
+            (entry.stage == SendJournal::Stage::Sent && records_.ended(entry.row.id, {MessageRecords::kSent}));
+        if (noted) journal_.ended(entry.row.id);
     }
     return settled;
 }
@@ -38,6 +47,7 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
     if (place->queued) {
         if (place->copied && !queue_.removeCopy(entry.row)) return false;
         log::info("engine", QStringLiteral("message %1 is in the queue again").arg(entry.row.id));
+        isBack(entry.row.id);
         journal_.ended(entry.row.id);
         return true;
     }
@@ -58,6 +68,7 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         if (now->queued) {  // a server that broke off may have put it back all the same
             log::warning("engine",
                          QStringLiteral("message %1 is in the queue again: it was not typed").arg(entry.row.id));
+            isBack(entry.row.id);
             if (entry.wentBack || !blameless)
                 journal_.wentBack(entry.row.id);
             else
@@ -68,6 +79,11 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
     showAsMessage(entry);
     sender_.recordFailure(entry.wentBack ? kNotTypedAgain : kNotTyped);
     return true;
+}
+
+/// What this leaves open is closed with the message's next attempt.
+void SendRecovery::isBack(const QString& id) {
+    records_.ended(id, {MessageRecords::kPutBack});
 }
 
 bool SendRecovery::needsPage() const {
@@ -112,7 +128,10 @@ SendRecovery::Look SendRecovery::settleOnPage() {
     if (delivery == Delivery::Delivered) {
         log::info("engine", QStringLiteral("message %1 was sent: its chat shows it").arg(id));
         ++state_.sentCount;
-        journal_.ended(id);
+        if (records_.ended(id, {MessageRecords::kSent}))
+            journal_.ended(id);
+        else
+            journal_.sent(id);
     } else {
         sender_.recordFailure(delivery == Delivery::NotDelivered ? kNotSent : kCanNotTell);
     }

@@ -21,7 +21,7 @@ namespace kibo {
 class SendRecovery {
  public:
     SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
-                 MessageSender& sender, DeliveryCheck& deliveryCheck);
+                 MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records);
 
     /// What the tables can tell. False while a message that was not typed can't be settled: the store refuses.
     bool settleInStore();
@@ -38,6 +38,7 @@ class SendRecovery {
  private:
     bool settleTaken(const SendJournal::Entry& entry);
     bool looksFirst(const QString& id) const { return firstLookId_ != id; }
+    void isBack(const QString& id);
     void showAsMessage(const SendJournal::Entry& entry);
 
     GatewayState& state_;
@@ -46,6 +47,7 @@ class SendRecovery {
     OutboxQueue& queue_;
     MessageSender& sender_;
     DeliveryCheck& deliveryCheck_;
+    MessageRecords& records_;
     QString firstLookId_;  // of the message that the first look has not found
     qint64 firstLookMs_ = 0;
 };

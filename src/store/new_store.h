@@ -17,6 +17,10 @@ enum class StoreContent { Main, Elements };
 /// has such rights.
 Result<LocalFormat> makeStore(const QString& file, StoreContent content);
 
+/// Makes the tables and views that an older program's main store in the SQLite file `file` lacks. Those that are there
+/// stay as they are; so does a file of another kind.
+Result<void> completeLocalStore(const QString& file);
+
 /// Makes the tables that the database of `settings` on a server does not hold yet, for an operator who has said so: the
 /// program never does it by itself. Tables that are there stay as they are.
 Result<void> makeServerTables(const Settings& settings);

@@ -76,7 +76,7 @@ TEST_F(Queue, TakingMovesTheRowInOnePiece) {
               QStringLiteral("O'Brien \"x\" \\ 😀"));
     EXPECT_EQ(gateway.queue.take(row), OutboxQueue::Taken::No) << "it has gone";
     EXPECT_EQ(count(QStringLiteral("sent")), 1);
-    EXPECT_TRUE(gateway.queue.markFailed(QString::number(id)));
+    EXPECT_TRUE(gateway.queue.markFailed(QString::number(id), {}));
     EXPECT_EQ(status(id), QStringLiteral("fail"));
 
     queue(QStringLiteral("6281"), QStringLiteral("x"));
@@ -186,7 +186,7 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
     const QueuedRow mine = next();
     EXPECT_EQ(mine.text, QStringLiteral("mine"));
     EXPECT_EQ(gateway.queue.take(mine), OutboxQueue::Taken::Yes);
-    EXPECT_TRUE(gateway.queue.markFailed(mine.id));
+    EXPECT_TRUE(gateway.queue.markFailed(mine.id, {}));
     const auto sent = database.OpenRecordset(QStringLiteral("select * from multi where tipe = 'S'"));
     EXPECT_EQ(sent.recordCount(), 1);
     EXPECT_EQ(sent.field(QStringLiteral("id_outbox")), QStringLiteral("1"));
@@ -203,7 +203,7 @@ TEST_F(Queue, InstancesOfOneDatabaseSeeTheirOwnRowsOnly) {
         QStringLiteral("update multi set tipe = 'S', id_outbox = id where tipe = 'O' and id = ?"), {given.id}));
     EXPECT_TRUE(gateway.recovery.settleInStore());
     EXPECT_TRUE(journal.entries().empty());
-    EXPECT_TRUE(gateway.queue.markFailed(given.id));
+    EXPECT_TRUE(gateway.queue.markFailed(given.id, {}));
     const auto copies =
         database.OpenRecordset(QStringLiteral("select profil, status from multi where id_outbox = ?"), {given.id});
     EXPECT_EQ(copies.recordCount(), 1);

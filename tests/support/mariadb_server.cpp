@@ -124,8 +124,9 @@ QString MariaDbServer::run(const QString& sql) {
 
 void MariaDbServer::empty() {
     QString sql;
-    for (const QString& table : run(QStringLiteral("SHOW TABLES")).split(u'\n', Qt::SkipEmptyParts))
-        sql += QStringLiteral("TRUNCATE TABLE %1;").arg(table);
+    const QString all = run(QStringLiteral("SHOW FULL TABLES WHERE Table_type = 'BASE TABLE'"));
+    for (const QString& table : all.split(u'\n', Qt::SkipEmptyParts))
+        sql += QStringLiteral("TRUNCATE TABLE %1;").arg(table.section(u'\t', 0, 0));
     run(sql);
 }
 

@@ -122,3 +122,23 @@ CREATE TABLE datacollect (
     c9 MEMO DEFAULT ""
 );
 CREATE INDEX datacollect_profil ON datacollect (profil);
+
+-- What became of each message: a row for each time that one was taken. Kibo's own; the stores that keep views have two for reading it.
+CREATE TABLE kibo_message (
+    id COUNTER PRIMARY KEY,
+    source TEXT(16) NOT NULL,
+    profil TEXT(64) NOT NULL DEFAULT "",
+    outbox_id LONG NOT NULL,
+    taken DATETIME,
+    typed DATETIME,
+    sent DATETIME,
+    ended DATETIME,
+    result TEXT(16),
+    reason_code TEXT(32),
+    reason TEXT(255),
+    ms LONG,
+    page_id TEXT(128),
+    ticks SMALLINT,
+    ticks_time DATETIME
+);
+CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);

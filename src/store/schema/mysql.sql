@@ -129,3 +129,67 @@ CREATE TABLE datacollect (
     c9 MEDIUMTEXT NOT NULL DEFAULT ('')
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX datacollect_profil ON datacollect (profil);
+
+-- What became of each message: a row for each time that one was taken. Kibo's own; see the views for reading it.
+CREATE TABLE kibo_message (
+    id BIGINT NOT NULL AUTO_INCREMENT PRIMARY KEY,
+    source VARCHAR(16) NOT NULL,
+    profil VARCHAR(64) NOT NULL DEFAULT '',
+    outbox_id BIGINT NOT NULL,
+    taken DATETIME,
+    typed DATETIME,
+    sent DATETIME,
+    ended DATETIME,
+    result VARCHAR(16),
+    reason_code VARCHAR(32),
+    reason VARCHAR(255),
+    ms BIGINT,
+    page_id VARCHAR(128),
+    ticks SMALLINT,
+    ticks_time DATETIME
+) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
+CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
+
+-- What integrators ask: what stands where, and whether that can still change.
+CREATE VIEW kibo_outcome AS
+SELECT o.id AS id, '' AS profil, 'waiting' AS state, NULL AS reason_code, NULL AS reason, 0 AS final,
+    NULL AS taken, NULL AS typed, NULL AS sent, NULL AS ended, NULL AS ms, NULL AS ticks, NULL AS ticks_time
+FROM outbox o
+UNION ALL
+SELECT m.id, m.profil, 'waiting', NULL, NULL, 0, NULL, NULL, NULL, NULL, NULL, NULL, NULL
+FROM multi m WHERE m.tipe = 'O'
+UNION ALL
+SELECT s.id, coalesce(k.profil, ''),
+    CASE WHEN k.id IS NOT NULL AND k.ended IS NULL THEN 'sending'
+         WHEN k.result = 'in doubt' AND lower(s.status) = 'fail' THEN 'in doubt'
+         WHEN lower(s.status) = 'fail' THEN 'fail' ELSE 'sent' END,
+    k.reason_code, k.reason, CASE WHEN k.id IS NOT NULL AND k.ended IS NULL THEN 0 ELSE 1 END,
+    k.taken, k.typed, k.sent, k.ended, k.ms, k.ticks, k.ticks_time
+FROM sent s LEFT JOIN kibo_message k ON k.id =
+    (SELECT max(n.id) FROM kibo_message n WHERE n.outbox_id = s.id AND n.source = 'outbox')
+UNION ALL
+SELECT s.id_outbox, s.profil,
+    CASE WHEN k.id IS NOT NULL AND k.ended IS NULL THEN 'sending'
+         WHEN k.result = 'in doubt' AND lower(s.status) = 'fail' THEN 'in doubt'
+         WHEN lower(s.status) = 'fail' THEN 'fail' ELSE 'sent' END,
+    k.reason_code, k.reason, CASE WHEN k.id IS NOT NULL AND k.ended IS NULL THEN 0 ELSE 1 END,
+    k.taken, k.typed, k.sent, k.ended, k.ms, k.ticks, k.ticks_time
+FROM multi s LEFT JOIN kibo_message k ON k.id =
+    (SELECT max(n.id) FROM kibo_message n WHERE n.outbox_id = s.id_outbox AND n.source = 'multi' AND n.profil = s.profil)
+WHERE s.tipe = 'S';
+
+-- Why a message waits, as far as the tables tell: held, not due yet (where the schedule is on), or behind others.
+CREATE VIEW kibo_waiting AS
+SELECT o.id AS id, '' AS profil,
+    CASE WHEN o.wa_mode = 3 THEN 'held' WHEN o.wa_time > now() THEN 'not due' ELSE 'queued' END AS reason,
+    o.wa_time AS wa_time,
+    CASE WHEN o.wa_mode = 3 THEN NULL
+         ELSE row_number() OVER (PARTITION BY CASE WHEN o.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY o.id) - 1 END AS behind
+FROM outbox o
+UNION ALL
+SELECT m.id, m.profil,
+    CASE WHEN m.wa_mode = 3 THEN 'held' WHEN m.wa_time > now() THEN 'not due' ELSE 'queued' END,
+    m.wa_time,
+    CASE WHEN m.wa_mode = 3 THEN NULL
+         ELSE row_number() OVER (PARTITION BY m.profil, CASE WHEN m.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY m.id) - 1 END
+FROM multi m WHERE m.tipe = 'O';

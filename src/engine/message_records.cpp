@@ -1,0 +1,151 @@
+#include "engine/message_records.h"
+
+#include <algorithm>
+
+#include "base/log.h"
+
+namespace kibo {
+namespace {
+
+const QString kBegin =
+    QStringLiteral("insert into kibo_message (source, profil, outbox_id, taken) values (?, ?, ?, ?)");
+// The columns in the same order, so that the values are the same.
+const QString kComplete = QStringLiteral(
+    "update kibo_message set typed = ?, sent = ?, ended = ?, result = ?, reason_code = ?, reason = ?, ms = ?, "
+    "page_id = ? where outbox_id = ? and source = ? and profil = ? and ended is null");
+const QString kWhole = QStringLiteral(
+    "insert into kibo_message (typed, sent, ended, result, reason_code, reason, ms, page_id, outbox_id, source, "
+    "profil, taken) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+const QString kOldest = QStringLiteral("select min(id) as oldest from kibo_message");
+const QString kRemove = QStringLiteral("delete from kibo_message where id < ? and taken < ?");
+
+constexpr qint64 kLeftOffMs = 60'000;
+constexpr qint64 kRemoveEveryMs = 1'000, kLookForOldEveryMs = 3'600'000;
+constexpr qint64 kRemovedAtOnce = 500;
+constexpr int kDays = 90;
+constexpr int kReasonCharacters = 255;
+
+QVariant timeText(const QDateTime& time) {
+    if (!time.isValid()) return {};
+    return QVariant::fromValue(StoredTime{time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
+}
+
+struct Code {
+    const char* words;
+    const char* code;
+};
+/// The first one whose words occur counts.
+constexpr Code kCodes[] = {
+    {"in doubt", "in_doubt"},
+    {"not on WhatsApp", "not_on_whatsapp"},
+    {"the number is too short", "bad_number"},
+    {"the number holds more than digits", "bad_number"},
+    {"names neither a number nor a name", "no_number"},
+    {"no chat has this name", "no_such_name"},
+    {"ambiguous", "ambiguous_name"},
+    {"unknown wa_mode", "bad_mode"},
+    {"the message is empty", "empty"},
+    {"Page changed", "page_changed"},
+    {"did not open in time", "chat_not_opened"},
+    {"the page holds another chat's link", "disturbed"},
+    {"another chat came up", "disturbed"},
+    {"changed before Enter", "disturbed"},
+    {"did not take the text", "disturbed"},
+    {"closed before it was sent", "disturbed"},
+    {"not in the list any more", "disturbed"},
+    {"search", "disturbed"},
+    {"preview of the file", "file_not_taken"},
+    {"did not take the file", "file_not_taken"},
+    {"stopped by the operator", "stopped"},
+    {"before the message was typed", "interrupted"},
+    {"broken off by an error", "interrupted"},
+    {"the message was not sent", "not_sent"},
+    {"the journal can't be written", "journal"},
+    {"the media file", "file"},
+    {"the document", "file"},
+    {"http", "file"},
+    {"the server", "file"},
+};
+
+}  // namespace
+
+QString reasonCode(const QString& words) {
+    const auto* found = std::find_if(std::begin(kCodes), std::end(kCodes),
+                                     [&](const Code& one) { return words.contains(QLatin1String(one.words)); });
+    return found == std::end(kCodes) ? QStringLiteral("other") : QLatin1String(found->code);
+}
+
+Result<void> MessageRecords::taken(const QString& id) {
+    current_ = {id, clock_.monotonicMs(), {}, {}, {}};
+    const auto begun =
+        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), timeText(clock_.now())});
+    if (begun) return {};
+    leaveOff(begun.failure());
+    return begun.failure();
+}
+
+void MessageRecords::typed(const QString& id) {
+    if (current_.id == id) current_.typed = clock_.now();
+}
+
+void MessageRecords::sent(const QString& id, const QString& pageId) {
+    if (current_.id != id) return;
+    current_.sent = clock_.now();
+    current_.pageId = pageId;
+}
+
+bool MessageRecords::ended(const QString& id, const End& end) {
+    if (!areKept()) return true;
+    const Result<void> completed = complete(id, end);
+    if (completed) return true;
+    if (completed.failure().kind == FailureKind::ConnectionLost) return false;
+    leaveOff(completed.failure());
+    return true;
+}
+
+Result<void> MessageRecords::complete(const QString& id, const End& end) {
+    const Moments moments = current_.id == id ? current_ : Moments{};
+    const QVariant tookMs = moments.id.isEmpty() ? QVariant() : QVariant(clock_.monotonicMs() - moments.takenMs);
+    const QVariant now = timeText(clock_.now());
+    const auto text = [](const QString& value) { return value.isEmpty() ? QVariant() : QVariant(value); };
+    const Database::Values values{timeText(moments.typed),
+                                  timeText(moments.sent),
+                                  now,
+                                  QString::fromLatin1(end.result),
+                                  text(end.reasonCode),
+                                  text(end.reason.left(kReasonCharacters)),
+                                  tookMs,
+                                  text(moments.pageId),
+                                  id.toLongLong(),
+                                  source(),
+                                  state_.cb_Profil.text};
+    const auto completed = database_.attempt(kComplete, values);
+    if (!completed) return completed.failure();
+    if (completed.value() > 0) return {};
+    // Taken while the table was not kept, or lost with a store's last statements.
+    const auto written = database_.attempt(kWhole, values + Database::Values{now});
+    return written ? Result<void>() : Result<void>(written.failure());
+}
+
+void MessageRecords::leaveOff(const Failure& failure) {
+    if (failure.kind == FailureKind::ConnectionLost) return;
+    if (areKept())
+        log::warning("engine", QStringLiteral("what becomes of messages is not noted in kibo_message: %1")
+                                   .arg(QString::fromStdString(failure.text)));
+    keptAgainMs_ = clock_.monotonicMs() + kLeftOffMs;
+}
+
+void MessageRecords::removeOld() {
+    const qint64 now = clock_.monotonicMs();
+    if (now < removeAgainMs_ || !areKept() || !database_.isOpen()) return;
+    removeAgainMs_ = now + kLookForOldEveryMs;
+    const Recordset oldest = database_.OpenRecordset(kOldest);
+    if (oldest.eof() || oldest.field(0).isEmpty()) return;
+    bool isNumber = false;
+    const int days = settings_.MessageDays.toInt(&isNumber);
+    const QDateTime end = clock_.now().addDays(-(isNumber && days > 0 ? days : kDays));
+    const auto removed = database_.execute(kRemove, {oldest.field(0).toLongLong() + kRemovedAtOnce, timeText(end)});
+    if (removed.value_or(0) > 0) removeAgainMs_ = now + kRemoveEveryMs;
+}
+
+}  // namespace kibo

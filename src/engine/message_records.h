@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include "base/clock.h"
+#include "base/settings.h"
+#include "engine/gateway_state.h"
+#include "store/database.h"
+
+namespace kibo {
+
+/// What became of each message, in the table `kibo_message`, for operators and integrators: a row for each time that a
+/// message was taken, begun in the transaction that takes it and completed when it has ended. It stands beside the
+/// sent log, never in its place. A store that has no such table, or refuses the row, costs the record and nothing else.
+class MessageRecords {
+ public:
+    /// All must outlive the object.
+    MessageRecords(const GatewayState& state, const Settings& settings, Database& database, const Clock& clock)
+        : state_(state), settings_(settings), database_(database), clock_(clock) {}
+
+    /// Whether the table is kept at the moment; one that refused is tried again after a minute.
+    bool areKept() const { return clock_.monotonicMs() >= keptAgainMs_; }
+    /// Begins the row of a message, inside the transaction that takes it. After a failure that transaction is of no
+    /// more use.
+    Result<void> taken(const QString& id);
+
+    /// Moments of the message in hand.
+    void typed(const QString& id);
+    /// `pageId`: the page's own id of the message; empty where the page didn't tell.
+    void sent(const QString& id, const QString& pageId);
+
+    struct End {
+        const char* result;  ///< kSent …
+        QString reasonCode = {};
+        QString reason = {};
+    };
+    static constexpr const char *kSent = "sent", *kFail = "fail", *kInDoubt = "in doubt", *kPutBack = "put back";
+    /// Completes the row. False when the store is away: it has to be tried again.
+    bool ended(const QString& id, const End& end);
+
+    /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
+    void removeOld();
+
+ private:
+    struct Moments {
+        QString id;
+        qint64 takenMs = 0;
+        QDateTime typed, sent;
+        QString pageId;
+    };
+
+    bool multi() const { return isYes(settings_.Multi); }
+    QString source() const { return multi() ? QStringLiteral("multi") : QStringLiteral("outbox"); }
+    Result<void> complete(const QString& id, const End& end);
+    void leaveOff(const Failure& failure);
+
+    const GatewayState& state_;
+    const Settings& settings_;
+    Database& database_;
+    const Clock& clock_;
+    Moments current_;  // of the message that was taken last
+    qint64 keptAgainMs_ = 0;
+    qint64 removeAgainMs_ = 0;
+};
+
+/// A fixed code for a failure's words, which programs can rely on; "other" for words that none stands for.
+QString reasonCode(const QString& words);
+
+}  // namespace kibo

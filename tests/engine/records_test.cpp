@@ -1,0 +1,82 @@
+#include "engine_fixture.h"
+
+namespace kibo::test {
+namespace {
+
+const QString kAni = QStringLiteral("6281111111111");
+
+class Records : public Engine {
+ protected:
+    std::string outcome(qint64 id) {
+        const QString row = fromOutside(
+            QStringLiteral("select state, final, coalesce(reason_code, '') from kibo_outcome where id = %1").arg(id));
+        return QString(row).replace(u'\t', u'|').toStdString();
+    }
+    void run(const char* sql) const { fromOutside(QString::fromUtf8(sql)); }
+    std::string ask(const char* sql) const {
+        return fromOutside(QString::fromUtf8(sql)).replace(u'\t', u'|').replace(u'\n', u' ').toStdString();
+    }
+};
+
+TEST_F(Records, TellWhatBecameOfEachMessageAndWhen) {
+    page.unknown.insert(QStringLiteral("6289000"));
+    const qint64 sent = queue(kAni, QStringLiteral("a"));
+    const qint64 unknown = queue(QStringLiteral("6289000"), QStringLiteral("b"));
+    const qint64 held = queue(kAni, QStringLiteral("c"), 3);
+    EXPECT_EQ(outcome(sent), "waiting|0");
+    for (int i = 0; i < 200 && count(QStringLiteral("outbox")) > 1; ++i) tick();
+    EXPECT_EQ(outcome(sent), "sent|1");
+    EXPECT_EQ(outcome(unknown), "fail|1|not_on_whatsapp");
+    EXPECT_EQ(outcome(held), "waiting|0");
+    EXPECT_EQ(ask("select id, reason, behind from kibo_waiting"), QStringLiteral("%1|held").arg(held).toStdString());
+    EXPECT_EQ(ask("select profil, taken <= typed and typed <= sent and sent <= ended, ms > 500, page_id is not null "
+                  "from kibo_message where result = 'sent'"),
+              "7|1|1|1");
+    EXPECT_EQ(ask("select typed is null, reason from kibo_message where result = 'fail'"),
+              "1|the number is not on WhatsApp");
+}
+
+TEST_F(Records, AMessageIsNoLessSentWhereTheyAreRefused) {
+    run("create trigger no before insert on kibo_message begin select raise(rollback, 'not here'); end");
+    const qint64 first = queue(kAni, QStringLiteral("a"));
+    runQueue();
+    EXPECT_EQ(outcome(first), "sent|1");
+    EXPECT_EQ(ask("select count(*) from kibo_message"), "0");
+    run("drop trigger no");
+    queue(kAni, QStringLiteral("b"));
+    clock.wait(60'000);
+    runQueue();
+    EXPECT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(ask("select result from kibo_message"), "sent") << "tried again after a while";
+}
+
+TEST_F(Records, AreCompletedLaterWhereTheStoreIsAwayAtTheEnd) {
+    const qint64 id = queue(kAni, QStringLiteral("a"));
+    page.beforeEnter = [this] { database.close(); };
+    for (int i = 0; i < 40 && page.delivered.empty(); ++i) tick();
+    ASSERT_EQ(journal.entries().size(), 1U);
+    EXPECT_EQ(journal.entries()[0].stage, SendJournal::Stage::Sent) << "its chat need not be looked into";
+    EXPECT_EQ(outcome(id), "sending|0");
+    ASSERT_TRUE(database.OpenDatabase(settings, folder.path()).ok());
+    EXPECT_TRUE(gateway.recovery.settleInStore());
+    EXPECT_EQ(outcome(id), "sent|1");
+    EXPECT_TRUE(journal.entries().empty());
+}
+
+TEST_F(Records, OldOnesGoInSmallSteps) {
+    run("with recursive n(i) as (select 1 union all select i + 1 from n where i < 1200) "
+        "insert into kibo_message (source, outbox_id, taken) select 'outbox', i, '2001-01-01 00:00:00' from n");
+    settings.MessageDays = QStringLiteral("30");
+    gateway.records.removeOld();
+    EXPECT_EQ(ask("select count(*) from kibo_message"), "700");
+    for (int i = 0; i < 3; ++i) {
+        clock.wait(1000);
+        gateway.records.removeOld();
+    }
+    queue(kAni, QStringLiteral("a"));
+    runQueue();
+    EXPECT_EQ(ask("select count(*) from kibo_message"), "1");
+}
+
+}  // namespace
+}  // namespace kibo::test
