@@ -60,18 +60,23 @@ class Engine : public ::testing::Test {
 
     qint64 queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
                  const QString& file = {}) {
-        const bool added =
-            database
-                .execute(QStringLiteral(
-                             "insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"),
-                         {mode, number, text, media, file})
-                .has_value();
-        EXPECT_TRUE(added);
+        execute("insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)",
+                {mode, number, text, media, file});
         return database.lastInsertId();
     }
-    int count(const QString& table) {
-        return database.OpenRecordset(QStringLiteral("select count(*) from ") + table).field(0).toInt();
+    /// Runs a statement that must succeed.
+    void execute(const QByteArray& sql, const QVariantList& values = {}) {
+        EXPECT_TRUE(database.execute(QString::fromUtf8(sql), values)) << sql.constData();
     }
+    /// Has the store refuse what is written in these words of SQL, until the trigger `refuse` is dropped.
+    void refuse(const QByteArray& what) {
+        execute("create trigger refuse before " + what + " begin select raise(abort, 'refused'); end");
+    }
+    /// The first field of a query's first row.
+    QString field(const QByteArray& sql, const QVariantList& values = {}) {
+        return database.OpenRecordset(QString::fromUtf8(sql), values).field(0);
+    }
+    int count(const char* table) { return field(QByteArrayLiteral("select count(*) from ") + table).toInt(); }
     QString status(qint64 id) {
         const auto row = database.OpenRecordset(QStringLiteral("select status from sent where id = ?"), {id});
         return row.eof() ? QStringLiteral("(no row)") : row.field(0);
@@ -85,11 +90,14 @@ class Engine : public ::testing::Test {
         gateway.machine.Timer_KIBO_Timer();
         clock.wait(500);
     }
+    void ticks(int count) {
+        for (; count > 0; --count) tick();
+    }
     /// Ticks until the queue is empty, no message is left open, and nothing is going on any more.
     void runQueue(int mostTicks = 1000) {
         for (int i = 0; i < mostTicks; ++i) {
             tick();
-            if (count(QStringLiteral("outbox")) == 0 && journal.entries().empty()) return;
+            if (count("outbox") == 0 && journal.entries().empty()) return;
         }
         ADD_FAILURE() << "the queue did not become empty";
     }

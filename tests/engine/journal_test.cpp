@@ -6,16 +6,16 @@ namespace kibo {
 namespace {
 
 using test::Engine;
-const QString kAni = QStringLiteral("6281111111111");
+const QString kAni = u"6281111111111"_qs;
 
 /// Each test is the second start after a crash at some point of a send.
 class Crash : public Engine {
  protected:
     Crash() {
-        page.names = {{kDummy, QStringLiteral("Dummy")}};
-        id = queue(kAni, QStringLiteral("hello"));
-        row = {QString::number(id), QStringLiteral("0"), kAni, QStringLiteral("hello"), {}, {}, {}};
-        row.time = database.OpenRecordset(QStringLiteral("select wa_time from outbox")).field(0);
+        page.names = {{kDummy, u"Dummy"_qs}};
+        id = queue(kAni, u"hello"_qs);
+        row = {QString::number(id), u"0"_qs, kAni, u"hello"_qs, {}, {}, {}};
+        row.time = field("select wa_time from outbox");
     }
     /// The gateway as it is built at its next start, from what is on the disk.
     void restart() {
@@ -27,9 +27,9 @@ class Crash : public Engine {
         EXPECT_TRUE(journal.entries().empty());
     }
     void expectMarked(const char* reason) {
-        EXPECT_EQ(status(id), QStringLiteral("fail"));
-        EXPECT_EQ(count(QStringLiteral("sent")), 1);
-        EXPECT_EQ(count(QStringLiteral("outbox")), 0);
+        EXPECT_EQ(status(id), u"fail"_qs);
+        EXPECT_EQ(count("sent"), 1);
+        EXPECT_EQ(count("outbox"), 0);
         EXPECT_TRUE(lastReason().contains(QLatin1String(reason))) << lastReason().toStdString();
         EXPECT_TRUE(page.delivered.empty());
     }
@@ -44,22 +44,22 @@ TEST_F(Crash, BeforeTheQueueWasTouchedSendsTheMessageOnce) {
     ASSERT_EQ(journal.entries().size(), 1u);
     settle();
     ASSERT_EQ(page.delivered.size(), 1u);
-    EXPECT_EQ(count(QStringLiteral("sent")), 1);
+    EXPECT_EQ(count("sent"), 1);
     EXPECT_EQ(status(id), QString());
     EXPECT_EQ(QFileInfo(journalFile()).size(), 0) << "texts are not kept";
 }
 
 TEST_F(Crash, BetweenCopyAndDeleteSendsTheMessageOnce) {
     // An older message of the same id is not its copy.
-    ASSERT_TRUE(database.execute(QStringLiteral("insert into sent (id, wa_no, wa_text) values (?, '1', 'old')"), {id}));
+    execute("insert into sent (id, wa_no, wa_text) values (?, '1', 'old')", {id});
     ASSERT_TRUE(journal.taken(row));
-    ASSERT_TRUE(database.Execute(
-        QStringLiteral("insert into sent (id, wa_mode, wa_no, wa_text, wa_time) select id, wa_mode, wa_no, wa_text, "
-                       "wa_time from outbox")));
+    execute(
+        "insert into sent (id, wa_mode, wa_no, wa_text, wa_time) select id, wa_mode, wa_no, wa_text, "
+        "wa_time from outbox");
     restart();
     settle();
     EXPECT_EQ(page.delivered.size(), 1u);
-    EXPECT_EQ(count(QStringLiteral("sent")), 2) << "the old one and this one";
+    EXPECT_EQ(count("sent"), 2) << "the old one and this one";
 }
 
 TEST_F(Crash, BeforeTypingPutsTheMessageBackOnce) {
@@ -70,8 +70,8 @@ TEST_F(Crash, BeforeTypingPutsTheMessageBackOnce) {
     };
     crashBeforeTyping();
     EXPECT_TRUE(gateway.recovery.settleInStore());
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    EXPECT_EQ(count(QStringLiteral("sent")), 0);
+    EXPECT_EQ(count("outbox"), 1);
+    EXPECT_EQ(count("sent"), 0);
     QFile file(journalFile());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_FALSE(file.readAll().contains("hello")) << "texts are not kept";
@@ -81,66 +81,66 @@ TEST_F(Crash, BeforeTypingPutsTheMessageBackOnce) {
     expectMarked("for the second time");
 
     // What somebody has changed in the sent log since is not moved back.
-    id = queue(kAni, QStringLiteral("other"));
+    id = queue(kAni, u"other"_qs);
     gateway.queue.cmd_OutboxRefresh_Click();
     row = gateway.queue.nextRow().value();
     crashBeforeTyping();
-    ASSERT_TRUE(database.execute(QStringLiteral("update sent set wa_text = 'changed' where id = ?"), {id}));
+    execute("update sent set wa_text = 'changed' where id = ?", {id});
     settle();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_EQ(status(id), u"fail"_qs);
 }
 
 TEST_F(Crash, BeforeTheRowWasWithdrawnWritesNothing) {
     ASSERT_TRUE(journal.taken(row));
-    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    execute("delete from outbox");
     restart();
     settle();
-    EXPECT_EQ(count(QStringLiteral("sent")) + count(QStringLiteral("outbox")), 0) << "not raised from the dead";
+    EXPECT_EQ(count("sent") + count("outbox"), 0) << "not raised from the dead";
     EXPECT_EQ(state.ms2.rowCount(), 1);
     EXPECT_TRUE(page.delivered.empty());
 }
 
 TEST_F(Crash, OfTheAnswerToTheTakingSendsTheMessageOnce) {
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
-    for (int i = 0; i < 3; ++i) tick();
+    execute("alter table sent rename to away");
+    ticks(3);
     ASSERT_EQ(journal.entries().size(), 1u) << "what became of it is not known";
     // As a server leaves it whose answer to COMMIT did not arrive.
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
-    ASSERT_TRUE(database.Execute(
-        QStringLiteral("insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) select id, wa_mode, "
-                       "wa_no, wa_text, wa_media, wa_file, wa_time from outbox")));
-    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    execute("alter table away rename to sent");
+    execute(
+        "insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time) select id, wa_mode, "
+        "wa_no, wa_text, wa_media, wa_file, wa_time from outbox");
+    execute("delete from outbox");
     settle();
     EXPECT_EQ(page.delivered.size(), 1u);
     EXPECT_EQ(status(id), QString());
-    EXPECT_EQ(count(QStringLiteral("sent")), 1);
+    EXPECT_EQ(count("sent"), 1);
 }
 
 TEST_F(Crash, SettledAgainstASentLogThatRefusesHoldsUpNoOthers) {
     const auto refuse = [this](const char* what) {
-        EXPECT_TRUE(database.Execute(QStringLiteral("create trigger refuse before %1 = 'hello' begin select "
-                                                    "raise(abort, 'refused'); end")
-                                         .arg(QLatin1String(what))));
+        EXPECT_TRUE(
+            database.Execute(u"create trigger refuse before %1 = 'hello' begin select "
+                             "raise(abort, 'refused'); end"_qs.arg(QLatin1String(what))));
     };
     // A store that lost its last statements has what was typed in the queue again, from where it must not go out.
     ASSERT_TRUE(journal.taken(row));
-    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
-    queue(kAni, QStringLiteral("other"));
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, u"true_1"_qs));
+    queue(kAni, u"other"_qs);
     refuse("insert on sent when new.wa_text");
     restart();
     settle();
-    for (int i = 0; i < 20; ++i) tick();
+    ticks(20);
     ASSERT_EQ(page.delivered.size(), 1u);
-    EXPECT_EQ(page.delivered[0].text, QStringLiteral("other"));
-    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_mode from outbox")).field(0), QStringLiteral("3"));
+    EXPECT_EQ(page.delivered[0].text, u"other"_qs);
+    EXPECT_EQ(field("select wa_mode from outbox"), u"3"_qs);
 
     // A copy that can't be taken back.
-    ASSERT_TRUE(database.Execute(QStringLiteral("drop trigger refuse")));
-    ASSERT_TRUE(database.Execute(QStringLiteral("update outbox set wa_mode = 0")));
+    execute("drop trigger refuse");
+    execute("update outbox set wa_mode = 0");
     ASSERT_TRUE(journal.taken(row));
-    ASSERT_TRUE(database.Execute(
-        QStringLiteral("insert into sent (id, wa_no, wa_text, wa_time) select id, wa_no, wa_text, wa_time from "
-                       "outbox")));
+    execute(
+        "insert into sent (id, wa_no, wa_text, wa_time) select id, wa_no, wa_text, wa_time from "
+        "outbox");
     refuse("delete on sent when old.wa_text");
     restart();
     settle();
@@ -152,42 +152,42 @@ TEST_F(Crash, AroundEnterIsDecidedByTheChat) {
         id = queue(kAni, text);
         row.id = QString::number(id);
         row.text = text;
-        row.time = database.OpenRecordset(QStringLiteral("select wa_time from outbox where id = ?"), {id}).field(0);
+        row.time = field("select wa_time from outbox where id = ?", {id});
         EXPECT_TRUE(journal.taken(row).ok());
         EXPECT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
         EXPECT_TRUE(journal.typed(row.id, kAni, text, page.messageIds(kAni).value(0)).ok());
     };
     settle();  // the first message, so that the chat is not empty
     const size_t before = page.delivered.size();
-    crashAroundEnter(QStringLiteral("sent"));
-    page.deliver(kAni, QStringLiteral("sent"));
+    crashAroundEnter(u"sent"_qs);
+    page.deliver(kAni, u"sent"_qs);
     restart();
     settle();
     EXPECT_EQ(status(id), QString());
-    crashAroundEnter(QStringLiteral("not sent"));
+    crashAroundEnter(u"not sent"_qs);
     restart();
     settle();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
-    EXPECT_FALSE(lastReason().contains(QStringLiteral("in doubt"))) << lastReason().toStdString();
-    crashAroundEnter(QStringLiteral("drawn late"));
-    page.deliver(kAni, QStringLiteral("drawn late"));
+    EXPECT_EQ(status(id), u"fail"_qs);
+    EXPECT_FALSE(lastReason().contains(u"in doubt"_qs)) << lastReason().toStdString();
+    crashAroundEnter(u"drawn late"_qs);
+    page.deliver(kAni, u"drawn late"_qs);
     page.hideHistory = true;
     restart();
     clock.at(clock.monotonicMs() + 8000, [this] { page.hideHistory = false; });
     settle();
     EXPECT_EQ(status(id), QString());
-    crashAroundEnter(QStringLiteral("hidden"));
+    crashAroundEnter(u"hidden"_qs);
     page.hideHistory = true;
     restart();
     settle();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
-    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
+    EXPECT_EQ(status(id), u"fail"_qs);
+    EXPECT_TRUE(lastReason().startsWith(u"in doubt"_qs)) << lastReason().toStdString();
     EXPECT_EQ(page.delivered.size(), before + 2) << "nothing is sent a second time";
 }
 
 TEST_F(Crash, OfTheBrowserAroundEnterIsDecidedByTheChatWhenThePageIsBack) {
     settle();  // the first message, so that the chat is not empty
-    id = queue(kAni, QStringLiteral("second"));
+    id = queue(kAni, u"second"_qs);
     page.beforeEnter = [this] { page.presence = PageLook::Presence::Gone; };
     tick();
     EXPECT_EQ(page.delivered.size(), 2u);
@@ -205,8 +205,8 @@ TEST_F(Crash, LookThatEndsTheBrowserTwiceHoldsTheQueueNoLonger) {
     tick();  // connects
     ASSERT_TRUE(journal.taken(row));
     ASSERT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
-    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
-    queue(QStringLiteral("6282222222222"), QStringLiteral("next"));
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, u"true_1"_qs));
+    queue(u"6282222222222"_qs, u"next"_qs);
     page.openDelay = [this](const QString& number) {
         if (number == kAni) clock.at(clock.monotonicMs() + 100, [this] { page.presence = PageLook::Presence::Gone; });
         return number == kAni ? 2000 : 0;
@@ -218,15 +218,15 @@ TEST_F(Crash, LookThatEndsTheBrowserTwiceHoldsTheQueueNoLonger) {
         tick();
     }
     EXPECT_EQ(page.clicks.count(kAni), 2);
-    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("in doubt"))) << lastReason().toStdString();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_TRUE(lastReason().startsWith(u"in doubt"_qs)) << lastReason().toStdString();
+    EXPECT_EQ(status(id), u"fail"_qs);
     ASSERT_EQ(page.delivered.size(), 1u);
-    EXPECT_EQ(page.delivered[0].text, QStringLiteral("next"));
+    EXPECT_EQ(page.delivered[0].text, u"next"_qs);
 }
 
 TEST_F(Crash, WhatWasWrittenToTheChatBeforeEnterIsNotTheMessage) {
     settle();
-    const QString text = QStringLiteral("see http://x");
+    const QString text = u"see http://x"_qs;
     id = queue(kAni, text);
     clock.at(clock.monotonicMs() + 2500, [&] { page.deliver(kAni, text); });  // from the phone, meanwhile
     page.beforeEnter = [this] {
@@ -237,7 +237,7 @@ TEST_F(Crash, WhatWasWrittenToTheChatBeforeEnterIsNotTheMessage) {
     ASSERT_EQ(journal.entries().size(), 1u);
     page.presence = PageLook::Presence::Here;
     settle();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_EQ(status(id), u"fail"_qs);
     EXPECT_EQ(page.delivered.size(), 2u);
 }
 
@@ -252,23 +252,23 @@ TEST_F(Crash, OfTheBrowserBeforeTypingPutsTheMessageBackOnce) {
         EXPECT_TRUE(journal.entries().empty());
     };
     tick();  // connects
-    ASSERT_EQ(count(QStringLiteral("outbox")), 1);
+    ASSERT_EQ(count("outbox"), 1);
     loseBrowserWhileTheChatOpens();
-    EXPECT_EQ(count(QStringLiteral("sent")), 0);
-    const Recordset back = database.OpenRecordset(QStringLiteral("select wa_no, wa_text, wa_time from outbox"));
-    EXPECT_EQ(back.field(0) + back.field(1) + back.field(2), kAni + QStringLiteral("hello") + row.time);
+    EXPECT_EQ(count("sent"), 0);
+    const Recordset back = database.OpenRecordset(u"select wa_no, wa_text, wa_time from outbox"_qs);
+    EXPECT_EQ(back.field(0) + back.field(1) + back.field(2), kAni + u"hello"_qs + row.time);
     // Who knows whether it isn't this message that ends the browser.
     page.reload();
-    for (int i = 0; i < 60 && count(QStringLiteral("outbox")) > 0; ++i) loseBrowserWhileTheChatOpens();
+    for (int i = 0; i < 60 && count("outbox") > 0; ++i) loseBrowserWhileTheChatOpens();
     expectMarked("the browser was lost");
 }
 
 TEST_F(Crash, ErrorThatSurfacesAfterEnterIsDecidedByTheChatToo) {
     settle();
     policy.setDebugMode(true);
-    id = queue(kAni, QStringLiteral("second"));
+    id = queue(kAni, u"second"_qs);
     page.beforeEnter = [this] {
-        page.deliver(kAni, QStringLiteral("second"));
+        page.deliver(kAni, u"second"_qs);
         throw SurfacedError(Failure{FailureKind::Transport, "time-out"});
     };
     EXPECT_THROW(gateway.machine.Timer_KIBO_Timer(), SurfacedError);
@@ -282,7 +282,7 @@ TEST_F(Crash, ErrorThatSurfacesAfterEnterIsDecidedByTheChatToo) {
 TEST_F(Crash, OfTheLookIntoTheChatLeavesTheMessageForTheNextStart) {
     ASSERT_TRUE(journal.taken(row));
     ASSERT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
-    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, QStringLiteral("true_1")));
+    ASSERT_TRUE(journal.typed(row.id, kAni, row.text, u"true_1"_qs));
     tick();  // connects
     clock.at(clock.monotonicMs() + 700, [this] { clock.stopWaiting(); });
     for (int i = 0; i < 5; ++i) gateway.machine.Timer_KIBO_Timer();
@@ -293,15 +293,15 @@ TEST_F(Crash, OfTheLookIntoTheChatLeavesTheMessageForTheNextStart) {
 TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
     ASSERT_TRUE(journal.taken(row));
     ASSERT_EQ(gateway.queue.take(row), OutboxQueue::Taken::Yes);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
+    execute("alter table sent rename to away");
     state.txtid.text = row.id;
-    gateway.sender.recordFailure(QStringLiteral("why"));
+    gateway.sender.recordFailure(u"why"_qs);
     restart();
     tick();
     ASSERT_EQ(journal.entries().size(), 1u);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
+    execute("alter table away rename to sent");
     settle();
-    EXPECT_EQ(status(id), QStringLiteral("fail"));
+    EXPECT_EQ(status(id), u"fail"_qs);
 }
 
 TEST_F(Crash, InTheMiddleOfARecordLeavesTheOnesBeforeIt) {
@@ -320,10 +320,10 @@ TEST_F(Crash, InTheMiddleOfARecordLeavesTheOnesBeforeIt) {
 
 TEST_F(Crash, WithoutAJournalNothingIsTaken) {
     journal = SendJournal();
-    EXPECT_FALSE(journal.open(folder.filePath(QStringLiteral("missing/send.journal"))).ok());
-    for (int i = 0; i < 5; ++i) tick();
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    EXPECT_TRUE(state.step.contains(QStringLiteral("journal"))) << state.step.toStdString();
+    EXPECT_FALSE(journal.open(folder.filePath(u"missing/send.journal"_qs)).ok());
+    ticks(5);
+    EXPECT_EQ(count("outbox"), 1);
+    EXPECT_TRUE(state.step.contains(u"journal"_qs)) << state.step.toStdString();
 }
 
 }  // namespace

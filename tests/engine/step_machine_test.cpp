@@ -7,21 +7,21 @@ namespace kibo {
 namespace {
 
 using test::Engine;
-const QString kAni = QStringLiteral("6281111111111");
+const QString kAni = u"6281111111111"_qs;
 
 class Steps : public Engine {
  protected:
-    Steps() { EXPECT_TRUE(database.Execute(QStringLiteral("insert into web_user (id, qr) values ('7', '')"))); }
-    QString publishedQr() { return database.OpenRecordset(QStringLiteral("select qr from web_user")).field(0); }
+    Steps() { EXPECT_TRUE(database.Execute(u"insert into web_user (id, qr) values ('7', '')"_qs)); }
+    QString publishedQr() { return field("select qr from web_user"); }
 };
 
 TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     page.loggedIn = false;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(publishedQr(), QStringLiteral("wait"));
+    EXPECT_EQ(publishedQr(), u"wait"_qs);
     EXPECT_EQ(state.status.background, colour::kRed);
     page.qrCodes = 1;
-    page.qrData = QStringLiteral("2@it's,a=code");
+    page.qrData = u"2@it's,a=code"_qs;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(publishedQr(), page.qrData);
     page.qrReloads = 2;
@@ -30,33 +30,33 @@ TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     page.qrReloads = 1;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 1);
-    EXPECT_EQ(publishedQr(), QStringLiteral("wait")) << "an expired code is not offered to be scanned";
+    EXPECT_EQ(publishedQr(), u"wait"_qs) << "an expired code is not offered to be scanned";
     page.loggedIn = true;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
+    EXPECT_EQ(state.status.caption, u"Ready"_qs);
     EXPECT_EQ(state.status.background, colour::kGreen);
     EXPECT_FALSE(state.cmd_OpenWA.enabled);
 }
 
 TEST_F(Steps, PhoneThatIsOffStopsSending) {
-    queue(kAni, QStringLiteral("x"));
-    page.banner = QStringLiteral(" phone NOT connected ");
+    queue(kAni, u"x"_qs);
+    page.banner = u" phone NOT connected "_qs;
     tick();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    page.banner = QStringLiteral("Get WhatsApp for Windows");
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
+    EXPECT_EQ(count("outbox"), 1);
+    page.banner = u"Get WhatsApp for Windows"_qs;
     runQueue();
     EXPECT_EQ(page.delivered.size(), 1u);
 }
 
 TEST_F(Steps, DummyIsOpenedOncePerConnectionAndLinkPlantedOncePerPage) {
-    for (int i = 0; i < 3; ++i) tick();
+    ticks(3);
     EXPECT_EQ(page.clicks, QStringList(kDummy));
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 1);
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 1);
     page.reload();
-    queue(kAni, QStringLiteral("x"));
+    queue(kAni, u"x"_qs);
     runQueue();
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 2);
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 2);
     EXPECT_EQ(page.delivered.size(), 1u);
 }
 
@@ -64,14 +64,14 @@ TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
     tick();
     state.Timer_KIBO.setEnabled(true);
     page.presence = PageLook::Presence::Gone;
-    queue(kAni, QStringLiteral("x"));
+    queue(kAni, u"x"_qs);
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.ended, 1);
     EXPECT_FALSE(state.Timer_KIBO.enabled());
-    EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
+    EXPECT_EQ(state.waurl.text, u"!!"_qs);
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
     EXPECT_FALSE(state.dummyOpened) << "the next connection opens it again";
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(count("outbox"), 1);
 }
 
 TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
@@ -79,53 +79,53 @@ TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
     tick();
     page.noPage = true;  // still not
     tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("can't be reached"))) << state.step.toStdString();
+    EXPECT_TRUE(state.step.contains(u"can't be reached"_qs)) << state.step.toStdString();
     page.noPage = false;
     tick();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
+    EXPECT_EQ(state.status.caption, u"Ready"_qs);
+    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 1);
 }
 
 TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
-    const auto opened = [this] { return page.commands.count(QStringLiteral("openStartPage")); };
+    const auto opened = [this] { return page.commands.count(u"openStartPage"_qs); };
     page.errorPage = true;
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("The page shows an error, trying again"));
-    page.otherSite = QStringLiteral("login.hotel.example");
-    for (int i = 0; i < 20; ++i) tick();
+    EXPECT_EQ(state.step, u"The page shows an error, trying again"_qs);
+    page.otherSite = u"login.hotel.example"_qs;
+    ticks(20);
     EXPECT_TRUE(state.step.contains(page.otherSite)) << state.step.toStdString();
     EXPECT_EQ(opened(), 1) << "not at every tick";
-    for (int i = 0; i < 50; ++i) tick();
+    ticks(50);
     EXPECT_EQ(opened(), 2);
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
+    EXPECT_EQ(state.status.caption, u"Ready"_qs);
 
     page.openElsewhere = true;  // over the chats
-    queue(kAni, QStringLiteral("x"));
+    queue(kAni, u"x"_qs);
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("open in another window"))) << state.step.toStdString();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
+    EXPECT_TRUE(state.step.contains(u"open in another window"_qs)) << state.step.toStdString();
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
     EXPECT_TRUE(page.delivered.empty());
     page.updateOffered = true;
     runQueue();
     EXPECT_EQ(page.delivered.size(), 1u);
-    EXPECT_TRUE(state.pageNotice.contains(QStringLiteral("update"))) << state.pageNotice.toStdString();
+    EXPECT_TRUE(state.pageNotice.contains(u"update"_qs)) << state.pageNotice.toStdString();
 }
 
 TEST_F(Steps, BlankPageIsLoadedAnewAfterMinutes) {
     page.loggedIn = false;
-    for (int i = 0; i < 130; ++i) tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("neither chats nor a QR code"))) << state.step.toStdString();
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 0);
-    for (int i = 0; i < 500; ++i) tick();
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
+    ticks(130);
+    EXPECT_TRUE(state.step.contains(u"neither chats nor a QR code"_qs)) << state.step.toStdString();
+    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 0);
+    ticks(500);
+    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 1);
 }
 
 TEST_F(Steps, MissingMessageBoxHoldsSendingBeforeAnyMessageIsLost) {
     page.boxRenamed = true;
-    queue(kAni, QStringLiteral("x"));
-    for (int i = 0; i < 60; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Page changed: XX_ChatBox"));
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "seen in the dummy's chat";
+    queue(kAni, u"x"_qs);
+    ticks(60);
+    EXPECT_EQ(state.step, u"Page changed: XX_ChatBox"_qs);
+    EXPECT_EQ(count("outbox"), 1) << "seen in the dummy's chat";
     EXPECT_EQ(page.clicks.count(kDummy), 1 + 1) << "looked at again, once a minute";
     page.boxRenamed = false;
     runQueue();
@@ -134,13 +134,13 @@ TEST_F(Steps, MissingMessageBoxHoldsSendingBeforeAnyMessageIsLost) {
 }
 
 TEST_F(Steps, MissingMessageBoxCostsOneMessageWhereNoChatIsOpenedBetween) {
-    settings.DisableRead = QStringLiteral("Y");
-    for (int i = 0; i < 5; ++i) queue(kAni, QStringLiteral("x"));
+    settings.DisableRead = u"Y"_qs;
+    for (int i = 0; i < 5; ++i) queue(kAni, u"x"_qs);
     page.boxRenamed = true;
-    for (int i = 0; i < 300; ++i) tick();
-    EXPECT_EQ(lastReason(), QStringLiteral("Page changed: XX_ChatBox"));
+    ticks(300);
+    EXPECT_EQ(lastReason(), u"Page changed: XX_ChatBox"_qs);
     EXPECT_EQ(state.failedCount, 1);
-    EXPECT_EQ(count(QStringLiteral("outbox")), 4);
+    EXPECT_EQ(count("outbox"), 4);
     page.reload();  // whoever reloads the page has perhaps mended it
     page.boxRenamed = false;
     runQueue();
@@ -150,37 +150,37 @@ TEST_F(Steps, MissingMessageBoxCostsOneMessageWhereNoChatIsOpenedBetween) {
 TEST_F(Steps, ChatWithoutMessageBoxThatAPersonHasOpenedHoldsNothing) {
     tick();
     tick();
-    page.open(QStringLiteral("6289999999999"));
+    page.open(u"6289999999999"_qs);
     page.boxRenamed = true;
-    for (int i = 0; i < 20; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Queue empty"));
+    ticks(20);
+    EXPECT_EQ(state.step, u"Queue empty"_qs);
 }
 
 TEST_F(Steps, LineSaysWhatIsWaitedForAndWhenTheQueueWillBeDone) {
-    for (int i = 0; i < 4; ++i) queue(kAni, QStringLiteral("x"));
+    for (int i = 0; i < 4; ++i) queue(kAni, u"x"_qs);
     runQueue();
     tick();
     EXPECT_EQ(state.doneAbout, QString()) << "nothing waits";
-    for (int i = 0; i < 3600; ++i) queue(kAni, QStringLiteral("x"));
+    for (int i = 0; i < 3600; ++i) queue(kAni, u"x"_qs);
     tick();
     const QString soon = state.doneAbout;
-    EXPECT_TRUE(soon.startsWith(QStringLiteral("Done about "))) << soon.toStdString();
+    EXPECT_TRUE(soon.startsWith(u"Done about "_qs)) << soon.toStdString();
     gateway.pacing.cmd_Pause_Click();
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused"));
+    EXPECT_EQ(state.step, u"Paused"_qs);
     EXPECT_EQ(state.doneAbout, QString());
-    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    execute("delete from outbox");
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused")) << "also with an empty queue";
+    EXPECT_EQ(state.step, u"Paused"_qs) << "also with an empty queue";
     gateway.pacing.cmd_Pause_Click();
 
-    settings.UseMDB = QStringLiteral("N");  // a schedule is a server's
-    settings.Scheduled = QStringLiteral("Y");
+    settings.UseMDB = u"N"_qs;  // a schedule is a server's
+    settings.Scheduled = u"Y"_qs;
     const QDateTime due = clock.now().addSecs(90);
-    const qint64 id = queue(kAni, QStringLiteral("later"));
-    ASSERT_TRUE(database.execute(QStringLiteral("update outbox set wa_time = ? where id = ?"), {due, id}));
-    for (int i = 0; i < 30; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Next message at %1").arg(due.toString(QStringLiteral("HH:mm"))));
+    const qint64 id = queue(kAni, u"later"_qs);
+    execute("update outbox set wa_time = ? where id = ?", {due, id});
+    ticks(30);
+    EXPECT_EQ(state.step, u"Next message at %1"_qs.arg(due.toString(u"HH:mm"_qs)));
     runQueue();
     EXPECT_GE(clock.now(), due);
 }
@@ -204,30 +204,30 @@ TEST(QueueForecast, AddsMessagesAndTheBreaksBeforeTheLastOne) {
 TEST_F(Steps, PageThatStaysSilentIsGivenUpAfterAMinute) {
     tick();
     page.silent = true;
-    for (int i = 0; i < 100; ++i) tick();
+    ticks(100);
     EXPECT_EQ(page.ended, 0);
-    for (int i = 0; i < 30; ++i) tick();
+    ticks(30);
     EXPECT_EQ(page.ended, 1);
-    EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
+    EXPECT_EQ(state.waurl.text, u"!!"_qs);
 }
 
 TEST_F(Steps, ChatAddressThatCannotStandInALinkIsNamed) {
-    settings.ChatAddress = QStringLiteral("https://x/\" onclick=");
-    queue(kAni, QStringLiteral("x"));
-    for (int i = 0; i < 3; ++i) tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("ChatAddress"))) << state.step.toStdString();
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 0);
-    settings.ChatAddress = QStringLiteral("https://x/send?phone=");
+    settings.ChatAddress = u"https://x/\" onclick="_qs;
+    queue(kAni, u"x"_qs);
+    ticks(3);
+    EXPECT_TRUE(state.step.contains(u"ChatAddress"_qs)) << state.step.toStdString();
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 0);
+    settings.ChatAddress = u"https://x/send?phone="_qs;
     runQueue();
     EXPECT_EQ(page.delivered.size(), 1u);
 }
 
 TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
     tick();
-    queue(kAni, QStringLiteral("x"));
+    queue(kAni, u"x"_qs);
     gateway.pacing.cmd_Pause_Click();
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused"));
+    EXPECT_EQ(state.step, u"Paused"_qs);
     gateway.pacing.cmd_Pause_Click();
     state.waitread.visible = true;
     tick();
@@ -238,26 +238,26 @@ TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
     state.busy = true;
     tick();
     EXPECT_TRUE(page.delivered.empty());
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(count("outbox"), 1);
     state.busy = false;
     tick();
     EXPECT_EQ(page.delivered.size(), 1u);
 }
 
 TEST_F(Steps, BatchOfOneBreaksAfterEveryMessage) {
-    settings.AfterSend = QStringLiteral("1");
-    settings.Break = QStringLiteral("60");
-    queue(kAni, QStringLiteral("x"));
-    queue(kAni, QStringLiteral("y"));
-    for (int i = 0; i < 5; ++i) tick();
+    settings.AfterSend = u"1"_qs;
+    settings.Break = u"60"_qs;
+    queue(kAni, u"x"_qs);
+    queue(kAni, u"y"_qs);
+    ticks(5);
     EXPECT_EQ(page.delivered.size(), 1u);
     EXPECT_TRUE(state.BreakTime.enabled());
-    EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("1"));
+    EXPECT_EQ(state.Outbox_Cnt.caption, u"1"_qs);
 }
 
 TEST_F(Steps, SendOnlyInstanceNeverOpensTheDummy) {
-    settings.DisableRead = QStringLiteral("Y");
-    queue(kAni, QStringLiteral("x"));
+    settings.DisableRead = u"Y"_qs;
+    queue(kAni, u"x"_qs);
     runQueue();
     EXPECT_EQ(page.clicks, QStringList(kAni));
     EXPECT_EQ(page.delivered.size(), 1u);
@@ -265,16 +265,16 @@ TEST_F(Steps, SendOnlyInstanceNeverOpensTheDummy) {
 
 TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
     tick();
-    queue(kAni, QStringLiteral("x"));
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
+    queue(kAni, u"x"_qs);
+    execute("alter table sent rename to away");
     tick();
     EXPECT_TRUE(page.delivered.empty()) << "what can't be recorded is not sent";
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(count("outbox"), 1);
     EXPECT_TRUE(state.dboff.visible);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
-    for (int i = 0; i < 10; ++i) tick();
+    execute("alter table away rename to sent");
+    ticks(10);
     EXPECT_EQ(page.delivered.size(), 1u);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table outbox rename to away")));
+    execute("alter table outbox rename to away");
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_TRUE(state.dboff.visible);
 }
@@ -300,7 +300,7 @@ TEST_F(Steps, ChatListWatchReadsOnAChangeAndNeverDuringASend) {
     watch.Timer2_Timer();
     watch.Timer2_Timer();
     EXPECT_EQ(passes, 2);
-    page.list = {{QStringLiteral("Ani"), QStringLiteral("1"), {QStringLiteral("same length")}}};
+    page.list = {{u"Ani"_qs, u"1"_qs, {u"same length"_qs}}};
     watch.Timer2_Timer();
     watch.Timer2_Timer();
     EXPECT_EQ(passes, 3) << "a new unread message, once, though the length is the same";

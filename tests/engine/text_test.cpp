@@ -39,8 +39,8 @@ TEST(Expansion, RefusesMoreThanNineGroupsAndReversedBrackets) {
     // Refused text goes out as it stood, with the other codes expanded.
     QString problem;
     EXPECT_EQ(expandMessageText(
-                  QStringLiteral("a]~rb"), kNow, [] { return 0.0; }, &problem),
-              QStringLiteral("a]\r\nb"));
+                  u"a]~rb"_qs, kNow, [] { return 0.0; }, &problem),
+              u"a]\r\nb"_qs);
     EXPECT_FALSE(problem.isEmpty());
 }
 
@@ -61,43 +61,43 @@ TEST(Expansion, BadInputIsReadByTheSameRule) {
 TEST(Expansion, ReplacesCodes) {
     QString problem;
     const auto text = expandMessageText(
-        QStringLiteral("a~rb\\nc\td\ne"), kNow, [] { return 0.0; }, &problem);
-    EXPECT_EQ(text, QStringLiteral("a\r\nb\r\nc d\ne"));
+        u"a~rb\\nc\td\ne"_qs, kNow, [] { return 0.0; }, &problem);
+    EXPECT_EQ(text, u"a\r\nb\r\nc d\ne"_qs);
     const auto time = expandMessageText(
-        QStringLiteral("%time%"), kNow, [] { return 0.0; }, &problem);
-    EXPECT_TRUE(time.contains(QStringLiteral("09:26"))) << time.toStdString();
+        u"%time%"_qs, kNow, [] { return 0.0; }, &problem);
+    EXPECT_TRUE(time.contains(u"09:26"_qs)) << time.toStdString();
     EXPECT_TRUE(problem.isEmpty());
-    EXPECT_EQ(insertContactName(QStringLiteral("%name% %NAME%"), QStringLiteral("Äni")), QStringLiteral("Äni ÄNI"));
+    EXPECT_EQ(insertContactName(u"%name% %NAME%"_qs, u"Äni"_qs), u"Äni ÄNI"_qs);
 }
 
 TEST(TypableText, KeepsWhatCanBeTypedOnly) {
-    EXPECT_EQ(typableText(QStringLiteral("a\r\nb\rc\nd")), QStringLiteral("a\nb\nc\nd"));
+    EXPECT_EQ(typableText(u"a\r\nb\rc\nd"_qs), u"a\nb\nc\nd"_qs);
     EXPECT_EQ(typableText(QString::fromUtf8("👩‍👩‍👧\x01\x7f é")),
               QString::fromUtf8("👩‍👩‍👧 é"));
-    QString broken = QStringLiteral("a");
+    QString broken = u"a"_qs;
     broken += QChar(0xD83D);
-    EXPECT_EQ(typableText(broken + QStringLiteral("b")), QStringLiteral("ab"));
+    EXPECT_EQ(typableText(broken + u"b"_qs), u"ab"_qs);
 }
 
 TEST(PhoneNumber, IsCleanedAndMadeInternational) {
-    EXPECT_EQ(cleanedNumber(QStringLiteral("+62 (812) 000-1")), QStringLiteral("628120001"));
-    const QString zero = QStringLiteral("0"), indonesia = QStringLiteral("62");
-    EXPECT_EQ(destinationNumber(QStringLiteral("0812-1"), zero, indonesia), QStringLiteral("628121"));
-    EXPECT_EQ(destinationNumber(QStringLiteral("0812-1"), zero, {}), QStringLiteral("08121"));
-    EXPECT_EQ(destinationNumber(QStringLiteral("628121"), zero, indonesia), QStringLiteral("628121"));
+    EXPECT_EQ(cleanedNumber(u"+62 (812) 000-1"_qs), u"628120001"_qs);
+    const QString zero = u"0"_qs, indonesia = u"62"_qs;
+    EXPECT_EQ(destinationNumber(u"0812-1"_qs, zero, indonesia), u"628121"_qs);
+    EXPECT_EQ(destinationNumber(u"0812-1"_qs, zero, {}), u"08121"_qs);
+    EXPECT_EQ(destinationNumber(u"628121"_qs, zero, indonesia), u"628121"_qs);
     for (const char* bad : {"", "000", "12a", "1.5", "١٢٣", "12\n", "<b>"})
         EXPECT_FALSE(isPositiveNumber(QString::fromUtf8(bad))) << bad;
 }
 
 TEST(PhoneNumber, SpellingsOfOneSubscriberAreRecognised) {
-    const QString number = QStringLiteral("6281234567890");
-    EXPECT_TRUE(sameSubscriber(number, QStringLiteral("+62 812-3456-7890")));
-    EXPECT_TRUE(sameSubscriber(number, QStringLiteral("0812 3456 7890")));
-    EXPECT_FALSE(sameSubscriber(number, QStringLiteral("+62 812-3456-7891")));
-    EXPECT_FALSE(sameSubscriber(number, QStringLiteral("7890"))) << "too short to tell";
+    const QString number = u"6281234567890"_qs;
+    EXPECT_TRUE(sameSubscriber(number, u"+62 812-3456-7890"_qs));
+    EXPECT_TRUE(sameSubscriber(number, u"0812 3456 7890"_qs));
+    EXPECT_FALSE(sameSubscriber(number, u"+62 812-3456-7891"_qs));
+    EXPECT_FALSE(sameSubscriber(number, u"7890"_qs)) << "too short to tell";
     EXPECT_FALSE(sameSubscriber({}, {}));
     EXPECT_TRUE(looksLikeNumber(QString::fromUtf8("\u202a+62 812‑3456‑7890\u202c")));
-    EXPECT_FALSE(looksLikeNumber(QStringLiteral("Agent 007")));
+    EXPECT_FALSE(looksLikeNumber(u"Agent 007"_qs));
 }
 
 }  // namespace
