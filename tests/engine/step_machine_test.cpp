@@ -11,8 +11,18 @@ const QString kAni = u"6281111111111"_qs;
 
 class Steps : public Engine {
  protected:
-    Steps() { EXPECT_TRUE(database.Execute(u"insert into web_user (id, qr) values ('7', '')"_qs)); }
+    Steps() { execute("insert into web_user (id, qr) values ('7', '')"); }
     QString publishedQr() { return field("select qr from web_user"); }
+    bool says(const char* words) const { return state.step.contains(QLatin1String(words)); }
+    void queueMany(int messages) {
+        for (; messages > 0; --messages) queue(kAni, u"x"_qs);
+    }
+    /// Runs the queue to its end; then so many messages have arrived.
+    void expectRunsTo(size_t arrived) {
+        runQueue();
+        EXPECT_EQ(page.delivered.size(), arrived);
+    }
+    qsizetype loaded() const { return page.commands.count(u"openStartPage"_qs); }
 };
 
 TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
@@ -38,104 +48,106 @@ TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     EXPECT_FALSE(state.cmd_OpenWA.enabled);
 }
 
-TEST_F(Steps, PhoneThatIsOffStopsSending) {
-    queue(kAni, u"x"_qs);
-    page.banner = u" phone NOT connected "_qs;
-    tick();
-    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
-    EXPECT_EQ(count("outbox"), 1);
-    page.banner = u"Get WhatsApp for Windows"_qs;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
 TEST_F(Steps, DummyIsOpenedOncePerConnectionAndLinkPlantedOncePerPage) {
     ticks(3);
     EXPECT_EQ(page.clicks, QStringList(kDummy));
     EXPECT_EQ(page.commands.count(u"plantLink"_qs), 1);
     page.reload();
-    queue(kAni, u"x"_qs);
-    runQueue();
+    queueMany(1);
+    expectRunsTo(1);
     EXPECT_EQ(page.commands.count(u"plantLink"_qs), 2);
-    EXPECT_EQ(page.delivered.size(), 1u);
+    page.clicks.clear();
+    settings.DisableRead = u"Y"_qs;  // an instance that only sends
+    queueMany(1);
+    expectRunsTo(2);
+    EXPECT_EQ(page.clicks, QStringList(kAni));
 }
 
-TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
-    tick();
-    state.Timer_KIBO.setEnabled(true);
-    page.presence = PageLook::Presence::Gone;
-    queue(kAni, u"x"_qs);
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(page.ended, 1);
-    EXPECT_FALSE(state.Timer_KIBO.enabled());
-    EXPECT_EQ(state.waurl.text, u"!!"_qs);
-    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
-    EXPECT_FALSE(state.dummyOpened) << "the next connection opens it again";
-    EXPECT_EQ(count("outbox"), 1);
+TEST_F(Steps, BrowserThatHasGoneOrStaysSilentEndsTheSession) {
+    for (const bool silent : {false, true}) {
+        page.silent = false;
+        page.presence = PageLook::Presence::Here;
+        tick();
+        EXPECT_TRUE(state.dummyOpened);
+        state.Timer_KIBO.setEnabled(true);
+        state.waurl.text.clear();
+        page.ended = 0;
+        page.silent = silent;
+        if (silent) {
+            ticks(100);
+            EXPECT_EQ(page.ended, 0) << "it is waited for a minute";
+            ticks(20);
+        } else {
+            page.presence = PageLook::Presence::Gone;
+            queueMany(1);
+        }
+        gateway.machine.Timer_KIBO_Timer();
+        EXPECT_EQ(page.ended, 1);
+        EXPECT_FALSE(state.Timer_KIBO.enabled());
+        EXPECT_EQ(state.waurl.text, u"!!"_qs);
+    }
 }
 
-TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
+TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
     page.noPage = true;
     tick();
     page.noPage = true;  // still not
     tick();
-    EXPECT_TRUE(state.step.contains(u"can't be reached"_qs)) << state.step.toStdString();
+    EXPECT_TRUE(says("can't be reached")) << state.step.toStdString();
     page.noPage = false;
     tick();
-    EXPECT_EQ(state.status.caption, u"Ready"_qs);
-    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 1);
-}
-
-TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
-    const auto opened = [this] { return page.commands.count(u"openStartPage"_qs); };
+    EXPECT_EQ(loaded(), 1);
     page.errorPage = true;
     tick();
-    EXPECT_EQ(state.step, u"The page shows an error, trying again"_qs);
+    EXPECT_TRUE(says("The page shows an error, trying again"));
     page.otherSite = u"login.hotel.example"_qs;
     ticks(20);
-    EXPECT_TRUE(state.step.contains(page.otherSite)) << state.step.toStdString();
-    EXPECT_EQ(opened(), 1) << "not at every tick";
+    EXPECT_TRUE(says("login.hotel.example")) << state.step.toStdString();
+    EXPECT_EQ(loaded(), 2) << "not at every tick";
     ticks(50);
-    EXPECT_EQ(opened(), 2);
+    EXPECT_EQ(loaded(), 3);
     EXPECT_EQ(state.status.caption, u"Ready"_qs);
 
     page.openElsewhere = true;  // over the chats
-    queue(kAni, u"x"_qs);
+    queueMany(1);
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_TRUE(state.step.contains(u"open in another window"_qs)) << state.step.toStdString();
+    EXPECT_TRUE(says("open in another window")) << state.step.toStdString();
     EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
     EXPECT_TRUE(page.delivered.empty());
     page.updateOffered = true;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    expectRunsTo(1);
     EXPECT_TRUE(state.pageNotice.contains(u"update"_qs)) << state.pageNotice.toStdString();
-}
 
-TEST_F(Steps, BlankPageIsLoadedAnewAfterMinutes) {
-    page.loggedIn = false;
+    page.loggedIn = false;  // a blank page is loaded anew after minutes
     ticks(130);
-    EXPECT_TRUE(state.step.contains(u"neither chats nor a QR code"_qs)) << state.step.toStdString();
-    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 0);
+    EXPECT_TRUE(says("neither chats nor a QR code")) << state.step.toStdString();
+    EXPECT_EQ(loaded(), 3);
     ticks(500);
-    EXPECT_EQ(page.commands.count(u"openStartPage"_qs), 1);
+    EXPECT_EQ(loaded(), 4);
 }
 
 TEST_F(Steps, MissingMessageBoxHoldsSendingBeforeAnyMessageIsLost) {
+    ticks(2);
+    page.open(u"6289999999999"_qs);  // a chat without one that a person has opened holds nothing
     page.boxRenamed = true;
-    queue(kAni, u"x"_qs);
+    ticks(20);
+    EXPECT_TRUE(says("Queue empty")) << state.step.toStdString();
+    page.open(kDummy);
+    page.clicks.clear();
+    queueMany(1);
+    state.dummyOpened = false;
     ticks(60);
-    EXPECT_EQ(state.step, u"Page changed: XX_ChatBox"_qs);
+    EXPECT_TRUE(says("Page changed: XX_ChatBox")) << state.step.toStdString();
     EXPECT_EQ(count("outbox"), 1) << "seen in the dummy's chat";
     EXPECT_EQ(page.clicks.count(kDummy), 1 + 1) << "looked at again, once a minute";
     page.boxRenamed = false;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    expectRunsTo(1);
     EXPECT_EQ(state.failedCount, 0);
 }
 
 TEST_F(Steps, MissingMessageBoxCostsOneMessageWhereNoChatIsOpenedBetween) {
     settings.DisableRead = u"Y"_qs;
-    for (int i = 0; i < 5; ++i) queue(kAni, u"x"_qs);
+    queueMany(5);
     page.boxRenamed = true;
     ticks(300);
     EXPECT_EQ(lastReason(), u"Page changed: XX_ChatBox"_qs);
@@ -143,42 +155,30 @@ TEST_F(Steps, MissingMessageBoxCostsOneMessageWhereNoChatIsOpenedBetween) {
     EXPECT_EQ(count("outbox"), 4);
     page.reload();  // whoever reloads the page has perhaps mended it
     page.boxRenamed = false;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 4u);
-}
-
-TEST_F(Steps, ChatWithoutMessageBoxThatAPersonHasOpenedHoldsNothing) {
-    tick();
-    tick();
-    page.open(u"6289999999999"_qs);
-    page.boxRenamed = true;
-    ticks(20);
-    EXPECT_EQ(state.step, u"Queue empty"_qs);
+    expectRunsTo(4);
 }
 
 TEST_F(Steps, LineSaysWhatIsWaitedForAndWhenTheQueueWillBeDone) {
-    for (int i = 0; i < 4; ++i) queue(kAni, u"x"_qs);
+    queueMany(4);
     runQueue();
     tick();
     EXPECT_EQ(state.doneAbout, QString()) << "nothing waits";
-    for (int i = 0; i < 3600; ++i) queue(kAni, u"x"_qs);
+    queueMany(3600);
     tick();
-    const QString soon = state.doneAbout;
-    EXPECT_TRUE(soon.startsWith(u"Done about "_qs)) << soon.toStdString();
+    EXPECT_TRUE(state.doneAbout.startsWith(u"Done about "_qs)) << state.doneAbout.toStdString();
     gateway.pacing.cmd_Pause_Click();
     tick();
-    EXPECT_EQ(state.step, u"Paused"_qs);
+    EXPECT_TRUE(says("Paused"));
     EXPECT_EQ(state.doneAbout, QString());
     execute("delete from outbox");
     tick();
-    EXPECT_EQ(state.step, u"Paused"_qs) << "also with an empty queue";
+    EXPECT_TRUE(says("Paused")) << "also with an empty queue";
     gateway.pacing.cmd_Pause_Click();
 
     settings.UseMDB = u"N"_qs;  // a schedule is a server's
     settings.Scheduled = u"Y"_qs;
     const QDateTime due = clock.now().addSecs(90);
-    const qint64 id = queue(kAni, u"later"_qs);
-    execute("update outbox set wa_time = ? where id = ?", {due, id});
+    execute("update outbox set wa_time = ? where id = ?", {due, queue(kAni, u"later"_qs)});
     ticks(30);
     EXPECT_EQ(state.step, u"Next message at %1"_qs.arg(due.toString(u"HH:mm"_qs)));
     runQueue();
@@ -190,9 +190,7 @@ TEST(QueueForecast, AddsMessagesAndTheBreaksBeforeTheLastOne) {
     EXPECT_EQ(forecast.untilDone({.waiting = 3}), std::nullopt) << "no message to go by";
     for (const qint64 ms : {1000, 3000}) forecast.messageTook(ms);
     EXPECT_EQ(forecast.untilDone({.waiting = 0}), std::nullopt);
-    EXPECT_EQ(forecast.untilDone({.waiting = 3}), 6000);
-    EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .sentInBatch = 0, .breakMs = 60'000}),
-              20'000 + 60'000);
+    EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .breakMs = 60'000}), 20'000 + 60'000);
     EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .sentInBatch = 1, .breakMs = 60'000}),
               20'000 + 2 * 60'000);
     EXPECT_EQ(forecast.untilDone({.waiting = 2, .batchSize = 1, .breakMs = 60'000, .breakLeftMs = 7'000}),
@@ -201,82 +199,44 @@ TEST(QueueForecast, AddsMessagesAndTheBreaksBeforeTheLastOne) {
     EXPECT_EQ(forecast.untilDone({.waiting = 3}), 1500) << "the last twenty count";
 }
 
-TEST_F(Steps, PageThatStaysSilentIsGivenUpAfterAMinute) {
-    tick();
-    page.silent = true;
-    ticks(100);
-    EXPECT_EQ(page.ended, 0);
-    ticks(30);
-    EXPECT_EQ(page.ended, 1);
-    EXPECT_EQ(state.waurl.text, u"!!"_qs);
-}
-
 TEST_F(Steps, ChatAddressThatCannotStandInALinkIsNamed) {
     settings.ChatAddress = u"https://x/\" onclick="_qs;
-    queue(kAni, u"x"_qs);
+    queueMany(1);
     ticks(3);
-    EXPECT_TRUE(state.step.contains(u"ChatAddress"_qs)) << state.step.toStdString();
+    EXPECT_TRUE(says("ChatAddress")) << state.step.toStdString();
     EXPECT_EQ(page.commands.count(u"plantLink"_qs), 0);
     settings.ChatAddress = u"https://x/send?phone="_qs;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    expectRunsTo(1);
 }
 
-TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
+TEST_F(Steps, NothingIsSentWithoutPhoneWhilePausedOnBreakOrReading) {
     tick();
-    queue(kAni, u"x"_qs);
+    queueMany(3);
+    const auto expectHeld = [this] {
+        ticks(3);
+        EXPECT_EQ(count("outbox"), 3) << state.step.toStdString();
+    };
+    page.banner = u" phone NOT connected "_qs;
+    expectHeld();
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
+    page.banner = u"Get WhatsApp for Windows"_qs;
     gateway.pacing.cmd_Pause_Click();
-    tick();
-    EXPECT_EQ(state.step, u"Paused"_qs);
+    expectHeld();
     gateway.pacing.cmd_Pause_Click();
-    state.waitread.visible = true;
-    tick();
-    state.waitread.visible = false;
     state.BreakTime.setEnabled(true);
-    tick();
+    expectHeld();
     state.BreakTime.setEnabled(false);
-    state.busy = true;
-    tick();
-    EXPECT_TRUE(page.delivered.empty());
-    EXPECT_EQ(count("outbox"), 1);
-    state.busy = false;
-    tick();
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
-TEST_F(Steps, BatchOfOneBreaksAfterEveryMessage) {
+    for (bool* reading : {&state.waitread.visible, &state.busy}) {
+        *reading = true;
+        expectHeld();
+        *reading = false;
+    }
     settings.AfterSend = u"1"_qs;
     settings.Break = u"60"_qs;
-    queue(kAni, u"x"_qs);
-    queue(kAni, u"y"_qs);
     ticks(5);
-    EXPECT_EQ(page.delivered.size(), 1u);
+    EXPECT_EQ(page.delivered.size(), 1u) << "a batch of one breaks after every message";
     EXPECT_TRUE(state.BreakTime.enabled());
-    EXPECT_EQ(state.Outbox_Cnt.caption, u"1"_qs);
-}
-
-TEST_F(Steps, SendOnlyInstanceNeverOpensTheDummy) {
-    settings.DisableRead = u"Y"_qs;
-    queue(kAni, u"x"_qs);
-    runQueue();
-    EXPECT_EQ(page.clicks, QStringList(kAni));
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
-TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
-    tick();
-    queue(kAni, u"x"_qs);
-    execute("alter table sent rename to away");
-    tick();
-    EXPECT_TRUE(page.delivered.empty()) << "what can't be recorded is not sent";
-    EXPECT_EQ(count("outbox"), 1);
-    EXPECT_TRUE(state.dboff.visible);
-    execute("alter table away rename to sent");
-    ticks(10);
-    EXPECT_EQ(page.delivered.size(), 1u);
-    execute("alter table outbox rename to away");
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_TRUE(state.dboff.visible);
+    EXPECT_EQ(state.Outbox_Cnt.caption, u"2"_qs);
 }
 
 TEST_F(Steps, ChatListWatchReadsOnAChangeAndNeverDuringASend) {

@@ -78,8 +78,10 @@ class RealGateway {
         page.emplace(browser, elements, policy);
         const auto journalOpened = journal.open(folder.filePath(QStringLiteral("send.journal")));
         ASSERT_TRUE(journalOpened.ok()) << journalOpened.failure().text;
-        gateway.emplace(
-            Gateway::Needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }, BACA_WA});
+        Gateway::Needs needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }};
+        needs.BACA_WA = [this] { BACA_WA(); };
+        needs.takeArrived = [this](const auto& arrived) { takeArrived(arrived); };
+        gateway.emplace(needs);
         const auto started = browser.open({settings, settings.Profil});
         ASSERT_TRUE(started.ok()) << started.failure().text;
         for (int i = 0; i < 200 && state.status.caption != QStringLiteral("Ready"); ++i) tick();
@@ -121,7 +123,8 @@ class RealGateway {
     Browser browser{folder.path(), clock};
     SendJournal journal;
     std::optional<WebPage> page;
-    std::function<void()> BACA_WA;
+    std::function<void()> BACA_WA = [] {};
+    std::function<void(const QList<ArrivedMessage>&)> takeArrived = [](const auto&) {};
     std::optional<Gateway> gateway;
 };
 
