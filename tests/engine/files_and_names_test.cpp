@@ -188,14 +188,16 @@ TEST_F(FilesAndNames, NameIsTypedOnlyIntoTheChatWithThisTitle) {
     EXPECT_TRUE(page.delivered.empty());
 }
 
-TEST_F(FilesAndNames, ModeNineLeavesTheDwellOut) {
-    settings.Speed = u"SLOW"_qs;
+TEST_F(FilesAndNames, DwellFollowsTheSpeedAndModeNineLeavesItOut) {
     const auto waited = [this](int mode) {
         const qint64 before = clock.waited();
         EXPECT_EQ(sendOne(kAni, u"x"_qs, {}, {}, mode), QString());
         return clock.waited() - before;
     };
-    EXPECT_EQ(waited(0) - waited(9), 5000);
+    for (const auto& [speed, dwell] : {std::pair{"NORMAL", 300}, {"SLOW", 5000}, {"VERYSLOW", 12000}, {"slow", 0}}) {
+        settings.Speed = QLatin1String(speed);
+        EXPECT_EQ(waited(0) - waited(9), dwell) << speed;
+    }
 }
 
 TEST_F(FilesAndNames, ClipboardIsUsedAndGivenBack) {
