@@ -35,25 +35,24 @@ class FakeClipboard : public Clipboard {
 class Engine : public ::testing::Test {
  protected:
     Engine() {
-        settings.UseMDB = QStringLiteral("Y");
-        settings.Speed = QStringLiteral("NORMAL");
-        state.cb_Profil.text = QStringLiteral("7");
+        settings.UseMDB = u"Y"_qs;
+        settings.Speed = u"NORMAL"_qs;
+        state.cb_Profil.text = u"7"_qs;
         state.txt_DUMMY.text = kDummy;
-        elements = ElementTable([](const QString& name) {
-            return name == QStringLiteral("XXInfo3") ? QStringLiteral("*isn't on WhatsApp*") : QString();
-        });
-        EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(QStringLiteral("kb.mdb"))));
+        elements = ElementTable(
+            [](const QString& name) { return name == u"XXInfo3"_qs ? u"*isn't on WhatsApp*"_qs : QString(); });
+        EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(u"kb.mdb"_qs)));
         const auto opened = database.OpenDatabase(settings, folder.path());
         EXPECT_TRUE(opened.ok()) << (opened.ok() ? "" : opened.failure().text);
         EXPECT_TRUE(journal.open(journalFile()).ok());
     }
 
-    QString journalFile() const { return folder.filePath(QStringLiteral("send.journal")); }
+    QString journalFile() const { return folder.filePath(u"send.journal"_qs); }
 
     /// Made once for all tests.
     static QString emptyStore() {
         static const QTemporaryDir made;
-        const QString file = made.filePath(QStringLiteral("kb.mdb"));
+        const QString file = made.filePath(u"kb.mdb"_qs);
         if (!QFile::exists(file)) createStores(made.path());
         return file;
     }
@@ -78,8 +77,8 @@ class Engine : public ::testing::Test {
     }
     int count(const char* table) { return field(QByteArrayLiteral("select count(*) from ") + table).toInt(); }
     QString status(qint64 id) {
-        const auto row = database.OpenRecordset(QStringLiteral("select status from sent where id = ?"), {id});
-        return row.eof() ? QStringLiteral("(no row)") : row.field(0);
+        const auto row = database.OpenRecordset(u"select status from sent where id = ?"_qs, {id});
+        return row.eof() ? u"(no row)"_qs : row.field(0);
     }
     /// Why the last message failed.
     QString lastReason() const {
@@ -102,7 +101,7 @@ class Engine : public ::testing::Test {
         ADD_FAILURE() << "the queue did not become empty";
     }
 
-    static inline const QString kDummy = QStringLiteral("6281200009999");
+    static inline const QString kDummy = u"6281200009999"_qs;
 
     QTemporaryDir folder;
     ManualClock clock;

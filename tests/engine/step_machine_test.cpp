@@ -30,14 +30,14 @@ TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(publishedQr(), u"wait"_qs);
     EXPECT_EQ(state.status.background, colour::kRed);
-    page.qrCodes = 1;
-    page.qrData = u"2@it's,a=code"_qs;
+    page.shown.qrCodes = 1;
+    page.shown.qrData = u"2@it's,a=code"_qs;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(publishedQr(), page.qrData);
-    page.qrReloads = 2;
+    EXPECT_EQ(publishedQr(), page.shown.qrData);
+    page.shown.qrReloads = 2;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 0) << "two reload controls are left alone";
-    page.qrReloads = 1;
+    page.shown.qrReloads = 1;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 1);
     EXPECT_EQ(publishedQr(), u"wait"_qs) << "an expired code is not offered to be scanned";
@@ -89,18 +89,18 @@ TEST_F(Steps, BrowserThatHasGoneOrStaysSilentEndsTheSession) {
 }
 
 TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
-    page.noPage = true;
+    page.shown.noPage = true;
     tick();
-    page.noPage = true;  // still not
+    page.shown.noPage = true;  // still not
     tick();
     EXPECT_TRUE(says("can't be reached")) << state.step.toStdString();
-    page.noPage = false;
+    page.shown.noPage = false;
     tick();
     EXPECT_EQ(loaded(), 1);
-    page.errorPage = true;
+    page.shown.errorPage = true;
     tick();
     EXPECT_TRUE(says("The page shows an error, trying again"));
-    page.otherSite = u"login.hotel.example"_qs;
+    page.shown.otherSite = u"login.hotel.example"_qs;
     ticks(20);
     EXPECT_TRUE(says("login.hotel.example")) << state.step.toStdString();
     EXPECT_EQ(loaded(), 2) << "not at every tick";
@@ -108,13 +108,13 @@ TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
     EXPECT_EQ(loaded(), 3);
     EXPECT_EQ(state.status.caption, u"Ready"_qs);
 
-    page.openElsewhere = true;  // over the chats
+    page.shown.useHereButtons = 1;  // over the chats
     queueMany(1);
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_TRUE(says("open in another window")) << state.step.toStdString();
     EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
     EXPECT_TRUE(page.delivered.empty());
-    page.updateOffered = true;
+    page.shown.hasUpdate = true;
     expectRunsTo(1);
     EXPECT_TRUE(state.pageNotice.contains(u"update"_qs)) << state.pageNotice.toStdString();
 
@@ -216,10 +216,10 @@ TEST_F(Steps, NothingIsSentWithoutPhoneWhilePausedOnBreakOrReading) {
         ticks(3);
         EXPECT_EQ(count("outbox"), 3) << state.step.toStdString();
     };
-    page.banner = u" phone NOT connected "_qs;
+    page.shown.banner = u" phone NOT connected "_qs;
     expectHeld();
     EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
-    page.banner = u"Get WhatsApp for Windows"_qs;
+    page.shown.banner = u"Get WhatsApp for Windows"_qs;
     gateway.pacing.cmd_Pause_Click();
     expectHeld();
     gateway.pacing.cmd_Pause_Click();

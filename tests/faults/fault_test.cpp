@@ -36,12 +36,11 @@ class Faults : public ::testing::Test {
     }
 
     void queueMessage() {
-        const QString number = QStringLiteral("62877000000%1").arg(queued % 5);
-        server.run(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')")
-                       .arg(number)
-                       .arg(++queued));
+        const QString number = u"62877000000%1"_qs.arg(queued % 5);
+        server.run(
+            u"insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')"_qs.arg(number).arg(++queued));
     }
-    int waiting() { return server.run(QStringLiteral("select count(*) from outbox")).toInt(); }
+    int waiting() { return server.run(u"select count(*) from outbox"_qs).toInt(); }
 
     /// A message is in hand.
     bool messageBegun() {
@@ -52,7 +51,7 @@ class Faults : public ::testing::Test {
         const auto drivers = platform::children(program.process.processId());
         if (drivers.empty() || victim == Driver) return drivers.empty() ? 0 : drivers.front().id;
         for (const auto& process : program.processes()) {
-            QFile line(QStringLiteral("/proc/%1/cmdline").arg(process.id));
+            QFile line(u"/proc/%1/cmdline"_qs.arg(process.id));
             if (line.open(QIODevice::ReadOnly) && !line.readAll().contains("--type=")) return process.id;
         }
         return 0;
@@ -79,7 +78,7 @@ class Faults : public ::testing::Test {
         std::map<std::string, int> arrived;
         for (const auto& message : program.standIn.received()) ++arrived[message.text];
         std::map<std::string, std::string> rows;
-        const QString all = server.run(QStringLiteral("select wa_text, coalesce(status, '') from sent"));
+        const QString all = server.run(u"select wa_text, coalesce(status, '') from sent"_qs);
         for (const QString& line : all.split(u'\n', Qt::SkipEmptyParts)) {
             const std::string text = line.section(u'\t', 0, 0).toStdString();
             EXPECT_TRUE(rows.emplace(text, line.section(u'\t', 1).toStdString()).second) << "two rows: " << text;
