@@ -35,14 +35,13 @@ class FakeClipboard : public Clipboard {
 class Engine : public ::testing::Test {
  protected:
     Engine() {
-        settings.UseMDB = QStringLiteral("Y");
-        settings.Speed = QStringLiteral("NORMAL");
-        state.cb_Profil.text = QStringLiteral("7");
+        settings.UseMDB = u"Y"_qs;
+        settings.Speed = u"NORMAL"_qs;
+        state.cb_Profil.text = u"7"_qs;
         state.txt_DUMMY.text = kDummy;
-        elements = ElementTable([](const QString& name) {
-            return name == QStringLiteral("XXInfo3") ? QStringLiteral("*isn't on WhatsApp*") : QString();
-        });
-        EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(QStringLiteral("kb.mdb"))));
+        elements = ElementTable(
+            [](const QString& name) { return name == u"XXInfo3"_qs ? u"*isn't on WhatsApp*"_qs : QString(); });
+        EXPECT_TRUE(QFile::copy(emptyStore(), folder.filePath(u"kb.mdb"_qs)));
         const auto opened = database.OpenDatabase(settings, folder.path());
         EXPECT_TRUE(opened.ok()) << (opened.ok() ? "" : opened.failure().text);
         EXPECT_TRUE(journal.open(journalFile()).ok());
@@ -65,28 +64,33 @@ class Engine : public ::testing::Test {
     /// Made once for all tests.
     static QString emptyStore() {
         static const QTemporaryDir made;
-        const QString file = made.filePath(QStringLiteral("kb.mdb"));
+        const QString file = made.filePath(u"kb.mdb"_qs);
         if (!QFile::exists(file)) createStores(made.path());
         return file;
     }
 
     qint64 queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
                  const QString& file = {}) {
-        const bool added =
-            database
-                .execute(QStringLiteral(
-                             "insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"),
-                         {mode, number, text, media, file})
-                .has_value();
-        EXPECT_TRUE(added);
+        execute("insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)",
+                {mode, number, text, media, file});
         return database.lastInsertId();
     }
-    int count(const QString& table) {
-        return database.OpenRecordset(QStringLiteral("select count(*) from ") + table).field(0).toInt();
+    /// Runs a statement that must succeed.
+    void execute(const QByteArray& sql, const QVariantList& values = {}) {
+        EXPECT_TRUE(database.execute(QString::fromUtf8(sql), values)) << sql.constData();
     }
+    /// Has the store refuse what is written in these words of SQL, until the trigger `refuse` is dropped.
+    void refuse(const QByteArray& what) {
+        execute("create trigger refuse before " + what + " begin select raise(abort, 'refused'); end");
+    }
+    /// The first field of a query's first row.
+    QString field(const QByteArray& sql, const QVariantList& values = {}) {
+        return database.OpenRecordset(QString::fromUtf8(sql), values).field(0);
+    }
+    int count(const char* table) { return field(QByteArrayLiteral("select count(*) from ") + table).toInt(); }
     QString status(qint64 id) {
-        const auto row = database.OpenRecordset(QStringLiteral("select status from sent where id = ?"), {id});
-        return row.eof() ? QStringLiteral("(no row)") : row.field(0);
+        const auto row = database.OpenRecordset(u"select status from sent where id = ?"_qs, {id});
+        return row.eof() ? u"(no row)"_qs : row.field(0);
     }
     /// Why the last message failed.
     QString lastReason() const {
@@ -97,18 +101,21 @@ class Engine : public ::testing::Test {
         gateway.machine.Timer_KIBO_Timer();
         clock.wait(500);
     }
+    void ticks(int count) {
+        for (; count > 0; --count) tick();
+    }
     /// Ticks until the queue is empty, no message is left open, and nothing is going on any more.
     void runQueue(int mostTicks = 1000) {
         for (int i = 0; i < mostTicks; ++i) {
             tick();
-            if (count(QStringLiteral("outbox")) > 0 || !journal.entries().empty()) continue;
+            if (count("outbox") > 0 || !journal.entries().empty()) continue;
             EXPECT_EQ(fromOutside(QStringLiteral("select id from kibo_outcome where not final")).toStdString(), "");
             return;
         }
         ADD_FAILURE() << "the queue did not become empty";
     }
 
-    static inline const QString kDummy = QStringLiteral("6281200009999");
+    static inline const QString kDummy = u"6281200009999"_qs;
 
     QTemporaryDir folder;
     ManualClock clock;

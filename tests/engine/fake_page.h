@@ -31,15 +31,10 @@ class FakePage : public ChatPage {
     QSet<QString> unknown;          // numbers that are not on WhatsApp
     std::function<int(const QString&)> openDelay = [](const QString&) { return 0; };
     bool loggedIn = true;
-    QString banner;
-    int qrCodes = 0, qrReloads = 0;
-    QString qrData;
+    PageLook shown;  // besides what follows from the rest
     PageLook::Presence presence = PageLook::Presence::Here;
-    int swallowEnters = 0;  // so many presses of Enter do nothing
-    int loseTexts = 0;      // so many typed texts end up elsewhere
-    bool noPage = false;    // the browser could not load the page
-    bool errorPage = false, openElsewhere = false, updateOffered = false;
-    QString otherSite;
+    int swallowEnters = 0;    // so many presses of Enter do nothing
+    int loseTexts = 0;        // so many typed texts end up elsewhere
     bool boxRenamed = false;  // the message box is no element that the locator matches
     bool silent = false;      // no command is answered
     std::function<void()> beforeEnter;
@@ -80,7 +75,7 @@ class FakePage : public ChatPage {
     QString box(Box box = Box::Message) const { return boxes_.value(box); }
     void deliver(const QString& number, const QString& text) {
         delivered.push_back({number, text});
-        history_[number].append({QStringLiteral("true_%1").arg(++lastId_), true, text + QStringLiteral("14:05")});
+        history_[number].append({u"true_%1"_qs.arg(++lastId_), true, text + u"14:05"_qs});
     }
     void forgetHistory() { history_.clear(); }
     QStringList messageIds(const QString& number) const {
@@ -90,29 +85,21 @@ class FakePage : public ChatPage {
     }
 
     PageLook look(const QString& nextAddress = {}) override {
-        commands.append(QStringLiteral("look"));
+        commands.append(u"look"_qs);
         PageLook look;
         look.presence = silent ? PageLook::Presence::Silent : presence;
         if (look.presence != PageLook::Presence::Here) return look;
+        look = shown;
+        look.presence = PageLook::Presence::Here;
         if (planted_ && !nextAddress.isEmpty()) linkAddress_ = nextAddress;
-        look.noPage = noPage;
-        look.errorPage = errorPage;
-        look.otherSite = otherSite;
-        look.useHereButtons = openElsewhere ? 1 : 0;
-        look.hasUpdate = updateOffered;
         look.hasChatList = loggedIn;
         look.hasBox = !openNumber_.isEmpty() && !boxRenamed;
-        look.newChatControls = loggedIn && !noPage && !errorPage && otherSite.isEmpty() ? 1 : 0;
-        look.qrCodes = qrCodes;
-        look.qrData = qrData;
-        look.qrReloads = qrReloads;
-        look.hasBanner = !banner.isEmpty();
-        look.banner = banner;
+        look.newChatControls = loggedIn && !look.noPage && !look.errorPage && look.otherSite.isEmpty() ? 1 : 0;
+        look.hasBanner = !look.banner.isEmpty();
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
         look.notice = notice_;
         look.chat = chat();
-        look.arrived = arrived;
         return look;
     }
     bool plantLink(const QString& address) override {
@@ -129,24 +116,20 @@ class FakePage : public ChatPage {
     std::optional<ClickedLink> clickLink(const QString& address) override {
         if (!answers("clickLink") || address != linkAddress_) return std::nullopt;
         const ClickedLink clicked{chat(), 42};
-        const QString number = address.section(QRegularExpression(QStringLiteral("[^0-9]")), -1);
+        const QString number = address.section(QRegularExpression(u"[^0-9]"_qs), -1);
         clicks.append(number);
         ++clicked_;
         clickedAddresses_.append(address);
         const auto result = [this, number, generation = generation_] {
             if (generation != generation_) return;
             if (unknown.contains(number)) {
-                notice_ = QStringLiteral("The number +%1 isn't on WhatsApp.\nOK").arg(number);
+                notice_ = u"The number +%1 isn't on WhatsApp.\nOK"_qs.arg(number);
             } else {
                 open(number);
             }
         };
         const int delay = openDelay(number);
-        if (delay == 0) {
-            result();
-        } else {
-            clock_.at(clock_.monotonicMs() + delay, result);
-        }
+        delay == 0 ? result() : clock_.at(clock_.monotonicMs() + delay, result);
         return clicked;
     }
     std::optional<ChatLook> lookAtChat(bool focusBox) override {
@@ -168,14 +151,13 @@ class FakePage : public ChatPage {
     }
     bool forgetArrived(const QStringList& keys) override {
         if (!answers("forgetArrived")) return false;
-        arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
+        shown.arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
         return true;
     }
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
         if (!answers("pasteText")) return std::nullopt;
         if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;
-        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_, false, chat().lastMessageId};
+        return boxAfter(box, text, milliseconds);
     }
     bool typeText(const QString& text) override {
         if (!answers("typeText")) return false;
@@ -188,8 +170,7 @@ class FakePage : public ChatPage {
     bool pressPaste() override { return answers("pressPaste") && typeText(clipboard); }
     std::optional<BoxLook> awaitBoxText(Box box, const QString& text, int milliseconds) override {
         if (!answers("awaitBoxText")) return std::nullopt;
-        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
-        return BoxLook{boxes_[box].trimmed() == text.trimmed(), serial_, false, chat().lastMessageId};
+        return boxAfter(box, text, milliseconds);
     }
     std::optional<BoxLook> awaitSent(const QString& nextAddress, int milliseconds) override {
         auto look = awaitBoxText(Box::Message, {}, milliseconds);
@@ -280,7 +261,7 @@ class FakePage : public ChatPage {
         return true;
     }
     std::optional<ChatListGlance> watchChatList(const QString&) override {
-        commands.append(QStringLiteral("watchChatList"));
+        commands.append(u"watchChatList"_qs);
         QString unread;
         for (const ChatEntry& entry : list.mid(0, rowsInSight))
             if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
@@ -314,7 +295,7 @@ class FakePage : public ChatPage {
         return missed;
     }
     std::optional<int> leaveSearch() override {
-        commands.append(QStringLiteral("leaveSearch"));
+        commands.append(u"leaveSearch"_qs);
         return chatListLength;
     }
     bool refresh() override {
@@ -322,9 +303,9 @@ class FakePage : public ChatPage {
         return answers("refresh");
     }
     bool openStartPage() override {
-        commands.append(QStringLiteral("openStartPage"));
-        noPage = errorPage = false;
-        otherSite.clear();
+        commands.append(u"openStartPage"_qs);
+        shown.noPage = shown.errorPage = false;
+        shown.otherSite.clear();
         return true;
     }
     bool clickQrReload() override {
@@ -332,14 +313,14 @@ class FakePage : public ChatPage {
         return true;
     }
     bool clickUseHere() override {
-        commands.append(QStringLiteral("clickUseHere"));
-        openElsewhere = false;
+        commands.append(u"clickUseHere"_qs);
+        shown.useHereButtons = 0;
         return true;
     }
     QByteArray qrPicture() override { return {}; }
     QByteArray pagePicture() override { return {}; }
     int closeStrayTabs() override {
-        commands.append(QStringLiteral("closeStrayTabs"));
+        commands.append(u"closeStrayTabs"_qs);
         return 0;
     }
     void end() override { ++ended; }
@@ -347,7 +328,6 @@ class FakePage : public ChatPage {
     int chatListLength = 7;
     QList<ChatEntry> list;
     QList<ListedChat> listed;
-    QList<ArrivedMessage> arrived;
     int rowsInSight = 20;
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
@@ -357,6 +337,11 @@ class FakePage : public ChatPage {
     bool answers(const char* command) {
         commands.append(QString::fromLatin1(command));
         return !silent && presence == PageLook::Presence::Here;
+    }
+    /// A box that is given so long to hold `text`.
+    BoxLook boxAfter(Box box, const QString& text, int milliseconds) {
+        if (boxes_[box].trimmed() != text.trimmed()) clock_.wait(milliseconds);
+        return {boxes_[box].trimmed() == text.trimmed(), serial_, false, chat().lastMessageId};
     }
     OpenChat chat() const {
         OpenChat chat;

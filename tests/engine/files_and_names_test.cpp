@@ -5,18 +5,16 @@ namespace {
 
 using test::Engine;
 using test::FakePage;
-const QString kAni = QStringLiteral("6281111111111");
-const QString kFamily = QStringLiteral("120363000000000001");
+const QString kAni = u"6281111111111"_qs;
+const QString kFamily = u"120363000000000001"_qs;
 
 /// A connected gateway, with a picture and a document to send.
 class FilesAndNames : public Engine {
  protected:
     FilesAndNames() {
-        page.names = {{kAni, QStringLiteral("Ani")},
-                      {kDummy, QStringLiteral("Dummy")},
-                      {kFamily, QStringLiteral("Ani's Family")}};
+        page.names = {{kAni, u"Ani"_qs}, {kDummy, u"Dummy"_qs}, {kFamily, u"Ani's Family"_qs}};
         picture = write(QString::fromUtf8("the \"best\" 'pïcture' 😀.PNG"), "not empty");
-        document = write(QStringLiteral("bill.pdf"), "not empty");
+        document = write(u"bill.pdf"_qs, "not empty");
         tick();
     }
     QString write(const QString& name, const QByteArray& content) {
@@ -37,74 +35,74 @@ class FilesAndNames : public Engine {
 };
 
 TEST_F(FilesAndNames, FilesGoOutWithTheTextAsCaptionOfTheFirst) {
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("for %name%"), picture, document), QString());
+    EXPECT_EQ(sendOne(kAni, u"for %name%"_qs, picture, document), QString());
     ASSERT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(page.delivered[0].number + page.delivered[0].text + page.delivered[0].file,
-              kAni + QStringLiteral("for Ani") + picture);
+              kAni + u"for Ani"_qs + picture);
     EXPECT_EQ(page.delivered[0].input, FileInput::Media);
     EXPECT_EQ(last().text + last().file, document);
     EXPECT_EQ(last().input, FileInput::Document);
-    EXPECT_EQ(page.commands.count(QStringLiteral("pressEnter")), 0);
+    EXPECT_EQ(page.commands.count(u"pressEnter"_qs), 0);
 
-    EXPECT_EQ(sendOne(kAni, {}, write(QStringLiteral("p.svg"), "<svg/>")), QString());
+    EXPECT_EQ(sendOne(kAni, {}, write(u"p.svg"_qs, "<svg/>")), QString());
     EXPECT_EQ(last().input, FileInput::Document) << "the page can't show it as a picture";
 }
 
 TEST_F(FilesAndNames, FileThatCannotBeSentFailsBeforeTheChatIsOpened) {
-    settings.MaxFileMB = QStringLiteral("1");
+    settings.MaxFileMB = u"1"_qs;
     const qsizetype clicks = page.clicks.count(kAni);
     const struct {
         QString path;
         const char* reason;
-    } cases[] = {{folder.filePath(QStringLiteral("none.png")), "the media file is not there"},
+    } cases[] = {{folder.filePath(u"none.png"_qs), "the media file is not there"},
                  {folder.path(), "the media file is a folder"},
-                 {QStringLiteral("/dev/null"), "the media file is no ordinary file"},
-                 {write(QStringLiteral("e.png"), {}), "the media file is empty"},
+                 {u"/dev/null"_qs, "the media file is no ordinary file"},
+                 {write(u"e.png"_qs, {}), "the media file is empty"},
                  {picture + QLatin1Char('\n') + document, "the media file has a line break in its name"},
-                 {write(QStringLiteral("big.png"), QByteArray(1024 * 1024 + 1, 'x')),
+                 {write(u"big.png"_qs, QByteArray(1024 * 1024 + 1, 'x')),
                   "the media file is too large: 2 MB, and 1 MB are allowed (MaxFileMB)"}};
     for (const auto& c : cases) {
-        EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), c.path), QStringLiteral("fail")) << c.reason;
+        EXPECT_EQ(sendOne(kAni, u"x"_qs, c.path), u"fail"_qs) << c.reason;
         EXPECT_EQ(lastReason(), QLatin1String(c.reason));
     }
-    settings.ChromeDriver = QStringLiteral("http://192.0.2.1:9515");
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture), QStringLiteral("fail"));
-    EXPECT_TRUE(lastReason().contains(QStringLiteral("another computer")));
+    settings.ChromeDriver = u"http://192.0.2.1:9515"_qs;
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, picture), u"fail"_qs);
+    EXPECT_TRUE(lastReason().contains(u"another computer"_qs));
     EXPECT_EQ(page.clicks.count(kAni), clicks);
 }
 
 TEST_F(FilesAndNames, AddressesAreFetchedAndOnlyWhatWasFetchedIsRemoved) {
-    settings.ClearTmp = QStringLiteral("Y");
-    const QString kept = write(QStringLiteral("kept.png"), "x");
+    settings.ClearTmp = u"Y"_qs;
+    const QString kept = write(u"kept.png"_qs, "x");
     QString fetched;
     fetch = [&](const QString& address) -> Result<QString> {
         if (address.endsWith(QLatin1Char('2'))) return Failure{FailureKind::Remote, "no answer"};
-        return fetched = write(QStringLiteral("fetched.png"), "y");
+        return fetched = write(u"fetched.png"_qs, "y");
     };
     QStringList released;
     release = [&](const QString& path) {
         EXPECT_FALSE(QFile::exists(path));
         released.append(path);
     };
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), QStringLiteral("hTTps://example.org/1"), document), QString());
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, u"hTTps://example.org/1"_qs, document), QString());
     ASSERT_EQ(page.delivered.size(), 2u);
     EXPECT_EQ(page.delivered[0].file, fetched);
     EXPECT_EQ(released, QStringList(fetched));
     EXPECT_TRUE(QFile::exists(kept) && QFile::exists(document));
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), {}, QStringLiteral("http://example.org/2")), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("the document could not be fetched: no answer"));
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, {}, u"http://example.org/2"_qs), u"fail"_qs);
+    EXPECT_EQ(lastReason(), u"the document could not be fetched: no answer"_qs);
 }
 
 TEST_F(FilesAndNames, MessageWaitsInTheQueueWhileItsFilesAreFetched) {
     int fetches = 0;
-    const qint64 id = queue(kAni, QStringLiteral("x"), 0, QStringLiteral("http://example.org/1"));
+    const qint64 id = queue(kAni, u"x"_qs, 0, u"http://example.org/1"_qs);
     fetch = [&](const QString&) -> Result<QString> {
         if (++fetches == 1) gateway.pacing.cmd_Pause_Click();
-        EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+        EXPECT_EQ(count("outbox"), 1);
         EXPECT_TRUE(journal.entries().empty());
         return picture;
     };
-    for (int i = 0; i < 5; ++i) tick();
+    ticks(5);
     EXPECT_TRUE(page.delivered.empty()) << "paused during the download";
     gateway.pacing.cmd_Pause_Click();
     runQueue();
@@ -113,14 +111,14 @@ TEST_F(FilesAndNames, MessageWaitsInTheQueueWhileItsFilesAreFetched) {
     EXPECT_EQ(status(id), QString());
 
     // Ended in the middle of the next download.
-    queue(kAni, QStringLiteral("x"), 0, {}, QStringLiteral("http://example.org/1"));
+    queue(kAni, u"x"_qs, 0, {}, u"http://example.org/1"_qs);
     fetch = [&](const QString&) -> Result<QString> {
         clock.stopWaiting();
         page.presence = PageLook::Presence::Gone;
         return Failure{FailureKind::Transport, "the program is about to end"};
     };
     tick();
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+    EXPECT_EQ(count("outbox"), 1);
     EXPECT_EQ(state.failedCount, 0);
 }
 
@@ -136,85 +134,87 @@ TEST_F(FilesAndNames, PreviewThatGoesWrongFailsTheMessage) {
                  {Preview::GoesUnsent, inDoubt}};
     for (const auto& c : cases) {
         page.preview = c.preview;
-        EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture), QStringLiteral("fail")) << c.reason;
+        EXPECT_EQ(sendOne(kAni, u"x"_qs, picture), u"fail"_qs) << c.reason;
         EXPECT_EQ(lastReason(), QLatin1String(c.reason));
-        EXPECT_LE(page.commands.count(QStringLiteral("sendPreview")), 1);
-        EXPECT_LE(page.commands.count(QStringLiteral("lookAtPreview")), 200);
+        EXPECT_LE(page.commands.count(u"sendPreview"_qs), 1);
+        EXPECT_LE(page.commands.count(u"lookAtPreview"_qs), 200);
     }
     EXPECT_TRUE(page.delivered.empty());
     page.preview = Preview::Comes;
     page.previewDelay = 5000;
     page.uploadDelay = 60'000;
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("slow"), picture), QString());
+    EXPECT_EQ(sendOne(kAni, u"slow"_qs, picture), QString());
 }
 
 TEST_F(FilesAndNames, FileNeverReachesAChatThatCameUpMeanwhile) {
     page.previewDelay = 3000;
-    clock.at(clock.monotonicMs() + 2500, [this] { page.open(QStringLiteral("6283333333333")); });
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture, document), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("another chat came up before the file was sent"));
+    clock.at(clock.monotonicMs() + 2500, [this] { page.open(u"6283333333333"_qs); });
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, picture, document), u"fail"_qs);
+    EXPECT_EQ(lastReason(), u"another chat came up before the file was sent"_qs);
     page.previewDelay = 0;
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture), QString());
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, picture), QString());
     // It comes up between the two files.
     page.uploadDelay = 10'000;
-    clock.at(clock.monotonicMs() + 13'500, [this] { page.open(QStringLiteral("6283333333333")); });
+    clock.at(clock.monotonicMs() + 13'500, [this] { page.open(u"6283333333333"_qs); });
     page.previewDelay = 3000;
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), picture, document), QStringLiteral("fail"));
-    EXPECT_TRUE(lastReason().contains(QStringLiteral("the media file has arrived"))) << lastReason().toStdString();
+    EXPECT_EQ(sendOne(kAni, u"x"_qs, picture, document), u"fail"_qs);
+    EXPECT_TRUE(lastReason().contains(u"the media file has arrived"_qs)) << lastReason().toStdString();
     for (const auto& message : page.delivered) EXPECT_EQ(message.number, kAni);
 }
 
 TEST_F(FilesAndNames, ContactsAndGroupsAreFoundByTheirWholeName) {
-    EXPECT_EQ(sendOne(QStringLiteral("\u00a0aNI \u200e"), QStringLiteral("for %NAME%"), {}, {}, 2), QString());
-    EXPECT_EQ(last().number + last().text, kAni + QStringLiteral("for ANI"));
-    EXPECT_EQ(sendOne(QStringLiteral("ani's family"), QStringLiteral("all"), picture), QString());
-    EXPECT_EQ(last().number + last().text, kFamily + QStringLiteral("all"));
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("by number"), {}, {}, 9), QString());
-    EXPECT_EQ(sendOne(QStringLiteral("Family"), QStringLiteral("x")), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("no chat has this name")) << "a part of a name is none";
-    page.names[QStringLiteral("6282222222222")] = QStringLiteral("ANI ");
+    EXPECT_EQ(sendOne(u"\u00a0aNI \u200e"_qs, u"for %NAME%"_qs, {}, {}, 2), QString());
+    EXPECT_EQ(last().number + last().text, kAni + u"for ANI"_qs);
+    EXPECT_EQ(sendOne(u"ani's family"_qs, u"all"_qs, picture), QString());
+    EXPECT_EQ(last().number + last().text, kFamily + u"all"_qs);
+    EXPECT_EQ(sendOne(kAni, u"by number"_qs, {}, {}, 9), QString());
+    EXPECT_EQ(sendOne(u"Family"_qs, u"x"_qs), u"fail"_qs);
+    EXPECT_EQ(lastReason(), u"no chat has this name"_qs) << "a part of a name is none";
+    page.names[u"6282222222222"_qs] = u"ANI "_qs;
     page.searchDelay = 1000;
-    EXPECT_EQ(sendOne(QStringLiteral("Ani"), QStringLiteral("x")), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("ambiguous: 2 chats have this name"));
+    EXPECT_EQ(sendOne(u"Ani"_qs, u"x"_qs), u"fail"_qs);
+    EXPECT_EQ(lastReason(), u"ambiguous: 2 chats have this name"_qs);
     EXPECT_EQ(page.delivered.size(), 3u);
     EXPECT_TRUE(page.box(Box::Search).isEmpty());
 }
 
 TEST_F(FilesAndNames, NameIsTypedOnlyIntoTheChatWithThisTitle) {
     page.openDelay = [this](const QString& number) {
-        if (number == kAni) clock.at(clock.monotonicMs() + 500, [this] { page.open(QStringLiteral("6283333333333")); });
+        if (number == kAni) clock.at(clock.monotonicMs() + 500, [this] { page.open(u"6283333333333"_qs); });
         return number == kAni ? 60'000 : 0;
     };
-    EXPECT_EQ(sendOne(QStringLiteral("Ani"), QStringLiteral("x")), QStringLiteral("fail"));
-    EXPECT_EQ(lastReason(), QStringLiteral("the chat did not open in time"));
+    EXPECT_EQ(sendOne(u"Ani"_qs, u"x"_qs), u"fail"_qs);
+    EXPECT_EQ(lastReason(), u"the chat did not open in time"_qs);
     EXPECT_TRUE(page.delivered.empty());
 }
 
-TEST_F(FilesAndNames, ModeNineLeavesTheDwellOut) {
-    settings.Speed = QStringLiteral("SLOW");
+TEST_F(FilesAndNames, DwellFollowsTheSpeedAndModeNineLeavesItOut) {
     const auto waited = [this](int mode) {
         const qint64 before = clock.waited();
-        EXPECT_EQ(sendOne(kAni, QStringLiteral("x"), {}, {}, mode), QString());
+        EXPECT_EQ(sendOne(kAni, u"x"_qs, {}, {}, mode), QString());
         return clock.waited() - before;
     };
-    EXPECT_EQ(waited(0) - waited(9), 5000);
+    for (const auto& [speed, dwell] : {std::pair{"NORMAL", 300}, {"SLOW", 5000}, {"VERYSLOW", 12000}, {"slow", 0}}) {
+        settings.Speed = QLatin1String(speed);
+        EXPECT_EQ(waited(0) - waited(9), dwell) << speed;
+    }
 }
 
 TEST_F(FilesAndNames, ClipboardIsUsedAndGivenBack) {
-    page.clipboard = QStringLiteral("the operator's");
-    settings.SendUsingClipboard = QStringLiteral("Y");
+    page.clipboard = u"the operator's"_qs;
+    settings.SendUsingClipboard = u"Y"_qs;
     const auto waited = [this](int characters) {
         const qint64 before = clock.waited();
         EXPECT_EQ(sendOne(kAni, QString(characters, QLatin1Char('x'))), QString());
-        EXPECT_EQ(page.commands.count(QStringLiteral("pressPaste")), 1);
+        EXPECT_EQ(page.commands.count(u"pressPaste"_qs), 1);
         return clock.waited() - before;
     };
     EXPECT_EQ(waited(1000) - waited(999), 2000);
-    EXPECT_EQ(page.clipboard, QStringLiteral("the operator's"));
-    settings.Headless = QStringLiteral("Y");
-    EXPECT_EQ(sendOne(kAni, QStringLiteral("typed")), QString());
-    EXPECT_EQ(page.commands.count(QStringLiteral("pressPaste")), 0);
-    EXPECT_EQ(settings.SendUsingClipboard, QStringLiteral("N"));
+    EXPECT_EQ(page.clipboard, u"the operator's"_qs);
+    settings.Headless = u"Y"_qs;
+    EXPECT_EQ(sendOne(kAni, u"typed"_qs), QString());
+    EXPECT_EQ(page.commands.count(u"pressPaste"_qs), 0);
+    EXPECT_EQ(settings.SendUsingClipboard, u"N"_qs);
 }
 
 }  // namespace

@@ -7,180 +7,180 @@ namespace kibo {
 namespace {
 
 using test::Engine;
-const QString kAni = QStringLiteral("6281111111111");
+const QString kAni = u"6281111111111"_qs;
 
 class Steps : public Engine {
  protected:
-    Steps() { EXPECT_TRUE(database.Execute(QStringLiteral("insert into web_user (id, qr) values ('7', '')"))); }
-    QString publishedQr() { return database.OpenRecordset(QStringLiteral("select qr from web_user")).field(0); }
+    Steps() { execute("insert into web_user (id, qr) values ('7', '')"); }
+    QString publishedQr() { return field("select qr from web_user"); }
+    bool says(const char* words) const { return state.step.contains(QLatin1String(words)); }
+    void queueMany(int messages) {
+        for (; messages > 0; --messages) queue(kAni, u"x"_qs);
+    }
+    /// Runs the queue to its end; then so many messages have arrived.
+    void expectRunsTo(size_t arrived) {
+        runQueue();
+        EXPECT_EQ(page.delivered.size(), arrived);
+    }
+    qsizetype loaded() const { return page.commands.count(u"openStartPage"_qs); }
 };
 
 TEST_F(Steps, LoginCodeIsPublishedUntilLoggedIn) {
     page.loggedIn = false;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(publishedQr(), QStringLiteral("wait"));
+    EXPECT_EQ(publishedQr(), u"wait"_qs);
     EXPECT_EQ(state.status.background, colour::kRed);
-    page.qrCodes = 1;
-    page.qrData = QStringLiteral("2@it's,a=code");
+    page.shown.qrCodes = 1;
+    page.shown.qrData = u"2@it's,a=code"_qs;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(publishedQr(), page.qrData);
-    page.qrReloads = 2;
+    EXPECT_EQ(publishedQr(), page.shown.qrData);
+    page.shown.qrReloads = 2;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 0) << "two reload controls are left alone";
-    page.qrReloads = 1;
+    page.shown.qrReloads = 1;
     gateway.machine.Timer_KIBO_Timer();
     EXPECT_EQ(page.reloadsClicked, 1);
-    EXPECT_EQ(publishedQr(), QStringLiteral("wait")) << "an expired code is not offered to be scanned";
+    EXPECT_EQ(publishedQr(), u"wait"_qs) << "an expired code is not offered to be scanned";
     page.loggedIn = true;
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
+    EXPECT_EQ(state.status.caption, u"Ready"_qs);
     EXPECT_EQ(state.status.background, colour::kGreen);
     EXPECT_FALSE(state.cmd_OpenWA.enabled);
 }
 
-TEST_F(Steps, PhoneThatIsOffStopsSending) {
-    queue(kAni, QStringLiteral("x"));
-    page.banner = QStringLiteral(" phone NOT connected ");
-    tick();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    page.banner = QStringLiteral("Get WhatsApp for Windows");
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
 TEST_F(Steps, DummyIsOpenedOncePerConnectionAndLinkPlantedOncePerPage) {
-    for (int i = 0; i < 3; ++i) tick();
+    ticks(3);
     EXPECT_EQ(page.clicks, QStringList(kDummy));
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 1);
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 1);
     page.reload();
-    queue(kAni, QStringLiteral("x"));
-    runQueue();
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 2);
-    EXPECT_EQ(page.delivered.size(), 1u);
+    queueMany(1);
+    expectRunsTo(1);
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 2);
+    page.clicks.clear();
+    settings.DisableRead = u"Y"_qs;  // an instance that only sends
+    queueMany(1);
+    expectRunsTo(2);
+    EXPECT_EQ(page.clicks, QStringList(kAni));
 }
 
-TEST_F(Steps, BrowserThatHasGoneEndsTheSession) {
-    tick();
-    state.Timer_KIBO.setEnabled(true);
-    page.presence = PageLook::Presence::Gone;
-    queue(kAni, QStringLiteral("x"));
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_EQ(page.ended, 1);
-    EXPECT_FALSE(state.Timer_KIBO.enabled());
-    EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
-    EXPECT_FALSE(state.dummyOpened) << "the next connection opens it again";
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-}
-
-TEST_F(Steps, PageThatCannotBeLoadedIsAskedForAgain) {
-    page.noPage = true;
-    tick();
-    page.noPage = true;  // still not
-    tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("can't be reached"))) << state.step.toStdString();
-    page.noPage = false;
-    tick();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
+TEST_F(Steps, BrowserThatHasGoneOrStaysSilentEndsTheSession) {
+    for (const bool silent : {false, true}) {
+        page.silent = false;
+        page.presence = PageLook::Presence::Here;
+        tick();
+        EXPECT_TRUE(state.dummyOpened);
+        state.Timer_KIBO.setEnabled(true);
+        state.waurl.text.clear();
+        page.ended = 0;
+        page.silent = silent;
+        if (silent) {
+            ticks(100);
+            EXPECT_EQ(page.ended, 0) << "it is waited for a minute";
+            ticks(20);
+        } else {
+            page.presence = PageLook::Presence::Gone;
+            queueMany(1);
+        }
+        gateway.machine.Timer_KIBO_Timer();
+        EXPECT_EQ(page.ended, 1);
+        EXPECT_FALSE(state.Timer_KIBO.enabled());
+        EXPECT_EQ(state.waurl.text, u"!!"_qs);
+    }
 }
 
 TEST_F(Steps, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
-    const auto opened = [this] { return page.commands.count(QStringLiteral("openStartPage")); };
-    page.errorPage = true;
+    page.shown.noPage = true;
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("The page shows an error, trying again"));
-    page.otherSite = QStringLiteral("login.hotel.example");
-    for (int i = 0; i < 20; ++i) tick();
-    EXPECT_TRUE(state.step.contains(page.otherSite)) << state.step.toStdString();
-    EXPECT_EQ(opened(), 1) << "not at every tick";
-    for (int i = 0; i < 50; ++i) tick();
-    EXPECT_EQ(opened(), 2);
-    EXPECT_EQ(state.status.caption, QStringLiteral("Ready"));
+    page.shown.noPage = true;  // still not
+    tick();
+    EXPECT_TRUE(says("can't be reached")) << state.step.toStdString();
+    page.shown.noPage = false;
+    tick();
+    EXPECT_EQ(loaded(), 1);
+    page.shown.errorPage = true;
+    tick();
+    EXPECT_TRUE(says("The page shows an error, trying again"));
+    page.shown.otherSite = u"login.hotel.example"_qs;
+    ticks(20);
+    EXPECT_TRUE(says("login.hotel.example")) << state.step.toStdString();
+    EXPECT_EQ(loaded(), 2) << "not at every tick";
+    ticks(50);
+    EXPECT_EQ(loaded(), 3);
+    EXPECT_EQ(state.status.caption, u"Ready"_qs);
 
-    page.openElsewhere = true;  // over the chats
-    queue(kAni, QStringLiteral("x"));
+    page.shown.useHereButtons = 1;  // over the chats
+    queueMany(1);
     gateway.machine.Timer_KIBO_Timer();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("open in another window"))) << state.step.toStdString();
-    EXPECT_EQ(state.status.caption, QStringLiteral("Not Connect"));
+    EXPECT_TRUE(says("open in another window")) << state.step.toStdString();
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
     EXPECT_TRUE(page.delivered.empty());
-    page.updateOffered = true;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
-    EXPECT_TRUE(state.pageNotice.contains(QStringLiteral("update"))) << state.pageNotice.toStdString();
-}
+    page.shown.hasUpdate = true;
+    expectRunsTo(1);
+    EXPECT_TRUE(state.pageNotice.contains(u"update"_qs)) << state.pageNotice.toStdString();
 
-TEST_F(Steps, BlankPageIsLoadedAnewAfterMinutes) {
-    page.loggedIn = false;
-    for (int i = 0; i < 130; ++i) tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("neither chats nor a QR code"))) << state.step.toStdString();
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 0);
-    for (int i = 0; i < 500; ++i) tick();
-    EXPECT_EQ(page.commands.count(QStringLiteral("openStartPage")), 1);
+    page.loggedIn = false;  // a blank page is loaded anew after minutes
+    ticks(130);
+    EXPECT_TRUE(says("neither chats nor a QR code")) << state.step.toStdString();
+    EXPECT_EQ(loaded(), 3);
+    ticks(500);
+    EXPECT_EQ(loaded(), 4);
 }
 
 TEST_F(Steps, MissingMessageBoxHoldsSendingBeforeAnyMessageIsLost) {
+    ticks(2);
+    page.open(u"6289999999999"_qs);  // a chat without one that a person has opened holds nothing
     page.boxRenamed = true;
-    queue(kAni, QStringLiteral("x"));
-    for (int i = 0; i < 60; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Page changed: XX_ChatBox"));
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "seen in the dummy's chat";
+    ticks(20);
+    EXPECT_TRUE(says("Queue empty")) << state.step.toStdString();
+    page.open(kDummy);
+    page.clicks.clear();
+    queueMany(1);
+    state.dummyOpened = false;
+    ticks(60);
+    EXPECT_TRUE(says("Page changed: XX_ChatBox")) << state.step.toStdString();
+    EXPECT_EQ(count("outbox"), 1) << "seen in the dummy's chat";
     EXPECT_EQ(page.clicks.count(kDummy), 1 + 1) << "looked at again, once a minute";
     page.boxRenamed = false;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    expectRunsTo(1);
     EXPECT_EQ(state.failedCount, 0);
 }
 
 TEST_F(Steps, MissingMessageBoxCostsOneMessageWhereNoChatIsOpenedBetween) {
-    settings.DisableRead = QStringLiteral("Y");
-    for (int i = 0; i < 5; ++i) queue(kAni, QStringLiteral("x"));
+    settings.DisableRead = u"Y"_qs;
+    queueMany(5);
     page.boxRenamed = true;
-    for (int i = 0; i < 300; ++i) tick();
-    EXPECT_EQ(lastReason(), QStringLiteral("Page changed: XX_ChatBox"));
+    ticks(300);
+    EXPECT_EQ(lastReason(), u"Page changed: XX_ChatBox"_qs);
     EXPECT_EQ(state.failedCount, 1);
-    EXPECT_EQ(count(QStringLiteral("outbox")), 4);
+    EXPECT_EQ(count("outbox"), 4);
     page.reload();  // whoever reloads the page has perhaps mended it
     page.boxRenamed = false;
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 4u);
-}
-
-TEST_F(Steps, ChatWithoutMessageBoxThatAPersonHasOpenedHoldsNothing) {
-    tick();
-    tick();
-    page.open(QStringLiteral("6289999999999"));
-    page.boxRenamed = true;
-    for (int i = 0; i < 20; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Queue empty"));
+    expectRunsTo(4);
 }
 
 TEST_F(Steps, LineSaysWhatIsWaitedForAndWhenTheQueueWillBeDone) {
-    for (int i = 0; i < 4; ++i) queue(kAni, QStringLiteral("x"));
+    queueMany(4);
     runQueue();
     tick();
     EXPECT_EQ(state.doneAbout, QString()) << "nothing waits";
-    for (int i = 0; i < 3600; ++i) queue(kAni, QStringLiteral("x"));
+    queueMany(3600);
     tick();
-    const QString soon = state.doneAbout;
-    EXPECT_TRUE(soon.startsWith(QStringLiteral("Done about "))) << soon.toStdString();
+    EXPECT_TRUE(state.doneAbout.startsWith(u"Done about "_qs)) << state.doneAbout.toStdString();
     gateway.pacing.cmd_Pause_Click();
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused"));
+    EXPECT_TRUE(says("Paused"));
     EXPECT_EQ(state.doneAbout, QString());
-    ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox")));
+    execute("delete from outbox");
     tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused")) << "also with an empty queue";
+    EXPECT_TRUE(says("Paused")) << "also with an empty queue";
     gateway.pacing.cmd_Pause_Click();
 
-    settings.UseMDB = QStringLiteral("N");  // a schedule is a server's
-    settings.Scheduled = QStringLiteral("Y");
+    settings.UseMDB = u"N"_qs;  // a schedule is a server's
+    settings.Scheduled = u"Y"_qs;
     const QDateTime due = clock.now().addSecs(90);
-    const qint64 id = queue(kAni, QStringLiteral("later"));
-    ASSERT_TRUE(database.execute(QStringLiteral("update outbox set wa_time = ? where id = ?"), {due, id}));
-    for (int i = 0; i < 30; ++i) tick();
-    EXPECT_EQ(state.step, QStringLiteral("Next message at %1").arg(due.toString(QStringLiteral("HH:mm"))));
+    execute("update outbox set wa_time = ? where id = ?", {due, queue(kAni, u"later"_qs)});
+    ticks(30);
+    EXPECT_EQ(state.step, u"Next message at %1"_qs.arg(due.toString(u"HH:mm"_qs)));
     runQueue();
     EXPECT_GE(clock.now(), due);
 }
@@ -190,9 +190,7 @@ TEST(QueueForecast, AddsMessagesAndTheBreaksBeforeTheLastOne) {
     EXPECT_EQ(forecast.untilDone({.waiting = 3}), std::nullopt) << "no message to go by";
     for (const qint64 ms : {1000, 3000}) forecast.messageTook(ms);
     EXPECT_EQ(forecast.untilDone({.waiting = 0}), std::nullopt);
-    EXPECT_EQ(forecast.untilDone({.waiting = 3}), 6000);
-    EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .sentInBatch = 0, .breakMs = 60'000}),
-              20'000 + 60'000);
+    EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .breakMs = 60'000}), 20'000 + 60'000);
     EXPECT_EQ(forecast.untilDone({.waiting = 10, .batchSize = 5, .sentInBatch = 1, .breakMs = 60'000}),
               20'000 + 2 * 60'000);
     EXPECT_EQ(forecast.untilDone({.waiting = 2, .batchSize = 1, .breakMs = 60'000, .breakLeftMs = 7'000}),
@@ -201,82 +199,44 @@ TEST(QueueForecast, AddsMessagesAndTheBreaksBeforeTheLastOne) {
     EXPECT_EQ(forecast.untilDone({.waiting = 3}), 1500) << "the last twenty count";
 }
 
-TEST_F(Steps, PageThatStaysSilentIsGivenUpAfterAMinute) {
-    tick();
-    page.silent = true;
-    for (int i = 0; i < 100; ++i) tick();
-    EXPECT_EQ(page.ended, 0);
-    for (int i = 0; i < 30; ++i) tick();
-    EXPECT_EQ(page.ended, 1);
-    EXPECT_EQ(state.waurl.text, QStringLiteral("!!"));
-}
-
 TEST_F(Steps, ChatAddressThatCannotStandInALinkIsNamed) {
-    settings.ChatAddress = QStringLiteral("https://x/\" onclick=");
-    queue(kAni, QStringLiteral("x"));
-    for (int i = 0; i < 3; ++i) tick();
-    EXPECT_TRUE(state.step.contains(QStringLiteral("ChatAddress"))) << state.step.toStdString();
-    EXPECT_EQ(page.commands.count(QStringLiteral("plantLink")), 0);
-    settings.ChatAddress = QStringLiteral("https://x/send?phone=");
-    runQueue();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    settings.ChatAddress = u"https://x/\" onclick="_qs;
+    queueMany(1);
+    ticks(3);
+    EXPECT_TRUE(says("ChatAddress")) << state.step.toStdString();
+    EXPECT_EQ(page.commands.count(u"plantLink"_qs), 0);
+    settings.ChatAddress = u"https://x/send?phone="_qs;
+    expectRunsTo(1);
 }
 
-TEST_F(Steps, NothingIsSentWhilePausedOnBreakOrReading) {
+TEST_F(Steps, NothingIsSentWithoutPhoneWhilePausedOnBreakOrReading) {
     tick();
-    queue(kAni, QStringLiteral("x"));
+    queueMany(3);
+    const auto expectHeld = [this] {
+        ticks(3);
+        EXPECT_EQ(count("outbox"), 3) << state.step.toStdString();
+    };
+    page.shown.banner = u" phone NOT connected "_qs;
+    expectHeld();
+    EXPECT_EQ(state.status.caption, u"Not Connect"_qs);
+    page.shown.banner = u"Get WhatsApp for Windows"_qs;
     gateway.pacing.cmd_Pause_Click();
-    tick();
-    EXPECT_EQ(state.step, QStringLiteral("Paused"));
+    expectHeld();
     gateway.pacing.cmd_Pause_Click();
-    state.waitread.visible = true;
-    tick();
-    state.waitread.visible = false;
     state.BreakTime.setEnabled(true);
-    tick();
+    expectHeld();
     state.BreakTime.setEnabled(false);
-    state.busy = true;
-    tick();
-    EXPECT_TRUE(page.delivered.empty());
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    state.busy = false;
-    tick();
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
-TEST_F(Steps, BatchOfOneBreaksAfterEveryMessage) {
-    settings.AfterSend = QStringLiteral("1");
-    settings.Break = QStringLiteral("60");
-    queue(kAni, QStringLiteral("x"));
-    queue(kAni, QStringLiteral("y"));
-    for (int i = 0; i < 5; ++i) tick();
-    EXPECT_EQ(page.delivered.size(), 1u);
+    for (bool* reading : {&state.waitread.visible, &state.busy}) {
+        *reading = true;
+        expectHeld();
+        *reading = false;
+    }
+    settings.AfterSend = u"1"_qs;
+    settings.Break = u"60"_qs;
+    ticks(5);
+    EXPECT_EQ(page.delivered.size(), 1u) << "a batch of one breaks after every message";
     EXPECT_TRUE(state.BreakTime.enabled());
-    EXPECT_EQ(state.Outbox_Cnt.caption, QStringLiteral("1"));
-}
-
-TEST_F(Steps, SendOnlyInstanceNeverOpensTheDummy) {
-    settings.DisableRead = QStringLiteral("Y");
-    queue(kAni, QStringLiteral("x"));
-    runQueue();
-    EXPECT_EQ(page.clicks, QStringList(kAni));
-    EXPECT_EQ(page.delivered.size(), 1u);
-}
-
-TEST_F(Steps, StoreThatIsOffIsShownAndNothingIsTaken) {
-    tick();
-    queue(kAni, QStringLiteral("x"));
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table sent rename to away")));
-    tick();
-    EXPECT_TRUE(page.delivered.empty()) << "what can't be recorded is not sent";
-    EXPECT_EQ(count(QStringLiteral("outbox")), 1);
-    EXPECT_TRUE(state.dboff.visible);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to sent")));
-    for (int i = 0; i < 10; ++i) tick();
-    EXPECT_EQ(page.delivered.size(), 1u);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table outbox rename to away")));
-    gateway.machine.Timer_KIBO_Timer();
-    EXPECT_TRUE(state.dboff.visible);
+    EXPECT_EQ(state.Outbox_Cnt.caption, u"2"_qs);
 }
 
 TEST_F(Steps, ChatListWatchReadsOnAChangeAndNeverDuringASend) {
@@ -300,7 +260,7 @@ TEST_F(Steps, ChatListWatchReadsOnAChangeAndNeverDuringASend) {
     watch.Timer2_Timer();
     watch.Timer2_Timer();
     EXPECT_EQ(passes, 2);
-    page.list = {{QStringLiteral("Ani"), QStringLiteral("1"), {QStringLiteral("same length")}}};
+    page.list = {{u"Ani"_qs, u"1"_qs, {u"same length"_qs}}};
     watch.Timer2_Timer();
     watch.Timer2_Timer();
     EXPECT_EQ(passes, 3) << "a new unread message, once, though the length is the same";

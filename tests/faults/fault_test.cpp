@@ -36,12 +36,11 @@ class Faults : public ::testing::Test {
     }
 
     void queueMessage() {
-        const QString number = QStringLiteral("62877000000%1").arg(queued % 5);
-        server.run(QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')")
-                       .arg(number)
-                       .arg(++queued));
+        const QString number = u"62877000000%1"_qs.arg(queued % 5);
+        server.run(
+            u"insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')"_qs.arg(number).arg(++queued));
     }
-    int waiting() { return server.run(QStringLiteral("select count(*) from outbox")).toInt(); }
+    int waiting() { return server.run(u"select count(*) from outbox"_qs).toInt(); }
 
     /// A message is in hand.
     bool messageBegun() {
@@ -52,7 +51,7 @@ class Faults : public ::testing::Test {
         const auto drivers = platform::children(program.process.processId());
         if (drivers.empty() || victim == Driver) return drivers.empty() ? 0 : drivers.front().id;
         for (const auto& process : program.processes()) {
-            QFile line(QStringLiteral("/proc/%1/cmdline").arg(process.id));
+            QFile line(u"/proc/%1/cmdline"_qs.arg(process.id));
             if (line.open(QIODevice::ReadOnly) && !line.readAll().contains("--type=")) return process.id;
         }
         return 0;

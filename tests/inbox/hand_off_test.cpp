@@ -7,19 +7,19 @@ namespace {
 class HandOff : public test::Inbox {};
 
 TEST_F(HandOff, WebBotComesFirstThenTheProgram) {
-    settings.UseBotPHP = settings.UseBotEXE = QStringLiteral("Y");
-    settings.PHP = QStringLiteral("http://bot/ask");
-    settings.EXE = QStringLiteral("/opt/bot");
-    handOff.fire(QStringLiteral("62811"), QStringLiteral("how much?"), QStringLiteral("7"));
-    handOff.fire(QStringLiteral("Ani & co"), QStringLiteral("a~~b\n\"$(c)\" 😀") + QChar(u'\0'), QStringLiteral("7"));
+    settings.UseBotPHP = settings.UseBotEXE = u"Y"_qs;
+    settings.PHP = u"http://bot/ask"_qs;
+    settings.EXE = u"/opt/bot"_qs;
+    handOff.fire(u"62811"_qs, u"how much?"_qs, u"7"_qs);
+    handOff.fire(u"Ani & co"_qs, u"a~~b\n\"$(c)\" 😀"_qs + QChar(u'\0'), u"7"_qs);
     EXPECT_EQ(toBots.mid(0, 2), QStringList({u"http://bot/ask?wa_no=62811&wa_text=how+much%3F&xxx=0.25"_qs,
                                              u"/opt/bot>62811~~how much?"_qs}));
     EXPECT_EQ(toBots.mid(2),
               QStringList({u"http://bot/ask?wa_no=Ani+%26+co&wa_text=a%7E%7Eb%0A%22%24%28c%29%22+%3F%00&xxx=0.25"_qs,
                            QString(u"/opt/bot>Ani & co~~a~~b\n\"$(c)\" 😀"_qs)}));
     settings.PHP.clear();
-    settings.UseBotEXE = QStringLiteral("N");
-    handOff.fire(QStringLiteral("62811"), QStringLiteral("x"), QStringLiteral("7"));
+    settings.UseBotEXE = u"N"_qs;
+    handOff.fire(u"62811"_qs, u"x"_qs, u"7"_qs);
     EXPECT_EQ(toBots.size(), 4);
 }
 
@@ -29,7 +29,7 @@ TEST(UrlEncoder, EveryCodePointBecomesItsCodePageByteOrAQuestionMark) {
     const QByteArray codes =
         QByteArrayLiteral("%80%82%83%84%85%86%87%88%89%8A%8B%8C%8E%91%92%93%94%95%96%97%98%99%9A%9B%9C%9E%9F");
     EXPECT_EQ(urlEncoded(own), codes);
-    EXPECT_EQ(urlEncoded(QStringLiteral("Az09 -_.~+é")), QByteArrayLiteral("Az09+%2D%5F%2E%7E%2B%E9"));
+    EXPECT_EQ(urlEncoded(u"Az09 -_.~+é"_qs), QByteArrayLiteral("Az09+%2D%5F%2E%7E%2B%E9"));
     int replaced = 0;
     for (char32_t c = 0; c <= 0x10FFFF; ++c) {
         if (c >= 0xD800 && c <= 0xDFFF) continue;

@@ -9,8 +9,8 @@ namespace kibo::test {
 class Inbox : public Engine {
  protected:
     Inbox() {
-        state.status.caption = QStringLiteral("Ready");
-        settings.GetNumberInbox = QStringLiteral("Y");
+        state.status.caption = u"Ready"_qs;
+        settings.GetNumberInbox = u"Y"_qs;
         begin();
     }
 
@@ -18,20 +18,20 @@ class Inbox : public Engine {
     void begin() {
         reader.reset();
         journal.reset();
-        journal.emplace([this] { return folder.filePath(QStringLiteral("inbox.journal")); });
+        journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener, table,
                                           *journal, grid, handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
-        QStringList lines{title, QStringLiteral("15:09")};
-        if (!member.isEmpty()) lines << member << QStringLiteral(":");
+        QStringList lines{title, u"15:09"_qs};
+        if (!member.isEmpty()) lines << member << u":"_qs;
         page.list.prepend({title, badge, lines << text << badge});
     }
     QString rows(const char* columns = "wa_no, SUB_NO, wa_text", const char* tail = "inbox") {
         QStringList found;
-        for (Recordset set = database.OpenRecordset(
-                 QStringLiteral("select %1 from %2").arg(QLatin1String(columns), QLatin1String(tail)));
+        for (Recordset set =
+                 database.OpenRecordset(u"select %1 from %2"_qs.arg(QLatin1String(columns), QLatin1String(tail)));
              !set.eof(); set.moveNext()) {
             QStringList fields;
             for (int i = 0; i < QLatin1String(columns).count(u',') + 1; ++i) fields << set.field(i);

@@ -18,25 +18,26 @@ namespace {
 
 using test::RawServer;
 
-std::string nameFor(const char* address) {
-    return mediaFileName(QString::fromUtf8(address)).toStdString();
-}
-
 TEST(MediaFileName, StaysInItsFolderOnEverySystem) {
-    EXPECT_EQ(nameFor("https://host/a/b/photo.jpg"), "photo.jpg");
-    EXPECT_EQ(nameFor("https://host/photo.jpg?size=/../x#/y"), "photo.jpg");
-    EXPECT_EQ(nameFor("https://host/sch%C3%B6n%20%F0%9F%99%82.png"), "schön 🙂.png");
-    EXPECT_EQ(nameFor("https://host/..%2f..%5cetc%2fpasswd"), "....etcpasswd");
-    EXPECT_EQ(nameFor("https://host/a%00b%0a:c|<>\"*.jpg. ."), "abc.jpg");
-    EXPECT_EQ(nameFor("https://host/photo%E2%80%AEgpj.exe"), "photogpj.exe") << "no turned direction of writing";
-    for (const char* address : {"https://host/", "https://host/..", "https://host/%2e%2e", "https://host/ .", "", "/"})
-        EXPECT_EQ(nameFor(address), "download") << address;
-    EXPECT_EQ(nameFor("https://host/con"), "_con");
-    EXPECT_EQ(nameFor("https://host/Com1.tar.gz"), "_Com1.tar.gz");
-    EXPECT_EQ(nameFor("https://host/console.txt"), "console.txt");
-    const QString tooLong = mediaFileName(QStringLiteral("x/") + QString(300, QChar(0xE4)) + QStringLiteral(".jpg"));
+    const std::pair<const char*, const char*> names[] = {
+        {"https://host/a/b/photo.jpg", "photo.jpg"},
+        {"https://host/photo.jpg?size=/../x#/y", "photo.jpg"},
+        {"https://host/sch%C3%B6n%20%F0%9F%99%82.png", "schön 🙂.png"},
+        {"https://host/..%2f..%5cetc%2fpasswd", "....etcpasswd"},
+        {"https://host/a%00b%0a:c|<>\"*.jpg. .", "abc.jpg"},
+        {"https://host/photo%E2%80%AEgpj.exe", "photogpj.exe"},  // no turned direction of writing
+        {"https://host/..", "download"},
+        {"https://host/%2e%2e", "download"},
+        {"https://host/ .", "download"},
+        {"", "download"},
+        {"https://host/con", "_con"},
+        {"https://host/Com1.tar.gz", "_Com1.tar.gz"},
+        {"https://host/console.txt", "console.txt"},
+    };
+    for (const auto& [address, name] : names) EXPECT_EQ(mediaFileName(QString::fromUtf8(address)).toStdString(), name);
+    const QString tooLong = mediaFileName(u"x/"_qs + QString(300, QChar(0xE4)) + u".jpg"_qs);
     EXPECT_LE(tooLong.toUtf8().size(), 200);
-    EXPECT_TRUE(tooLong.endsWith(QStringLiteral("ä.jpg")));
+    EXPECT_TRUE(tooLong.endsWith(u"ä.jpg"_qs));
 }
 
 /// A program folder beside which the downloader stands, as in a build.
@@ -66,32 +67,30 @@ TEST_F(Media, IsFetchedIntoTheFolderUnderANameOfItsOwn) {
     });
     const QString address = QString::fromStdString(server.address());
     MediaDownload media = download();
-    const auto first = media.fetch(address + QStringLiteral("/1/schön 1.jpg?key=geheim"));
+    const auto first = media.fetch(address + u"/1/schön 1.jpg?key=geheim"_qs);
     ASSERT_TRUE(first.ok()) << first.failure().text;
-    EXPECT_EQ(first.value(), folder_.filePath(QStringLiteral("tmp/schön 1.jpg")));
+    EXPECT_EQ(first.value(), folder_.filePath(u"tmp/schön 1.jpg"_qs));
     EXPECT_EQ(contentOf(first.value()), "file 0");
     EXPECT_TRUE(server.requests()[0].starts_with("GET /1/sch%C3%B6n%201.jpg?key=geheim ")) << server.requests()[0];
 
-    const auto sameName = media.fetch(address + QStringLiteral("/2/schön 1.jpg"));
-    EXPECT_EQ(sameName.value(), folder_.filePath(QStringLiteral("tmp/schön 1 (2).jpg")));
+    const auto sameName = media.fetch(address + u"/2/schön 1.jpg"_qs);
+    EXPECT_EQ(sameName.value(), folder_.filePath(u"tmp/schön 1 (2).jpg"_qs));
     EXPECT_EQ(contentOf(first.value()), "file 0") << "the message may still need it";
     MediaDownload instance = download();
-    EXPECT_EQ(instance.fetch(address + QStringLiteral("/2/schön 1.jpg")).value(),
-              folder_.filePath(QStringLiteral("tmp/schön 1 (3).jpg")));
+    EXPECT_EQ(instance.fetch(address + u"/2/schön 1.jpg"_qs).value(), folder_.filePath(u"tmp/schön 1 (3).jpg"_qs));
 
-    const auto missing = media.fetch(address + QStringLiteral("/none?key=geheim"));
+    const auto missing = media.fetch(address + u"/none?key=geheim"_qs);
     EXPECT_EQ(missing.failure().text, "the file from 127.0.0.1 can't be fetched: the server answers 404");
-    EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("tmp/none"))));
+    EXPECT_FALSE(QFile::exists(folder_.filePath(u"tmp/none"_qs)));
 
     for (const auto& file : {first, sameName}) media.release(file.value());
-    EXPECT_EQ(QDir(folder_.filePath(QStringLiteral("tmp"))).entryList({QStringLiteral("*.lock")}),
-              QStringList(QStringLiteral("schön 1 (3).jpg.lock")))
+    EXPECT_EQ(QDir(folder_.filePath(u"tmp"_qs)).entryList({u"*.lock"_qs}), QStringList(u"schön 1 (3).jpg.lock"_qs))
         << "names are held for as long as a message needs them";
 }
 
 TEST_F(Media, EndsAtItsLimitAndWithTheProgram) {
     const RawServer silent([](int) { return RawServer::Reply{}; });
-    const QString address = QString::fromStdString(silent.address()) + QStringLiteral("/a.jpg");
+    const QString address = QString::fromStdString(silent.address()) + u"/a.jpg"_qs;
     int ticks = 0;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
@@ -106,14 +105,14 @@ TEST_F(Media, EndsAtItsLimitAndWithTheProgram) {
 }
 
 TEST_F(Media, GoesToTheExternalDownloader) {
-    write(QStringLiteral("wget2"), "#!/bin/sh\nprintf '[%s]' \"$@\" > '" + folder_.path().toUtf8() + "/said'\n");
+    write(u"wget2"_qs, "#!/bin/sh\nprintf '[%s]' \"$@\" > '" + folder_.path().toUtf8() + "/said'\n");
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", folder_.path().toUtf8() + ':' + path);
-    settings_.TmpFolder = folder_.filePath(QStringLiteral("my tmp/"));
+    settings_.TmpFolder = folder_.filePath(u"my tmp/"_qs);
     const auto said = [&](const char* address) {
-        QFile::remove(folder_.filePath(QStringLiteral("said")));
+        QFile::remove(folder_.filePath(u"said"_qs));
         if (!download().DownloadMedia(QString::fromUtf8(address)).ok()) return QByteArray("refused");
-        const QString file = folder_.filePath(QStringLiteral("said"));
+        const QString file = folder_.filePath(u"said"_qs);
         test::eventually([&] { return !contentOf(file).isEmpty(); });
         return contentOf(file);
     };
@@ -128,19 +127,16 @@ TEST_F(Media, GoesToTheExternalDownloader) {
 }
 
 TEST_F(Media, HelperIsPutInPlaceUnlessItsOwnSpellingIsThere) {
-    const QString helper = folder_.filePath(QStringLiteral("Downloadmedia.exe"));
-    installDownloadHelper(folder_.path());
-    EXPECT_FALSE(QFile::exists(helper)) << "there is nothing to install";
-    write(QStringLiteral("Downloadmedia.kb"), "new");
-    installDownloadHelper(folder_.path());
-    EXPECT_EQ(contentOf(helper), "new");
-    write(QStringLiteral("Downloadmedia.kb"), "newer");
-    installDownloadHelper(folder_.path());
-    EXPECT_EQ(contentOf(helper), "newer") << "a helper of this spelling is renewed at every start";
-    write(QStringLiteral("DownloadMedia.exe"), "kept");
-    write(QStringLiteral("Downloadmedia.kb"), "newest");
-    installDownloadHelper(folder_.path());
-    EXPECT_EQ(contentOf(helper), "newer");
+    const auto installed = [this](const QByteArray& shipped) {
+        if (!shipped.isEmpty()) write(u"Downloadmedia.kb"_qs, shipped);
+        installDownloadHelper(folder_.path());
+        return contentOf(folder_.filePath(u"Downloadmedia.exe"_qs));
+    };
+    EXPECT_EQ(installed({}), QByteArray()) << "there is nothing to install";
+    EXPECT_EQ(installed("new"), "new");
+    EXPECT_EQ(installed("newer"), "newer") << "a helper of this spelling is renewed at every start";
+    write(u"DownloadMedia.exe"_qs, "kept");
+    EXPECT_EQ(installed("newest"), "newer");
 }
 
 }  // namespace

@@ -9,25 +9,37 @@
 namespace kibo {
 namespace {
 
-const QString kAni = QStringLiteral("Ani");
+const QString kAni = u"Ani"_qs;
 
-class Reader : public test::Inbox {};
+class Reader : public test::Inbox {
+ protected:
+    /// Reads; then the inbox holds these texts, one in each line.
+    void read(const QString& texts) {
+        reader->BACA_WA();
+        EXPECT_EQ(rows("wa_text"), texts);
+    }
+    void readAfterRestart(const QString& texts) {
+        begin();
+        read(texts);
+        EXPECT_TRUE(journal->entries().empty());
+    }
+};
 
 TEST_F(Reader, StoresTheLastMessageOfEachUnreadChatOnceAndLeavesIt) {
-    page.list = {{QString(), QStringLiteral("3"), {u"All"_qs, u"Unread"_qs, u"3"_qs, u"Groups"_qs, u"3"_qs}},
+    page.list = {{QString(), u"3"_qs, {u"All"_qs, u"Unread"_qs, u"3"_qs, u"Groups"_qs, u"3"_qs}},
                  {kAni, QString(), {kAni, u"15:09"_qs, u"read long ago"_qs}},
                  {u"Club"_qs, QString(), {u"Club"_qs, u"15:09"_qs, u"Budi"_qs, u":"_qs, u"4711"_qs}}};
-    unread(QStringLiteral("+62 812-3456-7890"), QStringLiteral("hello"), {}, QStringLiteral("99+"));
-    unread(QStringLiteral("Team"), QStringLiteral("12345"), QStringLiteral("Budi"));
-    unread(QStringLiteral("Citra"), QStringLiteral("It's \"4\" o'clock 😀"));
-    page.headerPicture = QStringLiteral("https://p/x?t=s&u=6285500%40c.us&i=1");
+    unread(u"+62 812-3456-7890"_qs, u"hello"_qs, {}, u"99+"_qs);
+    unread(u"Team"_qs, u"12345"_qs, u"Budi"_qs);
+    unread(u"Citra"_qs, u"It's \"4\" o'clock 😀"_qs);
+    page.headerPicture = u"https://p/x?t=s&u=6285500%40c.us&i=1"_qs;
     reader->BACA_WA();
-    EXPECT_EQ(rows(), QStringLiteral("6285500||It's \"4\" o'clock 😀\nTeam|Budi|12345\n6285500||hello"));
-    EXPECT_EQ(rows("wa_time", "inbox where id = 1"), QStringLiteral("2026-03-14 15:09:26"));
+    EXPECT_EQ(rows(), u"6285500||It's \"4\" o'clock 😀\nTeam|Budi|12345\n6285500||hello"_qs);
+    EXPECT_EQ(rows("wa_time", "inbox where id = 1"), u"2026-03-14 15:09:26"_qs);
     EXPECT_EQ(page.clicks, QStringList({kDummy, kDummy, kDummy})) << "each chat is left";
-    EXPECT_EQ(state.ms.text(1, 1), QStringLiteral("hello")) << "newest first";
-    EXPECT_EQ(state.ms.text(1, 2), QStringLiteral("14/3/26 15:09"));
-    EXPECT_EQ(state.Inbox_Cnt.caption, QStringLiteral("3"));
+    EXPECT_EQ(state.ms.text(1, 1), u"hello"_qs) << "newest first";
+    EXPECT_EQ(state.ms.text(1, 2), u"14/3/26 15:09"_qs);
+    EXPECT_EQ(state.Inbox_Cnt.caption, u"3"_qs);
     EXPECT_EQ(state.len1.text, QString::number(page.chatListLength));
     EXPECT_TRUE(journal->entries().empty());
 
@@ -42,7 +54,7 @@ TEST_F(Reader, NumberComesFromPictureTitleOrMessagesInThisOrder) {
     const auto numberFor = [this](const char* picture, const char* title, const char* named) {
         page.headerPicture = QLatin1String(picture);
         page.namedNumber = QLatin1String(named);
-        unread(QLatin1String(title), QStringLiteral("from ") + QLatin1String(title) + QLatin1String(picture));
+        unread(QLatin1String(title), u"from "_qs + QLatin1String(title) + QLatin1String(picture));
         reader->BACA_WA();
         page.list.clear();
         return rows("wa_no", "inbox where id = (select max(id) from inbox)").toStdString();
@@ -51,47 +63,44 @@ TEST_F(Reader, NumberComesFromPictureTitleOrMessagesInThisOrder) {
     EXPECT_EQ(numberFor("https://p/x", "+62 812-3456-7890", "62899"), "6281234567890");
     EXPECT_EQ(numberFor("", "Ani", "62899"), "62899");
     EXPECT_EQ(numberFor("", "Ani", ""), "Ani");
-    settings.GetNumberInbox = QStringLiteral("N");
+    settings.GetNumberInbox = u"N"_qs;
     EXPECT_EQ(numberFor("https://p/x?u=1&u=62811%40c.us", "Ani", "62899"), "Ani");
 }
 
 TEST_F(Reader, TypingAndAnEmptyGroupLineEndThePass) {
-    unread(kAni, QStringLiteral("later"));
-    unread(QStringLiteral("Budi"), QStringLiteral("TYPING…"));
-    reader->BACA_WA();
-    EXPECT_EQ(rows(), QString());
+    unread(kAni, u"later"_qs);
+    unread(u"Budi"_qs, u"TYPING…"_qs);
+    read({});
     EXPECT_EQ(page.clicks, QStringList(kDummy));
     EXPECT_TRUE(state.Timer2.enabled());
 
     page.list[0] = {u"Club"_qs, u"1"_qs, {u"Club"_qs, u"15:09"_qs, u"Budi"_qs, u":"_qs, u"1"_qs}};
-    reader->BACA_WA();
-    EXPECT_EQ(rows(), QString());
+    read({});
     EXPECT_EQ(page.clicks.size(), 2);
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("later"));
+    read(u"later"_qs);
 }
 
 TEST_F(Reader, ChatThatKeepsItsMarkIsStoredThreeTimesThenThePageIsLoadedAnew) {
-    unread(kAni, QStringLiteral("hello"));
+    unread(kAni, u"hello"_qs);
     page.stickyBadges = 100;
     for (int pass = 1; pass <= 3; ++pass) reader->BACA_WA();
-    EXPECT_FALSE(page.commands.contains(QStringLiteral("refresh")));
+    EXPECT_FALSE(page.commands.contains(u"refresh"_qs));
     reader->BACA_WA();
-    EXPECT_EQ(page.commands.count(QStringLiteral("refresh")), 1);
-    unread(QStringLiteral("Budi"), QStringLiteral("hi"));
+    EXPECT_EQ(page.commands.count(u"refresh"_qs), 1);
+    unread(u"Budi"_qs, u"hi"_qs);
     page.list.move(0, 1);
     reader->BACA_WA();
-    EXPECT_EQ(rows("wa_no"), QStringLiteral("Ani\nAni\nAni\nBudi")) << "no fourth copy, and the others are read";
+    EXPECT_EQ(rows("wa_no"), u"Ani\nAni\nAni\nBudi"_qs) << "no fourth copy, and the others are read";
 }
 
 TEST_F(Reader, NothingIsReadWhileSomethingElseGoesOn) {
-    unread(kAni, QStringLiteral("hello"));
+    unread(kAni, u"hello"_qs);
     const auto reads = [this] {
         const qsizetype before = page.commands.size();
         reader->BACA_WA();
         return page.commands.size() > before;
     };
-    settings.DisableRead = QStringLiteral("Y");
+    settings.DisableRead = u"Y"_qs;
     EXPECT_FALSE(reads());
     EXPECT_TRUE(state.l_disableread.visible);
     settings.DisableRead.clear();
@@ -101,18 +110,18 @@ TEST_F(Reader, NothingIsReadWhileSomethingElseGoesOn) {
         *blocker = false;
     }
     // The queue waits while a chat is read, and goes on afterwards.
-    queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
+    queue(u"6281234567890"_qs, u"x"_qs);
     page.openDelay = [](const QString&) { return 300; };
     clock.at(clock.monotonicMs() + 50, [this] {
         EXPECT_TRUE(state.waitread.visible);
         gateway.machine.Timer_KIBO_Timer();
-        EXPECT_EQ(count(QStringLiteral("outbox")), 1);
+        EXPECT_EQ(count("outbox"), 1);
     });
     EXPECT_TRUE(reads());
     EXPECT_FALSE(state.l_disableread.visible);
     runQueue();
     EXPECT_EQ(page.delivered.size(), 1u);
-    EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
+    EXPECT_EQ(page.delivered[0].number, u"6281234567890"_qs);
 }
 
 TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
@@ -120,19 +129,19 @@ TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
     page.previewDelay = 3000;
     tick();
     ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
-    QFile picture(folder.filePath(QStringLiteral("p.png")));
+    QFile picture(folder.filePath(u"p.png"_qs));
     ASSERT_TRUE(picture.open(QIODevice::WriteOnly) && picture.write("x") == 1 && picture.flush());
     fetch = [&](const QString&) -> Result<QString> {
-        unread(kAni, QStringLiteral("hello"));
+        unread(kAni, u"hello"_qs);
         watch.Timer2_Timer();
-        EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
-        EXPECT_TRUE(state.step.startsWith(QStringLiteral("Preparing the files"))) << state.step.toStdString();
+        EXPECT_EQ(rows("wa_text"), u"hello"_qs);
+        EXPECT_TRUE(state.step.startsWith(u"Preparing the files"_qs)) << state.step.toStdString();
         return picture.fileName();
     };
-    const qint64 id = queue(QStringLiteral("6281234567890"), QStringLiteral("x"), 0, QStringLiteral("https://h/p.png"));
+    const qint64 id = queue(u"6281234567890"_qs, u"x"_qs, 0, u"https://h/p.png"_qs);
     runQueue();
     ASSERT_EQ(page.delivered.size(), 1u) << "the dummy's chat, opened late by the reader, was waited for";
-    EXPECT_EQ(page.delivered[0].number, QStringLiteral("6281234567890"));
+    EXPECT_EQ(page.delivered[0].number, u"6281234567890"_qs);
     EXPECT_EQ(status(id), QString());
 }
 
@@ -141,47 +150,45 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
     for (int i = 0; i < 13; ++i)
         page.list.append({QString::number(i), QString(), {QString::number(i), u"15:09"_qs, u"old"_qs}});
     page.list[11] = {kAni, u"1"_qs, {kAni, u"Friday"_qs, u"waited"_qs, u"1"_qs}};
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("waited"));
+    read(u"waited"_qs);
     page.commands.clear();
     reader->BACA_WA();
-    EXPECT_EQ(page.commands.count(QStringLiteral("readChatList")), 1);
+    EXPECT_EQ(page.commands.count(u"readChatList"_qs), 1);
     for (int i = 0; i < 7; ++i) page.list[i] = {kAni, u"1"_qs, {kAni, u"15:09"_qs, QString::number(i), u"1"_qs}};
     reader->BACA_WA();
-    EXPECT_EQ(count(QStringLiteral("inbox")), 8);
+    EXPECT_EQ(count("inbox"), 8);
 }
 
 TEST_F(Reader, PassGivesWayToMessagesThatWait) {
     ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
     watch.Timer2_Timer();
-    for (int i = 0; i < 20; ++i) unread(QString::number(i), QStringLiteral("hello"));
-    queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
+    for (int i = 0; i < 20; ++i) unread(QString::number(i), u"hello"_qs);
+    queue(u"6281234567890"_qs, u"x"_qs);
     gateway.queue.cmd_OutboxRefresh_Click();
     const qint64 began = clock.monotonicMs();
     watch.Timer2_Timer();
     EXPECT_LT(clock.monotonicMs() - began, 8'000);
-    EXPECT_LT(count(QStringLiteral("inbox")), 20);
+    EXPECT_LT(count("inbox"), 20);
     runQueue();
     page.rowsInSight = 5;  // sending has moved the others up: nothing in sight is unread, and the length is known
     for (int i = 0; i < 5; ++i) page.list.prepend({kAni, QString(), {kAni, u"15:09"_qs, u"sent to"_qs}});
-    for (int i = 0; i < 100 && count(QStringLiteral("inbox")) < 20; ++i) {
+    for (int i = 0; i < 100 && count("inbox") < 20; ++i) {
         state.len1.text = QString::number(page.chatListLength);
         clock.wait(500);
         watch.Timer2_Timer();
     }
-    EXPECT_EQ(count(QStringLiteral("inbox")), 20);
+    EXPECT_EQ(count("inbox"), 20);
 }
 
 TEST_F(Reader, ChatsOfThePageAreListedAndNothingIsStored) {
     ChatLister lister(state, page);
-    page.listed = {
-        {u"Ani"_qs, u"https://host/p?t=s&u=62811%40c.us"_qs}, {u"+62 812-3456-789"_qs, {}}, {u"Team 7"_qs, {}}};
+    page.listed = {{kAni, u"https://host/p?t=s&u=62811%40c.us"_qs}, {u"+62 812-3456-789"_qs, {}}, {u"Team 7"_qs, {}}};
     const auto line = [&](int row) { return state.ms.rows->text(row, 0) + u'\t' + state.ms.rows->text(row, 1); };
     lister.len2_Click();
     ASSERT_EQ(state.ms.rowCount(), 4) << "with the heading";
     EXPECT_EQ(line(0) + u'|' + line(1) + u'|' + line(2), u"62811\tAni|628123456789\t+62 812-3456-789|\tTeam 7"_qs);
-    EXPECT_EQ(count(QStringLiteral("inbox")), 0);
-    unread(kAni, QStringLiteral("hello"));
+    EXPECT_EQ(count("inbox"), 0);
+    unread(kAni, u"hello"_qs);
     reader->BACA_WA();
     EXPECT_EQ(line(0) + u'|' + line(1), u"Ani\thello|62811\tAni"_qs) << "a message joins them";
     grid.cmd_InboxRefresh_Click();
@@ -189,78 +196,72 @@ TEST_F(Reader, ChatsOfThePageAreListedAndNothingIsStored) {
 }
 
 TEST_F(Reader, MultiSessionRowsCarryTheProfile) {
-    settings.Multi = QStringLiteral("Y");
-    ASSERT_TRUE(
-        database.Execute(QStringLiteral("insert into web_user (id, bot_url) values ('7', 'http://bot/seven')")));
-    unread(kAni, QStringLiteral("a b?"));
+    settings.Multi = u"Y"_qs;
+    execute("insert into web_user (id, bot_url) values ('7', 'http://bot/seven')");
+    unread(kAni, u"a b?"_qs);
     reader->BACA_WA();
-    EXPECT_EQ(rows("tipe, PROFIL, wa_no, wa_text", "multi"), QStringLiteral("I|7|Ani|a b?"));
-    EXPECT_EQ(count(QStringLiteral("inbox")), 0);
+    EXPECT_EQ(rows("tipe, PROFIL, wa_no, wa_text", "multi"), u"I|7|Ani|a b?"_qs);
+    EXPECT_EQ(count("inbox"), 0);
     EXPECT_EQ(toBots, QStringList(u"http://bot/seven?wa_no=Ani&wa_text=a+b%3F&profil=7&xxx=0.25"_qs));
-    ASSERT_TRUE(database.Execute(QStringLiteral("update web_user set bot_url = ''")));
-    unread(kAni, QStringLiteral("again"));
+    execute("update web_user set bot_url = ''");
+    unread(kAni, u"again"_qs);
     reader->BACA_WA();
     EXPECT_EQ(toBots.size(), 1) << "a profile without an address has no web bot";
 }
 
 TEST_F(Reader, WhatTheDatabaseRefusesIsStoredLater) {
-    unread(kAni, QStringLiteral("hello"));
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table inbox rename to away")));
+    unread(kAni, u"hello"_qs);
+    execute("alter table inbox rename to away");
     reader->BACA_WA();
     EXPECT_EQ(journal->entries().size(), 1u);
-    ASSERT_TRUE(database.Execute(QStringLiteral("alter table away rename to inbox")));
+    execute("alter table away rename to inbox");
     clock.wait(10'000);
-    settings.UseBotPHP = QStringLiteral("Y");
-    settings.PHP = QStringLiteral("http://bot/ask");
-    queue(QStringLiteral("6281234567890"), QStringLiteral("x"));
+    settings.UseBotPHP = u"Y"_qs;
+    settings.PHP = u"http://bot/ask"_qs;
+    queue(u"6281234567890"_qs, u"x"_qs);
     whileBotIsAsked = [this] {
-        unread(QStringLiteral("Budi"), QStringLiteral("second"));
+        unread(u"Budi"_qs, u"second"_qs);
         reader->BACA_WA();
         reader->storeWaiting();
         tick();
-        EXPECT_EQ(count(QStringLiteral("outbox")), 1) << "both directions wait";
+        EXPECT_EQ(count("outbox"), 1) << "both directions wait";
     };
     reader->storeWaiting();
     reader->storeWaiting();
     EXPECT_EQ(toBots.size(), 1);
-    EXPECT_EQ(rows(), QStringLiteral("Ani||hello"));
+    EXPECT_EQ(rows(), u"Ani||hello"_qs);
     EXPECT_TRUE(journal->entries().empty());
 }
 
 TEST_F(Reader, MessageThatTheTableRefusesHoldsUpNoOther) {
-    ASSERT_TRUE(
-        database.Execute(QStringLiteral("create trigger refuse before insert on inbox when new.wa_text = 'no' "
-                                        "begin select raise(abort, 'refused'); end")));
-    unread(kAni, QStringLiteral("yes"));
-    unread(QStringLiteral("Budi"), QStringLiteral("no"));
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes"));
-    EXPECT_EQ(state.inboxNotice, QStringLiteral("1 received message is refused by the database: refused"));
+    refuse("insert on inbox when new.wa_text = 'no'");
+    unread(kAni, u"yes"_qs);
+    unread(u"Budi"_qs, u"no"_qs);
+    read(u"yes"_qs);
+    EXPECT_EQ(state.inboxNotice, u"1 received message is refused by the database: refused"_qs);
     begin();
-    unread(QStringLiteral("Citra"), QStringLiteral("yes too"));
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too"));
-    ASSERT_TRUE(database.Execute(QStringLiteral("drop trigger refuse")));
+    unread(u"Citra"_qs, u"yes too"_qs);
+    read(u"yes\nyes too"_qs);
+    execute("drop trigger refuse");
     clock.wait(10'000);
     reader->storeWaiting();
-    EXPECT_EQ(count(QStringLiteral("inbox")), 2) << "not asked at once";
+    EXPECT_EQ(count("inbox"), 2) << "not asked at once";
     clock.wait(RefusedRows<quint64>::kPauseMs);
     reader->storeWaiting();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("yes\nyes too\nno"));
+    EXPECT_EQ(rows("wa_text"), u"yes\nyes too\nno"_qs);
     EXPECT_EQ(state.inboxNotice, QString());
 }
 
 TEST_F(Reader, WithoutItsJournalNothingIsReadAndTheOperatorIsTold) {
-    const QString file = folder.filePath(QStringLiteral("inbox.journal"));
+    const QString file = folder.filePath(u"inbox.journal"_qs);
     ASSERT_TRUE(QDir().mkdir(file));  // in the place of the file
-    unread(kAni, QStringLiteral("hello"));
+    unread(kAni, u"hello"_qs);
     const quint64 before = log::revision();
     for (int i = 0; i < 3; ++i) reader->BACA_WA();
-    EXPECT_TRUE(state.inboxNotice.startsWith(QStringLiteral("The inbox is not read: "))) << "and not silently";
+    EXPECT_TRUE(state.inboxNotice.startsWith(u"The inbox is not read: "_qs)) << "and not silently";
     EXPECT_EQ(log::revision() - before, 1u) << "the same trouble is told once";
     ASSERT_TRUE(QDir().rmdir(file));
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("hello"));
+    read(u"hello"_qs);
     EXPECT_EQ(state.inboxNotice, QString());
 }
 
@@ -268,31 +269,24 @@ TEST_F(Reader, WithoutItsJournalNothingIsReadAndTheOperatorIsTold) {
 TEST_F(Reader, AfterACrashEachMessageIsThereOnce) {
     struct Crash {};
     // Before the page has opened the chat: its mark is still there.
-    unread(kAni, QStringLiteral("one"));
+    unread(kAni, u"one"_qs);
     page.beforeEntryOpens = [] { throw Crash(); };
     EXPECT_THROW(reader->BACA_WA(), Crash);
     page.beforeEntryOpens = nullptr;
-    begin();
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("one"));
+    readAfterRestart(u"one"_qs);
 
     // Opened, and not stored.
-    unread(kAni, QStringLiteral("two"));
+    unread(kAni, u"two"_qs);
     clock.at(clock.monotonicMs() + 50, [] { throw Crash(); });
     EXPECT_THROW(reader->BACA_WA(), Crash);
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("one"));
-    begin();
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("one\ntwo"));
+    EXPECT_EQ(rows("wa_text"), u"one"_qs);
+    readAfterRestart(u"one\ntwo"_qs);
 
     // Stored, and still in the journal.
-    IncomingRow row{false, QStringLiteral("7"), kAni, kAni, QString(), QStringLiteral("two"), QString()};
+    IncomingRow row{false, u"7"_qs, kAni, kAni, QString(), u"two"_qs, QString()};
     row.wa_time = rows("wa_time", "inbox where wa_text = 'two'");
     ASSERT_TRUE(journal->add(row).ok());
-    begin();
-    reader->BACA_WA();
-    EXPECT_EQ(rows("wa_text"), QStringLiteral("one\ntwo"));
-    EXPECT_TRUE(journal->entries().empty());
+    readAfterRestart(u"one\ntwo"_qs);
 }
 
 /// What came in while its chat was open, as the watch in the page tells it.
@@ -301,24 +295,23 @@ TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
     const auto arrived = [](const char* key, const QString& text) {
         return ArrivedMessage{QString::fromLatin1(key), kAni, u"62811"_qs, {}, false, {}, text, 4'000, {}, {}, {}};
     };
-    page.arrived = {arrived("1", u"one"_qs), arrived("2", u"typing…"_qs), arrived("3", u"after typing"_qs),
-                    arrived("4", QString())};
-    page.arrived[1].badge = u"2"_qs;  // what the list showed over an unread message when its chat was opened
-    page.arrived[1].lines = QStringList{kAni, u"15:09"_qs, u"typing…"_qs, u"2"_qs};
-    page.arrived[1].text = u"two"_qs;
-    page.arrived[2].previewBefore = u"typing…"_qs;
+    page.shown.arrived = {arrived("1", u"one"_qs), arrived("2", u"typing…"_qs), arrived("3", u"after typing"_qs),
+                          arrived("4", QString())};
+    page.shown.arrived[1].badge = u"2"_qs;  // what the list showed over an unread message when its chat was opened
+    page.shown.arrived[1].lines = QStringList{kAni, u"15:09"_qs, u"typing…"_qs, u"2"_qs};
+    page.shown.arrived[1].text = u"two"_qs;
+    page.shown.arrived[2].previewBefore = u"typing…"_qs;
     page.silent = true;  // it doesn't forget them
-    arrivals.take(page.arrived);
-    arrivals.take(page.arrived);
+    arrivals.take(page.shown.arrived);
+    arrivals.take(page.shown.arrived);
     page.silent = false;
     reader->BACA_WA();
-    EXPECT_EQ(rows("wa_no, wa_text, wa_time"),
-              QStringLiteral("62811|one|2026-03-14 15:09:22\n62811|two|2026-03-14 15:09:22\n"
-                             "62811|(media)|2026-03-14 15:09:22"));
-    settings.DisableRead = QStringLiteral("Y");
-    page.arrived = {arrived("5", u"five"_qs)};
-    arrivals.take(page.arrived);
-    EXPECT_TRUE(page.arrived.isEmpty() && journal->entries().empty());
+    EXPECT_EQ(rows("wa_no, wa_text"), u"62811|one\n62811|two\n62811|(media)"_qs);
+    EXPECT_EQ(rows("wa_time", "inbox where id = 1"), u"2026-03-14 15:09:22"_qs);
+    settings.DisableRead = u"Y"_qs;
+    page.shown.arrived = {arrived("5", u"five"_qs)};
+    arrivals.take(page.shown.arrived);
+    EXPECT_TRUE(page.shown.arrived.isEmpty() && journal->entries().empty());
 }
 
 }  // namespace

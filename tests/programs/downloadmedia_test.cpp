@@ -131,41 +131,32 @@ TEST_F(Download, EndsWithinItsLimits) {
 }
 
 TEST_F(Download, GoesOnWhereItBrokeOffIfTheFileIsTheSame) {
-    const std::string tag = "ETag: \"1\"\r\n";
-    int breaks = 0;
-    std::string then = "206 Partial Content";
-    std::string range = "Content-Range: bytes 4-9/10\r\n";
-    const RawServer server([&](int) {
-        if (breaks++ == 0) return reply("200 OK", "0123", tag, 10);
-        return breaks == 2 ? reply(then, "456789", tag + range) : reply("200 OK", "afresh", tag);
-    });
-    const std::string address = server.address() + "/a.jpg";
-    const auto twice = [&] {
-        breaks = 0;
+    const std::string tag = "ETag: \"1\"\r\n", range = "Content-Range: bytes 4-9/10\r\n";
+    const struct {
+        const char* status;
+        std::string headers;
+        const char* content;
+    } cases[] = {{"206 Partial Content", tag + range, "0123456789"},
+                 {"200 OK", tag, "456789"},  // the server sends all of a file that has changed
+                 {"416 Range Not Satisfiable", tag, "afresh"},
+                 {"206 Partial Content", tag + "Content-Range: bytes 3-9/10\r\n", "afresh"},
+                 {"206 Partial Content", "ETag: \"2\"\r\n" + range, "afresh"}};
+    for (const auto& c : cases) {
+        const RawServer server([&](int number) {
+            if (number == 0) return reply("200 OK", "0123", tag, 10);
+            return number == 1 ? reply(c.status, "456789", c.headers) : reply("200 OK", "afresh", tag);
+        });
         std::filesystem::remove(options_.target);
-        EXPECT_EQ(fetch(address), ExitCode::Incomplete);
+        EXPECT_EQ(fetch(server.address() + "/a.jpg"), ExitCode::Incomplete);
         EXPECT_EQ(folder_.entries(), 2) << "the part and whose it is";
-        EXPECT_EQ(fetch(address), ExitCode::Done);
+        EXPECT_EQ(fetch(server.address() + "/a.jpg"), ExitCode::Done);
         EXPECT_EQ(folder_.entries(), 1);
-        return contentOf(options_.target);
-    };
-    EXPECT_EQ(twice(), "0123456789");
-    EXPECT_NE(server.requests().back().find("Range: bytes=4-\r\n"), std::string::npos);
-    EXPECT_NE(server.requests().back().find("If-Range: \"1\"\r\n"), std::string::npos);
-
-    then = "200 OK";
-    EXPECT_EQ(twice(), "456789") << "the server sends all of a file that has changed";
-    then = "416 Range Not Satisfiable";
-    EXPECT_EQ(twice(), "afresh");
-    then = "206 Partial Content";
-    range = "Content-Range: bytes 3-9/10\r\n";
-    EXPECT_EQ(twice(), "afresh") << "another part than the one asked for";
-    range = "Content-Range: bytes 4-9/10\r\nETag: \"2\"\r\n";
-    EXPECT_EQ(twice(), "afresh") << "a part of another file";
-
-    breaks = 0;
+        EXPECT_EQ(contentOf(options_.target), c.content) << c.status << c.headers;
+        EXPECT_NE(server.requests()[1].find("Range: bytes=4-\r\n"), std::string::npos);
+        EXPECT_NE(server.requests()[1].find("If-Range: \"1\"\r\n"), std::string::npos);
+    }
     std::filesystem::remove(options_.target);
-    EXPECT_EQ(fetch(address), ExitCode::Incomplete);
+    EXPECT_EQ(fetchFrom(reply("200 OK", "0123", tag, 10)), ExitCode::Incomplete);
     EXPECT_EQ(fetchFrom(reply("200 OK", "other address", tag)), ExitCode::Done);
     EXPECT_EQ(contentOf(options_.target), "other address");
 }
@@ -177,17 +168,16 @@ TEST(Options, AreReadOrRefused) {
     EXPECT_EQ(parsed.value().seconds, 7);
     EXPECT_EQ(parsed.value().target, "--odd");
     EXPECT_TRUE(parseOptions({"--help"}).value().help);
-    using Words = std::vector<std::string>;
-    for (const Words& bad : {Words{},
-                             {"a"},
-                             {"a", "b", "c"},
-                             {"a", ""},
-                             {"--limit"},
-                             {"--limit", "0", "a", "b"},
-                             {"--limit", "9x", "a", "b"},
-                             {"--seconds", "99999999999", "a", "b"},
-                             {"--fast", "a", "b"}})
-        EXPECT_FALSE(parseOptions(bad).ok());
+    const std::vector<std::string> refused[] = {{},
+                                                {"a"},
+                                                {"a", "b", "c"},
+                                                {"a", ""},
+                                                {"--limit"},
+                                                {"--limit", "0", "a", "b"},
+                                                {"--limit", "9x", "a", "b"},
+                                                {"--seconds", "99999999999", "a", "b"},
+                                                {"--fast", "a", "b"}};
+    for (const auto& words : refused) EXPECT_FALSE(parseOptions(words).ok());
 }
 
 }  // namespace

@@ -21,15 +21,15 @@ class BrowserCareTest : public testing::Test {
                             .settings = settings,
                             .dialogs = dialogs,
                             .programFolder = folder.path(),
-                            .settingsFile = folder.filePath(QStringLiteral("kibo.ini")),
+                            .settingsFile = folder.filePath(u"kibo.ini"_qs),
                             .hideWindow = [this](bool) { return browserWindow; },
                             .endSession = [this] { ++sessionsEnded; },
                             .cleanUp = targets,
-                            .browserVersion = [] { return QStringLiteral("116.0.5845.141"); },
+                            .browserVersion = [] { return u"116.0.5845.141"_qs; },
                             .scriptFolder = folder.path()});
     }
     QString ini(const char* key) const {
-        return ReadIni(QStringLiteral("kibo"), QLatin1String(key), folder.filePath(QStringLiteral("kibo.ini")));
+        return ReadIni(u"kibo"_qs, QLatin1String(key), folder.filePath(u"kibo.ini"_qs));
     }
 
     GatewayState state;
@@ -47,30 +47,30 @@ TEST_F(BrowserCareTest, writesOnlyWhatWasDone) {
     EXPECT_EQ(ini("HideChrome"), QString()) << "there is no window to hide";
     browserWindow = true;
     browserCare.HideChrome_Click(true);
-    EXPECT_EQ(ini("HideChrome"), QStringLiteral("Y"));
-    browserCare.cb_Profil_Change(QStringLiteral("2"));
-    settings.Multi = QStringLiteral("Y");
-    browserCare.cb_Profil_Change(QStringLiteral("3"));
-    EXPECT_EQ(ini("Profil"), QStringLiteral("2")) << "with several sessions the command line names it";
+    EXPECT_EQ(ini("HideChrome"), u"Y"_qs);
+    browserCare.cb_Profil_Change(u"2"_qs);
+    settings.Multi = u"Y"_qs;
+    browserCare.cb_Profil_Change(u"3"_qs);
+    EXPECT_EQ(ini("Profil"), u"2"_qs) << "with several sessions the command line names it";
 }
 
 TEST_F(BrowserCareTest, newProfileGetsItsFolderAndABadNameIsAskedForAgain) {
-    state.cb_Profil.items = QStringList{QStringLiteral("1")};
-    state.cb_Profil.text = QStringLiteral("1");
-    dialogs.texts = {QStringLiteral("../x"), QStringLiteral("1"), QStringLiteral("  shop "), std::nullopt};
+    state.cb_Profil.items = QStringList{u"1"_qs};
+    state.cb_Profil.text = u"1"_qs;
+    dialogs.texts = {u"../x"_qs, u"1"_qs, u"  shop "_qs, std::nullopt};
     BrowserCare browserCare = care();
     browserCare.newProfile();
     EXPECT_EQ(dialogs.shown.size(), 2U) << "two names that can't be";
-    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("profil/shop"))).exists());
-    EXPECT_EQ(state.cb_Profil.items.last(), QStringLiteral("shop"));
-    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("shop"));
-    EXPECT_EQ(ini("Profil"), QStringLiteral("shop"));
+    EXPECT_TRUE(QDir(folder.filePath(u"profil/shop"_qs)).exists());
+    EXPECT_EQ(state.cb_Profil.items.last(), u"shop"_qs);
+    EXPECT_EQ(state.cb_Profil.text, u"shop"_qs);
+    EXPECT_EQ(ini("Profil"), u"shop"_qs);
     browserCare.newProfile();
-    EXPECT_EQ(state.cb_Profil.text, QStringLiteral("shop")) << "cancelled";
+    EXPECT_EQ(state.cb_Profil.text, u"shop"_qs) << "cancelled";
 }
 
 TEST_F(BrowserCareTest, cleanerAsksFirstAndEndsTheSession) {
-    const QString files = folder.filePath(QStringLiteral("files"));
+    const QString files = folder.filePath(u"files"_qs);
     QDir().mkpath(files);
     targets.folder = files.toStdString();
     dialogs.answers = {false};
@@ -87,11 +87,11 @@ TEST_F(BrowserCareTest, cleanerAsksFirstAndEndsTheSession) {
 }
 
 TEST_F(BrowserCareTest, versionBoxComesForAnotherMajorVersionOnlyAndDoesNotHoldUpTheStart) {
-    const QString chrome = QStringLiteral("116.0.5845.141");
-    EXPECT_FALSE(versionMismatch(QStringLiteral("ChromeDriver 116.0.5845.96 (1a39)"), chrome));
+    const QString chrome = u"116.0.5845.141"_qs;
+    EXPECT_FALSE(versionMismatch(u"ChromeDriver 116.0.5845.96 (1a39)"_qs, chrome));
     EXPECT_FALSE(versionMismatch(QString(), chrome));
-    EXPECT_FALSE(versionMismatch(QStringLiteral("ChromeDriver 115.0"), QString()));
-    QFile script(folder.filePath(QStringLiteral("cekver")));
+    EXPECT_FALSE(versionMismatch(u"ChromeDriver 115.0"_qs, QString()));
+    QFile script(folder.filePath(u"cekver"_qs));
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
     script.write("#!/bin/sh\nsleep 0.3\necho 'ChromeDriver 99.0.1 (x)' > \"$2/ver\"\n");
     script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

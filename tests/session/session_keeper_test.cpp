@@ -10,7 +10,7 @@ namespace {
 /// A keeper whose browser opens or not as the test likes; time moves by `seconds`, a tick of Timer1 in each.
 class SessionKeeperTest : public ::testing::Test {
  protected:
-    SessionKeeperTest() { state.cb_Profil.text = QStringLiteral("1"); }
+    SessionKeeperTest() { state.cb_Profil.text = u"1"_qs; }
 
     void seconds(int count) {
         for (int i = 0; i < count; ++i) {
@@ -19,8 +19,8 @@ class SessionKeeperTest : public ::testing::Test {
         }
     }
     void lose() {
-        state.waurl.text = QStringLiteral("!!");
-        state.status.caption = QStringLiteral("Not Connect");
+        state.waurl.text = u"!!"_qs;
+        state.status.caption = u"Not Connect"_qs;
         state.Timer_KIBO.setEnabled(false);
     }
     /// Seconds until it is opened again after being lost now.
@@ -57,13 +57,13 @@ TEST_F(SessionKeeperTest, PausesGrowUntilASessionHasProvedItself) {
     EXPECT_FALSE(state.cb_Profil.enabled);
     for (const int pause : {0, 5, 10, 20, 40, 80, 160, 300, 300}) {
         EXPECT_EQ(reopenedAfter(), pause);
-        state.status.caption = QStringLiteral("Ready");  // it comes up, and breaks down again
+        state.status.caption = u"Ready"_qs;  // it comes up, and breaks down again
         seconds(3);
     }
     ++state.sentCount;
     EXPECT_EQ(reopenedAfter(), 0) << "a message went out";
     EXPECT_EQ(reopenedAfter(), 5);
-    state.status.caption = QStringLiteral("Ready");
+    state.status.caption = u"Ready"_qs;
     seconds(62);
     EXPECT_EQ(reopenedAfter(), 0) << "it has lasted";
 }
@@ -71,13 +71,13 @@ TEST_F(SessionKeeperTest, PausesGrowUntilASessionHasProvedItself) {
 TEST_F(SessionKeeperTest, CountsDownAndTellsWhyAndTheOperatorNeedNotWait) {
     works = false;
     keeper.cmd_OpenWA_Click();
-    EXPECT_EQ(state.step, QStringLiteral("no driver"));
+    EXPECT_EQ(state.step, u"no driver"_qs);
     seconds(60);
     EXPECT_EQ(opened, 1) << "what was never there is not opened again by itself";
-    settings.AutoStart = QStringLiteral("Y");
+    settings.AutoStart = u"Y"_qs;
     keeper.timer_start_Timer();
     seconds(2);
-    EXPECT_EQ(state.step, QStringLiteral("Opening WhatsApp again in 3 s: no driver"));
+    EXPECT_EQ(state.step, u"Opening WhatsApp again in 3 s: no driver"_qs);
     works = true;
     keeper.cmd_OpenWA_Click();
     EXPECT_EQ(opened, 3);
@@ -86,7 +86,7 @@ TEST_F(SessionKeeperTest, CountsDownAndTellsWhyAndTheOperatorNeedNotWait) {
     lose();
     seconds(400);
     EXPECT_EQ(opened, 3) << "closed by the operator";
-    EXPECT_EQ(state.step, QStringLiteral("WhatsApp is not open"));
+    EXPECT_EQ(state.step, u"WhatsApp is not open"_qs);
 }
 
 }  // namespace

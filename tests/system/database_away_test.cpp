@@ -2,7 +2,6 @@
 
 #include <QElapsedTimer>
 #include <QThread>
-#include <set>
 
 #include "engine/login_watch.h"
 #include "real_gateway.h"
@@ -14,18 +13,17 @@ namespace {
 /// A server that goes away in different ways in the middle of a queue.
 class DatabaseAway : public ::testing::Test {
  protected:
-    static constexpr int kSpeed = 5;
     static constexpr qint64 kBackMs = 10'000;
 
-    DatabaseAway() : real(test::RealGateway::speed(kSpeed)) {
+    DatabaseAway() : real(test::RealGateway::speed(5)) {
         server.empty();
-        real.settings = server.settings(false, real.settings);
+        real.settings = server.settings(true, real.settings);
         real.openStore();
         real.connect();
-        for (int i = 0; i < kMessages; ++i)
-            real.queue(QStringLiteral("62877000000%1").arg(i % 3), QStringLiteral("message %1").arg(i));
+        for (int i = 0; i < kMessages; ++i) real.queue(u"62877000000%1"_qs.arg(i % 3), text(i));
     }
 
+    static QString text(int i) { return u"number %1 of many, it's \"quoted\" \\ 😀"_qs.arg(i); }
     /// Ticks until so many messages have arrived; false after `mostMs`.
     bool runUntilArrived(size_t count, qint64 mostMs) {
         QElapsedTimer waited;
@@ -50,18 +48,14 @@ class DatabaseAway : public ::testing::Test {
         EXPECT_TRUE(runUntilArrived(real.standIn.received().size() + 1, kBackMs)) << real.state.step.toStdString();
         EXPECT_FALSE(real.state.dboff.visible);
     }
-    void expectEachOnce() {
+    void expectEachOnceAndInOrder() {
         EXPECT_TRUE(runUntilArrived(kMessages, 60'000));
         real.tick();
-        std::set<std::string> texts;
-        for (const auto& message : real.standIn.received())
-            EXPECT_TRUE(texts.insert(message.text).second) << message.text;
-        EXPECT_EQ(texts.size(), size_t{kMessages});
-        EXPECT_EQ(server
-                      .run(QStringLiteral(
-                          "select count(*), count(distinct id), sum(coalesce(status, '') = 'fail') from sent"))
-                      .trimmed(),
-                  QStringLiteral("%1\t%1\t0").arg(kMessages));
+        const auto received = real.standIn.received();
+        ASSERT_EQ(received.size(), size_t{kMessages});
+        for (int i = 0; i < kMessages; ++i) EXPECT_EQ(received[static_cast<size_t>(i)].text, text(i).toStdString());
+        EXPECT_EQ(server.run(u"select count(distinct id) from sent where coalesce(status, '') <> 'fail'"_qs).toInt(),
+                  kMessages);
         EXPECT_TRUE(real.journal.entries().empty());
     }
 
@@ -77,28 +71,27 @@ TEST_F(DatabaseAway, NothingIsSentMeanwhileAndItGoesOnByItself) {
     server.start();
     expectGoesOn();
 
-    server.run(QStringLiteral("set global read_only = 1"));
+    server.run(u"set global read_only = 1"_qs);
     runAway(1500);
-    server.run(QStringLiteral("set global read_only = 0"));
+    server.run(u"set global read_only = 0"_qs);
     expectGoesOn();
 
-    const QString connections =
-        server.run(QStringLiteral("select id from information_schema.processlist where user = 'kibo'"));
-    for (const QString& id : connections.split(u'\n', Qt::SkipEmptyParts)) server.run(QStringLiteral("kill ") + id);
+    const QString connections = server.run(u"select id from information_schema.processlist where user = 'kibo'"_qs);
+    for (const QString& id : connections.split(u'\n', Qt::SkipEmptyParts)) server.run(u"kill "_qs + id);
     expectGoesOn();
 
-    server.run(QStringLiteral("rename table sent to away"));
+    server.run(u"rename table sent to away"_qs);
     runAway(1500);
-    server.run(QStringLiteral("rename table away to sent, outbox to away"));
+    server.run(u"rename table away to sent, outbox to away"_qs);
     runAway(1500);
-    server.run(QStringLiteral("rename table away to outbox"));
+    server.run(u"rename table away to outbox"_qs);
     expectGoesOn();
-    expectEachOnce();
+    expectEachOnceAndInOrder();
 }
 
 TEST_F(DatabaseAway, LoginCodeIsWrittenAgainWhenTheServerIsBack) {
-    server.run(QStringLiteral("insert into web_user (id) values ('7')"));
-    real.state.cb_Profil.text = QStringLiteral("7");
+    server.run(u"insert into web_user (id) values ('7')"_qs);
+    real.state.cb_Profil.text = u"7"_qs;
     LoginWatch login(real.state, real.settings, real.database, *real.page, real.clock, real.folder.path());
     PageLook look;
     look.qrCodes = 1;
@@ -106,22 +99,44 @@ TEST_F(DatabaseAway, LoginCodeIsWrittenAgainWhenTheServerIsBack) {
     login.tick(look);
     EXPECT_TRUE(real.state.dboff.visible && !real.state.dboff.caption.isEmpty());
     server.start();
-    look.qrData = QStringLiteral("code");
+    look.qrData = u"code"_qs;
     QElapsedTimer waited;
     for (waited.start(); real.state.dboff.visible && waited.elapsed() < kBackMs; QThread::msleep(100)) login.tick(look);
-    EXPECT_EQ(server.run(QStringLiteral("select qr from web_user")).trimmed(), look.qrData);
+    EXPECT_EQ(server.run(u"select qr from web_user"_qs).trimmed(), look.qrData);
+}
+
+/// What only a server can go through: locks, snapshots, and times that are no texts.
+TEST_F(DatabaseAway, RowIsTakenOnlyAsItWasLoadedAndPutBack) {
+    OutboxQueue& queue = real.gateway->queue;
+    const auto next = [&] {
+        queue.cmd_OutboxRefresh_Click();
+        return queue.nextRow().value_or(QueuedRow{});
+    };
+    for (const char* time : {"null", "'2026-03-14 15:09:26'"}) {
+        server.empty();
+        server.run(
+            u"insert into outbox (wa_no, wa_text, wa_time) values ('6281', 'a', %1)"_qs.arg(QLatin1String(time)));
+        const QueuedRow loaded = next();
+        server.run(u"update outbox set wa_no = '6289'"_qs);
+        EXPECT_EQ(queue.take(loaded), OutboxQueue::Taken::No);
+        const QueuedRow row = next();
+        ASSERT_EQ(queue.take(row), OutboxQueue::Taken::Yes);
+        EXPECT_TRUE(queue.putBack(row)) << time;
+        EXPECT_EQ(next(), row);
+        EXPECT_EQ(server.run(u"select count(*) from sent"_qs).trimmed(), u"0"_qs);
+    }
 }
 
 TEST_F(DatabaseAway, RowThatTheServerRefusesHoldsUpNoOther) {
     server.run(
-        QStringLiteral("alter table sent modify wa_text varchar(10);"
-                       "update outbox set wa_text = 'longer than ten' where id = 2"));
+        u"alter table sent modify wa_text varchar(50);"
+        "update outbox set wa_text = repeat('x', 60) where id = 2"_qs);
     EXPECT_TRUE(runUntilArrived(kMessages - 1, 60'000)) << real.state.step.toStdString();
     EXPECT_EQ(real.state.refusedOut,
-              QStringLiteral("Message 2 can't be moved to the sent log: Data too long for column 'wa_text' at row 1"));
+              u"Message 2 can't be moved to the sent log: Data too long for column 'wa_text' at row 1"_qs);
     EXPECT_FALSE(real.state.dboff.visible);
-    server.run(QStringLiteral("alter table sent modify wa_text mediumtext"));
-    EXPECT_EQ(server.run(QStringLiteral("select id from outbox")).trimmed(), QStringLiteral("2"));
+    server.run(u"alter table sent modify wa_text mediumtext"_qs);
+    EXPECT_EQ(server.run(u"select id from outbox"_qs).trimmed(), u"2"_qs);
 }
 
 }  // namespace

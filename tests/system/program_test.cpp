@@ -13,8 +13,8 @@ class Program : public ::testing::Test {
         program.standIn.setBehaviour(behaviour);
     }
     void insert(const char* text) {
-        const QString sql = QStringLiteral("insert into outbox (wa_no, wa_text) values ('6281234567890', '%1')");
-        test::sqlite(program.home.filePath(QStringLiteral("kb.mdb")), sql.arg(QString::fromLatin1(text)));
+        const QString sql = u"insert into outbox (wa_no, wa_text) values ('6281234567890', '%1')"_qs;
+        test::sqlite(program.home.filePath(u"kb.mdb"_qs), sql.arg(QString::fromLatin1(text)));
     }
 
     test::RunningProgram program;
@@ -60,8 +60,8 @@ int kills() {
 
 // The page shows the last message of a chat only, so each comes from a chat of its own.
 TEST_F(Program, KilledWhileItReadsItStoresEachMessageOnce) {
-    const QString store = program.home.filePath(QStringLiteral("kb.mdb"));
-    const auto stored = [&] { return test::sqlite(store, QStringLiteral("select count(*) from inbox")).toInt(); };
+    const QString store = program.home.filePath(u"kb.mdb"_qs);
+    const auto stored = [&] { return test::sqlite(store, u"select count(*) from inbox"_qs).toInt(); };
     const int expected = 10 * (kills() + 1);
     int shown = 0;
     const auto incoming = [&](int count) {
@@ -84,7 +84,7 @@ TEST_F(Program, KilledWhileItReadsItStoresEachMessageOnce) {
     EXPECT_TRUE(test::eventually([&] { return stored() >= expected; }, 120'000))
         << stored() << program.log().toStdString();
     EXPECT_FALSE(test::eventually([&] { return stored() > expected; }, 3'000)) << "one too many";
-    EXPECT_EQ(test::sqlite(store, QStringLiteral("select count(distinct wa_text) from inbox")).toInt(), expected);
+    EXPECT_EQ(test::sqlite(store, u"select count(distinct wa_text) from inbox"_qs).toInt(), expected);
     EXPECT_FALSE(program.log().contains("text 628"));
     program.process.terminate();
     EXPECT_TRUE(program.process.waitForFinished(15'000));

@@ -3,8 +3,8 @@
 namespace kibo {
 namespace {
 
-const QString kAni = QStringLiteral("6281234567890");
-const QString kFamily = QStringLiteral("120363000000000001");
+const QString kAni = u"6281234567890"_qs;
+const QString kFamily = u"120363000000000001"_qs;
 
 /// Files and names on the real page, with contacts of which two share a name.
 class RealFilesAndNames : public test::OnRealGateway<10> {
@@ -49,47 +49,43 @@ class RealFilesAndNames : public test::OnRealGateway<10> {
 };
 
 TEST_F(RealFilesAndNames, FilesArriveWithTheirCaptions) {
-    const QString picture = write(QString::fromUtf8("a \"best\" 'pïcture' 😀.png"), kPixel);
-    const QString document = write(QStringLiteral("bill 1.pdf"), "%PDF");
-    EXPECT_EQ(send(kAni, QString::fromUtf8("caption 😀\nof two lines"), picture, document),
-              QStringList({kAni + QString::fromUtf8(" image a \"best\" 'pïcture' 😀.png caption 😀\nof two lines"),
-                           kAni + QStringLiteral(" document bill 1.pdf ")}))
+    const QString picture = write(u"a \"best\" 'pïcture' 😀.png"_qs, kPixel);
+    const QString document = write(u"bill 1.pdf"_qs, "%PDF");
+    EXPECT_EQ(send(kAni, u"caption 😀\nof two lines"_qs, picture, document),
+              QStringList({kAni + u" image a \"best\" 'pïcture' 😀.png caption 😀\nof two lines"_qs,
+                           kAni + u" document bill 1.pdf "_qs}))
         << lastReason().toStdString();
-    EXPECT_EQ(send(kAni, {}, {}, document), QStringList(kAni + QStringLiteral(" document bill 1.pdf ")));
+    EXPECT_EQ(send(kAni, {}, {}, document), QStringList(kAni + u" document bill 1.pdf "_qs));
 
     real->behave(R"({"losePreview": 1, "previewDelayMs": 700, "uploadDelayMs": 1500})");
-    EXPECT_EQ(send(kAni, QStringLiteral("x"), picture), QStringList());
-    EXPECT_EQ(lastReason(), QStringLiteral("the page showed no preview of the file"));
-    EXPECT_EQ(send(kAni, QStringLiteral("slow"), picture).size(), 1) << lastReason().toStdString();
+    EXPECT_EQ(send(kAni, u"x"_qs, picture), QStringList());
+    EXPECT_EQ(lastReason(), u"the page showed no preview of the file"_qs);
+    EXPECT_EQ(send(kAni, u"slow"_qs, picture).size(), 1) << lastReason().toStdString();
     real->behave(R"({"dropPreview": 1, "previewDelayMs": 0, "uploadDelayMs": 0})");
-    EXPECT_EQ(send(kAni, QStringLiteral("x"), picture), QStringList());
-    EXPECT_TRUE(lastReason().startsWith(QStringLiteral("the message was not sent")));
-    EXPECT_EQ(send(kAni, QStringLiteral("goes on")), QStringList(kAni + QStringLiteral(" text  goes on")));
+    EXPECT_EQ(send(kAni, u"x"_qs, picture), QStringList());
+    EXPECT_TRUE(lastReason().startsWith(u"the message was not sent"_qs));
+    EXPECT_EQ(send(kAni, u"goes on"_qs), QStringList(kAni + u" text  goes on"_qs));
 }
 
 TEST_F(RealFilesAndNames, NamesAreFoundInTheSearchBox) {
-    const QString picture = write(QStringLiteral("p.png"), kPixel);
-    EXPECT_EQ(send(QStringLiteral("ani"), QStringLiteral("Ani, %name%")),
-              QStringList(kAni + QStringLiteral(" text  Ani, Ani")))
+    const QString picture = write(u"p.png"_qs, kPixel);
+    EXPECT_EQ(send(u"ani"_qs, u"Ani, %name%"_qs), QStringList(kAni + u" text  Ani, Ani"_qs))
         << lastReason().toStdString();
-    EXPECT_EQ(send(QStringLiteral("Ani"), QStringLiteral("again")).size(), 1)
+    EXPECT_EQ(send(u"Ani"_qs, u"again"_qs).size(), 1)
         << "its own messages hold the name by now: " << lastReason().toStdString();
-    EXPECT_EQ(send(QStringLiteral("Ani's Family"), QStringLiteral("for all"), picture),
-              QStringList(kFamily + QStringLiteral(" image p.png for all")));
-    EXPECT_EQ(send(QStringLiteral("Budi"), QStringLiteral("x")), QStringList());
-    EXPECT_EQ(lastReason(), QStringLiteral("ambiguous: 2 chats have this name"));
-    EXPECT_EQ(send(QStringLiteral("crowd"), QStringLiteral("x")), QStringList());
-    EXPECT_EQ(lastReason(), QStringLiteral("no chat has this name"));
+    EXPECT_EQ(send(u"Ani's Family"_qs, u"for all"_qs, picture), QStringList(kFamily + u" image p.png for all"_qs));
+    EXPECT_EQ(send(u"Budi"_qs, u"x"_qs), QStringList());
+    EXPECT_EQ(lastReason(), u"ambiguous: 2 chats have this name"_qs);
+    EXPECT_EQ(send(u"crowd"_qs, u"x"_qs), QStringList());
+    EXPECT_EQ(lastReason(), u"no chat has this name"_qs);
     real->behave(R"({"searchDelayMs": 150})");
-    EXPECT_EQ(send(QStringLiteral("Crowd 5"), QStringLiteral("x")),
-              QStringList(QStringLiteral("6285000000005 text  x")));
+    EXPECT_EQ(send(u"Crowd 5"_qs, u"x"_qs), QStringList(u"6285000000005 text  x"_qs));
     EXPECT_EQ(real->page->lookAtSearch()->text, QString());
 }
 
 TEST_F(RealFilesAndNames, TextIsTypedByKeysWhenTheBoxDoesNotTakeIt) {
     real->behave(R"({"loseEdits": 3})");
-    EXPECT_EQ(send(kAni, QStringLiteral("two\nlines & more")),
-              QStringList(kAni + QStringLiteral(" text  two\nlines & more")))
+    EXPECT_EQ(send(kAni, u"two\nlines & more"_qs), QStringList(kAni + u" text  two\nlines & more"_qs))
         << lastReason().toStdString();
     EXPECT_LE(real->standIn.behaviour().loseEdits, 1) << "the paste and a typed line are lost";
 }

@@ -44,10 +44,10 @@ class RealGateway {
     }
 
     explicit RealGateway(int divisor) : clock(divisor) {
-        settings.UseMDB = QStringLiteral("Y");
-        settings.Headless = QStringLiteral("Y");
-        settings.Speed = QStringLiteral("NORMAL");
-        settings.Profil = QStringLiteral("1");
+        settings.UseMDB = u"Y"_qs;
+        settings.Headless = u"Y"_qs;
+        settings.Speed = u"NORMAL"_qs;
+        settings.Profil = u"1"_qs;
         settings.StartAddress = QString::fromStdString(standIn.address());
         settings.ChatAddress = QString::fromStdString(standIn.chatAddress());
         state.cb_Profil.text = settings.Profil;
@@ -70,20 +70,22 @@ class RealGateway {
     /// Starts the browser and waits until the gateway is connected.
     void connect() {
         Database store(clock, policy);
-        const auto opened = store.OpenElementStore(folder.filePath(QStringLiteral("element.sys")));
+        const auto opened = store.OpenElementStore(folder.filePath(u"element.sys"_qs));
         ASSERT_TRUE(opened.ok()) << opened.failure().text;
         elements = ElementTable([&store](const QString& name) {
-            return store.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
+            return store.OpenRecordset(u"select isi from element where nama = ?"_qs, {name}).field(0);
         });
         page.emplace(browser, elements, policy);
-        const auto journalOpened = journal.open(folder.filePath(QStringLiteral("send.journal")));
+        const auto journalOpened = journal.open(folder.filePath(u"send.journal"_qs));
         ASSERT_TRUE(journalOpened.ok()) << journalOpened.failure().text;
-        gateway.emplace(
-            Gateway::Needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }, BACA_WA});
+        Gateway::Needs needs{state, settings, elements, database, *page, clock, journal, [] { return 0.0; }};
+        needs.BACA_WA = [this] { BACA_WA(); };
+        needs.takeArrived = [this](const auto& arrived) { takeArrived(arrived); };
+        gateway.emplace(needs);
         const auto started = browser.open({settings, settings.Profil});
         ASSERT_TRUE(started.ok()) << started.failure().text;
-        for (int i = 0; i < 200 && state.status.caption != QStringLiteral("Ready"); ++i) tick();
-        ASSERT_EQ(state.status.caption, QStringLiteral("Ready"));
+        for (int i = 0; i < 200 && state.status.caption != u"Ready"_qs; ++i) tick();
+        ASSERT_EQ(state.status.caption, u"Ready"_qs);
     }
 
     void tick() {
@@ -94,7 +96,7 @@ class RealGateway {
     void queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
                const QString& file = {}) {
         ASSERT_TRUE(database.execute(
-            QStringLiteral("insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"),
+            u"insert into outbox (wa_mode, wa_no, wa_text, wa_media, wa_file) values (?, ?, ?, ?, ?)"_qs,
             {mode, number, text, media, file}));
     }
     void runQueue(int mostTicks = 2000) {
@@ -108,7 +110,7 @@ class RealGateway {
         ASSERT_TRUE(standIn.waitUntilPageKnows(std::chrono::seconds(5)));
     }
 
-    static inline const QString kDummy = QStringLiteral("6281200009999");
+    static inline const QString kDummy = u"6281200009999"_qs;
 
     QTemporaryDir folder;
     standin::StandIn standIn;
@@ -121,7 +123,8 @@ class RealGateway {
     Browser browser{folder.path(), clock};
     SendJournal journal;
     std::optional<WebPage> page;
-    std::function<void()> BACA_WA;
+    std::function<void()> BACA_WA = [] {};
+    std::function<void(const QList<ArrivedMessage>&)> takeArrived = [](const auto&) {};
     std::optional<Gateway> gateway;
 };
 
@@ -134,7 +137,7 @@ class OnRealGateway : public Base {
         real = std::make_unique<RealGateway>(RealGateway::speed(usualSpeed));
         real->openStore();
         real->connect();
-        ASSERT_EQ(real->state.status.caption, QStringLiteral("Ready"));
+        ASSERT_EQ(real->state.status.caption, u"Ready"_qs);
     }
     static void TearDownTestSuite() { real.reset(); }
 
