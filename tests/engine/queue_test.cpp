@@ -135,7 +135,7 @@ TEST_F(Queue, RowsThatTheSentLogRefusesHoldUpNoOthers) {
     EXPECT_TRUE(journal.entries().empty());
 }
 
-TEST_F(Queue, UnderALimitIsCountedOnceASecond) {
+TEST_F(Queue, UnderALimitIsCountedOnceASecondAtMost) {
     const AsOnServer server(Database::onLocalStatement, nullptr);
     settings.UseMDB = QStringLiteral("N");
     settings.LimitSelect = QStringLiteral("Y");
@@ -152,6 +152,18 @@ TEST_F(Queue, UnderALimitIsCountedOnceASecond) {
     ASSERT_TRUE(database.Execute(QStringLiteral("delete from outbox where id > 3")));
     EXPECT_EQ(counted(), 3) << "all are loaded";
     for (int i = 0; i < 20; ++i) queue(QStringLiteral("628111"), QStringLiteral("a"));
+    EXPECT_EQ(counted(), 23);
+    Database::onLocalStatement = [this](const QString& sql, const Database::Values&) {
+        if (sql.startsWith(QStringLiteral("select count(1)"))) clock.wait(20);
+    };
+    clock.wait(1000);
+    EXPECT_EQ(counted(), 23);
+    queue(QStringLiteral("628111"), QStringLiteral("a"));
+    clock.wait(39'000);
+    EXPECT_EQ(counted(), 23) << "what takes long is done less often";
+    EXPECT_EQ(gateway.queue.take(next()), OutboxQueue::Taken::Yes);
+    EXPECT_EQ(counted(), 22) << "what was taken is known";
+    clock.wait(1000);
     EXPECT_EQ(counted(), 23);
     settings.Multi = QStringLiteral("Y");
     EXPECT_EQ(counted(), 0) << "other rows are asked for";
