@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "bench/benchmarks.h"
@@ -18,6 +19,7 @@ constexpr int kFirst = 100, kAll = 2000;
 constexpr double kGrowthTarget = 1.1;
 constexpr int kSettledBothWays = 2000, kBothWays = 20'000;
 constexpr double kBothWaysMb = 2;
+constexpr double kLogMb = 16;
 constexpr int kFailedInBatch = 10;
 constexpr int kBatch = 100;
 constexpr int kTicksPerMessage = 20;
@@ -82,6 +84,11 @@ class LongRun {
         }
     }
 
+    /// The local store's file of changes; it never shrinks while the store is open.
+    double logMb() const {
+        return static_cast<double>(QFileInfo(folder_.filePath(QStringLiteral("kb.mdb-wal"))).size()) / 1024 / 1024;
+    }
+
  private:
     static QString number(int i) { return QStringLiteral("62811%1").arg(i, 7, 10, QLatin1Char('0')); }
     int stored() { return database_.OpenRecordset(QStringLiteral("select count(*) from inbox")).field(0).toInt(); }
@@ -144,6 +151,7 @@ void measureMemory(Table& table) {
     const double settled = residentMb();
     both.bothWaysUntil(kBothWays);
     table.add({"growth from 2,000 to 20,000 messages both ways", "MB", residentMb() - settled, kBothWaysMb, 1, 1});
+    table.add({"store's write-ahead log after 20,000 messages both ways", "MB", both.logMb(), kLogMb, 1, 1});
 }
 
 }  // namespace kibo::bench

@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <QThread>
+
 #include "bench/benchmarks.h"
 #include "bench/browser_page.h"
 #include "bench/measuring.h"
@@ -17,6 +19,7 @@ constexpr int kSamples = 11;
 constexpr int kFastSamples = 101;
 constexpr int kReadThroughSamples = 5;
 constexpr int kRefreshes = 3;
+constexpr int kRefreshEveryMs = 500, kPacedRefreshes = 120;
 constexpr double kTimeTarget = 1.5;
 constexpr double kGrowthLimitMb = 100;
 constexpr double kLengthTarget = 1.25;
@@ -39,6 +42,17 @@ QString insertInSqlite(int rows) {
                "insert into outbox (wa_mode, wa_no, wa_text) select %1 from seq")
         .arg(kFields.arg(QStringLiteral("printf('62812%08d', n)")))
         .arg(rows);
+}
+
+/// Means of two refreshes at the rate that the program has: what only some of them do counts as often as it is done.
+SideBySide paced(const std::function<void()>& measured, const std::function<void()>& reference) {
+    SideBySide sums;
+    for (int i = 0; i < kPacedRefreshes; ++i) {
+        sums.measured += millisecondsOf(measured);
+        sums.reference += millisecondsOf(reference);
+        QThread::msleep(kRefreshEveryMs);
+    }
+    return {sums.measured / kPacedRefreshes, sums.reference / kPacedRefreshes};
 }
 
 /// A queue on a store, without engine and window around it.
@@ -145,9 +159,9 @@ void compareLengths(Table& table, test::MariaDbServer& server) {
     compare(
         "rows alone", [&] { (void)longQueue->database().openRows(longQueue->statement()); },
         [&] { (void)shortQueue->database().openRows(shortQueue->statement()); });
-    compare(
-        "refresh", [&] { longQueue->refresh(kRows); }, [&] { shortQueue->refresh(kFewRows); }, kTimeTarget);
-    table.note("  LimitSelect: one refresh in a second also counts, which reads each due row's index entry");
+    const SideBySide refreshes = paced([&] { longQueue->refresh(kRows); }, [&] { shortQueue->refresh(kFewRows); });
+    table.add({"LimitSelect, 100,000 rows over 100: mean refresh in a minute", "ms", refreshes.measured,
+               refreshes.reference, kTimeTarget, kPacedRefreshes});
     const auto later = queueOf("kibo_later", "Y"), shortLater = queueOf("kibo_short_later", "Y");
     compare(
         "10 due", [&] { later->refresh(kDueRows); }, [&] { shortLater->refresh(kDueRows); });

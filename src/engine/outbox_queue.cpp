@@ -100,7 +100,8 @@ Database::Values columns(const QueuedRow& row) {
 }
 
 constexpr qint64 kAskNextDueEveryMs = 10'000;
-constexpr qint64 kCountEveryMs = 1'000;
+// A count that takes longer is made less often.
+constexpr qint64 kCountEveryMs = 1'000, kCountPause = 2'000, kLongestCountPauseMs = 60'000;
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 /// The queue's rows as the grid shows them: a line of the grid is tab-separated, so a text's tabs become blanks.
@@ -170,11 +171,13 @@ void OutboxQueue::showCount(const QString& sql, const Database::Values& values, 
         counted_.clear();
     } else if (mostRows == 0 || counted != counted_ || clock_.monotonicMs() >= countAgainMs_) {
         counted_.clear();
+        const qint64 begin = clock_.monotonicMs();
         const Recordset count = database_.OpenRecordset(sql, values);
         if (count.eof()) return;
         dueCount_ = count.field(0).toLongLong();
         counted_ = counted;
-        countAgainMs_ = clock_.monotonicMs() + kCountEveryMs;
+        const qint64 end = clock_.monotonicMs();
+        countAgainMs_ = end + std::clamp((end - begin) * kCountPause, kCountEveryMs, kLongestCountPauseMs);
     }
     state_.Outbox_Cnt.caption = QString::number(dueCount_);
 }
@@ -264,6 +267,7 @@ std::optional<OutboxQueue::Taken> OutboxQueue::take(const QueuedRow& loaded, boo
     const auto committed = transaction.value().commit();
     if (!committed) return notTaken(id, {}, committed.failure());
     unknownTake_.clear();
+    dueCount_ = std::max<qint64>(dueCount_ - 1, 0);  // shown before the next count too
     refused_.dropIf([key](qint64 refused) { return refused == key; });
     showRefused();
     return Taken::Yes;
@@ -352,7 +356,9 @@ bool OutboxQueue::putBack(const QueuedRow& row) {
     if (!removed)
         log::error("engine", QStringLiteral("message %1 can't go back into the queue: %2")
                                  .arg(row.id, QString::fromStdString(removed.failure().text)));
-    return removed && removed.value() == 1 && transaction.value().commit();
+    if (!removed || removed.value() != 1 || !transaction.value().commit()) return false;
+    countAgainMs_ = 0;
+    return true;
 }
 
 Result<qint64> OutboxQueue::deleteCopy(const QueuedRow& row) {

@@ -48,6 +48,7 @@ void InboxGrid::cmd_InboxRefresh_Click() {
     const QString suffix = newestFirst ? QStringLiteral(" desc") : QString();
     const Database::Values values = multi() ? Database::Values{state_.cb_Profil.text} : Database::Values{};
     auto loaded = database_.openRows((multi() ? kMulti : kInbox) + suffix, values);
+    endedAtLoad_ = database_.rowsEnded();
     if (!loaded) return;  // what is shown stays
     rows_ = std::make_shared<Rows>(std::move(loaded).value(), newestFirst);
     state_.ms.setRows(rows_);
@@ -67,10 +68,9 @@ void InboxGrid::append(const QStringList& line) {
     countNew();
 }
 
-// Of very many rows the grid holds a view of the moment they were loaded, and on a local store as long as somebody
-// holds one, the file of later changes only grows.
 void InboxGrid::keepFresh() {
-    if (state_.dboff.visible || clock_.monotonicMs() - loadedAtMs_ < kFreshMs) return;
+    const bool fresh = clock_.monotonicMs() - loadedAtMs_ < kFreshMs && endedAtLoad_ == database_.rowsEnded();
+    if (state_.dboff.visible || fresh) return;
     if (rows_ && state_.ms.rows != rows_) return;
     cmd_InboxRefresh_Click();
 }

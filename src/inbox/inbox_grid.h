@@ -20,7 +20,8 @@ class InboxGrid {
     void cmd_InboxRefresh_Click();
     /// A message was stored: its line.
     void append(const QStringList& line);
-    /// Loads the grid anew when it was loaded a while ago: other programs set a message's status.
+    /// Loads the grid anew when it was loaded a while ago, since other programs set a message's status, and
+    /// when the store has ended the rows that it shows.
     void keepFresh();
 
  private:
@@ -37,6 +38,7 @@ class InboxGrid {
     std::shared_ptr<Rows> rows_;
     int new_ = 0;  // messages without a status
     qint64 loadedAtMs_ = -kFreshMs;
+    quint64 endedAtLoad_ = 0;  // the store's count of ended rows then
 };
 
 }  // namespace kibo

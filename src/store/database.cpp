@@ -20,6 +20,8 @@ constexpr qint64 kSlowMs = 200;
 constexpr qint64 kOpenAgainMs = 2'000;
 constexpr qint64 kSurfaceAgainMs = 60'000;
 constexpr int kSurfacedStatements = 100;
+// How often, at most, grids lose their rows so that the local store's log can start over.
+constexpr qint64 kLogOverMs = 60'000;
 // A SQLite file up to this size is checked page by page when it is opened (about 0.1 s); a larger one is not.
 constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 // https://www.sqlite.org/rescode.html
@@ -180,6 +182,7 @@ Result<void> Database::prepareSqlite(const QString& path) {
                        QString::fromStdString(failure.text));
     };
     QSqlQuery query(QSqlDatabase::database(name_, false));
+    if (const Result<void> done = run(query, kSqliteCache); !done) return refused(done.failure());
     // Other programs read while this one writes, and the other way round.
     if (const Result<void> done = run(query, QStringLiteral("PRAGMA journal_mode=WAL")); !done)
         return refused(done.failure());
@@ -353,7 +356,7 @@ QString Database::changeMark() {
     const Recordset mark = OpenRecordset(
         QStringLiteral("select total_changes() || ' ' || (select data_version from pragma_data_version) || ' ' || "
                        "(select schema_version from pragma_schema_version)"));
-    return mark.field(0);
+    return mark.eof() ? QString() : mark.field(0) + u' ' + QString::number(rowsEnded_);
 }
 
 Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, const Values& values) {
@@ -364,6 +367,7 @@ Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, 
 
 Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, const Values& values) {
     if (!open_) openAgain();
+    startLogOver();
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(dialect_ == Dialect::Sqlite);
     if (const Result<void> done = run(query, sql, values); !done) return done.failure();
@@ -381,6 +385,24 @@ Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, co
     auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), plain(values));
     if (snapshot->error().isValid()) return failureOf(snapshot->error());
     return handOut(std::move(snapshot));
+}
+
+/// Rows that are read from a moment of the store keep its write-ahead log from starting over, and a grid lets go of its
+/// old ones only when it has new ones: without a moment in which nobody reads, the log would grow for ever.
+void Database::startLogOver() {
+    if (dialect_ != Dialect::Sqlite || !open_ || inTransaction_ || clock_.monotonicMs() < startLogOverMs_) return;
+    startLogOverMs_ = clock_.monotonicMs() + kLogOverMs;
+    for (const auto& rows : handedOut_) {
+        const auto alive = rows.lock();
+        if (!alive) continue;
+        alive->detach();
+        ++rowsEnded_;
+    }
+    handedOut_.clear();
+    // All that the log holds goes into the file, so that the next one who writes starts the log over.
+    if (const Result<void> done = runPlain(QStringLiteral("PRAGMA wal_checkpoint(PASSIVE)")); !done)
+        log::warning("app", QStringLiteral("the local store's log is not cut back: %1")
+                                .arg(QString::fromStdString(done.failure().text)));
 }
 
 int Database::countOf(const QString& sql, const Values& values) {

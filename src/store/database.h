@@ -76,14 +76,16 @@ class Database {
     /// Auto-increment key that this connection's last INSERT gave; 0 where it gave none.
     qint64 lastInsertId();
 
-    /// A text that differs from the last one whenever data or tables may have changed since, whoever changed them;
-    /// microseconds against the milliseconds of a large query. Empty for a store that can't tell.
+    /// A text that differs from the last one whenever data or tables may have changed since, whoever changed them,
+    /// or rows have ended; microseconds against the milliseconds of a large query. Empty for a store that can't tell.
     QString changeMark();
 
     /// The rows of a query for a grid, which may be very many: up to kRowsInMemory rows are copied, more are read when
     /// they are asked for, and stay those of the moment of the query. `sql` must not end in a limit that lets more than
-    /// kRowsInMemory rows through. The rows may outlive the database.
+    /// kRowsInMemory rows through. The rows may outlive the database. On a local store, rows beyond kRowsInMemory may
+    /// end when others are opened, once a minute at most: they are empty from then on, and `rowsEnded` has grown.
     Result<std::shared_ptr<const RowSource>> openRows(const QString& sql, const Values& values = {});
+    quint64 rowsEnded() const { return rowsEnded_; }
     static constexpr int kRowsInMemory = 256;
 
     /// Hears of every statement on a local file before it runs: what is sent there must be understood by Access as well
@@ -109,6 +111,7 @@ class Database {
     /// Begins or ends a transaction where no statement does (Access).
     Result<void> throughDriver(bool (QSqlDatabase::*call)());
     Result<std::shared_ptr<const RowSource>> rowsOf(const QString& sql, const Values& values);
+    void startLogOver();
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
     Failure failureOf(const QSqlError& error) const;
@@ -128,6 +131,8 @@ class Database {
     bool lossSurfaced_ = false;
     QHash<QString, qint64> surfacedMs_;  // by statement
     std::vector<std::weak_ptr<QueryRows>> handedOut_;
+    quint64 rowsEnded_ = 0;
+    qint64 startLogOverMs_ = 0;
 };
 
 /// Statements that take effect together. Undone when it goes without a successful commit. At most one at a time per

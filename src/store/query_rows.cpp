@@ -59,7 +59,7 @@ SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVarian
     QSqlQuery count(connection);
     count.setForwardOnly(true);
     // The read transaction takes its state of the store with the first query and keeps it for all later ones.
-    if (count.exec(QStringLiteral("BEGIN")) &&
+    if (count.exec(kSqliteCache) && count.exec(QStringLiteral("BEGIN")) &&
         run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')'), values_) && count.next())
         rowCount_ = count.value(0).toInt();
     error_ = count.lastError();

@@ -11,6 +11,10 @@
 
 namespace kibo {
 
+/// Sets how much of a SQLite file one connection keeps in memory: half a megabyte, a quarter of SQLite's own choice.
+/// What is read again and again, the indexes and the newest rows, has room in it; the rest is in the system's cache.
+inline const QString kSqliteCache = QStringLiteral("PRAGMA cache_size=-512");
+
 /// One field of the current row as text: dates as "yyyy-MM-dd HH:mm:ss", a NULL as a null string and an empty text as
 /// one that is not null.
 QString fieldText(const QSqlQuery& query, int column);
@@ -42,8 +46,8 @@ class CursorRows : public QueryRows {
 
 /// Rows of a SQLite query, read page by page over a read-only connection of their own. It stays inside one read
 /// transaction, so all pages are of one moment whatever is written meanwhile, and the connection that writes is
-/// never held to an old state. As long as the rows live, the write-ahead log can't be cut back: replace them when the
-/// grid is refreshed.
+/// never held to an old state. As long as the rows live, the write-ahead log can't start over: they have to be detached
+/// now and then.
 class SnapshotRows : public QueryRows {
  public:
     /// `uri` is QSQLITE's database name, `sql` a select without limit. Check `error` before use.

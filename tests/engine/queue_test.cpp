@@ -135,7 +135,22 @@ TEST_F(Queue, UnderALimitIsCountedOnceASecondAndRefusedRowsDoNotFillIt) {
     EXPECT_EQ(counted(), 21);
     execute("delete from outbox where id > 3");
     EXPECT_EQ(counted(), 3) << "all are loaded";
-
+    for (int i = 0; i < 20; ++i) queue(u"628111"_qs, u"a"_qs);
+    EXPECT_EQ(counted(), 23);
+    Database::onLocalStatement = [this](const QString& sql, const Database::Values&) {
+        if (sql.startsWith(u"select count(1)"_qs)) clock.wait(20);
+    };
+    clock.wait(1000);
+    EXPECT_EQ(counted(), 23);
+    queue(u"628111"_qs, u"a"_qs);
+    clock.wait(39'000);
+    EXPECT_EQ(counted(), 23) << "what takes long is done less often";
+    EXPECT_EQ(gateway.queue.take(next()), OutboxQueue::Taken::Yes);
+    EXPECT_EQ(counted(), 22) << "what was taken is known";
+    clock.wait(1000);
+    EXPECT_EQ(counted(), 23);
+    Database::onLocalStatement = nullptr;
+    clock.wait(60'000);
     refuse("insert on sent when length(new.wa_text) > 5");
     execute("delete from outbox");
     add(queue_sql::kLimit, u"too long"_qs);

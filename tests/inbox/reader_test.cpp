@@ -1,4 +1,5 @@
 #include <QDir>
+#include <QFileInfo>
 #include <QTimer>
 
 #include "base/log.h"
@@ -193,6 +194,23 @@ TEST_F(Reader, ChatsOfThePageAreListedAndNothingIsStored) {
     EXPECT_EQ(line(0) + u'|' + line(1), u"Ani\thello|62811\tAni"_qs) << "a message joins them";
     grid.cmd_InboxRefresh_Click();
     EXPECT_EQ(line(0) + u'|' + line(1), u"Ani\thello|\t"_qs);
+}
+
+TEST_F(Reader, GridsOfManyRowsLetTheStoreCutBackItsLog) {
+    const QString path = folder.filePath(u"kb.mdb"_qs);
+    for (const char* filled : {"inbox", "outbox"})
+        test::sqlite(path, QStringLiteral("insert into %1 (wa_no, wa_text) with recursive n(i) as (select 1 union all "
+                                          "select i + 1 from n where i < 300) select i, '%2' from n")
+                               .arg(QLatin1String(filled), QString(1000, u'x')));
+    for (int i = 0; i < 60; ++i) {
+        clock.wait(5000);
+        ASSERT_TRUE(database.execute(u"update inbox set status = ?"_qs, {QString::number(i)}));
+        const auto shown = std::pair(state.ms_out.rows, state.ms.rows);  // by the window, until it looks again
+        gateway.queue.cmd_OutboxRefresh_Click();
+        grid.keepFresh();
+        ASSERT_FALSE(state.ms_out.text(300, OutboxQueue::Text).isEmpty() || state.ms.text(300, 1).isEmpty()) << i;
+    }
+    EXPECT_LT(QFileInfo(path + u"-wal"_qs).size(), 8 * 1024 * 1024);
 }
 
 TEST_F(Reader, MultiSessionRowsCarryTheProfile) {
