@@ -99,6 +99,7 @@ class Database {
     Result<void> open(const ConnectionRequest& request, const QStringList& tables);
     Result<void> openLocalStore(const QString& path, const QString& password);
     Result<void> openMySql(const ConnectionString& target, const ConnectionRequest& request);
+    void readTextsWhole();
     Result<void> connect(const QString& driver, const QString& databaseName, const QString& options);
     Result<void> prepareSqlite(const QString& path);
     Result<void> checkTables(const QStringList& tables);

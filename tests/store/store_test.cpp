@@ -79,7 +79,9 @@ TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
                             QStringLiteral("two\r\nlines\tand a tab"),
                             QStringLiteral("🙏🏽👩‍👩‍👧 ありがとう شكرا"),
                             QStringLiteral("é😀ب\u2028x").repeated(65000 / 6),
-                            QStringLiteral("é").repeated(256)};
+                            QStringLiteral("é").repeated(256),
+                            QStringLiteral("ქართული አማርኛ 中文 \u202bעברית\u202c").repeated(2000),
+                            QStringLiteral("ი")};
     for (const QString& text : texts) {
         Recordset set = database_.OpenRecordset(kEmptySet);
         ASSERT_EQ(set.state(), Recordset::State::Open);

@@ -1,13 +1,15 @@
 // kibo.exe as an operator unpacks it, under Wine on a display of its own. Chrome, the page and the server run on
 // Debian's side and are reached over loopback.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QSet>
+#include <QUrl>
 
 #include "browser/driver_process.h"
+#include "driver_relay.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
 #include "support/mariadb_server.h"
@@ -119,17 +121,64 @@ TEST_F(WindowsProgram, EndsWithItsWindow) {
     EXPECT_TRUE(content("kibo.log").contains("KB App ends"));
 }
 
+const std::string kAni = "6281230000001";
+const std::string kUnknown = "6280000000000";
+
+/// A row of the queue, and what comes of it.
+struct Row {
+    std::string to, text;
+    std::string arrives = text;  ///< where it begins with '^', a pattern; empty: nothing does, the row fails
+    std::string media = {}, file = {}, kind = "text";
+};
+
+/// What people send, and then what no font of a computer has: the window draws every text of it twice.
+std::vector<Row> rowsOfEveryKind(const std::string& video, const std::string& address) {
+    const std::string picture = KIBO_SOURCE_DIR "/docs/pictures/chat.png";
+    const std::string lines = "one\ntwo";
+    return {
+        {kAni, "A plain message."},
+        {kAni, "[Good morning|Good day|Hello], %name%!", "^(Good morning|Good day|Hello), Ani Wijaya!$"},
+        {kAni, "First line~rsecond line\\nthird line", "First line\nsecond line\nthird line"},
+        {kAni, "It is %time%.", "^It is .*[0-9]:[0-5][0-9]:[0-5][0-9].*[.]$"},
+        {kAni, "It's \"quoted\", with back\\slashes and emoji 😀👩‍👩‍👧"},
+        {kUnknown, "Nobody gets this.", ""},
+        {"+62 (812) 3000-0002", "مرحبا، هذه رسالة تجريبية"},
+        {kAni, "A picture for %name%.", "A picture for Ani Wijaya.", picture, "", "image"},
+        {kAni, "A video.", "A video.", video, "", "video"},
+        {kAni, "A document, from an address.", "A document, from an address.", "", address, "document"},
+        {"Ani Wijaya", "To %name%, found by name.", "To Ani Wijaya, found by name."},
+        {"Office", "To the whole group."},
+        {kAni, "one\vtwo", lines},
+        {kAni, "one\rtwo", lines},
+        {kAni, "one\r\ntwo", lines},
+        {kAni, "one\ttwo\x01\x7f", "one two"},
+        {kAni, "one\u2028two", lines},
+        {kAni, "\u202bעברית\u202c \u200fשלום\u200e السلام عليكم \u061c\u2067فارسی\u2069"},
+        {kAni, "हिन्दी क्षत्रिय বাংলা தமிழ் ਪੰਜਾਬੀ తెలుగు ಕನ್ನಡ മലയാളം සිංහල"},
+        {kAni, "ภาษาไทย ພາສາລາວ ភាសាខ្មែរ မြန်မာ བོད་ཡིག ᠮᠣᠩᠭᠣᠯ"},
+        {kAni, "ქართული አማርኛ Հայերեն ᏣᎳᎩ 中文 日本語 한국어 ᄒ\u1161ᆫ 𠀀𪚥"},
+        {kAni,
+         "👍🏿👨🏽‍🚀🏳️‍🌈🇮🇩1️⃣☺︎ e\u0301\u0300\u0323 \u200b\u2060\ufeff𝒜 𐎀 "
+         "𓀀"},
+        {kAni, "\ue000\uf8ff\U000f0000\U0010fffd \ufdd0\ufffe\uffff\ufffd\u0378\U0001ffff\U000e0001"},
+        {kAni, std::string(65'000, 'x')},
+    };
+}
+
 TEST_F(WindowsProgram, SendsWhatTheServerHoldsUntilItIsStopped) {
     standin::StandIn standIn;
     standin::Behaviour behaviour = standIn.behaviour();
     behaviour.chatOpenDelayMs = {0, 0};
-    behaviour.unknownNumbers = {"6280000000000"};
+    behaviour.unknownNumbers = {kUnknown};
     standIn.setBehaviour(behaviour);
+    standIn.addContact(kAni, "Ani Wijaya");
+    standIn.addContact("120363000000000001", "Office");
     test::MariaDbServer& server = test::MariaDbServer::shared();
     const Settings database = server.settings(false);
     DriverProcess driver(QStringLiteral("chromedriver"));
     const Result<QByteArray> driverAddress = driver.start();
     ASSERT_TRUE(driverAddress.ok()) << driverAddress.failure().text;
+    const test::DriverRelay relay(QUrl(QString::fromUtf8(driverAddress.value())).port());
     test::createStores(home_.path());
 
     // Incognito: the browser is Debian's and could do nothing with a Windows folder as its profile.
@@ -138,11 +187,20 @@ TEST_F(WindowsProgram, SendsWhatTheServerHoldsUntilItIsStopped) {
                        "password=%4\r\nPort=%5\r\n[kibo]\r\nProfil=1\r\nAutoStart=Y\r\nIncognito=Y\r\n"
                        "Headless=Y\r\nChromeDriver=%6\r\nStartAddress=%7\r\nChatAddress=%8\r\n")
             .arg(database.MySQL_Server, database.MySQL_DB, database.user, database.password, database.Port,
-                 QString::fromUtf8(driverAddress.value()), QString::fromStdString(standIn.address()),
+                 relay.address(), QString::fromStdString(standIn.address()),
                  QString::fromStdString(standIn.chatAddress())));
-    server.run(
-        QStringLiteral("insert into outbox (wa_no, wa_text) values ('6281230000001', 'A plain message.'), "
-                       "('6280000000000', 'Nobody gets this.'), ('6281230000002', 'Zwölf 😀 مرحبا')"));
+    QFile video(folder_.filePath(QStringLiteral("clip.mp4")));
+    ASSERT_TRUE(video.open(QIODevice::WriteOnly) && video.write("nothing to be played") > 0 && video.flush());
+    const std::vector<Row> rows =
+        rowsOfEveryKind(video.fileName().toStdString(), standIn.address() + "control/received.txt");
+    const auto bytes = [](const std::string& text) {
+        return QStringLiteral("_utf8mb4 x'%1'").arg(QString::fromLatin1(QByteArray::fromStdString(text).toHex()));
+    };
+    const auto toArrive = static_cast<std::size_t>(
+        std::count_if(rows.begin(), rows.end(), [](const Row& row) { return !row.arrives.empty(); }));
+    for (const Row& row : rows)
+        server.run(QStringLiteral("insert into outbox (wa_no, wa_text, wa_media, wa_file) values (%1, %2, %3, %4)")
+                       .arg(bytes(row.to), bytes(row.text), bytes(row.media), bytes(row.file)));
 
     ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("pictures")));
     const QDir pictures(folder_.filePath(QStringLiteral("pictures")));
@@ -151,9 +209,10 @@ TEST_F(WindowsProgram, SendsWhatTheServerHoldsUntilItIsStopped) {
     start(variables);
 
     const auto marks = [&] { return server.run(QStringLiteral("select wa_no, status from sent order by id")); };
-    EXPECT_TRUE(test::eventually(
-        [&] { return standIn.received().size() == 2 && marks().contains(QLatin1String("fail")); }, 2 * kSlowMs))
-        << content("kibo.log").toStdString();
+    const auto over = [&] { return standIn.received().size() == toArrive || program_.state() == QProcess::NotRunning; };
+    EXPECT_TRUE(test::eventually(over, 4 * kSlowMs)) << content("kibo.log").toStdString();
+    // A text is drawn once more after it was sent.
+    EXPECT_FALSE(program_.waitForFinished(2000)) << content("kibo.crash").toStdString();
     EXPECT_TRUE(test::eventually([&] { return pictures.exists(QStringLiteral("window.png")); }));
     // Where the button Stop stands in the window.
     const auto press = [] { return test::clickWindow("KB App", 347, 50); };
@@ -163,10 +222,23 @@ TEST_F(WindowsProgram, SendsWhatTheServerHoldsUntilItIsStopped) {
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);
 
-    std::vector<std::string> texts;
-    for (const auto& message : standIn.received()) texts.push_back(message.text);
-    EXPECT_EQ(texts, (std::vector<std::string>{"A plain message.", "Zwölf 😀 مرحبا"}));
-    EXPECT_EQ(marks(), QStringLiteral("6281230000001\t\n6280000000000\tfail\n6281230000002\t\n"));
+    const auto received = standIn.received();
+    std::size_t next = 0;
+    std::string expectedMarks;
+    for (const Row& row : rows) {
+        expectedMarks += row.to + (row.arrives.empty() ? "\tfail\n" : "\t\n");
+        if (row.arrives.empty()) continue;
+        ASSERT_LT(next, received.size()) << row.text;
+        const auto& came = received[next++];
+        EXPECT_EQ(came.kind, row.kind);
+        if (row.arrives.front() == '^') {
+            EXPECT_THAT(came.text, ::testing::MatchesRegex(row.arrives));
+        } else {
+            EXPECT_EQ(came.text + came.caption, row.arrives);
+        }
+    }
+    EXPECT_EQ(next, received.size());
+    EXPECT_EQ(marks().toStdString(), expectedMarks);
     EXPECT_EQ(server.run(QStringLiteral("select count(*) from outbox")), QStringLiteral("0\n"));
     EXPECT_FALSE(content("kibo.log").contains("Nobody gets")) << "the log holds no texts";
 
