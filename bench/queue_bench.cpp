@@ -85,7 +85,8 @@ class LoadedQueue {
     Settings settings_;
     GatewayState state_;
     Database database_{clock_, policy_};
-    OutboxQueue queue_{state_, settings_, database_, clock_};
+    MessageRecords records_{state_, settings_, database_, clock_};
+    OutboxQueue queue_{state_, settings_, database_, clock_, records_};
 };
 
 void compare(Table& table, const char* store, LoadedQueue& queue, const QString& program,

@@ -8,6 +8,9 @@
 
 namespace kibo {
 
+/// The pause button's caption while paused, in the symbol font that the state speaks of.
+inline constexpr char16_t kPausedCaption = u'4';
+
 /// The columns of the list of failed messages.
 struct UnsentColumn {
     enum { Number, Text, Time, Reason, Id };
@@ -18,13 +21,14 @@ struct UnsentColumn {
 struct GatewayState {
     // Connection
     Label status{QStringLiteral("Not Connect"), colour::kRed, colour::kYellow};
-    TextBox waurl;        ///< "!!" when the browser has gone
-    Indicator pQR;        ///< login QR code on screen; caption: file of its picture
-    Indicator dboff;      ///< caption: why the database is off, in words
-    QString pageNotice;   ///< what else the page has to say, in words; empty: nothing
-    QString refusedOut;   ///< the messages that can't leave the queue, in words; empty: none
-    QString inboxNotice;  ///< what keeps received messages out of the database, in words; empty: nothing
-    QString pageChanged;  ///< the locator that matches nothing any more; sending is held while it is set
+    TextBox waurl;           ///< "!!" when the browser has gone
+    Indicator pQR;           ///< login QR code on screen; caption: file of its picture
+    Indicator dboff;         ///< caption: why the database is off, in words
+    QString pageNotice;      ///< what else the page has to say, in words; empty: nothing
+    QString refusedOut;      ///< the messages that can't leave the queue, in words; empty: none
+    QString inboxNotice;     ///< what keeps received messages out of the database, in words; empty: nothing
+    QString journalProblem;  ///< why the journal can't be written, in words; nothing is sent then
+    QString pageChanged;     ///< the locator that matches nothing any more; sending is held while it is set
     bool dummyOpened = false;
     int newChatCount = 0;
     bool stepRunning = false;  ///< a tick of Timer_KIBO is going on, perhaps inside one of its waits
@@ -88,6 +92,9 @@ struct GatewayState {
     StateTimer timer_QR{500, false};
     StateTimer timer_grabchat{100, false};
     StateTimer BreakTime{1000, false};
+
+    /// The pause button shows its way back.
+    bool pausedByOperator() const { return cmd_Pause.caption == QChar(kPausedCaption) && !BreakTime.enabled(); }
 
     /// Whether the page must be left to the message in progress.
     bool pageIsTaken() const { return (stepRunning || wait.visible) && !fetching; }

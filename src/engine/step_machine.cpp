@@ -271,8 +271,10 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
     s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
-    if (const Result<void> noted = p_.journal.taken(*row); !noted) {
-        idle(QStringLiteral("Nothing is sent: %1").arg(QString::fromStdString(noted.failure().text)));
+    const Result<void> noted = p_.journal.taken(*row);
+    s.journalProblem = noted ? QString() : QString::fromStdString(noted.failure().text);
+    if (!noted) {
+        idle(QStringLiteral("Nothing is sent: %1").arg(s.journalProblem));
         return std::nullopt;
     }
     const OutboxQueue::Taken taken = p_.queue.take(*row);

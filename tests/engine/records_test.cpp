@@ -24,7 +24,7 @@ TEST_F(Records, TellWhatBecameOfEachMessageAndWhen) {
     const qint64 unknown = queue(QStringLiteral("6289000"), QStringLiteral("b"));
     const qint64 held = queue(kAni, QStringLiteral("c"), 3);
     EXPECT_EQ(outcome(sent), "waiting|0");
-    for (int i = 0; i < 200 && count(QStringLiteral("outbox")) > 1; ++i) tick();
+    for (int i = 0; i < 200 && count("outbox") > 1; ++i) tick();
     EXPECT_EQ(outcome(sent), "sent|1");
     EXPECT_EQ(outcome(unknown), "fail|1|not_on_whatsapp");
     EXPECT_EQ(outcome(held), "waiting|0");

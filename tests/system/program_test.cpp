@@ -31,8 +31,10 @@ TEST_F(Program, SendsWhatIsInsertedStopsCleanlyAndRecoversFromBeingKilled) {
     const auto left = program.processes();
     ASSERT_FALSE(left.empty());
     ASSERT_TRUE(program.start());
-    insert("second");
-    ASSERT_TRUE(program.standIn.waitForReceived(2, std::chrono::seconds(60))) << program.log().toStdString();
+    // As the integrator's guide shows it.
+    const QString told = test::outputOf(QStringLiteral(KIBO_SOURCE_DIR "/docs/examples/wait-for-message"),
+                                        {program.home.filePath(u"kb.mdb"_qs), u"6281234567890"_qs, u"second"_qs});
+    EXPECT_EQ(told, u"message 2: sent\n"_qs);
     for (const auto& old : left) EXPECT_FALSE(platform::isRunning(old.id, old.startTime)) << "left over from before";
 
     program.process.terminate();

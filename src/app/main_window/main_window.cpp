@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QMenuBar>
+#include <QVBoxLayout>
 #include <cmath>
 
 #include "main_window/grid_actions.h"
@@ -20,9 +21,6 @@ constexpr int kRepaintMs = 100;
 constexpr QSize kSmallestWindow(960, 600);
 /// A message may have 65,000 characters; the field shows as many as a person reads in passing.
 constexpr int kShownCharacters = 4000;
-/// The pause button's caption in the symbol font that the state speaks of.
-constexpr char16_t kPausedCaption = u'4';
-
 /// The entry below the profiles, for one more. No folder can have this name.
 const QString kNewProfile = QStringLiteral("New profile…");
 
@@ -99,11 +97,18 @@ MainWindow::MainWindow(GatewayState& state, const Settings& settings, Dialogs& d
       scaler_(QSize(kDesignWidth, kDesignHeight)) {
     setObjectName(QStringLiteral("frm_Gateway2"));
     setWindowIcon(applicationIcon());
-    auto* area = new QWidget(this);
-    area->resize(kDesignWidth, kDesignHeight);
-    controls_ = std::make_unique<WindowControls>(area, state_);
-    setCentralWidget(area);
-    area->installEventFilter(this);
+    auto* content = new QWidget(this);
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    banner_ = new Banner(content);
+    area_ = new QWidget(content);
+    area_->resize(kDesignWidth, kDesignHeight);
+    layout->addWidget(banner_);
+    layout->addWidget(area_, 1);
+    controls_ = std::make_unique<WindowControls>(area_, state_);
+    setCentralWidget(content);
+    area_->installEventFilter(this);
     buildMenus();
     connectControls();
     setMinimumSize(kSmallestWindow);
@@ -123,8 +128,8 @@ void MainWindow::hideDiagnostics() {
 }
 
 void MainWindow::recordControls() {
-    scaler_.record(*centralWidget());
-    scaler_.scale(centralWidget()->size());
+    scaler_.record(*area_);
+    scaler_.scale(area_->size());
 }
 
 void MainWindow::buildMenus() {
@@ -239,10 +244,8 @@ void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
     showHead();
-    const QString databaseProblem = state_.dboff.visible ? state_.dboff.caption : QString();
-    QStringList line{state_.work,       state_.step,        databaseProblem,  state_.doneAbout,
-                     state_.refusedOut, state_.inboxNotice, state_.pageNotice};
-    for (const SettingProblem& problem : settings_.problems) line.append(problem.text);
+    showHindrances();
+    QStringList line{state_.work, state_.step, state_.doneAbout};
     line.removeAll(QString());
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
@@ -264,6 +267,43 @@ void MainWindow::showState() {
     for (std::size_t i = 0; i < std::size(c.lb); ++i) showLabel(c.lb[i], state_.lb[i]);
     setShown(c.pQR, state_.pQR.visible);
     if (state_.pQR.visible) c.pQR->showFile(state_.pQR.caption);
+}
+
+void MainWindow::showHindrances() {
+    std::vector<Banner::Line> lines;
+    for (const Hindrance& hindrance : hindrances(state_, settings_)) lines.push_back(bannerLine(hindrance));
+    banner_->show(lines);
+}
+
+Banner::Line MainWindow::bannerLine(const Hindrance& hindrance) {
+    constexpr Colour kRed = 0xB3261E, kAmber = 0xFFE0A3;
+    const bool red = hindrance.ends == Hindrance::Ends::WhenSomeoneActs;
+    Banner::Line line{hindrance.text, red ? kRed : kAmber, red ? Colour(0xFFFFFF) : colour::kBlack};
+    const auto offer = [&](const char* caption, const std::function<void()>& action) {
+        if (!action) return;
+        line.button = QString::fromUtf8(caption);
+        line.pressed = [this, action] { click(action); };
+    };
+    switch (hindrance.remedy) {
+        case Hindrance::Remedy::OpenWhatsApp:
+            offer("Open WhatsApp", actions_.openWhatsApp);
+            break;
+        case Hindrance::Remedy::Continue:
+            offer("Continue", actions_.pause);
+            break;
+        case Hindrance::Remedy::Elements:
+            if (actions_.openScreen) offer("Elements…", [this] { actions_.openScreen(QStringLiteral("frm_element")); });
+            break;
+        case Hindrance::Remedy::ProgramFolder:
+            offer("Program folder", actions_.openProgramFolder);
+            break;
+        case Hindrance::Remedy::TryAgain:
+            offer("Try again", actions_.refreshOutbox);
+            break;
+        case Hindrance::Remedy::None:
+            break;
+    }
+    return line;
 }
 
 void MainWindow::showHead() {
@@ -342,7 +382,7 @@ void MainWindow::showPace() {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == centralWidget() && event->type() == QEvent::Resize) scaler_.scale(centralWidget()->size());
+    if (watched == area_ && event->type() == QEvent::Resize) scaler_.scale(area_->size());
     return QMainWindow::eventFilter(watched, event);
 }
 

@@ -8,6 +8,8 @@
 #include "base/dialogs.h"
 #include "base/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/hindrances.h"
+#include "widgets/banner.h"
 #include "widgets/control_scaler.h"
 
 class QAction;
@@ -75,6 +77,8 @@ class MainWindow : public QMainWindow {
     void showAbout();
     void showTitle();
     void showHead();
+    void showHindrances();
+    Banner::Line bannerLine(const Hindrance& hindrance);
     void showMessageInProgress();
     void showPace();
     bool queueIsUnknown() const;
@@ -85,6 +89,8 @@ class MainWindow : public QMainWindow {
     MainWindowActions actions_;
     std::unique_ptr<WindowControls> controls_;
     std::unique_ptr<GridActions> gridActions_;
+    Banner* banner_;  // owned by the window, as are the controls' common area and the menu
+    QWidget* area_;
     ControlScaler scaler_;
     QTimer repaint_;
     QAction* mnOpenWA_ = nullptr;
