@@ -11,13 +11,16 @@ constexpr int kLines = 10;
 /// No index of the sent log leads to a number, and a window must not wait for a million rows.
 constexpr qint64 kSentLookedThrough = 20'000;
 
+// In an order that no index has: one that had it would be read from its end, past all other chats, instead of the
+// chat's own rows.
 const QString kInbox =
-    QStringLiteral("select wa_time, wa_text from inbox where wa_no in (?, ?, ?) order by wa_time desc");
+    QStringLiteral("select wa_time, wa_text from inbox where wa_no in (?, ?, ?) order by wa_time desc, wa_no");
 const QString kSent =
     QStringLiteral("select wa_time, wa_text, status from sent where wa_no in (?, ?, ?) and id > ? order by id desc");
 const QString kNewestSent = QStringLiteral("select max(id) as newest from sent");
 const QString kMulti = QStringLiteral(
-    "select wa_time, wa_text, status from multi where wa_no in (?, ?, ?) and tipe = ? and profil = ? order by id desc");
+    "select wa_time, wa_text, status from multi where wa_no in (?, ?, ?) and tipe = ? and profil = ? "
+    "order by id + 0 desc");
 
 /// The first rows of `sql`, newest first.
 Result<void> append(QList<ChatLine>& lines, bool ours, Database& database, const QString& sql,

@@ -94,6 +94,8 @@ Remark ManualMessage::ofNumber(const MessageDraft& draft) const {
     }
     if (number.size() < kFewestDigits)
         return error(QStringLiteral("Too short: a number has its country code and at least 7 digits."));
+    if (number.startsWith(u'0'))
+        return note(QStringLiteral("Begins with 0: most chats open only with the country code."));
     if (number != cleanedNumber(typed)) return note(QStringLiteral("Goes to %1.").arg(number));
     return {};
 }

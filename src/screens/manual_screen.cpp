@@ -11,12 +11,13 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "widgets/message_edit.h"
-#include "widgets/window_place.h"
+#include "widgets/plain_text.h"
 
 namespace kibo {
 namespace {
 
 constexpr int kLookAfterMs = 250;
+constexpr int kBelowRemark = 6;  // so that it is seen to belong to what stands above it
 constexpr QRgb kNote = 0xFF5C6670, kDoubt = 0xFF8A5A00, kTrouble = 0xFFA8321F;
 
 void setWords(QLabel* label, const QString& text, QRgb colour) {
@@ -65,9 +66,10 @@ ManualScreen::ManualScreen(Parts parts, const char* name, const QString& title)
 void ManualScreen::open() {
     const bool hasEmoji = !platform::findProgram(platform::joinPath(p_.programFolder.toStdString(), "emo")).empty();
     emoji_->setEnabled(hasEmoji);
-    emoji_->setToolTip(hasEmoji ? QStringLiteral("Start the emoji program")
-                                : QStringLiteral("There is no emoji program (emo, on Windows emo.exe) in %1")
-                                      .arg(QDir::toNativeSeparators(p_.programFolder)));
+    emoji_->setToolTip(asPlainText(hasEmoji
+                                       ? QStringLiteral("Start the emoji program")
+                                       : QStringLiteral("There is no emoji program (emo, on Windows emo.exe) in %1")
+                                             .arg(QDir::toNativeSeparators(p_.programFolder))));
     show();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     raise();
@@ -86,13 +88,15 @@ void ManualScreen::addField(QGridLayout* form, DraftField field, const QString& 
     remark->setObjectName(QStringLiteral("remark_") + widget->objectName());
     remark->setWordWrap(true);
     // Kept free, so that nothing moves below the fingers.
-    remark->setMinimumHeight(remark->fontMetrics().height());
+    remark->setContentsMargins(0, 0, 0, kBelowRemark);
+    remark->setMinimumHeight(remark->fontMetrics().height() + kBelowRemark);
     const auto top = qobject_cast<QLineEdit*>(widget) ? Qt::AlignVCenter : Qt::AlignTop;
     form->addWidget(words, line, 0, Qt::AlignLeft | top);
     form->addWidget(widget, line, 1, 1, beside.isEmpty() ? 2 : 1);
     if (!beside.isEmpty()) {
         auto* row = new QHBoxLayout;
         row->setContentsMargins(0, 0, 0, 0);
+        row->setSpacing(6);
         if (top == Qt::AlignTop) row->setDirection(QBoxLayout::TopToBottom);
         for (QWidget* one : beside) row->addWidget(one);
         if (top == Qt::AlignTop) row->addStretch();
@@ -155,6 +159,12 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
 
 void ManualScreen::say(const QString& text, bool isTrouble) {
     setWords(status_, text, isTrouble ? kTrouble : kNote);
+}
+
+/// Not letter by letter. What was said before was about what stood there before.
+void ManualScreen::changed() {
+    status_->clear();
+    looks_.start();
 }
 
 void ManualScreen::forgetTry() {

@@ -59,8 +59,7 @@ class ManualScreen : public Screen {
     /// The status line with `cmd_Send` and the button that closes.
     QHBoxLayout* lastLine(const QString& sendText);
     void say(const QString& text, bool isTrouble = false);
-    /// Follows what is typed, not letter by letter.
-    void changed() { looks_.start(); }
+    void changed();
     void forgetTry();
 
     Parts p_;

@@ -16,6 +16,7 @@ namespace kibo {
 namespace {
 
 constexpr qsizetype kShownCharacters = 4000;
+constexpr int kBelowChat = 12;
 /// By number where it is one, else by the name of its chat: the inbox has either.
 const QString kMode = QStringLiteral("0");
 
@@ -55,12 +56,14 @@ ReplyScreen::ReplyScreen(Parts parts)
     QPalette colours = chat_->palette();
     colours.setColor(QPalette::Base, colours.color(QPalette::AlternateBase));
     chat_->setPalette(colours);
+    chat_->setPlaceholderText(QStringLiteral("No message of this chat is known"));
     const int line = form->rowCount();
     form->addWidget(heading, line, 0, Qt::AlignTop);
     form->addWidget(chat_, line, 1, 1, 2);
     form->setRowStretch(line, 3);
+    form->setRowMinimumHeight(line + 1, kBelowChat);
     addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton()});
-    form->setRowStretch(line + 1, 2);
+    form->setRowStretch(line + 2, 2);
     auto* page = new QVBoxLayout(this);
     page->addLayout(form, 1);
     page->addLayout(lastLine(QStringLiteral("&Queue")));
@@ -71,6 +74,12 @@ ReplyScreen::ReplyScreen(Parts parts)
     resize(620, 560);
     setMinimumSize(480, 420);
     WindowPlace::remember(this, p_.settingsFile);
+}
+
+void ReplyScreen::open() {
+    if (txtProfil_->text().isEmpty()) txtProfil_->setText(p_.state.cb_Profil.text);
+    shownChat_.clear();  // more may have come since
+    ManualScreen::open();
 }
 
 void ReplyScreen::openFor(const QString& number, const QString& received, const QString& profile) {

@@ -13,6 +13,7 @@ class ReplyScreen : public ManualScreen {
 
  public:
     explicit ReplyScreen(Parts parts);
+    void open() override;
 
     /// Shows the window for a received message. One that holds a text already keeps it, and its number.
     void openFor(const QString& number, const QString& received, const QString& profile);

@@ -106,7 +106,7 @@ QLayout* SendScreen::form() {
     const auto fileField = [this](const char* name) {
         auto* field = new FileField(this);
         field->setObjectName(QLatin1String(name));
-        field->setPlaceholderText(QStringLiteral("none; a path, an address, or drop a file"));
+        field->setPlaceholderText(QStringLiteral("None. A path or an address, or drop a file here"));
         return field;
     };
     txtNo_ = line("txtNo");
@@ -213,6 +213,7 @@ void SendScreen::showCalendar() {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     auto* calendar = new QCalendarWidget(menu);
     calendar->setAccessibleName(QStringLiteral("Day of the send time"));
+    calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
     calendar->setMinimumDate(p_.clock.now().date());
     const QDateTime typed = ManualMessage::timeOf(dpDATE_->text());
     const QTime time = typed.isValid() ? typed.time() : p_.clock.now().time();
