@@ -46,7 +46,7 @@ Result<QList<ChatLine>> lastLinesOfChat(Database& database, const Settings& sett
     // As the page's title says it, as programs write it, as it is dialled.
     const Database::Values spellings{typed, cleanedNumber(typed),
                                      destinationNumber(typed, settings.Prefix, settings.CountryCode)};
-    for (const bool ours : {false, true}) {
+    for (const bool ours : {true, false}) {
         Database::Values values = spellings;
         QString sql = ours ? kSent : kInbox;
         if (isYes(settings.Multi)) {
@@ -57,6 +57,7 @@ Result<QList<ChatLine>> lastLinesOfChat(Database& database, const Settings& sett
         }
         if (const Result<void> read = append(lines, ours, database, sql, values); !read) return read.failure();
     }
+    std::reverse(lines.begin(), lines.end());  // in one second an answer comes last
     std::stable_sort(lines.begin(), lines.end(), [](const auto& a, const auto& b) { return a.time < b.time; });
     return lines.mid(std::max<qsizetype>(0, lines.size() - kLines));
 }

@@ -52,6 +52,7 @@ ManualScreen::ManualScreen(Parts parts, const char* name, const QString& title)
     : p_(std::move(parts)), message_(p_.database, p_.settings, p_.clock) {
     setObjectName(QLatin1String(name));
     setWindowTitle(title);
+    looks_.setObjectName(QStringLiteral("looks"));
     looks_.setSingleShot(true);
     looks_.setInterval(kLookAfterMs);
     connect(&looks_, &QTimer::timeout, this, &ManualScreen::look);

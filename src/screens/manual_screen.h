@@ -80,7 +80,7 @@ class ManualScreen : public Screen {
     QHash<DraftField, Field> fields_;
     QLabel* status_ = nullptr;
     QPushButton* emoji_ = nullptr;
-    QTimer looks_;
+    QTimer looks_{this};
     bool tried_ = false;   // to queue what stands there
     bool asking_ = false;  // whether a doubtful message is meant
 };

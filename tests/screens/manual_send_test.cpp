@@ -10,6 +10,7 @@
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include "base/settings_file.h"
@@ -58,7 +59,8 @@ class ManualSendTest : public testing::Test {
     }
     std::string text(const char* label) const { return find<QLabel>(label)->text().toStdString(); }
     std::string seenRemark(const char* field) const {
-        QTest::qWait(300);
+        EXPECT_TRUE(
+            QTest::qWaitFor([this] { return !screen->findChild<QTimer*>(QStringLiteral("looks"))->isActive(); }));
         return text((std::string("remark_") + field).c_str());
     }
     /// To wherever the keyboard is.

@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "screens/chat_history.h"
 #include "screens/manual_message.h"
 #include "support/eventually.h"
 #include "support/manual_clock.h"
@@ -10,7 +11,7 @@
 namespace kibo::test {
 namespace {
 
-class IdsOnServerTest : public testing::Test {
+class ManualMessageOnServerTest : public testing::Test {
  protected:
     void SetUp() override {
         server.empty();
@@ -47,7 +48,7 @@ class IdsOnServerTest : public testing::Test {
     MessageDraft draft{.number = QStringLiteral("628112345"), .text = {}, .time = QStringLiteral("2030-01-02 3:04")};
 };
 
-TEST_F(IdsOnServerTest, idsFollowTheNewestOfQueueAndLog) {
+TEST_F(ManualMessageOnServerTest, idsFollowTheNewestOfQueueAndLog) {
     EXPECT_EQ(queue("first 🙏"), 1);
     EXPECT_EQ(rows("select id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time from outbox"),
               "1\t0\t628112345\tfirst 🙏\t\t\t2030-01-02 03:04:00");
@@ -65,7 +66,7 @@ TEST_F(IdsOnServerTest, idsFollowTheNewestOfQueueAndLog) {
     EXPECT_EQ(rows("select tipe, profil, wa_text from multi where id = 91"), "O\t7\tshared");
 }
 
-TEST_F(IdsOnServerTest, aMessageWhoseFateTheConnectionTookIsNotQueuedTwice) {
+TEST_F(ManualMessageOnServerTest, aMessageWhoseFateTheConnectionTookIsNotQueuedTwice) {
     ManualMessage message(database, settings, clock);
     draft.text = QStringLiteral("once");
     for (const bool arrived : {true, false}) {
@@ -81,6 +82,31 @@ TEST_F(IdsOnServerTest, aMessageWhoseFateTheConnectionTookIsNotQueuedTwice) {
         EXPECT_EQ(again.valueOr(0), 1);
         EXPECT_EQ(rows("select count(*) from outbox"), arrived ? "0" : "1");
     }
+}
+
+TEST_F(ManualMessageOnServerTest, theLastLinesOfAChatComeFromBothTablesOrFromTheProfilesPart) {
+    settings.Prefix = QStringLiteral("0");
+    settings.CountryCode = QStringLiteral("62");
+    rows("insert into inbox (wa_no, wa_text, wa_time) values ('0811-2345', 'asked', '2026-03-02 08:00:00')");
+    const auto last = [&](const char* profile) {
+        std::string texts;
+        const auto lines = lastLinesOfChat(database, settings, QStringLiteral("0811-2345"), QLatin1String(profile));
+        for (const ChatLine& line : lines.value())
+            texts += (line.ours ? line.status + line.text : u'<' + line.text).toStdString() + ' ';
+        return texts;
+    };
+    EXPECT_EQ(last(""), "<asked ");
+    rows(
+        "insert into sent (id, wa_no, wa_text, wa_time) select seq, '628112345', seq, '2026-03-01 08:00:00' "
+        "from seq_1_to_20");
+    rows("insert into sent values (21, 0, '628112345', 'late', '', '', '2026-03-02 08:00:01', 'fail')");
+    EXPECT_EQ(last(""), "13 14 15 16 17 18 19 20 <asked faillate ") << "oldest first";
+
+    settings.Multi = QStringLiteral("Y");
+    rows(
+        "insert into multi (tipe, profil, wa_no, wa_text) values ('S', '1', '628112345', 'mine'), "
+        "('S', '2', '628112345', 'foreign'), ('O', '1', '628112345', 'waits'), ('I', '1', '08112345', 'came')");
+    EXPECT_EQ(last("1"), "<came mine ");
 }
 
 }  // namespace
