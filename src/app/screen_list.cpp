@@ -28,8 +28,9 @@ struct Entry {
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
 };
 
-/// Every screen. The main window's menus name the same ones.
 constexpr const char* kReply = "frm_Send2_v2";
+
+/// Every screen. The main window's menus name the same ones.
 constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},
     {"frm_Send1_v2", manualScreen<SendScreen>},
