@@ -24,8 +24,9 @@ struct MessageDraft {
 };
 
 enum class DraftField { Number, Profile, Text, Media, File, Time };
-inline constexpr DraftField kDraftFields[] = {DraftField::Number, DraftField::Profile, DraftField::Text,
-                                              DraftField::Media,  DraftField::File,    DraftField::Time};
+/// In the order in which they are looked at before a message is queued.
+inline constexpr DraftField kDraftFields[] = {DraftField::Time, DraftField::Number, DraftField::Profile,
+                                              DraftField::Text, DraftField::Media,  DraftField::File};
 
 /// What there is to say about a field, as a sentence for the operator.
 struct Remark {
