@@ -95,7 +95,8 @@ void GatewayApplication::buildEngine() {
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
     screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, *page_, state_, settings_,
                                                         *guardedDialogs_, startUp_.settingsFile(),
-                                                        [this](const auto& step) { edge_->run(step); }});
+                                                        [this](const auto& step) { edge_->run(step); }, database_,
+                                                        clock_, programFolder_, [this] { refreshOutbox(); }});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,

@@ -19,6 +19,9 @@ class GuardedDialogs : public Dialogs {
     void askBox(const InputBox& box, const Entered& entered) override {
         dialogs_.ask(box, [this, entered](const auto& text) { edge_.run([&] { entered(text); }); });
     }
+    void chooseFile(const FileBox& box, const Entered& chosen) override {
+        dialogs_.choose(box, [this, chosen](const auto& path) { edge_.run([&] { chosen(path); }); });
+    }
 
  private:
     Dialogs& dialogs_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "screens/element_screen.h"
+#include "screens/reply_screen.h"
+#include "screens/send_screen.h"
 #include "widgets/icons.h"
 
 namespace kibo {
@@ -14,14 +16,25 @@ std::unique_ptr<Screen> elementScreen(const ScreenParts& p) {
                              ElementService(p.settings.ElementServer, p.settingsFile), p.settingsFile, p.guarded});
 }
 
+template <class ManualScreenKind>
+std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
+    return std::make_unique<ManualScreenKind>(ManualScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs,
+                                                                  p.programFolder, p.settingsFile, p.refreshOutbox,
+                                                                  p.guarded});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
 };
 
+constexpr const char* kReply = "frm_Send2_v2";
+
 /// Every screen. The main window's menus name the same ones.
 constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},
+    {"frm_Send1_v2", manualScreen<SendScreen>},
+    {kReply, manualScreen<ReplyScreen>},
 };
 
 }  // namespace
@@ -33,15 +46,29 @@ QStringList ScreenList::names() {
 }
 
 void ScreenList::open(const QString& name) {
+    if (Screen* screen = made(name)) screen->open();
+}
+
+void ScreenList::openReply(const QString& number, const QString& received, const QString& profile) {
+    static_cast<ReplyScreen*>(made(QLatin1String(kReply)))->openFor(number, received, profile);
+}
+
+void ScreenList::refillReply(const QString& number, const QString& received, const QString& profile) {
+    if (made_.contains(QLatin1String(kReply)))
+        static_cast<ReplyScreen*>(made(QLatin1String(kReply)))->refill(number, received, profile);
+}
+
+/// Nothing for a name that no screen has.
+Screen* ScreenList::made(const QString& name) {
     const auto* entry = std::find_if(std::begin(kScreens), std::end(kScreens),
                                      [&](const Entry& one) { return name == QLatin1String(one.name); });
-    if (entry == std::end(kScreens)) return;
+    if (entry == std::end(kScreens)) return nullptr;
     std::unique_ptr<Screen>& screen = made_[name];
     if (!screen) {
         screen = entry->make(parts_);
         screen->setWindowIcon(applicationIcon());
     }
-    screen->open();
+    return screen.get();
 }
 
 bool ScreenList::pageInUse() const {

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 
+#include "base/clock.h"
 #include "base/dialogs.h"
 #include "base/settings.h"
 #include "browser/element_store.h"
@@ -12,6 +13,7 @@
 #include "browser/page_probe.h"
 #include "engine/gateway_state.h"
 #include "screens/screen.h"
+#include "store/database.h"
 
 namespace kibo {
 
@@ -26,6 +28,10 @@ struct ScreenParts {
     QString settingsFile;
     /// Runs a click's work where its errors are caught.
     std::function<void(const std::function<void()>& step)> guarded;
+    Database& database;
+    const Clock& clock;
+    QString programFolder;
+    std::function<void()> refreshOutbox;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.
@@ -37,9 +43,15 @@ class ScreenList {
     static QStringList names();
     /// Opens the screen, or brings it to the front.
     void open(const QString& name);
+    /// Opens the quick reply to a received message, unless it holds a text for another chat.
+    void openReply(const QString& number, const QString& received, const QString& profile);
+    /// Takes an open quick reply that holds no text along to another received message.
+    void refillReply(const QString& number, const QString& received, const QString& profile);
     bool pageInUse() const;
 
  private:
+    Screen* made(const QString& name);
+
     ScreenParts parts_;
     std::map<QString, std::unique_ptr<Screen>> made_;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <functional>
 #include <optional>
@@ -26,9 +27,19 @@ struct InputBox {
     bool secret = false;  ///< what is typed isn't shown
 };
 
+/// A box that asks for a file that is there.
+struct FileBox {
+    struct Kind {
+        QString name, patterns;  ///< "JPEG Files ( *.jpg;*.jpeg )", "*.jpg;*.jpeg"
+    };
+    QString title;
+    QList<Kind> kinds;    ///< one of them is shown at a time, at first the first one
+    QString beside = {};  ///< a file whose folder it begins in
+};
+
 /// Every box of the running program is shown through this. None is waited for: what runs goes on, and the answer comes
-/// as a call, from the event loop or, where nobody can be asked, before `show` or `ask` returns. The engine never opens
-/// one.
+/// as a call, from the event loop or, where nobody can be asked, before `show`, `ask` or `choose` returns. The engine
+/// never opens one.
 class Dialogs {
  public:
     using Answered = std::function<void(bool yes)>;
@@ -43,10 +54,13 @@ class Dialogs {
     void show(const MessageBox& box, const Answered& answered = {}) { showBox(box, answered); }
     /// The answer is nothing when the box was cancelled, or where nobody can be asked.
     void ask(const InputBox& box, const Entered& entered) { askBox(box, entered); }
+    /// The same for a file's path.
+    void choose(const FileBox& box, const Entered& chosen) { chooseFile(box, chosen); }
 
  protected:
     virtual void showBox(const MessageBox& box, const Answered& answered) = 0;
     virtual void askBox(const InputBox& box, const Entered& entered) = 0;
+    virtual void chooseFile(const FileBox& box, const Entered& chosen) = 0;
 };
 
 /// The boxes of the start-up routine, which can't go on without their answer. Nothing runs yet that they could hold up.

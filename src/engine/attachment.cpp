@@ -10,6 +10,7 @@ namespace kibo {
 namespace {
 
 constexpr qint64 kMegabyte = 1024 * 1024;
+constexpr qint64 kUsualMegabytes = 64;  // what the page takes of a photo or video
 
 Failure refused(FileColumn column, const QString& why) {
     return {FailureKind::InvalidArgument, (nameOf(column) + QLatin1Char(' ') + why).toStdString()};
@@ -32,6 +33,11 @@ QString nameOf(FileColumn column) {
 
 bool isAddress(const QString& entry) {
     return entry.startsWith(QLatin1String("HTTP"), Qt::CaseInsensitive);
+}
+
+qint64 mostFileBytes(const Settings& settings) {
+    const qint64 megabytes = settings.MaxFileMB.toLongLong();
+    return (megabytes > 0 ? megabytes : kUsualMegabytes) * kMegabyte;
 }
 
 Result<Attachment> checkedAttachment(FileColumn column, const QString& path, qint64 mostBytes) {

@@ -3,6 +3,7 @@
 #include <QString>
 #include <functional>
 
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "platform/result.h"
 
@@ -28,6 +29,9 @@ QString nameOf(FileColumn column);
 
 /// Whether a column holds an address rather than a path: it begins with "HTTP", in any case.
 bool isAddress(const QString& entry);
+
+/// The largest file that is sent.
+qint64 mostFileBytes(const Settings& settings);
 
 /// The file at `path`, when the page can take it: there, readable, neither empty nor larger than `mostBytes`. Pictures
 /// and videos of the media column go where the page shows them as such; what the page can't show goes as a document.

@@ -6,12 +6,6 @@
 #include "browser/launch.h"
 
 namespace kibo {
-namespace {
-
-constexpr qint64 kUsualMegabytes = 64;  // what the page takes of a photo or video
-
-}  // namespace
-
 MessageFiles::MessageFiles(const Settings& settings, FetchMedia fetch, ReleaseMedia release)
     : settings_(settings), fetch_(std::move(fetch)), release_(std::move(release)) {}
 
@@ -48,19 +42,14 @@ Result<Attachment> MessageFiles::prepareOne(FileColumn column, const QString& en
     if (isDriverElsewhere(settings_.ChromeDriver))
         return Failure{FailureKind::NotSupported,
                        "the browser runs on another computer, which can't read files of this one"};
-    if (!isAddress(entry)) return checkedAttachment(column, entry, mostBytes());
+    if (!isAddress(entry)) return checkedAttachment(column, entry, mostFileBytes(settings_));
     const auto fetched = fetched_.find(entry);
     if (fetched == fetched_.end()) return Failure{FailureKind::NotSupported, "files by address can't be fetched here"};
     const Result<QString>& path = fetched->second;
     if (!path)
         return Failure{path.failure().kind,
                        nameOf(column).toStdString() + " could not be fetched: " + path.failure().text};
-    return checkedAttachment(column, path.value(), mostBytes());
-}
-
-qint64 MessageFiles::mostBytes() const {
-    const qint64 megabytes = settings_.MaxFileMB.toLongLong();
-    return (megabytes > 0 ? megabytes : kUsualMegabytes) * 1024 * 1024;
+    return checkedAttachment(column, path.value(), mostFileBytes(settings_));
 }
 
 void MessageFiles::removeFetched() {

@@ -29,7 +29,6 @@ class MessageFiles {
  private:
     QStringList unfetched(const QString& media, const QString& document) const;
     Result<Attachment> prepareOne(FileColumn column, const QString& entry) const;
-    qint64 mostBytes() const;
 
     const Settings& settings_;
     FetchMedia fetch_;

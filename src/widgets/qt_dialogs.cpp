@@ -1,6 +1,7 @@
 #include "widgets/qt_dialogs.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <iostream>
@@ -73,6 +74,25 @@ void QtDialogs::askBox(const InputBox& box, const Entered& entered) {
     open(input);
 }
 
+void QtDialogs::chooseFile(const FileBox& box, const Entered& chosen) {
+    if (closed_) return;
+    auto* files = new QFileDialog(windowBelow(), box.title);
+    files->setFileMode(QFileDialog::ExistingFile);
+    files->setOption(QFileDialog::HideNameFilterDetails);  // the kind's name tells them
+    QStringList kinds;
+    for (const FileBox::Kind& kind : box.kinds)
+        kinds.append(kind.name + QStringLiteral(" (") + QString(kind.patterns).replace(u';', u' ') + u')');
+    files->setNameFilters(kinds);
+    if (const QFileInfo beside(box.beside); !box.beside.isEmpty() && beside.dir().exists())
+        files->setDirectory(beside.dir());
+    QObject::connect(files, &QDialog::finished, files, [this, files, chosen](int answer) {
+        if (closed_) return;
+        const QStringList paths = answer == QDialog::Accepted ? files->selectedFiles() : QStringList();
+        chosen(paths.isEmpty() ? std::nullopt : std::optional(paths.front()));
+    });
+    open(files);
+}
+
 void QtDialogs::open(QDialog* box) {
     boxes_.removeIf([](const QPointer<QDialog>& one) { return one.isNull(); });
     boxes_.append(box);
@@ -119,6 +139,10 @@ void UnattendedDialogs::showBox(const MessageBox& box, const Answered& answered)
 void UnattendedDialogs::askBox(const InputBox& box, const Entered& entered) {
     log::warning("window", QStringLiteral("%1: nobody is there to answer").arg(box.title));
     entered(std::nullopt);
+}
+
+void UnattendedDialogs::chooseFile(const FileBox& box, const Entered& chosen) {
+    askBox({box.title, {}}, chosen);
 }
 
 }  // namespace kibo

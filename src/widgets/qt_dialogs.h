@@ -19,6 +19,7 @@ class QtDialogs : public ProgramDialogs {
  protected:
     void showBox(const MessageBox& box, const Answered& answered) override;
     void askBox(const InputBox& box, const Entered& entered) override;
+    void chooseFile(const FileBox& box, const Entered& chosen) override;
 
  private:
     void open(QDialog* box);
@@ -29,7 +30,8 @@ class QtDialogs : public ProgramDialogs {
 };
 
 /// For a start without a display: nobody could answer, so no box may stand. A box goes to the log and to
-/// standard error, a question is answered with "No", which changes nothing, and a box for a text is cancelled.
+/// standard error, a question is answered with "No", which changes nothing, and a box for a text or a file is
+/// cancelled.
 class UnattendedDialogs : public ProgramDialogs {
  public:
     bool showAndWait(const MessageBox& box) override;
@@ -38,6 +40,7 @@ class UnattendedDialogs : public ProgramDialogs {
  protected:
     void showBox(const MessageBox& box, const Answered& answered) override;
     void askBox(const InputBox& box, const Entered& entered) override;
+    void chooseFile(const FileBox& box, const Entered& chosen) override;
 };
 
 }  // namespace kibo

@@ -54,7 +54,8 @@ class PlainTextTest : public testing::Test {
 };
 
 TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
-    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    for (const char* entry : {"mnElement", "mnSend", "mnReply"})
+        application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
     fill();
     QtDialogs boxes;
     boxes.show({kForeign, kForeign});

@@ -36,6 +36,7 @@ class AnsweringDialogs : public ProgramDialogs {
     std::deque<std::optional<QString>> texts;  ///< nothing: the box is cancelled
     std::vector<MessageBox> shown;
     std::vector<InputBox> asked;
+    std::vector<FileBox> chosenFrom;
     bool leaveOpen = false;  ///< message boxes wait for `answerOpen`
 
  protected:
@@ -50,15 +51,23 @@ class AnsweringDialogs : public ProgramDialogs {
     /// Nothing, as if cancelled, unless the test has prepared texts.
     void askBox(const InputBox& box, const Entered& entered) override {
         asked.push_back(box);
+        entered(nextText());
+    }
+    void chooseFile(const FileBox& box, const Entered& chosen) override {
+        chosenFrom.push_back(box);
+        chosen(nextText());
+    }
+
+ private:
+    std::optional<QString> nextText() {
         std::optional<QString> text;
         if (!texts.empty()) {
             text = texts.front();
             texts.pop_front();
         }
-        entered(text);
+        return text;
     }
 
- private:
     std::vector<std::pair<bool, Answered>> open_;
 };
 

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -36,12 +38,23 @@ TEST(QtDialogsTest, answersComeAsCallsAndTheEndGivesNone) {
     QTest::keyClick(standing<QInputDialog>(), Qt::Key_Escape);
     EXPECT_EQ(answers.join(u' ').toStdString(), "yes no shop cancelled");
 
+    const QString picture = QStringLiteral(KIBO_SOURCE_DIR "/docs/pictures/window.png");
+    dialogs.choose({QStringLiteral("t"), {{QStringLiteral("JPEG"), QStringLiteral("*.jpg;*.jpeg")}}, picture}, entered);
+    auto* files = standing<QFileDialog>();
+    EXPECT_EQ(files->directory(), QFileInfo(picture).dir());
+    EXPECT_EQ(files->nameFilters().join(u' '), QStringLiteral("JPEG (*.jpg *.jpeg)"));
+    files->findChild<QLineEdit*>()->setText(picture);
+    QTest::keyClick(files->findChild<QLineEdit*>(), Qt::Key_Return);
+    dialogs.choose({QStringLiteral("t"), {}}, entered);
+    QTest::keyClick(standing<QFileDialog>(), Qt::Key_Escape);
+    EXPECT_EQ(answers.mid(4), QStringList({picture, QStringLiteral("cancelled")}));
+
     dialogs.show(question, noted);
     QTimer::singleShot(50, [&] { dialogs.closeForGood(); });
     EXPECT_FALSE(dialogs.showAndWait(question)) << "the end comes while it is waited for";
     EXPECT_FALSE(dialogs.showAndWait(question)) << "and after it nothing waits";
     EXPECT_EQ(standing<QMessageBox>(), nullptr);
-    EXPECT_EQ(answers.size(), 4);
+    EXPECT_EQ(answers.size(), 6);
 }
 
 }  // namespace

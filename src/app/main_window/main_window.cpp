@@ -173,6 +173,8 @@ void MainWindow::buildMenus() {
         return [this, screenName] { actions_.openScreen(QLatin1String(screenName)); };
     };
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
+    add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
+    add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
     add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QLineEdit>
+
+class QMimeData;
+
+namespace kibo {
+
+/// The one file of this computer that is dragged; empty for anything else.
+QString draggedFile(const QMimeData* dragged);
+
+/// A field for a file's path. A file that is dropped on it takes the place of what stands there.
+class FileField : public QLineEdit {
+    Q_OBJECT
+
+ public:
+    using QLineEdit::QLineEdit;
+
+    /// As a person's choice: it can be undone.
+    void choose(const QString& path);
+
+ protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+};
+
+}  // namespace kibo
