@@ -93,9 +93,9 @@ void GatewayApplication::buildEngine() {
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, *page_, state_, settings_,
-                                                        *guardedDialogs_, startUp_.settingsFile(),
-                                                        [this](const auto& step) { edge_->run(step); }});
+    screens_ = std::make_unique<ScreenList>(
+        ScreenParts{elements_, elementStore_, *page_, state_, settings_, *guardedDialogs_, startUp_.settingsFile(),
+                    [this](const auto& step) { edge_->run(step); }, database_, clock_});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,

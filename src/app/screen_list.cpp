@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "screens/element_screen.h"
+#include "screens/sent_screen.h"
 #include "widgets/icons.h"
 
 namespace kibo {
@@ -14,6 +15,10 @@ std::unique_ptr<Screen> elementScreen(const ScreenParts& p) {
                              ElementService(p.settings.ElementServer, p.settingsFile), p.settingsFile, p.guarded});
 }
 
+std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
+    return std::make_unique<SentScreen>(SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
@@ -22,6 +27,7 @@ struct Entry {
 /// Every screen. The main window's menus name the same ones.
 constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},
+    {"frm_Sent", sentScreen},
 };
 
 }  // namespace

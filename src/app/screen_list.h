@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 
+#include "base/clock.h"
 #include "base/dialogs.h"
 #include "base/settings.h"
 #include "browser/element_store.h"
@@ -12,6 +13,7 @@
 #include "browser/page_probe.h"
 #include "engine/gateway_state.h"
 #include "screens/screen.h"
+#include "store/database.h"
 
 namespace kibo {
 
@@ -26,6 +28,8 @@ struct ScreenParts {
     QString settingsFile;
     /// Runs a click's work where its errors are caught.
     std::function<void(const std::function<void()>& step)> guarded;
+    Database& database;
+    const Clock& clock;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.

@@ -25,6 +25,9 @@ constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 // https://www.sqlite.org/rescode.html
 constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
 
+/// Makes both drivers for MySQL hand on rows as they come from the server, for queries that are only read forward.
+const QString kRowByRow = QStringLiteral(";NO_CACHE=1");
+
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
 }
@@ -85,6 +88,11 @@ Result<void> Database::OpenElementStore(const QString& file) {
     return open(elementStoreRequest(file), {QStringLiteral("element")});
 }
 
+Result<void> Database::openToRead(const StoreAddress& address) {
+    onlyReads_ = true;
+    return open(address.request, address.tables);
+}
+
 Result<void> Database::reopen() {
     return open(request_, tables_);
 }
@@ -120,11 +128,9 @@ Result<void> Database::openLocalStore(const QString& path, const QString& passwo
     if (!format) return format.failure();
     if (format.value() == LocalFormat::Sqlite) {
         dialect_ = Dialect::Sqlite;
-        if (Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, false),
-                                             QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
-            !connected)
-            return connected;
-        return prepareSqlite(path);
+        Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, onlyReads_),
+                                         QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
+        return connected && !onlyReads_ ? prepareSqlite(path) : connected;
     }
     const Result<std::string> driver = platform::accessDriver();
     const Result<void> connected = driver ? connect(QStringLiteral("QODBC"),
@@ -145,7 +151,8 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
     const Result<void> connected =
-        connect(QStringLiteral("QODBC"), serverConnection(request), QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+        connect(QStringLiteral("QODBC"), serverConnection(request) + (onlyReads_ ? kRowByRow : QString()),
+                QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
     if (connected || !isNoAnswer(connected.failure())) return connected;
     const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
     const QString who = server.isEmpty() ? QStringLiteral("the data source ") + target.value(QStringLiteral("DSN"))
@@ -319,6 +326,19 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
     for (int column = 0; column < record.count(); ++column) set.fields_.append(record.fieldName(column));
     while (query.next()) set.rows_.push_back(rowText(query, record.count()));
     return set;
+}
+
+Result<void> Database::readThrough(const QString& sql, const Values& values,
+                                   const std::function<bool(const QSqlQuery& row)>& row) {
+    if (!open_) openAgain();
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    query.setForwardOnly(true);
+    if (const Result<void> done = run(query, sql, values); !done) return done;
+    while (query.next())
+        if (!row(query)) return {};
+    // Also the end of rows that a lost connection has cut off.
+    if (query.lastError().isValid()) return failureOf(query.lastError());
+    return {};
 }
 
 std::optional<qint64> Database::execute(const QString& sql, const Values& values) {

@@ -3,6 +3,7 @@
 #include <QAbstractTableModel>
 #include <QHash>
 #include <memory>
+#include <optional>
 
 #include "base/controls.h"
 
@@ -39,6 +40,7 @@ class GridModel : public QAbstractTableModel {
     void updateSeenRows();
     void rememberHead() const;
     const QStringList& seenRow(int row) const;
+    std::optional<Colour> rowColour(int row) const;
     QStringList readRow(const RowSource& rows, int row) const;
 
     const Grid& grid_;

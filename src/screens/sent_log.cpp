@@ -1,0 +1,206 @@
+#include "screens/sent_log.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QMultiHash>
+#include <QSet>
+#include <QSqlRecord>
+#include <algorithm>
+#include <array>
+
+#include "store/query_rows.h"
+#include "store/queue_writer.h"
+
+namespace kibo {
+namespace {
+
+// The blanks are part of the statements' fixed text. The range leaves out the day's first minute and last seconds.
+const QString kFound = QStringLiteral("(wa_no like ? or wa_text like ?) and ");
+const QString kOrder = QStringLiteral(" ORDER BY status desc , id");
+const QString kDelete = QStringLiteral("delete from sent where id = ?");
+const QString kDeleteInMulti = QStringLiteral("delete from multi where tipe = 'S' and id_outbox  = ?");
+const QString kRows =
+    QStringLiteral("select id, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time from sent where id in (%1)");
+const QString kRowsInMulti = QStringLiteral(
+    "select id_outbox, wa_mode, wa_no, wa_text, wa_media, wa_file, wa_time, profil from multi "
+    "where tipe = 'S' and id_outbox in (%1)");
+
+// The first lines are wanted at once, the others in larger pieces.
+constexpr int kFirstLines = 50;
+constexpr qsizetype kPieceBytes = 256 * 1024;
+constexpr qint64 kPieceMs = 100;
+constexpr int kStopLooks = 64;  // lines between two looks
+constexpr int kRowsOfStatement = 500;
+
+QString field(const QStringList& line, SentColumn column) {
+    return line.value(static_cast<int>(column));
+}
+
+/// "yyyy-MM-dd HH:mm:ss", also where another program has written a time in another of the usual forms.
+QString lineTime(const QString& stored) {
+    if (stored.size() == 19 && stored[10] == u' ') return stored;
+    const QDateTime time = QDateTime::fromString(stored, Qt::ISODate);
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : stored;
+}
+
+/// Ids are numbers, and Access compares no number with a text.
+QVariant idValue(const QString& id) {
+    bool isNumber = false;
+    const qint64 number = id.toLongLong(&isNumber);
+    return isNumber ? QVariant(number) : QVariant(id);
+}
+
+}  // namespace
+
+QString SentQuery::sql() const {
+    const QString mark = access ? QStringLiteral("#") : QStringLiteral("'");
+    const auto day = [](QDate date) { return date.toString(QStringLiteral("yyyy-MM-dd")); };
+    return (multi ? QStringLiteral("select * from multi where ") : QStringLiteral("select * from sent where ")) +
+           (access ? QString() : QStringLiteral(" ")) + kFound +
+           (multi ? QStringLiteral("tipe = 'S' and ") : QString()) + QStringLiteral("wa_time between ") + mark +
+           day(first) + QStringLiteral("  00:01") + mark + QStringLiteral(" and ") + mark + day(last) +
+           QStringLiteral("  23:59") + mark + kOrder;
+}
+
+Database::Values SentQuery::values() const {
+    const QString pattern = u'%' + key + u'%';
+    return {pattern, pattern};
+}
+
+Result<void> SentLog::search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop) {
+    std::array<int, kSentColumns> columns{};
+    bool known = false;
+    int sinceLook = 0;
+    QElapsedTimer piece;
+    piece.start();
+    Result<void> kept;
+    const Result<void> read = database_.readThrough(query.sql(), query.values(), [&](const QSqlQuery& row) {
+        if (++sinceLook % kStopLooks == 0 && stop.stop_requested()) return false;
+        if (!known) {
+            const QSqlRecord record = row.record();
+            const QString id = multi_ ? QStringLiteral("id_outbox") : QStringLiteral("id");
+            const QStringList names{id,
+                                    QStringLiteral("wa_time"),
+                                    QStringLiteral("wa_mode"),
+                                    QStringLiteral("wa_no"),
+                                    QStringLiteral("wa_text"),
+                                    QStringLiteral("status")};
+            std::transform(names.begin(), names.end(), columns.begin(),
+                           [&record](const QString& name) { return record.indexOf(name); });
+            known = true;
+        }
+        QStringList line;
+        line.reserve(kSentColumns);
+        for (const int column : columns) line.append(column < 0 ? QString() : fieldText(row, column));
+        QString& time = line[static_cast<int>(SentColumn::Time)];
+        time = lineTime(time);
+        rows.append(line);
+        const bool first = rows.rowCount() == 0 && rows.waiting() >= kFirstLines;
+        if (first || rows.waitingBytes() >= kPieceBytes || piece.elapsed() >= kPieceMs) {
+            kept = rows.flush();
+            piece.restart();
+        }
+        return kept.ok();
+    });
+    if (kept.ok()) kept = rows.flush();
+    return read ? kept : read;
+}
+
+Result<SentLog::Outcome> SentLog::remove(const FoundRows& rows, const std::vector<int>& lines, const Course& course) {
+    auto transaction = Transaction::begin(database_);
+    if (!transaction) return transaction.failure();
+    Outcome outcome;
+    QSet<QString> deleted;
+    for (const int line : lines) {
+        if (course.stop.stop_requested()) return Outcome{.stopped = true};
+        const QString id = rows.text(line, static_cast<int>(SentColumn::Id));
+        ++course.lines;
+        if (id.isEmpty()) {
+            ++outcome.gone;
+        } else if (deleted.contains(id)) {
+            ++outcome.done;
+        } else {
+            const Result<qint64> done = database_.attempt(multi_ ? kDeleteInMulti : kDelete, {idValue(id)});
+            if (!done) return done.failure();
+            if (done.value() != 0) deleted.insert(id);
+            ++(done.value() != 0 ? outcome.done : outcome.gone);
+        }
+    }
+    if (const Result<void> committed = transaction.value().commit(); !committed) return committed.failure();
+    return outcome;
+}
+
+/// A row of the sent log: what shows that it is still a line's, and the message.
+struct SentLog::Stored {
+    QString id, time;
+    NewMessage message;
+    bool used = false;
+
+    bool isOf(const QStringList& line) const {
+        return !used && time == field(line, SentColumn::Time) && message.number == field(line, SentColumn::Number) &&
+               message.text == field(line, SentColumn::Text) && message.mode == field(line, SentColumn::Mode).toInt();
+    }
+};
+
+Result<std::vector<SentLog::Stored>> SentLog::storedRows(const QStringList& ids) {
+    std::vector<Stored> stored;
+    if (ids.isEmpty()) return stored;
+    Database::Values values;
+    for (const QString& id : ids) values.append(idValue(id));
+    const QString places = QStringList(ids.size(), QStringLiteral("?")).join(QStringLiteral(", "));
+    const Result<void> read =
+        database_.readThrough((multi_ ? kRowsInMulti : kRows).arg(places), values, [&](const QSqlQuery& row) {
+            const auto text = [&row](int column) { return fieldText(row, column); };
+            stored.push_back({text(0),
+                              lineTime(text(6)),
+                              {.mode = text(1).toInt(),
+                               .number = text(2),
+                               .text = text(3),
+                               .media = text(4),
+                               .file = text(5),
+                               .profile = multi_ ? text(7) : QString()}});
+            return true;
+        });
+    return read ? Result(std::move(stored)) : read.failure();
+}
+
+Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::vector<int>& lines,
+                                            const Course& course) {
+    Outcome outcome;
+    std::vector<NewMessage> messages;
+    for (auto first = lines.begin(); first != lines.end();) {
+        if (course.stop.stop_requested()) return Outcome{.stopped = true};
+        const auto last = first + std::min<std::ptrdiff_t>(kRowsOfStatement, lines.end() - first);
+        std::vector<QStringList> chosen;
+        QStringList ids;
+        for (; first != last; ++first) {
+            chosen.push_back(rows.row(*first));
+            const QString id = field(chosen.back(), SentColumn::Id);
+            if (!id.isEmpty()) ids.append(id);
+        }
+        ids.removeDuplicates();
+        Result<std::vector<Stored>> read = storedRows(ids);
+        if (!read) return read.failure();
+        QMultiHash<QString, Stored*> byId;
+        for (Stored& one : read.value()) byId.insert(one.id, &one);
+        for (const QStringList& line : chosen) {
+            const auto [begin, end] = byId.equal_range(field(line, SentColumn::Id));
+            const auto row = std::find_if(begin, end, [&line](const Stored* one) { return one->isOf(line); });
+            if (row == end) {
+                ++outcome.gone;
+                continue;
+            }
+            (*row)->used = true;
+            messages.push_back((*row)->message);
+        }
+        course.lines += static_cast<int>(chosen.size());
+    }
+    if (messages.empty()) return outcome;
+    if (course.stop.stop_requested()) return Outcome{.stopped = true};
+    QueueWriter writer(database_, multi_ ? std::optional(profile_) : std::nullopt);
+    if (const Result<void> queued = writer.append(messages); !queued) return queued.failure();
+    outcome.done = static_cast<int>(messages.size());
+    return outcome;
+}
+
+}  // namespace kibo
