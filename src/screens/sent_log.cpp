@@ -1,13 +1,16 @@
 #include "screens/sent_log.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QMultiHash>
+#include <QSaveFile>
 #include <QSet>
 #include <QSqlRecord>
 #include <algorithm>
 #include <array>
 
+#include "base/table_text.h"
 #include "store/query_rows.h"
 #include "store/queue_writer.h"
 
@@ -201,6 +204,29 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
     if (const Result<void> queued = writer.append(messages); !queued) return queued.failure();
     outcome.done = static_cast<int>(messages.size());
     return outcome;
+}
+
+Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
+                         const SentLog::Course& course) {
+    QSaveFile file(path);
+    const auto refused = [&file, &path] {
+        return Failure{FailureKind::Io, QStringLiteral("%1 can't be written: %2")
+                                            .arg(QDir::toNativeSeparators(path), file.errorString())
+                                            .toStdString()};
+    };
+    if (!file.open(QIODevice::WriteOnly)) return refused();
+    file.write(kCsvStart);
+    file.write(csvLine(header).toUtf8());
+    const int all = rows.rowCount();
+    for (int row = 0; row < all; ++row) {
+        if (row % kStopLooks == 0) {
+            if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
+            course.lines = row;
+        }
+        if (file.write(csvLine(rows.row(row)).toUtf8()) < 0) return refused();
+    }
+    if (!file.commit()) return refused();
+    return {};
 }
 
 }  // namespace kibo

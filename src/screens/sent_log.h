@@ -65,4 +65,8 @@ class SentLog {
     const QString profile_;
 };
 
+/// Writes `rows` to a CSV file: all of them or, stopped or after a failure, none.
+Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
+                         const SentLog::Course& course);
+
 }  // namespace kibo

@@ -11,7 +11,6 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QShortcut>
 #include <algorithm>
@@ -28,7 +27,6 @@ constexpr int kProgressMs = 50;
 constexpr qint64 kCopiedBytes = 50 * 1024 * 1024;
 /// Their texts are held in memory, to be queued together or not at all.
 constexpr int kMostSentAgain = 100'000;
-constexpr int kStopLooks = 256;
 
 QString count(int number) {
     return QLocale(QLocale::English).toString(number);
@@ -53,30 +51,6 @@ Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool mul
     if (!opened) return opened.failure();
     SentLog log(database, multi, profile);
     return step(log);
-}
-
-/// Writes `rows` as CSV: the whole file or, stopped or after a failure, none.
-Result<void> writeCsv(const FoundRows& rows, const QStringList& header, const QString& path,
-                      const SentLog::Course& course) {
-    QSaveFile file(path);
-    const auto refused = [&file, &path] {
-        return Failure{FailureKind::Io, QStringLiteral("%1 can't be written: %2")
-                                            .arg(QDir::toNativeSeparators(path), file.errorString())
-                                            .toStdString()};
-    };
-    if (!file.open(QIODevice::WriteOnly)) return refused();
-    file.write(kCsvStart);
-    file.write(csvLine(header).toUtf8());
-    const int all = rows.rowCount();
-    for (int row = 0; row < all; ++row) {
-        if (row % kStopLooks == 0) {
-            if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
-            course.lines = row;
-        }
-        if (file.write(csvLine(rows.row(row)).toUtf8()) < 0) return refused();
-    }
-    if (!file.commit()) return refused();
-    return {};
 }
 
 }  // namespace
@@ -248,6 +222,7 @@ void SentScreen::search(const SentQuery& query, const QString& note) {
     ms_->scrollToTop();
     lines_.setRows(rows_);
     ms_->refresh();
+    l_jml_->setText(QStringLiteral("0"));
     ms_->setEmptyText(QStringLiteral("Searching…"));
     begin({});
     note_ = note;
@@ -264,6 +239,7 @@ void SentScreen::search(const SentQuery& query, const QString& note) {
 }
 
 void SentScreen::searched(const Result<void>& result) {
+    progress_.stop();
     showProgress();
     ms_->setEmptyText(QStringLiteral("Nothing was found"));
     tell(note_);
@@ -283,6 +259,7 @@ void SentScreen::stop() {
         return;
     }
     work_.abandon();
+    progress_.stop();
     showProgress();
     ms_->setEmptyText(QStringLiteral("The search was stopped"));
     tell(QStringLiteral("Stopped; there may be more."));
@@ -400,7 +377,7 @@ void SentScreen::exportTo(const QString& file) {
     const int all = rows_->rowCount();
     begin(QStringLiteral("Exporting %1 of ") + messages(all));
     work_.start([=, rows = rows_, done = done_, header = lines_.header, this](const std::stop_token& stop) {
-        const Result<void> written = writeCsv(*rows, header, file, SentLog::Course{stop, *done});
+        const Result<void> written = exportLines(*rows, header, file, SentLog::Course{stop, *done});
         return [=, this] {
             doing_.clear();
             progress_.stop();
@@ -417,11 +394,9 @@ void SentScreen::begin(const QString& doing) {
     doing_ = doing;
     *done_ = 0;
     progress_.start();
-    showProgress();
 }
 
 void SentScreen::showProgress() {
-    if (!work_.isRunning() && doing_.isEmpty()) progress_.stop();
     if (!doing_.isEmpty()) {
         tell(doing_.arg(count(*done_)));
         return;
