@@ -6,7 +6,6 @@
 #include <QMultiHash>
 #include <QSaveFile>
 #include <QSet>
-#include <QSqlRecord>
 #include <algorithm>
 #include <array>
 
@@ -77,10 +76,9 @@ Result<void> SentLog::search(const SentQuery& query, FoundRows& rows, const std:
     QElapsedTimer piece;
     piece.start();
     Result<void> kept;
-    const Result<void> read = database_.readThrough(query.sql(), query.values(), [&](const QSqlQuery& row) {
+    const Result<void> read = database_.readThrough(query.sql(), query.values(), [&](const CurrentRow& row) {
         if (++sinceLook % kStopLooks == 0 && stop.stop_requested()) return false;
         if (!known) {
-            const QSqlRecord record = row.record();
             const QString id = multi_ ? QStringLiteral("id_outbox") : QStringLiteral("id");
             const QStringList names{id,
                                     QStringLiteral("wa_time"),
@@ -89,12 +87,12 @@ Result<void> SentLog::search(const SentQuery& query, FoundRows& rows, const std:
                                     QStringLiteral("wa_text"),
                                     QStringLiteral("status")};
             std::transform(names.begin(), names.end(), columns.begin(),
-                           [&record](const QString& name) { return record.indexOf(name); });
+                           [&row](const QString& name) { return row.columnOf(name); });
             known = true;
         }
         QStringList line;
         line.reserve(kSentColumns);
-        for (const int column : columns) line.append(column < 0 ? QString() : fieldText(row, column));
+        for (const int column : columns) line.append(column < 0 ? QString() : row.text(column));
         QString& time = line[static_cast<int>(SentColumn::Time)];
         time = lineTime(time);
         rows.append(line);
@@ -152,8 +150,8 @@ Result<std::vector<SentLog::Stored>> SentLog::storedRows(const QStringList& ids)
     for (const QString& id : ids) values.append(idValue(id));
     const QString places = QStringList(ids.size(), QStringLiteral("?")).join(QStringLiteral(", "));
     const Result<void> read =
-        database_.readThrough((multi_ ? kRowsInMulti : kRows).arg(places), values, [&](const QSqlQuery& row) {
-            const auto text = [&row](int column) { return fieldText(row, column); };
+        database_.readThrough((multi_ ? kRowsInMulti : kRows).arg(places), values, [&](const CurrentRow& row) {
+            const auto text = [&row](int column) { return row.text(column); };
             stored.push_back({text(0),
                               lineTime(text(6)),
                               {.mode = text(1).toInt(),

@@ -1,6 +1,7 @@
 #include "store/database.h"
 
 #include <QDir>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlRecord>
 #include <QUuid>
@@ -8,6 +9,7 @@
 #include "base/log.h"
 #include "platform/access_file.h"
 #include "store/local_store.h"
+#include "store/odbc_rows.h"
 #include "store/query_rows.h"
 #include "store/sql_failure.h"
 #include "store/sql_text.h"
@@ -26,7 +28,7 @@ constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
 
 /// Makes both drivers for MySQL hand on rows as they come from the server, for queries that are only read forward.
-const QString kRowByRow = QStringLiteral(";NO_CACHE=1");
+const QString kRowByRow = QStringLiteral(";OPTION=1048579;NO_CACHE=1;STREAMRS=1");
 
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
@@ -59,6 +61,18 @@ QVariant plainValue(const QVariant& value, bool typedTimes) {
     if (value.typeId() == QMetaType::QString && value.toString().isNull()) return QStringLiteral("");
     return value;
 }
+
+class QueryRow : public CurrentRow {
+ public:
+    explicit QueryRow(const QSqlQuery& query) : query_(query), record_(query.record()) {}
+
+    int columnOf(const QString& name) const override { return record_.indexOf(name); }
+    QString text(int column) const override { return fieldText(query_, column); }
+
+ private:
+    const QSqlQuery& query_;
+    const QSqlRecord record_;
+};
 
 }  // namespace
 
@@ -260,7 +274,10 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
         if (!surfacedMs_.isEmpty()) surfacedMs_.remove(sql);
         return {};
     }
-    Failure failure = failureOf(query.lastError());
+    return noted(failureOf(query.lastError()));
+}
+
+Failure Database::noted(Failure failure) {
     problem_ = QString::fromStdString(failure.text);
     if (failure.kind == FailureKind::ConnectionLost) {
         open_ = false;
@@ -329,15 +346,25 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
 }
 
 Result<void> Database::readThrough(const QString& sql, const Values& values,
-                                   const std::function<bool(const QSqlQuery& row)>& row) {
+                                   const std::function<bool(const CurrentRow& row)>& row) {
     if (!open_) openAgain();
+    if (dialect_ == Dialect::MySql && open_) {
+        OdbcRows rows(QSqlDatabase::database(name_, false).driver()->handle());
+        if (rows.usable()) {
+            bool wanted = rows.exec(withMySqlValues(sql, plain(values)));
+            while (wanted && rows.next()) wanted = row(rows);
+            if (rows.error().isValid()) return noted(failureOf(rows.error()));
+            return {};
+        }
+    }
     QSqlQuery query(QSqlDatabase::database(name_, false));
     query.setForwardOnly(true);
     if (const Result<void> done = run(query, sql, values); !done) return done;
+    const QueryRow current(query);
     while (query.next())
-        if (!row(query)) return {};
+        if (!row(current)) return {};
     // Also the end of rows that a lost connection has cut off.
-    if (query.lastError().isValid()) return failureOf(query.lastError());
+    if (query.lastError().isValid()) return noted(failureOf(query.lastError()));
     return {};
 }
 

@@ -21,6 +21,7 @@ namespace kibo {
 /// What a store is to the statements that exist in two forms: `UseMDB` "Y" or not.
 enum class DatabaseKind { Access, MySql };
 
+class CurrentRow;
 class QueryRows;
 
 /// Where a store is and how it is reached: a value that another thread can open a connection of its own with.
@@ -80,7 +81,7 @@ class Database {
     /// Runs a query whose rows may be too many to hold: each is given to `row`, which says whether to go on. The
     /// failure has not gone to the policy.
     Result<void> readThrough(const QString& sql, const Values& values,
-                             const std::function<bool(const QSqlQuery& row)>& row);
+                             const std::function<bool(const CurrentRow& row)>& row);
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
     /// The same, giving the number of rows affected; nothing after a failure.
@@ -128,6 +129,8 @@ class Database {
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
     Failure failureOf(const QSqlError& error) const;
+    /// Keeps in mind what `failure` tells about the connection.
+    Failure noted(Failure failure);
 
     const Clock& clock_;
     const ErrorPolicy& policy_;
