@@ -56,6 +56,7 @@ class SentLog {
     Result<Outcome> sendAgain(const FoundRows& rows, const std::vector<int>& lines, const Course& course);
 
  private:
+    class Lines;
     struct Stored;
 
     Result<std::vector<Stored>> storedRows(const QStringList& ids);

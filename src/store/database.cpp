@@ -28,7 +28,7 @@ constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
 
 /// Makes both drivers for MySQL hand on rows as they come from the server, for queries that are only read forward.
-const QString kRowByRow = QStringLiteral(";OPTION=1048579;NO_CACHE=1;STREAMRS=1");
+const QString kRowByRow = QStringLiteral(";NO_CACHE=1;STREAMRS=1");
 
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
@@ -144,7 +144,9 @@ Result<void> Database::openLocalStore(const QString& path, const QString& passwo
         dialect_ = Dialect::Sqlite;
         Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, onlyReads_),
                                          QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
-        return connected && !onlyReads_ ? prepareSqlite(path) : connected;
+        if (!connected) return connected;
+        // Room to sort many rows in; what doesn't fit goes to a file.
+        return onlyReads_ ? runPlain(QStringLiteral("PRAGMA cache_size=-16000")) : prepareSqlite(path);
     }
     const Result<std::string> driver = platform::accessDriver();
     const Result<void> connected = driver ? connect(QStringLiteral("QODBC"),
