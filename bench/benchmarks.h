@@ -9,6 +9,8 @@ namespace kibo::bench {
 
 /// Loading a queue of 100,000 messages, against the database programs' own reading of it.
 void measureQueue(Table& table);
+/// Searching and exporting a sent log of 1,000,000 messages.
+void measureSentLog(Table& table);
 /// A text message, against the waits that its pace demands, and its journal.
 void measureMessages(Table& table);
 /// What two thousand messages leave in the gateway's memory.

@@ -5,6 +5,7 @@
 #include "screens/element_screen.h"
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
+#include "screens/sent_screen.h"
 #include "widgets/icons.h"
 
 namespace kibo {
@@ -23,6 +24,10 @@ std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
                                                                   p.guarded});
 }
 
+std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
+    return std::make_unique<SentScreen>(SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
@@ -35,6 +40,7 @@ constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},
     {"frm_Send1_v2", manualScreen<SendScreen>},
     {kReply, manualScreen<ReplyScreen>},
+    {"frm_Sent", sentScreen},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "store/database.h"
 
 #include <QDir>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlRecord>
 #include <QUuid>
@@ -8,6 +9,7 @@
 #include "base/log.h"
 #include "platform/access_file.h"
 #include "store/local_store.h"
+#include "store/odbc_rows.h"
 #include "store/query_rows.h"
 #include "store/sql_failure.h"
 #include "store/sql_text.h"
@@ -26,6 +28,9 @@ constexpr qint64 kLogOverMs = 60'000;
 constexpr qint64 kCheckedBytes = 16 * 1024 * 1024;
 // https://www.sqlite.org/rescode.html
 constexpr char kSqliteCorrupt[] = "11", kSqliteNotADatabase[] = "26";
+
+/// Makes both drivers for MySQL hand on rows as they come from the server, for queries that are only read forward.
+const QString kRowByRow = QStringLiteral(";NO_CACHE=1;STREAMRS=1");
 
 Failure notConnected() {
     return {FailureKind::ConnectionLost, "The database is not connected."};
@@ -59,6 +64,18 @@ QVariant plainValue(const QVariant& value, bool typedTimes) {
     return value;
 }
 
+class QueryRow : public CurrentRow {
+ public:
+    explicit QueryRow(const QSqlQuery& query) : query_(query), record_(query.record()) {}
+
+    int columnOf(const QString& name) const override { return record_.indexOf(name); }
+    QString text(int column) const override { return fieldText(query_, column); }
+
+ private:
+    const QSqlQuery& query_;
+    const QSqlRecord record_;
+};
+
 }  // namespace
 
 Database::Database(const Clock& clock, const ErrorPolicy& policy)
@@ -85,6 +102,11 @@ Result<void> Database::OpenDatabase(const Settings& settings, const QString& pro
 
 Result<void> Database::OpenElementStore(const QString& file) {
     return open(elementStoreRequest(file), {QStringLiteral("element")});
+}
+
+Result<void> Database::openToRead(const StoreAddress& address) {
+    onlyReads_ = true;
+    return open(address.request, address.tables);
 }
 
 Result<void> Database::reopen() {
@@ -122,11 +144,11 @@ Result<void> Database::openLocalStore(const QString& path, const QString& passwo
     if (!format) return format.failure();
     if (format.value() == LocalFormat::Sqlite) {
         dialect_ = Dialect::Sqlite;
-        if (Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, false),
-                                             QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
-            !connected)
-            return connected;
-        return prepareSqlite(path);
+        Result<void> connected = connect(QStringLiteral("QSQLITE"), sqliteUri(path, onlyReads_),
+                                         QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=5000"));
+        if (!connected) return connected;
+        // Room to sort many rows in; what doesn't fit goes to a file.
+        return onlyReads_ ? runPlain(QStringLiteral("PRAGMA cache_size=-16000")) : prepareSqlite(path);
     }
     const Result<std::string> driver = platform::accessDriver();
     const Result<void> connected = driver ? connect(QStringLiteral("QODBC"),
@@ -147,7 +169,8 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
     const Result<void> connected =
-        connect(QStringLiteral("QODBC"), serverConnection(request), QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
+        connect(QStringLiteral("QODBC"), serverConnection(request) + (onlyReads_ ? kRowByRow : QString()),
+                QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
     if (connected) readTextsWhole();
     if (connected || !isNoAnswer(connected.failure())) return connected;
     const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
@@ -274,7 +297,10 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
         if (!surfacedMs_.isEmpty()) surfacedMs_.remove(sql);
         return {};
     }
-    Failure failure = failureOf(query.lastError());
+    return noted(failureOf(query.lastError()));
+}
+
+Failure Database::noted(Failure failure) {
     problem_ = QString::fromStdString(failure.text);
     if (failure.kind == FailureKind::ConnectionLost) {
         open_ = false;
@@ -340,6 +366,29 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
     for (int column = 0; column < record.count(); ++column) set.fields_.append(record.fieldName(column));
     while (query.next()) set.rows_.push_back(rowText(query, record.count()));
     return set;
+}
+
+Result<void> Database::readThrough(const QString& sql, const Values& values,
+                                   const std::function<bool(const CurrentRow& row)>& row) {
+    if (!open_) openAgain();
+    if (dialect_ == Dialect::MySql && open_) {
+        OdbcRows rows(QSqlDatabase::database(name_, false).driver()->handle());
+        if (rows.usable()) {
+            bool wanted = rows.exec(withMySqlValues(sql, plain(values)));
+            while (wanted && rows.next()) wanted = row(rows);
+            if (rows.error().isValid()) return noted(failureOf(rows.error()));
+            return {};
+        }
+    }
+    QSqlQuery query(QSqlDatabase::database(name_, false));
+    query.setForwardOnly(true);
+    if (const Result<void> done = run(query, sql, values); !done) return done;
+    const QueryRow current(query);
+    while (query.next())
+        if (!row(current)) return {};
+    // Also the end of rows that a lost connection has cut off.
+    if (query.lastError().isValid()) return noted(failureOf(query.lastError()));
+    return {};
 }
 
 std::optional<qint64> Database::execute(const QString& sql, const Values& values) {

@@ -21,10 +21,18 @@ namespace kibo {
 /// What a store is to the statements that exist in two forms: `UseMDB` "Y" or not.
 enum class DatabaseKind { Access, MySql };
 
+class CurrentRow;
 class QueryRows;
 
-/// One connection: the program has one to the main store and one to the element store. Other programs may read and
-/// write the same store at any time. Main thread only.
+/// Where a store is and how it is reached: a value that another thread can open a connection of its own with.
+struct StoreAddress {
+    ConnectionRequest request;
+    QStringList tables;  ///< that it must hold
+};
+
+/// One connection: the program has one to the main store and one to the element store, and more for as long as a
+/// thread of their own reads or writes much at once. Other programs may read and write the same store at any time.
+/// Used by the thread that opens it.
 ///
 /// A statement that fails goes to the error policy (which may throw SurfacedError) and is also told by the return
 /// value; the same failure surfaces once a minute at most, and a lost connection once. A connection to a server that is
@@ -46,6 +54,11 @@ class Database {
     Result<void> OpenDatabase(const Settings& settings, const QString& programFolder);
     /// Opens the element store in `file`.
     Result<void> OpenElementStore(const QString& file);
+    /// Opens the store of another database: `address()` of it.
+    Result<void> openSame(const StoreAddress& address) { return open(address.request, address.tables); }
+    /// The same for `readThrough` alone: nothing is written or checked, and a server's rows are not kept on this side.
+    Result<void> openToRead(const StoreAddress& address);
+    StoreAddress address() const { return {request_, tables_}; }
     /// Releases the connection, lost or not, and opens the same store again.
     Result<void> reopen();
     /// Row sources that were handed out and still read from the connection turn empty.
@@ -65,6 +78,10 @@ class Database {
     /// Runs a query; after a failure the set is closed. `values` take the places of the question marks of `sql`; an
     /// invalid QVariant is a NULL, a null QString an empty text. Times are bound as StoredTime or QDateTime.
     Recordset OpenRecordset(const QString& sql, const Values& values = {});
+    /// Runs a query whose rows may be too many to hold: each is given to `row`, which says whether to go on. The
+    /// failure has not gone to the policy.
+    Result<void> readThrough(const QString& sql, const Values& values,
+                             const std::function<bool(const CurrentRow& row)>& row);
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
     /// The same, giving the number of rows affected; nothing after a failure.
@@ -116,6 +133,8 @@ class Database {
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
     Failure failureOf(const QSqlError& error) const;
+    /// Keeps in mind what `failure` tells about the connection.
+    Failure noted(Failure failure);
 
     const Clock& clock_;
     const ErrorPolicy& policy_;
@@ -127,6 +146,7 @@ class Database {
     bool open_ = false;
     bool wanted_ = false;  // to be open: not before it was asked for, nor after a close
     bool inTransaction_ = false;
+    bool onlyReads_ = false;
     qint64 openAgainMs_ = 0;  // when it may be tried
     QString problem_;
     bool lossSurfaced_ = false;

@@ -22,6 +22,20 @@ QString fieldText(const QSqlQuery& query, int column);
 /// The first `columns` fields of the current row.
 QStringList rowText(const QSqlQuery& query, int columns);
 
+/// The row at which a query stands that is read once.
+class CurrentRow {
+ public:
+    CurrentRow() = default;
+    CurrentRow(const CurrentRow&) = delete;
+    CurrentRow& operator=(const CurrentRow&) = delete;
+    virtual ~CurrentRow() = default;
+
+    /// By name, without regard to case; -1 where there is none.
+    virtual int columnOf(const QString& name) const = 0;
+    /// As `fieldText` gives it.
+    virtual QString text(int column) const = 0;
+};
+
 /// Rows that are read from a connection when they are asked for.
 class QueryRows : public RowSource {
  public:

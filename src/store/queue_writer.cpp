@@ -58,7 +58,7 @@ Result<void> QueueWriter::insert(const NewMessage* first, const NewMessage* end)
                                  columns.join(QStringLiteral(", ")), QStringList(end - first, row).join(u','));
     Database::Values values;
     for (const NewMessage* message = first; message != end; ++message) {
-        if (profile_) values << QStringLiteral("O") << *profile_;
+        if (profile_) values << QStringLiteral("O") << (message->profile.isEmpty() ? *profile_ : message->profile);
         if (message->id != 0) values << message->id;
         values << message->mode << written(message->number) << written(message->text) << written(message->media)
                << written(message->file);

@@ -14,8 +14,9 @@ struct NewMessage {
     int mode = 0;  ///< `wa_mode`
     QString number, text;
     QString media = {}, file = {};
-    QDateTime time = {};  ///< when it may leave; invalid: the moment at which it is queued
-    qint64 id = 0;        ///< 0: the store gives one
+    QDateTime time = {};   ///< when it may leave; invalid: the moment at which it is queued
+    qint64 id = 0;         ///< 0: the store gives one
+    QString profile = {};  ///< whose it is in `multi`, where not the writer's
 };
 
 /// The one way into the queue for everything that queues messages: one or a hundred thousand, in `outbox` or in a

@@ -137,9 +137,17 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (role == Qt::DisplayRole) return seenRow(index.row()).value(index.column());
     if (role == Qt::ToolTipRole) return asPlainText(seenRow(index.row()).value(index.column()));
     const bool painted = role == Qt::BackgroundRole || role == Qt::ForegroundRole;
-    if (painted && grid_.statusColumn >= 0 && !seenRow(index.row()).value(grid_.statusColumn).isEmpty())
-        return QColor::fromRgb(role == Qt::BackgroundRole ? colour::kMarkedRow : colour::kBlack);
+    const auto colour = painted ? rowColour(index.row()) : std::nullopt;
+    if (colour) return QColor::fromRgb(role == Qt::BackgroundRole ? *colour : colour::kBlack);
     return {};
+}
+
+std::optional<Colour> GridModel::rowColour(int row) const {
+    if (grid_.statusColumn < 0) return {};
+    const QString status = seenRow(row).value(grid_.statusColumn);
+    if (grid_.warning.isEmpty()) return status.isEmpty() ? std::nullopt : std::optional(colour::kMarkedRow);
+    const bool warns = status.compare(grid_.warning, Qt::CaseInsensitive) == 0;
+    return warns ? std::optional(colour::kWarningRow) : std::nullopt;
 }
 
 QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {

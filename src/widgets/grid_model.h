@@ -3,6 +3,7 @@
 #include <QAbstractTableModel>
 #include <QHash>
 #include <memory>
+#include <optional>
 
 #include "base/controls.h"
 #include "widgets/arranged_rows.h"
@@ -51,6 +52,7 @@ class GridModel : public QAbstractTableModel {
     void updateSeenRows();
     void rememberHead() const;
     const QStringList& seenRow(int row) const;
+    std::optional<Colour> rowColour(int row) const;
     QStringList readRow(const RowSource& rows, int row) const;
 
     const Grid& grid_;

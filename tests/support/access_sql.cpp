@@ -24,7 +24,10 @@ QString unknownPiece(QString sql) {
         "\\|\\||!=|%|`|;|\\(distinct\\b|\\)\\s*,\\s*\\(|\\b(limit|offset|replace into|insert or|on conflict|case|"
         "except|intersect|returning|with|current_timestamp|glob|regexp)\\b");
     static const auto kFunction = anyOf("\\b(?!count|min|max|sum|in\\b|values|and\\b|or\\b)(?<!into )(\\w+)\\(");
+    // Access is given rows one by one; only SQLite many at once.
+    static const auto kFurtherRows = anyOf(",\\((\\?(, )?)+\\)");
     if (kOthers.match(sql).hasMatch()) return {};
+    sql.remove(kFurtherRows);
     if (const auto found = kDateText.match(sql); found.hasMatch()) return found.captured();
     sql.replace(kQuoted, QStringLiteral("''"));
     for (const auto& pattern : {kUnknown, kFunction})

@@ -164,14 +164,15 @@ void MainWindow::buildMenus() {
     add(view, "mnViewInbox", "&Inbox", focus(controls_->ms), QKeySequence(Qt::CTRL | Qt::Key_2));
     add(view, "mnViewUnsent", "&Unsent", focus(controls_->ms2), QKeySequence(Qt::CTRL | Qt::Key_3));
     add(view, "len2", "List &chats in Inbox", actions_.listChats);
-    view->addSeparator();
-    add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
-    add(view, "mnLogFile", "&Log file", actions_.openLogFile);
-
     const auto screen = [this](const char* screenName) -> std::function<void()> {
         if (!actions_.openScreen) return {};
         return [this, screenName] { actions_.openScreen(QLatin1String(screenName)); };
     };
+    add(view, "mnSent", "&Sent messages…", screen("frm_Sent"), QKeySequence(Qt::CTRL | Qt::Key_L));
+    view->addSeparator();
+    add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
+    add(view, "mnLogFile", "&Log file", actions_.openLogFile);
+
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
     add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
     add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));

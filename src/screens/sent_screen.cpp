@@ -1,0 +1,427 @@
+#include "screens/sent_screen.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDateEdit>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QShortcut>
+#include <algorithm>
+
+#include "base/log.h"
+#include "base/table_text.h"
+#include "widgets/queue_grid.h"
+
+namespace kibo {
+namespace {
+
+constexpr int kProgressMs = 50;
+/// What a clipboard passes on at once without holding up the desktop.
+constexpr qint64 kCopiedBytes = 50 * 1024 * 1024;
+/// Their texts are held in memory, to be queued together or not at all.
+constexpr int kMostSentAgain = 100'000;
+
+QString count(int number) {
+    return QLocale(QLocale::English).toString(number);
+}
+
+QString messages(int number) {
+    return number == 1 ? QStringLiteral("1 message") : count(number) + QStringLiteral(" messages");
+}
+
+QString reason(const Failure& failure) {
+    return QString::fromStdString(failure.text);
+}
+
+/// Runs `step` with a sent log over a connection that lives as long as the call.
+template <class T>
+Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool multi, const QString& profile,
+                            const std::function<Result<T>(SentLog& log)>& step) {
+    const SystemClock clock;
+    const ErrorPolicy policy;
+    Database database(clock, policy);
+    const Result<void> opened = onlyRead ? database.openToRead(address) : database.openSame(address);
+    if (!opened) return opened.failure();
+    SentLog log(database, multi, profile);
+    return step(log);
+}
+
+}  // namespace
+
+SentScreen::SentScreen(Parts parts) : p_(parts), work_(this) {
+    setObjectName(QStringLiteral("frm_Sent"));
+    setWindowTitle(QStringLiteral("Sent messages"));
+    resize(1120, 640);
+    setMinimumSize(760, 360);
+    lines_.header = {QStringLiteral("id"),    QStringLiteral("wa_time"), QStringLiteral("wa_mode"),
+                     QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("status")};
+    lines_.statusColumn = static_cast<int>(SentColumn::Status);
+    lines_.warning = QStringLiteral("FAIL");
+
+    auto* column = new QVBoxLayout(this);
+    column->addWidget(searchRow());
+    ms_ = new QueueGrid(lines_, {8, 14, 5, 14, 50, 9}, -1, QString(), this);
+    ms_->setObjectName(QStringLiteral("ms"));
+    ms_->setAccessibleName(QStringLiteral("Sent messages"));
+    ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    column->addWidget(ms_, 1);
+    column->addWidget(buttonRow());
+    connect(ms_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &SentScreen::showButtons);
+    progress_.setInterval(kProgressMs);
+    connect(&progress_, &QTimer::timeout, this, &SentScreen::showProgress);
+    addKeys();
+    showButtons();
+}
+
+QWidget* SentScreen::searchRow() {
+    auto* row = new QWidget(this);
+    auto* line = new QHBoxLayout(row);
+    line->setContentsMargins(0, 0, 0, 0);
+    const auto label = [&](const char* text, QWidget* control, const char* name, const char* spoken) {
+        auto* words = new QLabel(QString::fromUtf8(text), row);
+        words->setBuddy(control);
+        control->setObjectName(QLatin1String(name));
+        control->setAccessibleName(QLatin1String(spoken));
+        line->addWidget(words);
+        line->addWidget(control);
+    };
+    txtCari_ = new QLineEdit(row);
+    txtCari_->setPlaceholderText(QStringLiteral("Part of the number or the text; empty: all"));
+    txtCari_->setClearButtonEnabled(true);
+    label("&Find", txtCari_, "txtCari", "Part of number or text");
+    line->setStretchFactor(txtCari_, 1);
+    const auto day = [row] {
+        auto* edit = new QDateEdit(row);
+        edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
+        edit->setCalendarPopup(true);
+        return edit;
+    };
+    tgl1_ = day();
+    tgl2_ = day();
+    label("f&rom", tgl1_, "tgl1", "First day");
+    label("&to", tgl2_, "tgl2", "Last day");
+    Command2_ = button("Command2", "&Search", "Look for sent messages (Enter)", row, row);
+    connect(Command2_, &QPushButton::clicked, this, [this] { work_.isRunning() ? stop() : search(query()); });
+    return row;
+}
+
+QWidget* SentScreen::buttonRow() {
+    auto* row = new QWidget(this);
+    auto* line = new QHBoxLayout(row);
+    line->setContentsMargins(0, 0, 0, 0);
+    l_jml_ = new QLabel(QStringLiteral("0"), row);
+    l_jml_->setObjectName(QStringLiteral("l_jml"));
+    l_jml_->setAccessibleName(QStringLiteral("Number of lines"));
+    line->addWidget(l_jml_);
+    line->addWidget(new QLabel(QStringLiteral("found"), row));
+    status_ = new QLabel(row);
+    status_->setObjectName(QStringLiteral("sent_status"));
+    status_->setAccessibleName(QStringLiteral("State"));
+    status_->setTextFormat(Qt::PlainText);
+    status_->setWordWrap(true);
+    line->addSpacing(12);
+    line->addWidget(status_, 1);
+    Command4_ = button("Command4", "Send a&gain", "Put the selected messages into the outbox once more", row, row);
+    Command5_ = button("Command5", "&Delete", "Delete the selected messages from the sent log (Del)", row, row);
+    Command1_ = button("Command1", "&Copy", "Copy all lines; Ctrl+C copies the selected ones", row, row);
+    export_ = button("cmd_Export", "E&xport…", "Save all lines as a CSV file", row, row);
+    close_ = button("cmd_Close", "C&lose", "Close this window (Esc)", row, row);
+    connect(Command4_, &QPushButton::clicked, this, [this] {
+        change({QStringLiteral("Send again"), QStringLiteral("Put %1 into the outbox once more?"),
+                QStringLiteral("Queueing"), QStringLiteral("put into the outbox")},
+               &SentLog::sendAgain);
+    });
+    connect(Command5_, &QPushButton::clicked, this, [this] {
+        change({QStringLiteral("Delete"), QStringLiteral("Delete %1 from the sent log?"), QStringLiteral("Deleting"),
+                QStringLiteral("deleted")},
+               &SentLog::remove);
+    });
+    connect(Command1_, &QPushButton::clicked, this, &SentScreen::Command1_Click);
+    connect(export_, &QPushButton::clicked, this, &SentScreen::askForFile);
+    connect(close_, &QPushButton::clicked, this, &QWidget::close);
+    return row;
+}
+
+QPushButton* SentScreen::button(const char* name, const char* text, const char* hint, QWidget* parent, QWidget* below) {
+    auto* made = new QPushButton(QString::fromUtf8(text), parent);
+    made->setObjectName(QLatin1String(name));
+    made->setToolTip(QString::fromUtf8(hint));
+    made->setMinimumSize(96, 32);
+    below->layout()->addWidget(made);
+    return made;
+}
+
+void SentScreen::addKeys() {
+    const auto key = [this](const QKeySequence& keys, QWidget* where, Qt::ShortcutContext context, auto action) {
+        connect(new QShortcut(keys, where, nullptr, nullptr, context), &QShortcut::activated, this, action);
+    };
+    for (const auto enter : {Qt::Key_Return, Qt::Key_Enter})
+        key(enter, this, Qt::WindowShortcut, [this] { enterPressed(); });
+    key(Qt::Key_Escape, this, Qt::WindowShortcut, [this] { work_.isRunning() ? stop() : (void)close(); });
+    key(Qt::Key_Delete, ms_, Qt::WidgetShortcut, [this] { Command5_->click(); });
+    key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(selectedLines()); });
+}
+
+void SentScreen::open() {
+    if (isHidden()) {
+        // Days that nobody has chosen are those of the moment.
+        const QDate today = p_.clock.now().date();
+        if (!today_.isValid() || (tgl1_->date() == today_ && tgl2_->date() == today_)) {
+            tgl1_->setDate(today);
+            tgl2_->setDate(today);
+        }
+        today_ = today;
+        txtCari_->setFocus();
+        if (!work_.isRunning()) search(query());
+    }
+    show();
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    activateWindow();
+}
+
+/// A search is abandoned, a change that goes on is asked to stop and tells its end; the found rows are let go.
+void SentScreen::closeEvent(QCloseEvent* event) {
+    stop();
+    rows_.reset();
+    lines_.setRows(std::make_shared<ListRows>());
+    ms_->clearSelection();
+    ms_->refresh();
+    event->accept();
+}
+
+void SentScreen::enterPressed() {
+    auto* focused = qobject_cast<QPushButton*>(focusWidget());
+    if (focused && focused->isEnabled()) {
+        focused->click();
+    } else if (!work_.isRunning()) {
+        search(query());
+    }
+}
+
+SentQuery SentScreen::query() const {
+    return {txtCari_->text(), tgl1_->date(), tgl2_->date(), isYes(p_.settings.UseMDB), isYes(p_.settings.Multi)};
+}
+
+void SentScreen::search(const SentQuery& query, const QString& note) {
+    if (query.first > query.last) {
+        tell(QStringLiteral("The first day is after the last one, so nothing can be found."));
+        tgl1_->setFocus();
+        return;
+    }
+    shown_ = query;
+    rows_ = std::make_shared<FoundRows>(kSentColumns);
+    ms_->clearSelection();
+    ms_->scrollToTop();
+    lines_.setRows(rows_);
+    ms_->refresh();
+    l_jml_->setText(QStringLiteral("0"));
+    ms_->setEmptyText(QStringLiteral("Searching…"));
+    begin({});
+    note_ = note;
+    tell(note.isEmpty() ? QStringLiteral("Searching…") : note);
+    work_.start([query, rows = rows_, address = p_.database.address(), this](const std::stop_token& stop) {
+        const Result<void> found =
+            overOwnConnection<void>(address, true, query.multi, {}, [&](SentLog& log) -> Result<void> {
+                const Result<void> opened = rows->open();
+                return opened ? log.search(query, *rows, stop) : opened;
+            });
+        return [this, found] { searched(found); };
+    });
+    showButtons();
+}
+
+void SentScreen::searched(const Result<void>& result) {
+    progress_.stop();
+    showProgress();
+    ms_->setEmptyText(QStringLiteral("Nothing was found"));
+    tell(note_);
+    if (!result) {
+        ms_->setEmptyText(QStringLiteral("The search failed"));
+        tell(QStringLiteral("Not all could be searched: ") + reason(result.failure()));
+    }
+    if (scrollTo_ > 0) ms_->verticalScrollBar()->setValue(std::exchange(scrollTo_, 0));
+    showButtons();
+}
+
+void SentScreen::stop() {
+    if (!work_.isRunning()) return;
+    if (!doing_.isEmpty()) {
+        work_.askToStop();
+        tell(QStringLiteral("Stopping…"));
+        return;
+    }
+    work_.abandon();
+    progress_.stop();
+    showProgress();
+    ms_->setEmptyText(QStringLiteral("The search was stopped"));
+    tell(QStringLiteral("Stopped; there may be more."));
+    showButtons();
+}
+
+SentScreen::Lines SentScreen::selectedLines() const {
+    Lines lines;
+    const QItemSelection selection = ms_->selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection)
+        for (int line = range.top(); line <= range.bottom(); ++line) lines.push_back(line);
+    std::sort(lines.begin(), lines.end());
+    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+    return lines;
+}
+
+void SentScreen::change(const ChangeWords& words, Step step) {
+    // The lines of this moment: what is found later has other rows.
+    const Lines lines = selectedLines();
+    if (lines.empty() || work_.isRunning()) return;
+    const int number = static_cast<int>(lines.size());
+    if (step == &SentLog::sendAgain && number > kMostSentAgain) {
+        p_.dialogs.show({words.title,
+                         QStringLiteral("%1 are selected. At most %2 can be put into the outbox at once.")
+                             .arg(messages(number), count(kMostSentAgain)),
+                         MessageBox::Icon::Information});
+        return;
+    }
+    p_.dialogs.show({words.title, words.question.arg(messages(number)), MessageBox::Icon::Question,
+                     MessageBox::Buttons::YesNo, true},
+                    [this, words, step, lines, rows = rows_](bool yes) {
+                        if (!yes || work_.isRunning() || rows != rows_) return;
+                        beginChange(words, step, lines);
+                    });
+}
+
+void SentScreen::beginChange(const ChangeWords& words, Step step, const Lines& lines) {
+    begin(words.doing + QStringLiteral(" %1 of ") + messages(static_cast<int>(lines.size())));
+    const QString profile = p_.state.cb_Profil.text;
+    work_.start([=, rows = rows_, done = done_, address = p_.database.address(), multi = shown_.multi,
+                 this](const std::stop_token& stop) {
+        const auto outcome = overOwnConnection<SentLog::Outcome>(address, false, multi, profile, [&](SentLog& log) {
+            return (log.*step)(*rows, lines, SentLog::Course{stop, *done});
+        });
+        return [=, this] { changed(words, outcome, static_cast<int>(lines.size())); };
+    });
+    showButtons();
+}
+
+void SentScreen::changed(const ChangeWords& words, const Result<SentLog::Outcome>& result, int lines) {
+    doing_.clear();
+    progress_.stop();
+    showButtons();
+    if (!result || result.value().stopped) {
+        const QString why = result ? QStringLiteral("it was stopped.") : reason(result.failure());
+        tell(QStringLiteral("None of %1 was %2: %3").arg(messages(lines), words.done, why));
+        if (!result) p_.dialogs.show({words.title, status_->text(), MessageBox::Icon::Critical});
+        return;
+    }
+    const SentLog::Outcome& outcome = result.value();
+    QString told = QStringLiteral("%1 %2.").arg(messages(outcome.done), words.done);
+    if (outcome.gone > 0) told += QStringLiteral(" %1 no longer in the sent log.").arg(messages(outcome.gone));
+    log::info("screens", QStringLiteral("sent log: %1").arg(told));
+    tell(told);
+    if (words.doing != QStringLiteral("Deleting") || isHidden()) return;
+    scrollTo_ = ms_->verticalScrollBar()->value();
+    search(shown_, told);
+}
+
+void SentScreen::Command1_Click() {
+    if (!rows_ || rows_->rowCount() == 0) return;
+    Lines all(static_cast<size_t>(rows_->rowCount()));
+    for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<int>(i);
+    if (rows_->size() > kCopiedBytes) {
+        p_.dialogs.show({QStringLiteral("Info"),
+                         QStringLiteral("%1 are too much for the clipboard. Export them, or copy a part: select "
+                                        "lines and press Ctrl+C.")
+                             .arg(messages(rows_->rowCount())),
+                         MessageBox::Icon::Information});
+        return;
+    }
+    copy(all);
+    p_.dialogs.show({QStringLiteral("Info"), QStringLiteral("Copied to Clipboard.."), MessageBox::Icon::Information});
+}
+
+void SentScreen::copy(const Lines& lines) {
+    if (!rows_ || lines.empty()) return;
+    QString text;
+    for (const int line : lines) {
+        text += tabSeparated(rows_->row(line)) + u'\n';
+        if (text.size() > kCopiedBytes) {
+            tell(QStringLiteral("Nothing was copied: %1 are too much for the clipboard.")
+                     .arg(messages(static_cast<int>(lines.size()))));
+            return;
+        }
+    }
+    QApplication::clipboard()->setText(text);
+    tell(QStringLiteral("%1 copied.").arg(messages(static_cast<int>(lines.size()))));
+}
+
+void SentScreen::askForFile() {
+    if (!rows_ || rows_->rowCount() == 0 || work_.isRunning()) return;
+    auto* dialog = new QFileDialog(this, QStringLiteral("Export sent messages"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(QStringLiteral("CSV files (*.csv)"));
+    dialog->setDefaultSuffix(QStringLiteral("csv"));
+    dialog->selectFile(QStringLiteral("sent %1.csv").arg(shown_.last.toString(QStringLiteral("yyyy-MM-dd"))));
+    connect(dialog, &QFileDialog::fileSelected, this, &SentScreen::exportTo);
+    dialog->open();
+}
+
+void SentScreen::exportTo(const QString& file) {
+    if (!rows_ || work_.isRunning()) return;
+    const int all = rows_->rowCount();
+    begin(QStringLiteral("Exporting %1 of ") + messages(all));
+    work_.start([=, rows = rows_, done = done_, header = lines_.header, this](const std::stop_token& stop) {
+        const Result<void> written = exportLines(*rows, header, file, SentLog::Course{stop, *done});
+        return [=, this] {
+            doing_.clear();
+            progress_.stop();
+            showButtons();
+            tell(written ? QStringLiteral("%1 exported.").arg(messages(all))
+                         : QStringLiteral("Nothing was exported: ") + reason(written.failure()));
+        };
+    });
+    showButtons();
+}
+
+/// `doing`: what the status line tells, with the number of lines done in place of %1; empty: a search.
+void SentScreen::begin(const QString& doing) {
+    doing_ = doing;
+    *done_ = 0;
+    progress_.start();
+}
+
+void SentScreen::showProgress() {
+    if (!doing_.isEmpty()) {
+        tell(doing_.arg(count(*done_)));
+        return;
+    }
+    const int found = rows_ ? rows_->rowCount() : 0;
+    if (found == ms_->model()->rowCount() && l_jml_->text() == QString::number(found)) return;
+    ++lines_.revision;
+    ms_->refresh();
+    l_jml_->setText(QString::number(found));
+    showButtons();
+}
+
+void SentScreen::showButtons() {
+    const bool free = !work_.isRunning();
+    const bool any = rows_ && rows_->rowCount() > 0;
+    const bool selected = ms_->selectionModel()->hasSelection();
+    Command2_->setText(free ? QStringLiteral("&Search") : QStringLiteral("&Stop"));
+    Command4_->setEnabled(free && selected);
+    Command5_->setEnabled(free && selected);
+    Command1_->setEnabled(free && any);
+    export_->setEnabled(free && any);
+}
+
+void SentScreen::tell(const QString& text) {
+    if (status_->text() != text) status_->setText(text);
+}
+
+}  // namespace kibo
