@@ -208,6 +208,12 @@ MainWindowActions GatewayApplication::actions() {
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     actions.deleteWaiting = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_DelOut_Click(ids); }); };
     actions.queueAgain = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_MoveOutbox_Click(ids); }); };
+    actions.reply = [this](const QString& number, const QString& received) {
+        edge_->run([&] { screens_->openReply(number, received, state_.cb_Profil.text); });
+    };
+    actions.refillReply = [this](const QString& number, const QString& received) {
+        edge_->run([&] { screens_->refillReply(number, received, state_.cb_Profil.text); });
+    };
     actions.clearOutbox = guarded([this] { queueActions_->cmd_ClearOutbox_Click(); });
     actions.clearInbox = guarded([this] { queueActions_->cmd_ClearInbox_Click(); });
     actions.emptyInboxList = [this] { queueActions_->cmd_ClearGridInbox_Click(); };

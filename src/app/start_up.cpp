@@ -42,8 +42,8 @@ Settings StartUp::prepareFolder() {
     if (isYes(settings.UseMDB)) {
         const Result<void> complete = completeLocalStore(QDir(programFolder_).filePath(QStringLiteral("kb.mdb")));
         if (!complete)
-            log::warning("app",
-                         QStringLiteral("kb.mdb can't be completed: ") + QString::fromStdString(complete.failure().text));
+            log::warning(
+                "app", QStringLiteral("kb.mdb can't be completed: ") + QString::fromStdString(complete.failure().text));
     }
     return settings;
 }

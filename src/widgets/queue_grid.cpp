@@ -98,6 +98,12 @@ std::vector<int> QueueGrid::allRows() const {
     return rows;
 }
 
+QStringList QueueGrid::cells(int row) const {
+    QStringList cells;
+    for (int column = 0; column < model_.columnCount(); ++column) cells.append(model_.text(row, column));
+    return cells;
+}
+
 std::vector<qint64> QueueGrid::selectedKeys() const {
     std::vector<qint64> keys;
     for (const int row : selectedRows()) keys.push_back(model_.key(row).toLongLong());

@@ -28,8 +28,8 @@ class QueueGrid : public QTableView {
     /// Rows as they are shown now, counted from 0.
     std::vector<int> selectedRows() const;
     std::vector<int> allRows() const;
-    /// The whole text of a cell, of which the view shows one line.
-    QString text(int row, int column) const { return model_.text(row, column); }
+    /// The whole texts of a row, of which the view shows one line each. Empty for a row that isn't there.
+    QStringList cells(int row) const;
 
  protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -34,6 +34,17 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     add(outbox, {"mnClearOutbox", "C&lear…", c.cmd_ClearOutbox, actions.clearOutbox});
 
     const List inbox = list(queues, "Inbox", "&Inbox", c.ms, c.findInbox);
+    const auto ofCurrent = [grid = c.ms](const auto& action) {
+        return [&action, grid] {
+            const QStringList cells = grid->cells(grid->currentIndex().row());
+            if (!cells.value(0).isEmpty()) action(cells.value(0), cells.value(1));
+        };
+    };
+    if (actions.reply) {
+        QAction* reply = add(inbox, {"mnReply", "&Reply…", nullptr, ofCurrent(actions.reply), Qt::Key_Return});
+        connect(c.ms, &QueueGrid::doubleClicked, reply, &QAction::trigger);
+        connect(c.ms->selectionModel(), &QItemSelectionModel::currentRowChanged, this, ofCurrent(actions.refillReply));
+    }
     addCopies(inbox, c.cmd_CopyInbox);
     add(inbox, {"mnClearGridInbox", "&Empty the list", c.cmd_ClearGridInbox, actions.emptyInboxList});
     add(inbox, {"mnClearInbox", "C&lear…", c.cmd_ClearInbox, actions.clearInbox});
@@ -76,7 +87,7 @@ GridActions::List GridActions::list(QMenu* queues, const char* name, const char*
     return {name, grid, search, queues->addMenu(QString::fromUtf8(title))};
 }
 
-void GridActions::add(const List& list, const Entry& entry) {
+QAction* GridActions::add(const List& list, const Entry& entry) {
     auto* action = new QAction(QString::fromUtf8(entry.text), list.grid);
     action->setObjectName(QLatin1String(entry.name));
     action->setShortcut(entry.key);
@@ -85,12 +96,13 @@ void GridActions::add(const List& list, const Entry& entry) {
     connect(action, &QAction::triggered, this, [this, act = entry.act] { click_(act); });
     list.menu->addAction(action);
     list.grid->addAction(action);
-    if (entry.button == nullptr) return;
+    if (entry.button == nullptr) return action;
     entry.button->setEnabled(action->isEnabled());
     // Three buttons are called "Copy": by name and by hint each says what it copies.
     entry.button->setAccessibleName(QStringLiteral("%1: %2").arg(QLatin1String(list.name), action->iconText()));
     entry.button->setToolTip(entry.button->accessibleName());
     connect(entry.button, &QPushButton::clicked, action, &QAction::trigger);
+    return action;
 }
 
 void GridActions::addCopies(const List& list, QPushButton* button) {
@@ -103,13 +115,7 @@ void GridActions::copy(const List& list, bool all) {
     const std::vector<int> rows = all ? list.grid->allRows() : list.grid->selectedRows();
     if (rows.empty()) return;
     QString text;
-    for (const int row : rows) {
-        for (int column = 0; column < list.grid->model()->columnCount(); ++column) {
-            if (column > 0) text += u'\t';
-            text += quotedCell(list.grid->text(row, column));
-        }
-        text += u'\n';
-    }
+    for (const int row : rows) text += tabSeparated(list.grid->cells(row)) + u'\n';
     QGuiApplication::clipboard()->setText(text);
     if (!all) return;
     dialogs_.show({QStringLiteral("Info"), QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),

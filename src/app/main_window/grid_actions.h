@@ -6,6 +6,7 @@
 
 #include "base/dialogs.h"
 
+class QAction;
 class QLineEdit;
 class QMenu;
 class QPushButton;
@@ -38,7 +39,7 @@ class GridActions : public QObject {
     };
 
     List list(QMenu* queues, const char* name, const char* title, QueueGrid* grid, QLineEdit* search);
-    void add(const List& list, const Entry& entry);
+    QAction* add(const List& list, const Entry& entry);
     void addCopies(const List& list, QPushButton* button);
     void copy(const List& list, bool all);
 

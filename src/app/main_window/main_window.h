@@ -29,6 +29,9 @@ struct MainWindowActions {
     /// Of the messages with these ids.
     std::function<void(const std::vector<qint64>& ids)> deleteWaiting;
     std::function<void(const std::vector<qint64>& ids)> queueAgain;
+    /// Of a line of the inbox: opens the reply to it, or shows it in an open one that holds no text yet.
+    std::function<void(const QString& number, const QString& received)> reply;
+    std::function<void(const QString& number, const QString& received)> refillReply;
     std::function<void()> clearOutbox;
     std::function<void()> clearInbox;
     std::function<void()> emptyInboxList;
