@@ -61,7 +61,8 @@ class PlainTextTest : public testing::Test {
 };
 
 TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
-    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
+    for (const char* entry : {"mnElement", "mnSent"})
+        application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
     fill();
     QtDialogs boxes;
     boxes.show({kForeign, kForeign});
