@@ -86,6 +86,7 @@ QWidget* SentScreen::searchRow() {
     line->setContentsMargins(0, 0, 0, 0);
     const auto label = [&](const char* text, QWidget* control, const char* name, const char* spoken) {
         auto* words = new QLabel(QString::fromUtf8(text), row);
+        words->setTextFormat(Qt::PlainText);
         words->setBuddy(control);
         control->setObjectName(QLatin1String(name));
         control->setAccessibleName(QLatin1String(spoken));
@@ -119,8 +120,11 @@ QWidget* SentScreen::buttonRow() {
     l_jml_ = new QLabel(QStringLiteral("0"), row);
     l_jml_->setObjectName(QStringLiteral("l_jml"));
     l_jml_->setAccessibleName(QStringLiteral("Number of lines"));
-    line->addWidget(l_jml_);
-    line->addWidget(new QLabel(QStringLiteral("found"), row));
+    auto* found = new QLabel(QStringLiteral("found"), row);
+    for (QLabel* label : {l_jml_, found}) {
+        label->setTextFormat(Qt::PlainText);
+        line->addWidget(label);
+    }
     status_ = new QLabel(row);
     status_->setObjectName(QStringLiteral("sent_status"));
     status_->setAccessibleName(QStringLiteral("State"));

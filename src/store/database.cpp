@@ -104,9 +104,14 @@ Result<void> Database::OpenElementStore(const QString& file) {
     return open(elementStoreRequest(file), {QStringLiteral("element")});
 }
 
+Result<void> Database::openSame(const StoreAddress& address) {
+    knownAsSqlite_ = address.sqlite;
+    return open(address.request, address.tables);
+}
+
 Result<void> Database::openToRead(const StoreAddress& address) {
     onlyReads_ = true;
-    return open(address.request, address.tables);
+    return openSame(address);
 }
 
 Result<void> Database::reopen() {
@@ -140,7 +145,9 @@ Result<void> Database::open(const ConnectionRequest& request, const QStringList&
 Result<void> Database::openLocalStore(const QString& path, const QString& password) {
     dialect_ = Dialect::Access;
     path_ = path;
-    const Result<LocalFormat> format = localFormat(path);
+    // A look into a file that is open elsewhere in this process would end SQLite's locks on it: closing any descriptor
+    // of a file gives up all of the process's locks. Others could then take its write-ahead log away.
+    const Result<LocalFormat> format = knownAsSqlite_ ? Result(LocalFormat::Sqlite) : localFormat(path);
     if (!format) return format.failure();
     if (format.value() == LocalFormat::Sqlite) {
         dialect_ = Dialect::Sqlite;

@@ -27,7 +27,8 @@ class QueryRows;
 /// Where a store is and how it is reached: a value that another thread can open a connection of its own with.
 struct StoreAddress {
     ConnectionRequest request;
-    QStringList tables;  ///< that it must hold
+    QStringList tables;   ///< that it must hold
+    bool sqlite = false;  ///< a connection of this program to a SQLite file is open
 };
 
 /// One connection: the program has one to the main store and one to the element store, and more for as long as a
@@ -55,10 +56,10 @@ class Database {
     /// Opens the element store in `file`.
     Result<void> OpenElementStore(const QString& file);
     /// Opens the store of another database: `address()` of it.
-    Result<void> openSame(const StoreAddress& address) { return open(address.request, address.tables); }
+    Result<void> openSame(const StoreAddress& address);
     /// The same for `readThrough` alone: nothing is written or checked, and a server's rows are not kept on this side.
     Result<void> openToRead(const StoreAddress& address);
-    StoreAddress address() const { return {request_, tables_}; }
+    StoreAddress address() const { return {request_, tables_, open_ && dialect_ == Dialect::Sqlite}; }
     /// Releases the connection, lost or not, and opens the same store again.
     Result<void> reopen();
     /// Row sources that were handed out and still read from the connection turn empty.
@@ -147,6 +148,7 @@ class Database {
     bool wanted_ = false;  // to be open: not before it was asked for, nor after a close
     bool inTransaction_ = false;
     bool onlyReads_ = false;
+    bool knownAsSqlite_ = false;
     qint64 openAgainMs_ = 0;  // when it may be tried
     QString problem_;
     bool lossSurfaced_ = false;

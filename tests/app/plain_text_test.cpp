@@ -54,7 +54,7 @@ class PlainTextTest : public testing::Test {
 };
 
 TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
-    for (const char* entry : {"mnElement", "mnSend", "mnReply"})
+    for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent"})
         application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
     fill();
     QtDialogs boxes;

@@ -112,6 +112,7 @@ line 🚀')",
     std::string search(const char* key) {
         EXPECT_TRUE(atRest());
         auto* box = find<QLineEdit>("txtCari");
+        box->setFocus();
         box->setText(QString::fromUtf8(key));
         QTest::keyClick(box, Qt::Key_Return);
         EXPECT_TRUE(atRest());
@@ -179,6 +180,9 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
     const QString path = folder.filePath(QStringLiteral("out.csv"));
     box->selectFile(path);
     emit box->fileSelected(path);
+    box->close();
+    screen->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(screen.get()));
     ASSERT_TRUE(atRest());
     EXPECT_EQ(status(), "1 message exported.");
     QFile file(path);
@@ -188,6 +192,19 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
                   (QStringLiteral("id,wa_time,wa_mode,wa_no,wa_text,status\r\n3,2026-11-20 12:00:00,1,623,") + text +
                    QStringLiteral(",fail\r\n"))
                       .toUtf8());
+
+    // Longer than what a cell has room for at first, before and behind short ones.
+    const QString longText = QStringLiteral("🚀é").repeated(20'000);
+    for (int id = 10; id < 13; ++id)
+        sent(id, "'2026-11-20 14:00:00'", "'629'",
+             (u'\'' + (id == 11 ? longText : QStringLiteral("short")) + u'\'').toUtf8().constData(), "''");
+    EXPECT_EQ(search("629"), "10 11 12") << status();
+    grid()->setFocus();
+    grid()->selectAll();
+    QTest::keyClick(grid(), Qt::Key_C, Qt::ControlModifier);
+    QString copied = QApplication::clipboard()->text();
+    EXPECT_EQ(copied.count(longText), 1);
+    EXPECT_EQ(copied.remove(longText).count(QStringLiteral("629\tshort\t\n")), 2) << copied.toStdString();
 }
 
 TEST_P(SentScreenTest, ChangesTheRowsThatWereSelected) {

@@ -41,7 +41,7 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
         };
     };
     if (actions.reply) {
-        QAction* reply = add(inbox, {"mnReply", "&Reply…", nullptr, ofCurrent(actions.reply), Qt::Key_Return});
+        QAction* reply = add(inbox, {"mnReplyToLine", "&Reply…", nullptr, ofCurrent(actions.reply), Qt::Key_Return});
         connect(c.ms, &QueueGrid::doubleClicked, reply, &QAction::trigger);
         connect(c.ms->selectionModel(), &QItemSelectionModel::currentRowChanged, this, ofCurrent(actions.refillReply));
     }
