@@ -15,6 +15,7 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
+#include "widgets/window_place.h"
 
 namespace kibo {
 namespace {
@@ -152,6 +153,7 @@ bool GatewayApplication::showWindow() {
     }
     buildBrowserParts();
     addTimers();
+    WindowPlace::remember(window_.get(), startUp_.settingsFile());
     state_.step = QStringLiteral("WhatsApp is not open");
     if (database_.isOpen()) refreshOutbox();
     window_->showState();

@@ -7,6 +7,7 @@
 #include "screens/send_screen.h"
 #include "screens/sent_screen.h"
 #include "widgets/icons.h"
+#include "widgets/window_place.h"
 
 namespace kibo {
 namespace {
@@ -20,8 +21,7 @@ std::unique_ptr<Screen> elementScreen(const ScreenParts& p) {
 template <class ManualScreenKind>
 std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
     return std::make_unique<ManualScreenKind>(ManualScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs,
-                                                                  p.programFolder, p.settingsFile, p.refreshOutbox,
-                                                                  p.guarded});
+                                                                  p.programFolder, p.refreshOutbox, p.guarded});
 }
 
 std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
@@ -73,6 +73,7 @@ Screen* ScreenList::made(const QString& name) {
     if (!screen) {
         screen = entry->make(parts_);
         screen->setWindowIcon(applicationIcon());
+        WindowPlace::remember(screen.get(), parts_.settingsFile);
     }
     return screen.get();
 }

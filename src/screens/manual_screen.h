@@ -33,7 +33,6 @@ class ManualScreen : public Screen {
         const Clock& clock;
         Dialogs& dialogs;
         QString programFolder;
-        QString settingsFile;
         std::function<void()> refreshOutbox;
         /// Runs a click's work where its errors are caught.
         std::function<void(const std::function<void()>& step)> guarded;

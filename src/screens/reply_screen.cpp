@@ -10,7 +10,6 @@
 #include "screens/chat_history.h"
 #include "widgets/message_edit.h"
 #include "widgets/shown_text.h"
-#include "widgets/window_place.h"
 
 namespace kibo {
 namespace {
@@ -73,7 +72,6 @@ ReplyScreen::ReplyScreen(Parts parts)
     setTabOrder(send_, findChild<QWidget*>(QStringLiteral("cmd_Close")));
     resize(620, 560);
     setMinimumSize(480, 420);
-    WindowPlace::remember(this, p_.settingsFile);
 }
 
 void ReplyScreen::open() {

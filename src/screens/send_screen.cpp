@@ -16,7 +16,6 @@
 #include "widgets/file_field.h"
 #include "widgets/message_edit.h"
 #include "widgets/shown_text.h"
-#include "widgets/window_place.h"
 
 namespace kibo {
 namespace {
@@ -73,7 +72,6 @@ SendScreen::SendScreen(Parts parts) : ManualScreen(std::move(parts), "frm_Send1_
     Timer1_.setObjectName(QStringLiteral("Timer1"));
     Timer1_.setInterval(kClockMs);
     connect(&Timer1_, &QTimer::timeout, this, &SendScreen::Timer1_Timer);
-    WindowPlace::remember(this, p_.settingsFile);
 }
 
 QLayout* SendScreen::modes() {

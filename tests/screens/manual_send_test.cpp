@@ -37,7 +37,6 @@ class ManualSendTest : public testing::Test {
                 clock,
                 dialogs,
                 folder.path(),
-                folder.filePath(QStringLiteral("kibo.ini")),
                 [this] { ++refreshed; },
                 [](const auto& step) { step(); }};
     }
