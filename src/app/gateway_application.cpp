@@ -210,6 +210,13 @@ MainWindowActions GatewayApplication::actions() {
     actions.refreshOutbox = guarded([this] { refreshOutbox(); });
     actions.deleteWaiting = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_DelOut_Click(ids); }); };
     actions.queueAgain = [this](const auto& ids) { edge_->run([&] { queueActions_->cmd_MoveOutbox_Click(ids); }); };
+    actions.whyWaiting = [this](qint64 id) {
+        edge_->run([&] {
+            guardedDialogs_->show({QStringLiteral("Message %1").arg(id),
+                                   gateway_->waitingReason.of(id).join(QStringLiteral("\n\n")),
+                                   MessageBox::Icon::Information});
+        });
+    };
     actions.reply = [this](const QString& number, const QString& received) {
         edge_->run([&] { screens_->openReply(number, received, state_.cb_Profil.text); });
     };

@@ -19,6 +19,7 @@
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 #include "engine/text_typer.h"
+#include "engine/waiting_reason.h"
 #include "platform/result.h"
 
 namespace kibo {
@@ -62,7 +63,8 @@ struct Gateway {
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
-          chatListWatch(n.state, n.page, n.clock, n.BACA_WA) {}
+          chatListWatch(n.state, n.page, n.clock, n.BACA_WA),
+          waitingReason(n.state, n.settings, n.database, queue, n.clock) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
 
@@ -81,6 +83,7 @@ struct Gateway {
     LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;
+    WaitingReason waitingReason;
 };
 
 }  // namespace kibo

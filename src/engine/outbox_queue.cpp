@@ -300,6 +300,12 @@ OutboxQueue::Taken OutboxQueue::notTaken(const QString& id, const QString& sql, 
     return refused ? Taken::Refused : Taken::Unknown;
 }
 
+QString OutboxQueue::whyRefused(qint64 id) const {
+    const QString why = refused_.reasonOf(id);
+    return why.isEmpty() ? why
+                         : QStringLiteral("The sent log refuses it, so it is left out for five minutes: %1.").arg(why);
+}
+
 void OutboxQueue::showRefused() {
     const int others = refused_.count() - 1;
     state_.refusedOut = others < 0 ? QString()

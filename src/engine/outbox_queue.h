@@ -69,6 +69,8 @@ class OutboxQueue {
     bool hold(const QString& id);
     /// How many messages are left alone for a while, being refused.
     int refusedCount() const { return refused_.count(); }
+    /// Why the sent log refuses a message, as a sentence; empty when it doesn't.
+    QString whyRefused(qint64 id) const;
 
     /// Marks the sent copy of a message as failed, and notes why. False when the store refuses at the moment.
     bool markFailed(const QString& id, const QString& reason);

@@ -33,6 +33,11 @@ class RefusedRows {
     bool contains(Key key) const { return rows_.contains(key); }
     bool isFull() const { return rows_.size() >= kMost; }
     int count() const { return static_cast<int>(rows_.size()); }
+    /// Why this one was refused; empty when it wasn't.
+    QString reasonOf(Key key) const {
+        const auto row = rows_.find(key);
+        return row == rows_.end() ? QString() : row->second.why;
+    }
     /// The one with the lowest key, and why it was refused; 0 and empty when there is none.
     Key firstKey() const { return rows_.empty() ? Key{} : rows_.begin()->first; }
     QString firstReason() const { return rows_.empty() ? QString() : rows_.begin()->second.why; }

@@ -12,6 +12,7 @@ class Records : public Engine {
             QStringLiteral("select state, final, coalesce(reason_code, '') from kibo_outcome where id = %1").arg(id));
         return QString(row).replace(u'\t', u'|').toStdString();
     }
+    QString why(qint64 id) const { return gateway.waitingReason.of(id).join(QString()); }
     void run(const char* sql) const { fromOutside(QString::fromUtf8(sql)); }
     std::string ask(const char* sql) const {
         return fromOutside(QString::fromUtf8(sql)).replace(u'\t', u'|').replace(u'\n', u' ').toStdString();
@@ -29,6 +30,15 @@ TEST_F(Records, TellWhatBecameOfEachMessageAndWhen) {
     EXPECT_EQ(outcome(unknown), "fail|1|not_on_whatsapp");
     EXPECT_EQ(outcome(held), "waiting|0");
     EXPECT_EQ(ask("select id, reason, behind from kibo_waiting"), QStringLiteral("%1|held").arg(held).toStdString());
+    EXPECT_TRUE(why(held).startsWith(u"It is held"_qs)) << why(held).toStdString();
+    const qint64 next = queue(kAni, u"d"_qs);
+    EXPECT_EQ(why(next).toStdString(), "It is the next one.");
+    queue(kAni, u"e"_qs);
+    state.BreakTime.setEnabled(true);
+    settings.Break = u"30"_qs;
+    state.DetikBreak.text = u"10"_qs;
+    EXPECT_EQ(why(next + 1).toStdString(), "1 message stands before it.There is a break for 20 s more.");
+    EXPECT_TRUE(why(sent).startsWith(u"It does not wait any more"_qs));
     EXPECT_EQ(ask("select profil, taken <= typed and typed <= sent and sent <= ended, ms > 500, page_id is not null "
                   "from kibo_message where result = 'sent'"),
               "7|1|1|1");

@@ -19,6 +19,7 @@
 #include "support/answering_dialogs.h"
 #include "support/manual_clock.h"
 #include "support/stores.h"
+#include "widgets/window_place.h"
 
 namespace kibo::test {
 namespace {
@@ -43,6 +44,7 @@ class ManualSendTest : public testing::Test {
     template <class Kind>
     Kind& make(const std::function<void(Kind&)>& open) {
         auto made = std::make_unique<Kind>(parts());
+        WindowPlace::remember(made.get(), folder.filePath(QStringLiteral("kibo.ini")));
         Kind& kind = *made;
         screen = std::move(made);
         open(kind);

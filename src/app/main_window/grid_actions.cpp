@@ -30,6 +30,13 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     const List outbox = list(queues, "Outbox", "&Outbox", c.ms_out, c.findOutbox);
     const Action remove = ofSelected(actions.deleteWaiting, c.ms_out);
     add(outbox, {"mnDelOut", "&Delete selected messages", c.cmd_DelOut, remove, QKeySequence::Delete});
+    if (actions.whyWaiting)
+        add(outbox, {"mnWhyWaiting", "&Why is it waiting?", nullptr,
+                     [&actions, grid = c.ms_out] {
+                         const std::vector<qint64> ids = grid->selectedKeys();
+                         if (!ids.empty()) actions.whyWaiting(ids.front());
+                     },
+                     Qt::Key_Return});
     addCopies(outbox, c.cmd_CopyOutbox);
     add(outbox, {"mnClearOutbox", "C&lear…", c.cmd_ClearOutbox, actions.clearOutbox});
 

@@ -29,6 +29,7 @@ struct MainWindowActions {
     /// Of the messages with these ids.
     std::function<void(const std::vector<qint64>& ids)> deleteWaiting;
     std::function<void(const std::vector<qint64>& ids)> queueAgain;
+    std::function<void(qint64 id)> whyWaiting;
     /// Of a line of the inbox: opens the reply to it, or shows it in an open one that holds no text yet.
     std::function<void(const QString& number, const QString& received)> reply;
     std::function<void(const QString& number, const QString& received)> refillReply;
