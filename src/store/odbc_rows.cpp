@@ -17,6 +17,10 @@ constexpr short kMessageCharacters = 512, kNameCharacters = 256;
 /// Room for a cell at first; a longer one is read in a call of its own and finds its room from then on.
 constexpr size_t kCellCharacters = 1024;
 
+qptrdiff bytesOf(size_t characters) {
+    return static_cast<qptrdiff>(characters) * static_cast<qptrdiff>(sizeof(char16_t));
+}
+
 struct Odbc {
     Return (*allocHandle)(short type, void* parent, void** handle) = nullptr;
     Return (*freeHandle)(short type, void* handle) = nullptr;
@@ -100,8 +104,8 @@ bool OdbcRows::bindColumns() {
         names_.append(QString::fromUtf16(name, qMin(length, kNameCharacters)));
         Column& column = columns_[static_cast<size_t>(i)];
         column.characters.resize(kCellCharacters);
-        if (!succeeded(odbc().bind(statement_, number, kWideText, column.characters.data(),
-                                   static_cast<qptrdiff>(sizeof(char16_t) * kCellCharacters), &column.bytes)))
+        if (!succeeded(odbc().bind(statement_, number, kWideText, column.characters.data(), bytesOf(kCellCharacters),
+                                   &column.bytes)))
             return false;
     }
     return true;
@@ -114,7 +118,7 @@ bool OdbcRows::next() {
     for (size_t i = 0; done == kSuccessWithInfo && i < columns_.size(); ++i) {
         const Column& column = columns_[i];
         // The last character of the room is the end's mark.
-        const auto room = static_cast<qptrdiff>(sizeof(char16_t) * (column.characters.size() - 1));
+        const qptrdiff room = bytesOf(column.characters.size() - 1);
         if ((column.bytes > room || column.bytes == kNoTotal) && !readWhole(static_cast<int>(i))) return failed();
     }
     return true;
@@ -128,22 +132,21 @@ bool OdbcRows::readWhole(int index) {
                                                  : 16 * kCellCharacters);
     for (Return done = kSuccessWithInfo; done == kSuccessWithInfo;) {
         qptrdiff left = 0;
-        const auto bytes = static_cast<qptrdiff>(sizeof(char16_t) * piece.size());
+        const qptrdiff bytes = bytesOf(piece.size());
         done = odbc().getData(statement_, number, kWideText, piece.data(), bytes, &left);
         if (done == kNoData) break;
         if (!succeeded(done)) return false;
-        const bool more = left == kNoTotal || left > bytes - static_cast<qptrdiff>(sizeof(char16_t));
+        const bool more = left == kNoTotal || left > bytes - bytesOf(1);
         const size_t read = more ? piece.size() - 1 : static_cast<size_t>(qMax<qptrdiff>(left, 0)) / sizeof(char16_t);
         whole.insert(whole.end(), piece.begin(), piece.begin() + static_cast<qptrdiff>(read));
         if (!more) break;
     }
-    column.bytes = static_cast<qptrdiff>(sizeof(char16_t) * whole.size());
+    column.bytes = bytesOf(whole.size());
     whole.push_back(u'\0');
     if (whole.size() > column.characters.size()) {
         column.characters = std::move(whole);
         return succeeded(odbc().bind(statement_, number, kWideText, column.characters.data(),
-                                     static_cast<qptrdiff>(sizeof(char16_t) * column.characters.size()),
-                                     &column.bytes));
+                                     bytesOf(column.characters.size()), &column.bytes));
     }
     std::copy(whole.begin(), whole.end(), column.characters.begin());
     return true;
