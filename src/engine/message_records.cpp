@@ -79,6 +79,7 @@ Result<void> MessageRecords::taken(const QString& id) {
     current_ = {id, clock_.monotonicMs(), {}, {}, {}};
     const auto begun =
         database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), timeText(clock_.now())});
+    tableIsThere_ = begun.ok();
     if (begun) return {};
     leaveOff(begun.failure());
     return begun.failure();
@@ -137,7 +138,7 @@ void MessageRecords::leaveOff(const Failure& failure) {
 
 void MessageRecords::removeOld() {
     const qint64 now = clock_.monotonicMs();
-    if (now < removeAgainMs_ || !areKept() || !database_.isOpen()) return;
+    if (now < removeAgainMs_ || !tableIsThere_ || !database_.isOpen()) return;
     removeAgainMs_ = now + kLookForOldEveryMs;
     const Recordset oldest = database_.OpenRecordset(kOldest);
     if (oldest.eof() || oldest.field(0).isEmpty()) return;

@@ -59,7 +59,8 @@ class MessageRecords {
     const Settings& settings_;
     Database& database_;
     const Clock& clock_;
-    Moments current_;  // of the message that was taken last
+    Moments current_;            // of the message that was taken last
+    bool tableIsThere_ = false;  // a row was begun there
     qint64 keptAgainMs_ = 0;
     qint64 removeAgainMs_ = 0;
 };
