@@ -184,6 +184,7 @@ void GatewayApplication::buildBrowserParts() {
         .dialogs = *guardedDialogs_,
         .refreshOutbox = [this] { refreshOutbox(); },
         .refreshInbox = [this] { inbox_->grid.cmd_InboxRefresh_Click(); },
+        .guarded = [this](const auto& step) { edge_->run(step); },
     });
     closeAll_ =
         std::make_unique<CloseAll>(CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});

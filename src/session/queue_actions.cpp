@@ -1,5 +1,6 @@
 #include "session/queue_actions.h"
 
+#include <QScopeGuard>
 #include <QTimer>
 #include <algorithm>
 #include <memory>
@@ -181,16 +182,22 @@ void QueueActions::workOn() {
     const auto size = std::min<std::ptrdiff_t>(kPortion, std::ssize(left_));
     const Ids portion(left_.begin(), left_.begin() + size);
     left_.erase(left_.begin(), left_.begin() + size);
+    // An error that surfaces ends the work.
+    auto brokenOff = qScopeGuard([this] {
+        left_.clear();
+        n_.state.work.clear();
+    });
     const Result<qint64> found = portion_(portion);
-    if (!found) return finish(words(found.failure()));
+    brokenOff.dismiss();
+    if (!found) return finish(&found.failure());
     found_ += found.value();
     worked_ += size;
-    if (left_.empty()) return finish({});
+    if (left_.empty()) return finish();
     n_.state.work = QStringLiteral("%1 %L2 of %3").arg(QLatin1String(doing_)).arg(worked_).arg(messages(all_));
-    QTimer::singleShot(0, &context_, [this] { left_.empty() ? finish({}) : workOn(); });
+    QTimer::singleShot(0, &context_, [this] { n_.guarded([this] { left_.empty() ? finish() : workOn(); }); });
 }
 
-void QueueActions::finish(const QString& problem) {
+void QueueActions::finish(const Failure* failure) {
     left_.clear();
     n_.state.work.clear();
     n_.refreshOutbox();
@@ -202,8 +209,13 @@ void QueueActions::finish(const QString& problem) {
         text += QStringLiteral(" %1 no longer there: sent or deleted meanwhile.")
                     .arg(worked_ - found_ == 1 ? QStringLiteral("1 was")
                                                : QStringLiteral("%L1 were").arg(worked_ - found_));
-    if (!problem.isEmpty()) text += QStringLiteral("\nThe others stay as they are: ") + problem;
-    say(text, problem.isEmpty() ? MessageBox::Icon::Information : MessageBox::Icon::Critical);
+    if (failure != nullptr)
+        // A server that broke off may have done what it did not answer for.
+        text += (failure->kind == FailureKind::ConnectionLost
+                     ? QStringLiteral("\nThe connection broke: look into the outbox before you do it again. ")
+                     : QStringLiteral("\nThe others stay as they are: ")) +
+                words(*failure);
+    say(text, failure == nullptr ? MessageBox::Icon::Information : MessageBox::Icon::Critical);
 }
 
 void QueueActions::cmd_ClearGridInbox_Click() {

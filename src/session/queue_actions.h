@@ -25,6 +25,8 @@ class QueueActions {
         Dialogs& dialogs;
         std::function<void()> refreshOutbox;
         std::function<void()> refreshInbox;
+        /// Runs a portion's work where its errors are caught.
+        std::function<void(const std::function<void()>& step)> guarded;
     };
     /// What it is given must outlive it.
     explicit QueueActions(Needs needs) : n_(std::move(needs)) {}
@@ -57,7 +59,7 @@ class QueueActions {
     void clear(const Clearing& what, const std::function<void()>& refresh);
     void begin(const char* doing, const char* done, const Ids& ids, Portion portion);
     void workOn();
-    void finish(const QString& problem);
+    void finish(const Failure* failure = nullptr);
     Result<qint64> deleteWaiting(const Ids& ids);
     Result<qint64> queueAgain(const Ids& ids);
     void requeue(const Ids& ids);

@@ -47,7 +47,8 @@ class QueueActionsTest : public testing::Test {
                           .database = database,
                           .dialogs = dialogs,
                           .refreshOutbox = [this] { ++refreshed; },
-                          .refreshInbox = [this] { ++refreshed; }}};
+                          .refreshInbox = [this] { ++refreshed; },
+                          .guarded = [](const auto& step) { step(); }}};
 };
 
 TEST_F(QueueActionsTest, clearsAWholeQueueOnlyAfterAQuestionThatNamesItsRows) {
