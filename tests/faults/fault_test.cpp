@@ -117,7 +117,7 @@ TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarked) {
         while (waiting() < 2) queueMessage();
         // Kills that follow each other at once meet one message in its recovery; every fourth waits for another one.
         ASSERT_TRUE(messageBegun(i / 4)) << "kill " << i << ": nothing is sent any more\n"
-                                    << program.log().right(3000).toStdString();
+                                         << program.log().right(3000).toStdString();
         // A send takes about two seconds. Every third time close to Enter, where it matters most.
         if (i % 3 == 0) {
             eventually([this] { return program.journal().contains("\"typed\""); }, 3000);
