@@ -1,8 +1,4 @@
-#include <httplib.h>
-
-#include <mutex>
-#include <thread>
-
+#include "browser/raw_server.h"
 #include "inbox/inbox.h"
 #include "real_gateway.h"
 #include "support/eventually.h"
@@ -195,19 +191,14 @@ TEST_F(InboxBrowser, MessagesThatWereReadAreNotStoredAgain) {
 }
 
 TEST_F(InboxBrowser, BothBotsAreAskedAndDeadOnesCostNothingElse) {
-    httplib::Server server;
-    std::mutex mutex;
-    std::vector<std::string> asked;
-    server.Get("/ask", [&](const httplib::Request& request, httplib::Response&) {
-        const std::lock_guard lock(mutex);
-        asked.push_back(request.target + ' ' + request.get_header_value("User-Agent"));
-    });
-    const int port = server.bind_to_any_port("127.0.0.1");
-    std::thread thread([&] { server.listen_after_bind(); });
-    /// What the web bot was asked as the `count`th.
+    auto server =
+        std::make_unique<test::RawServer>([](int) { return test::RawServer::Reply{test::RawServer::answer("")}; });
+    /// What the web bot was asked as the `count`th; a browser asks for more than that.
     const auto question = [&](std::size_t count) {
+        std::vector<std::string> asked;
         const auto come = [&] {
-            const std::lock_guard lock(mutex);
+            asked = server->requests();
+            std::erase_if(asked, [](const std::string& request) { return !request.starts_with("GET /ask?"); });
             return asked.size() >= count;
         };
         return eventually(come) ? asked[count - 1] : "(nothing)";
@@ -218,12 +209,12 @@ TEST_F(InboxBrowser, BothBotsAreAskedAndDeadOnesCostNothingElse) {
     program.close();
     program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
     real->settings.UseBotPHP = real->settings.UseBotEXE = u"Y"_qs;
-    real->settings.PHP = u"http://127.0.0.1:%1/ask"_qs.arg(port);
+    real->settings.PHP = QString::fromStdString(server->address()) + u"/ask"_qs;
     real->settings.EXE = program.fileName();
 
     incoming(R"({"number": "628111", "text": "how much? $(touch x) '\"; & 😀"})");
     ASSERT_TRUE(stores(1));
-    EXPECT_TRUE(question(1).starts_with("/ask?wa_no=628111&wa_text=how+much%3F+%24%28touch+x%29+")) << question(1);
+    EXPECT_TRUE(question(1).starts_with("GET /ask?wa_no=628111&wa_text=how+much%3F+%24%28touch+x%29+")) << question(1);
     EXPECT_NE(question(1).find(" Kibo"), std::string::npos);
     ASSERT_TRUE(eventually([&] { return argument.exists() && argument.size() > 2; }));
     ASSERT_TRUE(argument.open(QIODevice::ReadOnly));
@@ -242,8 +233,7 @@ TEST_F(InboxBrowser, BothBotsAreAskedAndDeadOnesCostNothingElse) {
     ASSERT_TRUE(stores(3));
     EXPECT_NE(question(3).find("wa_text=third"), std::string::npos) << question(3);
     real->settings.ChromeDriver = driver;
-    server.stop();
-    thread.join();
+    server.reset();
 
     real->settings.EXE = u"/no/such/bot"_qs;
     incoming(R"({"number": "628111", "text": "to the dead"})");

@@ -39,19 +39,11 @@ class RealBrowser : public test::OnRealGateway<10> {
         const auto got = arrived();
         return got.size() == 1 && got[0].number == kAni.toStdString() && got[0].text == text.toStdString();
     }
-    static bool tickUntil(const std::function<bool()>& holds) {
-        for (int i = 0; i < 300 && !holds(); ++i) real->tick();
-        return holds();
-    }
     /// Ticks until the line says `step`.
     static bool says(const char* step) {
-        return tickUntil([=] { return real->state.step == QLatin1String(step); });
-    }
-    static bool becomesReady() {
-        return tickUntil([] { return real->state.status.caption == u"Ready"_qs; });
+        return real->tickUntil([=] { return real->state.step == QLatin1String(step); });
     }
     int newFailures() const { return real->state.failedCount - failed; }
-    std::string lastReason() const { return real->state.ms2.text(real->state.ms2.rowCount() - 1, 3).toStdString(); }
     static Result<QJsonValue> run(const QString& script) {
         return real->browser.client().send(webdriver::ExecuteScript{script, {}});
     }
@@ -74,7 +66,7 @@ TEST_F(RealBrowser, TextsArriveAsWritten) {
     real->runQueue();
     real->standIn.waitForReceived(first + std::size(texts), std::chrono::seconds(5));
     const auto got = arrived();
-    ASSERT_EQ(got.size(), std::size(texts)) << newFailures() << lastReason();
+    ASSERT_EQ(got.size(), std::size(texts)) << newFailures() << real->lastReason();
     for (size_t i = 0; i < got.size(); ++i)
         EXPECT_EQ(QString::fromStdString(got[i].text).trimmed(), texts[i].trimmed()) << i;
     EXPECT_EQ(newFailures(), 0);
@@ -91,7 +83,7 @@ TEST_F(RealBrowser, MessageTakesFewCommands) {
     EXPECT_LE(commandsOfOneTick(), 9u) << "the first one's number was not known before";
     EXPECT_LE(commandsOfOneTick(), 8u);
     EXPECT_LE(commandsOfOneTick(), 2u) << "with nothing to do";
-    EXPECT_EQ(newFailures(), 0) << lastReason();
+    EXPECT_EQ(newFailures(), 0) << real->lastReason();
 }
 
 TEST_F(RealBrowser, NumberThatIsNotKnownFailsInEitherWording) {
@@ -99,7 +91,7 @@ TEST_F(RealBrowser, NumberThatIsNotKnownFailsInEitherWording) {
         real->behave(behaviour);
         real->queue(u"6280000000000"_qs, u"x"_qs);
         real->runQueue();
-        EXPECT_EQ(lastReason(), "the number is not on WhatsApp") << behaviour;
+        EXPECT_EQ(real->lastReason(), "the number is not on WhatsApp") << behaviour;
     }
     EXPECT_TRUE(sends(u"and goes on"_qs));
     EXPECT_EQ(newFailures(), 2);
@@ -141,7 +133,7 @@ TEST_F(RealBrowser, HungPageCostsALoggedSkip) {
         real->tick();
         real->clock.SystemClock::wait(100);
     }
-    EXPECT_TRUE(sends(u"alive again"_qs)) << lastReason();
+    EXPECT_TRUE(sends(u"alive again"_qs)) << real->lastReason();
 }
 
 // The page opens chats after 0 to 6 s (in tests all times are a tenth), each opening on its own, so that chats come up
@@ -177,12 +169,12 @@ TEST_F(RealBrowser, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
     real->behave(R"({"openElsewhere": true})");
     real->gateway->machine.Timer_KIBO_Timer();
     EXPECT_TRUE(real->state.step.contains(u"open in another window"_qs)) << real->state.step.toStdString();
-    EXPECT_TRUE(becomesReady()) << real->state.step.toStdString();
+    EXPECT_TRUE(real->becomesReady()) << real->state.step.toStdString();
 
     ASSERT_TRUE(real->standIn.updateBehaviour(R"({"errorPage": 1})").ok());
     real->page->openStartPage();
     EXPECT_TRUE(says("The page shows an error, trying again"));
-    EXPECT_TRUE(becomesReady()) << real->state.step.toStdString();
+    EXPECT_TRUE(real->becomesReady()) << real->state.step.toStdString();
 
     // Another name of this computer is another site, as after a redirect.
     const QString elsewhere = QString(real->settings.StartAddress).replace(u"127.0.0.1"_qs, u"localhost"_qs);
@@ -190,8 +182,8 @@ TEST_F(RealBrowser, WhatStandsInThePageSPlaceIsNamedAndPutRight) {
     real->standIn.updateBehaviour(R"({"loggedIn": false})").ok();
     EXPECT_TRUE(says("The browser shows another page, localhost, trying again"));
     real->standIn.updateBehaviour(R"({"loggedIn": true})").ok();
-    EXPECT_TRUE(becomesReady()) << real->state.step.toStdString();
-    EXPECT_TRUE(sends(u"after all that"_qs)) << lastReason();
+    EXPECT_TRUE(real->becomesReady()) << real->state.step.toStdString();
+    EXPECT_TRUE(sends(u"after all that"_qs)) << real->lastReason();
 }
 
 TEST_F(RealBrowser, OutlinesWhatALocatorFindsForAWhile) {
@@ -254,10 +246,10 @@ TEST_F(RealBrowser, LostSessionIsNoticedWithinOneTickAndTheProfileKeepsItsLogin)
         real->state.waurl.text.clear();
         const auto opened = real->browser.open({real->settings, real->settings.Profil});
         ASSERT_TRUE(opened.ok()) << opened.failure().text;
-        EXPECT_TRUE(becomesReady());
+        EXPECT_TRUE(real->becomesReady());
         const auto login = run(u"return localStorage.getItem('login')"_qs);
         EXPECT_EQ(login.valueOr({}).toString(), u"kept"_qs) << "the profile is the same";
-        EXPECT_TRUE(sends(u"again %1"_qs.arg(QLatin1String(what)))) << lastReason();
+        EXPECT_TRUE(sends(u"again %1"_qs.arg(QLatin1String(what)))) << real->lastReason();
     }
 }
 

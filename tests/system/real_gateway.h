@@ -84,14 +84,22 @@ class RealGateway {
         gateway.emplace(needs);
         const auto started = browser.open({settings, settings.Profil});
         ASSERT_TRUE(started.ok()) << started.failure().text;
-        for (int i = 0; i < 200 && state.status.caption != u"Ready"_qs; ++i) tick();
-        ASSERT_EQ(state.status.caption, u"Ready"_qs);
+        ASSERT_TRUE(becomesReady());
     }
 
     void tick() {
         gateway->machine.Timer_KIBO_Timer();
         clock.wait(500);
     }
+    bool tickUntil(const std::function<bool()>& holds) {
+        for (int i = 0; i < 300 && !holds(); ++i) tick();
+        return holds();
+    }
+    bool becomesReady() {
+        return tickUntil([this] { return state.status.caption == u"Ready"_qs; });
+    }
+    /// Why the last message failed.
+    std::string lastReason() const { return state.ms2.text(state.ms2.rowCount() - 1, 3).toStdString(); }
     int count(const char* sql) { return database.OpenRecordset(QString::fromLatin1(sql)).field(0).toInt(); }
     void queue(const QString& number, const QString& text, int mode = 0, const QString& media = {},
                const QString& file = {}) {
