@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <optional>
-#include <random>
 #include <utility>
 
 #include "base/settings.h"
@@ -140,7 +139,6 @@ class Engine : public ::testing::Test {
                      .fetchMedia = [this](const QString& address) { return fetch(address); },
                      .releaseMedia = [this](const QString& path) { release(path); },
                      .clipboard = &clipboard}};
-    std::mt19937 generator{4711};
 };
 
 }  // namespace kibo::test

@@ -21,7 +21,6 @@ class FakePage : public ChatPage {
         QString number;
         QString text;       // of a file: its caption
         QString file = {};  // its path
-        FileInput input = FileInput::Document;
     };
 
     explicit FakePage(ManualClock& clock) : clock_(clock) {}
@@ -38,12 +37,11 @@ class FakePage : public ChatPage {
     bool boxRenamed = false;  // the message box is no element that the locator matches
     bool silent = false;      // no command is answered
     std::function<void()> beforeEnter;
-    enum class Preview { Comes, NeverComes, Vanishes, Stays, GoesUnsent };
+    enum class Preview { Comes, Vanishes, Stays, GoesUnsent };
     Preview preview = Preview::Comes;
     int previewDelay = 150, uploadDelay = 150;
-    int titleDelay = 0;     // until an opened chat shows its title
-    int searchDelay = 200;  // until the results of a search replace the list
-    QString clipboard;      // what a paste gives
+    int titleDelay = 0;  // until an opened chat shows its title
+    QString clipboard;   // what a paste gives
 
     bool hideHistory = false;  // the chat shows none of its messages
 
@@ -51,7 +49,7 @@ class FakePage : public ChatPage {
     std::vector<Delivered> delivered;
     QStringList clicks;
     QStringList commands;
-    int ended = 0, reloadsClicked = 0;
+    int ended = 0;
 
     void open(const QString& number) {
         ++serial_;
@@ -77,7 +75,6 @@ class FakePage : public ChatPage {
         delivered.push_back({number, text});
         history_[number].append({u"true_%1"_qs.arg(++lastId_), true, text + u"14:05"_qs});
     }
-    void forgetHistory() { history_.clear(); }
     QStringList messageIds(const QString& number) const {
         QStringList ids;
         for (const ChatMessage& message : history_.value(number)) ids.prepend(message.id);
@@ -94,7 +91,7 @@ class FakePage : public ChatPage {
         if (planted_ && !nextAddress.isEmpty()) linkAddress_ = nextAddress;
         look.hasChatList = loggedIn;
         look.hasBox = !openNumber_.isEmpty() && !boxRenamed;
-        look.newChatControls = loggedIn && !look.noPage && !look.errorPage && look.otherSite.isEmpty() ? 1 : 0;
+        look.newChatControls = loggedIn && !look.noPage && look.otherSite.isEmpty() ? 1 : 0;
         look.hasBanner = !look.banner.isEmpty();
         look.linkText = linkAddress_;
         look.hasNotice = !notice_.isEmpty();
@@ -163,7 +160,6 @@ class FakePage : public ChatPage {
         if (!answers("typeText")) return false;
         if (loseTexts-- > 0) return true;
         boxes_[focus_] += text;
-        if (focus_ == Box::Search) searchedMs_ = clock_.monotonicMs();
         return true;
     }
     bool typeKeys(const QString& text) override { return answers("typeKeys") && typeText(text); }
@@ -184,13 +180,12 @@ class FakePage : public ChatPage {
         focus_ = box;
         return answers("clearBox");
     }
-    bool chooseFile(FileInput input, const QString& path) override {
+    bool chooseFile(FileInput, const QString& path) override {
         if (!answers("chooseFile")) return false;
-        file_ = {openNumber_, {}, path, input};
+        file_ = {openNumber_, {}, path};
         boxes_[Box::Caption].clear();
         previewShown_ = false;
-        if (preview != Preview::NeverComes)
-            clock_.at(clock_.monotonicMs() + previewDelay, [this] { previewShown_ = true; });
+        clock_.at(clock_.monotonicMs() + previewDelay, [this] { previewShown_ = true; });
         return true;
     }
     std::optional<PreviewLook> lookAtPreview(bool focusCaption) override {
@@ -221,10 +216,8 @@ class FakePage : public ChatPage {
     std::optional<SearchLook> lookAtSearch() override {
         if (!answers("lookAtSearch")) return std::nullopt;
         SearchLook look{true, boxes_[Box::Search], {}, true};
-        const bool found = clock_.monotonicMs() >= searchedMs_ + searchDelay;
         for (const QString& name : std::as_const(names))
-            if (!found || name.contains(look.text, Qt::CaseInsensitive)) look.titles.append(name);
-        look.titles.sort();
+            if (name.contains(look.text, Qt::CaseInsensitive)) look.titles.append(name);
         return look;
     }
     std::optional<EntryClick> clickEntry(const QString& title) override {
@@ -304,19 +297,12 @@ class FakePage : public ChatPage {
     }
     bool openStartPage() override {
         commands.append(u"openStartPage"_qs);
-        shown.noPage = shown.errorPage = false;
+        shown.noPage = false;
         shown.otherSite.clear();
         return true;
     }
-    bool clickQrReload() override {
-        ++reloadsClicked;
-        return true;
-    }
-    bool clickUseHere() override {
-        commands.append(u"clickUseHere"_qs);
-        shown.useHereButtons = 0;
-        return true;
-    }
+    bool clickQrReload() override { return true; }
+    bool clickUseHere() override { return true; }
     QByteArray qrPicture() override { return {}; }
     QByteArray pagePicture() override { return {}; }
     int closeStrayTabs() override {
@@ -365,7 +351,7 @@ class FakePage : public ChatPage {
     Box focus_ = Box::Message;
     Delivered file_;
     bool previewShown_ = false, inChat_ = false;
-    qint64 searchedMs_ = 0, openedMs_ = 0;
+    qint64 openedMs_ = 0;
     QStringList titles_, clickedAddresses_;
     int clicked_ = 0;
     bool planted_ = false;

@@ -33,20 +33,8 @@ Settings mySql() {
     return settings;
 }
 
-TEST(ConnectionRequestTest, ModeFollowsTheSettings) {
-    Settings settings = mySql();
-    EXPECT_EQ(mainStoreRequest(settings, {}).text,
-              QStringLiteral(
-                  "DRIVER={MYSQL ODBC 5.1 Driver};SERVER=db.example;DATABASE=wa;UID=me;PWD=secret;PORT=3306;OPTION=3"));
-    EXPECT_TRUE(mainStoreRequest(settings, {}).user.isEmpty());
-
-    settings.MySQL_WithoutDSN = QStringLiteral("y");  // only "Y" means yes
-    settings.dsn = QStringLiteral("wa_dsn");
-    const ConnectionRequest dsn = mainStoreRequest(settings, {});
-    EXPECT_EQ(dsn.text + u'|' + dsn.user + u'|' + dsn.password, QStringLiteral("wa_dsn|me|secret"));
-
-    settings.UseMDB = QStringLiteral("Y");
-    EXPECT_EQ(mainStoreRequest(settings, QStringLiteral("C:\\Kibo\\App")).text,
+TEST(ConnectionRequestTest, TextsForAccessAreTheAgreedOnes) {
+    EXPECT_EQ(mainStoreRequest(localStore(), QStringLiteral("C:\\Kibo\\App")).text,
               QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security "
                              "Info=False;Jet OLEDB:Database Password="));
     EXPECT_EQ(elementStoreRequest(inProgramFolder(QStringLiteral("/opt/kibo"), QStringLiteral("element.sys"))).text,
@@ -108,6 +96,7 @@ TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
         {QSqlError::StatementError, "1064", "It can't end: 'secret", "It can't end: …"},
         {QSqlError::StatementError, "1064", "near X'736563' at line 1", "near … at line 1"},
         {QSqlError::StatementError, "1064", "near _utf8mb4'secret", "near …"},
+        {QSqlError::StatementError, "1406", "too long for column 'wa_text'", "too long for column 'wa_text'"},
         {QSqlError::StatementError, "1021", "Disk full; can't write", "Disk full; can't write"}};
     for (const auto& c : cases) {
         const QSqlError error({}, QString::fromUtf8(c.text), c.type, QString::fromUtf8(c.code));
