@@ -1,18 +1,17 @@
 #include "screens/element_screen.h"
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrlQuery>
 #include <QUuid>
-#include <mutex>
-#include <thread>
 
 #include "base/settings_file.h"
+#include "browser/raw_server.h"
 #include "support/answering_dialogs.h"
 #include "support/stores.h"
 
@@ -22,41 +21,30 @@ namespace {
 /// An element service on a free port of this computer. It answers a fetch with "//fetched/" and the name.
 class Service {
  public:
-    Service() {
-        const auto handle = [this](const httplib::Request& request, httplib::Response& answer) {
-            const std::lock_guard lock(mutex_);
-            requests_.push_back(request);
-            const std::string key = request.get_param_value("key");
-            answer.set_content(bodies.count(key) ? bodies[key] : "//fetched/" + key + "\n", "text/plain");
-            if (statuses.count(key)) answer.status = statuses[key];
-        };
-        server_.Get("/base/element.php", handle);
-        server_.Get("/base/updateelement.php", handle);
-        port_ = server_.bind_to_any_port("127.0.0.1");
-        thread_ = std::thread([this] { server_.listen_after_bind(); });
+    /// The requests so far: their paths and parameters.
+    std::vector<QUrl> requests() const {
+        std::vector<QUrl> urls;
+        for (const std::string& request : server_->requests())
+            urls.push_back(QUrl::fromEncoded(QByteArray::fromStdString(request).split(' ').value(1)));
+        return urls;
     }
-    ~Service() { stop(); }
-    void stop() {
-        if (!thread_.joinable()) return;
-        while (!server_.is_running()) std::this_thread::yield();
-        server_.stop();
-        thread_.join();
+    static std::string parameter(const QUrl& request, const char* name) {
+        const QUrlQuery query(request);
+        return query.queryItemValue(QLatin1String(name), QUrl::FullyDecoded).toStdString();
     }
-    QString address() const { return QStringLiteral("http://127.0.0.1:%1/base/").arg(port_); }
-    std::vector<httplib::Request> requests() const {
-        const std::lock_guard lock(mutex_);
-        return requests_;
-    }
+    QString address() const { return QString::fromStdString(server_->address()) + QStringLiteral("/base/"); }
+    void stop() { server_.reset(); }
 
-    std::map<std::string, std::string> bodies;  // set them before a request
-    std::map<std::string, int> statuses;
+    std::map<std::string, std::string> answers;  // by name; set them before a request
 
  private:
-    httplib::Server server_;
-    int port_ = 0;
-    mutable std::mutex mutex_;
-    std::vector<httplib::Request> requests_;
-    std::thread thread_;
+    RawServer::Reply answer(int number) const {
+        const std::string key = parameter(requests()[static_cast<std::size_t>(number)], "key");
+        const auto prepared = answers.find(key);
+        return {prepared == answers.end() ? RawServer::answer("//fetched/" + key + "\n") : prepared->second};
+    }
+
+    std::unique_ptr<RawServer> server_ = std::make_unique<RawServer>([this](int number) { return answer(number); });
 };
 
 class PreparedPage : public PageProbe {
@@ -136,23 +124,21 @@ TEST_F(ElementScreenTest, ShowsEveryNameWithItsValueAndWhatItIsFor) {
 }
 
 TEST_F(ElementScreenTest, FetchFillsBoxesInOrderAndStoresNothing) {
-    service.bodies = {{"XX_QR", "a[title=\"caf\xC3\xA9 + more\"]"},
-                      {"XX_To", ""},
-                      {"XX_Info", "<html>log in</html>"},
-                      {"XX_Update", "\xFF\xFE"},
-                      {"XX_SendButton", std::string(20'000, 'x')}};
-    service.statuses = {{"XX_NewChat", 404}};
+    service.answers = {
+        {"XX_QR", RawServer::answer("a[title=\"caf\xC3\xA9 + more\"]")}, {"XX_To", RawServer::answer("")},
+        {"XX_Info", RawServer::answer("<html>log in</html>")},           {"XX_Update", RawServer::answer("\xFF\xFE")},
+        {"XX_SendButton", RawServer::answer(std::string(20'000, 'x'))},  {"XX_NewChat", RawServer::answer("", 404)}};
     open(service.address());
     EXPECT_EQ(boxAfter("cmd_Fetch").icon, MessageBox::Icon::Information);
     EXPECT_EQ(dialogs.said(0), "Done..|Element updated.. \nPlease SAVE then CLOSE APP");
     std::string order;
     const std::string id = ReadIni(QStringLiteral("kibo"), QStringLiteral("InstallId"), ini()).toStdString();
     EXPECT_FALSE(QUuid::fromString(QString::fromStdString(id)).isNull());
-    for (const httplib::Request& request : service.requests()) {
-        order += request.get_param_value("key") + ' ';
-        EXPECT_EQ(request.path, "/base/element.php");
-        EXPECT_EQ(request.get_param_value("id"), id);
-        EXPECT_NE(request.get_param_value("xx"), "");
+    for (const QUrl& request : service.requests()) {
+        order += Service::parameter(request, "key") + ' ';
+        EXPECT_EQ(request.path(), QStringLiteral("/base/element.php"));
+        EXPECT_EQ(Service::parameter(request, "id"), id);
+        EXPECT_NE(Service::parameter(request, "xx"), "");
     }
     EXPECT_EQ(order,
               "XX_QR XX_To XX_Info XX_Update XX_ChatBox XX_NewChat XX_QRReload XX_SendButton XX_ReadMessage "
@@ -197,13 +183,12 @@ TEST_F(ElementScreenTest, UploadNeedsTheAccessCodeAndSendsEveryName) {
     boxAfter("cmd_Upload");
     EXPECT_EQ(dialogs.said(0), "Okay..|New Update Element Uploaded..");
     QStringList names;
-    for (const httplib::Request& request : service.requests()) {
-        const std::string name = request.get_param_value("key");
-        names.append(QString::fromStdString(name));
-        EXPECT_EQ(request.path, "/base/updateelement.php");
-        const QString value = elements[names.last()];
-        EXPECT_EQ(request.get_param_value("data"),
-                  name == "XX_ChatBox" ? "//a[@t='x plus y']&key=z" : value.toStdString());
+    for (const QUrl& request : service.requests()) {
+        names.append(QString::fromStdString(Service::parameter(request, "key")));
+        EXPECT_EQ(request.path(), QStringLiteral("/base/updateelement.php"));
+        const bool changed = names.last() == QStringLiteral("XX_ChatBox");
+        EXPECT_EQ(Service::parameter(request, "data"),
+                  changed ? "//a[@t='x plus y']&key=z" : elements[names.last()].toStdString());
     }
     EXPECT_EQ(names, ElementTable::names());
 }
