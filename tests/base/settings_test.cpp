@@ -47,29 +47,6 @@ TEST_F(SettingsTest, whatIsMissingOrEmptyIsWrittenAsItsDefault) {
     EXPECT_THAT(content(), testing::EndsWith("[DB]\r\nUseMDB=\r\nPort=3306\r\n"));
 }
 
-TEST_F(SettingsTest, everyOptionComesFromItsOwnSection) {
-    // DB and kibo hold different values under the same key: a wrong section or member shows at once.
-    const QStringList db = QStringLiteral("dsn user password MySQL_WithoutDSN MySQL_Server MySQL_DB Port UseMDB HideMe")
-                               .split(QLatin1Char(' '));
-    const std::pair<const char*, QString Settings::*> samples[] = {
-        {"dsn", &Settings::dsn},       {"password", &Settings::password}, {"MySQL_DB", &Settings::MySQL_DB},
-        {"Port", &Settings::Port},     {"UseMDB", &Settings::UseMDB},     {"HideMe", &Settings::HideMe},
-        {"Profil", &Settings::Profil}, {"Break", &Settings::Break},       {"AfterSend", &Settings::AfterSend},
-        {"Speed", &Settings::Speed},   {"Slow", &Settings::Slow},         {"TmpFolder", &Settings::TmpFolder}};
-    QByteArray text;
-    for (const char* section : {"DB", "kibo"}) {
-        text += QByteArray("[") + section + "]\n";
-        for (const auto& [key, member] : samples) text += QByteArray(key) + "=" + section + " " + key + "\n";
-    }
-    setContent(text);
-    const Settings settings = loadSettings(file());
-    for (const auto& [key, member] : samples) {
-        const QString name = QString::fromLatin1(key);
-        const QString section = db.contains(name) ? QStringLiteral("DB") : QStringLiteral("kibo");
-        EXPECT_EQ(settings.*member, section + QLatin1Char(' ') + name);
-    }
-}
-
 TEST_F(SettingsTest, valuesAreCutButAddressesAreNot) {
     const QByteArray address = "https://" + QByteArray(100, 'x') + "/";
     setContent("[kibo]\nEXE=" + address + "\nStartAddress=" + address + "\nChatAddress=" + address +

@@ -104,21 +104,6 @@ struct Session {
     Result<QJsonObject> capabilities;
 };
 
-TEST(Client, OpensASessionSetsItsLimitsAndEndsIt) {
-    Session session(RawServer::answer(R"({"value":"the title"})"));
-    ASSERT_TRUE(session.capabilities);
-    EXPECT_EQ(session.capabilities.value()[QStringLiteral("k")], 7);
-    EXPECT_EQ(session.client.send(GetTitle{}).valueOr({}).toString(), QStringLiteral("the title"));
-    EXPECT_TRUE(session.client.quit());
-    EXPECT_EQ(session.client.commandsSent(), 4u);
-    EXPECT_NE(session.server.requests()[1].find(R"("script":3000)"), std::string::npos);
-    EXPECT_EQ(session.server.requests()[3].find("DELETE /session/s1 "), 0u);
-
-    EXPECT_FALSE(session.client.isOpen());
-    EXPECT_TRUE(isSessionGone(failureOf(session.client.send(GetTitle{}))));
-    EXPECT_EQ(session.server.requests().size(), 4u);
-}
-
 TEST(Client, ABusyDriverCostsTheFullTimeLimitOnce) {
     // Requests from 2 on (the first ones open the session) stay without an answer until `busy` ends.
     std::atomic<bool> busy = true;
@@ -171,6 +156,14 @@ TEST(Client, TellsTheDriversErrorsFromAnswersThatArentAnyWithoutQuotingPageOrLoc
     Client client(transportTo(server));
     EXPECT_EQ(failureOf(client.start({})).text, "NewSession: session not created: unknown error: only Chrome 115");
     EXPECT_FALSE(client.isOpen());
+}
+
+TEST(Client, ATimeOutAndALostSessionAreOurs) {
+    EXPECT_TRUE(isSessionGone({FailureKind::Remote, "", "invalid session id"}));
+    EXPECT_FALSE(isSessionGone({FailureKind::Remote, "", "no such window"}));
+    EXPECT_FALSE(isSessionGone({FailureKind::Transport, "", "timeout"}));
+    // The same word means two things: the driver's time limit, and ours.
+    EXPECT_FALSE(isTimeout({FailureKind::Remote, "", "timeout"}));
 }
 
 }  // namespace
