@@ -1,7 +1,5 @@
-#include <QAction>
 #include <QDir>
 #include <QProcess>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
@@ -52,11 +50,6 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
     EXPECT_EQ(application.state().cb_Profil.text, QStringLiteral("7"));
     EXPECT_EQ(application.state().txt_DUMMY.text, QStringLiteral("6281"));
     EXPECT_FALSE(application.state().dboff.visible);
-
-    application.window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
-    for (QWidget* one : QApplication::allWidgets())
-        if (one->objectName() == QStringLiteral("test_ChatBox")) qobject_cast<QPushButton*>(one)->click();
-    EXPECT_EQ(shown(0), QStringLiteral("Please Connect first to test.."));
 }
 
 TEST_F(StartUpTest, aCrashOfTheLastRunIsToldOnce) {

@@ -13,14 +13,6 @@ namespace {
 
 constexpr int kPrefixMs = 120'000;
 
-xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
-    const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::string(name).size()), name);
-    auto* reply = xcb_intern_atom_reply(connection, cookie, nullptr);
-    const xcb_atom_t found = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-    std::free(reply);
-    return found;
-}
-
 std::optional<xcb_window_t> shownWindow(const XClient& client, const char* title) {
     const auto found = platform::FindWindowByTitle(title);
     if (!found || !client.isViewable(static_cast<xcb_window_t>(*found))) return std::nullopt;
@@ -104,8 +96,8 @@ bool closeWindow(const char* title) {
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = *window;
-    event.type = atom(client.get(), "WM_PROTOCOLS");
-    event.data.data32[0] = atom(client.get(), "WM_DELETE_WINDOW");
+    event.type = client.atom("WM_PROTOCOLS");
+    event.data.data32[0] = client.atom("WM_DELETE_WINDOW");
     event.data.data32[1] = XCB_CURRENT_TIME;
     send(client, *window, event);
     return true;
