@@ -11,6 +11,7 @@
 #include "base/settings_file.h"
 #include "session/close_all.h"
 #include "session/profile_settings.h"
+#include "support/files.h"
 #include "support/manual_clock.h"
 #include "support/stores.h"
 #include "support/window_fixture.h"
@@ -53,10 +54,7 @@ TEST_F(StartUpTest, showsTheWindowWhenAllIsWell) {
 }
 
 TEST_F(StartUpTest, aCrashOfTheLastRunIsToldOnce) {
-    QFile trace(file("kibo.crash"));
-    ASSERT_TRUE(trace.open(QIODevice::WriteOnly));
-    trace.write("signal 11 SIGSEGV, at address 0x0\n  process 7\n  kibo+0x1234\n");
-    trace.close();
+    written(file("kibo.crash"), "signal 11 SIGSEGV, at address 0x0\n  process 7\n  kibo+0x1234\n");
     const StartUp startUp(dialogs, folder.path());
     for (int times : {1, 1}) {
         startUp.reportCrash();

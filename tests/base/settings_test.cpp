@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "base/log.h"
 #include "base/settings_file.h"
+#include "support/files.h"
 
 namespace kibo {
 namespace {
@@ -16,15 +16,8 @@ namespace {
 class SettingsTest : public testing::Test {
  protected:
     QString file() const { return folder_.filePath(QStringLiteral("kibo.ini")); }
-    std::string content() const {
-        QFile input(file());
-        return input.open(QIODevice::ReadOnly) ? input.readAll().toStdString() : std::string();
-    }
-    void setContent(const QByteArray& text) const {
-        QFile output(file());
-        ASSERT_TRUE(output.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        output.write(text);
-    }
+    std::string content() const { return test::contentOf(file()).toStdString(); }
+    void setContent(const QByteArray& text) const { test::written(file(), text); }
 
     QTemporaryDir folder_;
 };
@@ -39,12 +32,13 @@ TEST_F(SettingsTest, whatIsMissingOrEmptyIsWrittenAsItsDefault) {
     EXPECT_EQ(content(), first) << "a second start changes nothing";
     EXPECT_EQ(QDir(folder_.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
 
-    setContent("[kibo]\r\nSpeed=\r\nUseMDB=Y\r\nLimitSelect=y\r\n[DB]\r\nUseMDB=\r\n");
+    setContent("[kibo]\r\nSpeed=\r\nUseMDB=Y\r\nLimitSelect=y\r\n[DB]\r\nUseMDB=\r\ndsn=shop\r\n");
     const Settings settings = loadSettings(file());
     EXPECT_EQ(settings.Speed, QStringLiteral("NORMAL"));
+    EXPECT_EQ(settings.dsn, QStringLiteral("shop"));
     EXPECT_FALSE(isYes(settings.LimitSelect)) << "only the capital letter means yes";
     EXPECT_THAT(content(), testing::StartsWith("[kibo]\r\nSpeed=NORMAL\r\nUseMDB=N\r\nLimitSelect=y\r\n"));
-    EXPECT_THAT(content(), testing::EndsWith("[DB]\r\nUseMDB=\r\nPort=3306\r\n"));
+    EXPECT_THAT(content(), testing::EndsWith("[DB]\r\nUseMDB=\r\ndsn=shop\r\nPort=3306\r\n"));
 }
 
 TEST_F(SettingsTest, valuesAreCutButAddressesAreNot) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -11,6 +10,7 @@
 #include "platform/top_level_windows.h"
 #include "raw_server.h"
 #include "support/eventually.h"
+#include "support/files.h"
 #include "support/processes.h"
 #include "support/virtual_display.h"
 
@@ -164,9 +164,7 @@ TEST_F(BrowserTest, OpensAProfileWhoseSettingsAKillHasCutShort) {
     ASSERT_TRUE(QDir().mkpath(profile_ + QStringLiteral("/Default")));
     for (const char* content : {"", "{\"half"}) {
         for (const char* name : {"/Default/Preferences", "/Local State"}) {
-            QFile file(profile_ + QLatin1String(name));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(content);
+            test::written(profile_ + QLatin1String(name), content);
         }
         const auto opened = open();
         EXPECT_TRUE(opened) << opened.failure().text;

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
+
+#include "support/files.h"
 
 namespace kibo {
 namespace {
@@ -11,15 +12,8 @@ namespace {
 /// Starts a program made of shell lines in the place of the driver.
 class DriverProcessTest : public ::testing::Test {
  protected:
-    QString program(const QByteArray& lines, bool executable = true) {
-        const QString path = folder_.filePath(QStringLiteral("driver"));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n");
-        file.write(lines);
-        file.close();
-        if (executable) file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return path;
+    QString program(const QByteArray& lines) {
+        return test::writtenScript(folder_.filePath(QStringLiteral("driver")), lines);
     }
 
     static void expectFailure(FailureKind kind, const QString& program, const char* says, int readyWithinMs = 2000) {
@@ -36,7 +30,7 @@ class DriverProcessTest : public ::testing::Test {
 
 TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsedAndEndsIt) {
     expectFailure(FailureKind::NotFound, QStringLiteral("/nowhere/chromedriver"), "/nowhere/chromedriver");
-    expectFailure(FailureKind::NotFound, program("exit 0\n", false), "");
+    expectFailure(FailureKind::NotFound, test::written(folder_.filePath(QStringLiteral("text")), "exit 0\n"), "");
     const QString exits = program("echo cannot open display\nexit 3\n");
     for (const char* said : {"exit code 3", "cannot open display"}) expectFailure(FailureKind::Io, exits, said);
     // The port of the first line is the one asked for, not one to talk to.
@@ -48,9 +42,7 @@ TEST_F(DriverProcessTest, TellsWhyADriverCantBeUsedAndEndsIt) {
     // One that doesn't want to end.
     const QString stubborn = program("trap '' TERM\necho $$ >\"$0.pid\"\nwhile :; do sleep 0.05; done\n");
     expectFailure(FailureKind::Protocol, stubborn, "", 300);
-    QFile pidFile(stubborn + QStringLiteral(".pid"));
-    ASSERT_TRUE(pidFile.open(QIODevice::ReadOnly));
-    const platform::ProcessId pid = pidFile.readAll().trimmed().toLongLong();
+    const platform::ProcessId pid = test::contentOf(stubborn + QStringLiteral(".pid")).trimmed().toLongLong();
     ASSERT_GT(pid, 0);
     EXPECT_EQ(platform::processStartTime(pid), 0u);
 }

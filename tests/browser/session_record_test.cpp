@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QSysInfo>
 #include <QTemporaryDir>
 #include <memory>
+
+#include "support/files.h"
 
 namespace kibo {
 namespace {
@@ -65,10 +66,7 @@ TEST_F(SessionRecordTest, LeftoversOfADeadGatewayAreEndedWithTheirChildren) {
     EXPECT_TRUE(runs(bystander)) << "it only has the same id";
 
     for (const char* damaged : {"", "{", R"({"driver":{"pid":1,"started":"x"},"browser":{"pid":-1}})"}) {
-        QFile file(folder_.filePath(QStringLiteral("kibo-session-5.json")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(damaged);
-        file.close();
+        test::written(folder_.filePath(QStringLiteral("kibo-session-5.json")), damaged);
         EXPECT_EQ(records_.endLeftovers(), 0);
         EXPECT_EQ(files(), 0);
     }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <optional>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "engine/gateway.h"
 #include "fake_page.h"
 #include "store/database.h"
+#include "support/files.h"
 #include "support/stores.h"
 
 namespace kibo::test {

@@ -17,9 +17,7 @@ class FilesAndNames : public Engine {
         tick();
     }
     QString write(const QString& name, const QByteArray& content) {
-        QFile file(folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        return file.fileName();
+        return test::written(folder.filePath(name), content);
     }
     QString sendOne(const QString& to, const QString& text, const QString& media = {}, const QString& file = {},
                     int mode = 0) {

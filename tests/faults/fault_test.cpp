@@ -54,8 +54,8 @@ class Faults : public ::testing::Test {
         const auto drivers = platform::children(program.process.processId());
         if (drivers.empty() || victim == Driver) return drivers.empty() ? 0 : drivers.front().id;
         for (const auto& process : program.processes()) {
-            QFile line(u"/proc/%1/cmdline"_qs.arg(process.id));
-            if (line.open(QIODevice::ReadOnly) && !line.readAll().contains("--type=")) return process.id;
+            const QByteArray line = test::contentOf(u"/proc/%1/cmdline"_qs.arg(process.id));
+            if (!line.isEmpty() && !line.contains("--type=")) return process.id;
         }
         return 0;
     }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -12,11 +11,15 @@
 #include "inbox/media_file_name.h"
 #include "platform/process.h"
 #include "support/eventually.h"
+#include "support/files.h"
 
 namespace kibo {
 namespace {
 
+using test::contentOf;
 using test::RawServer;
+using test::written;
+using test::writtenScript;
 
 TEST(MediaFileName, StaysInItsFolderOnEverySystem) {
     const std::pair<const char*, const char*> names[] = {
@@ -44,16 +47,6 @@ TEST(MediaFileName, StaysInItsFolderOnEverySystem) {
 class Media : public testing::Test {
  protected:
     MediaDownload download(DownloadLimits limits = {}) { return {settings_, clock_, folder_.path(), limits}; }
-    static QByteArray contentOf(const QString& name) {
-        QFile file(name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void write(const QString& name, const QByteArray& content) const {
-        QFile file(folder_.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
 
     QTemporaryDir folder_;
     Settings settings_;
@@ -105,7 +98,7 @@ TEST_F(Media, EndsAtItsLimitAndWithTheProgram) {
 }
 
 TEST_F(Media, GoesToTheExternalDownloader) {
-    write(u"wget2"_qs, "#!/bin/sh\nprintf '[%s]' \"$@\" > '" + folder_.path().toUtf8() + "/said'\n");
+    writtenScript(folder_.filePath(u"wget2"_qs), "printf '[%s]' \"$@\" > '" + folder_.path().toUtf8() + "/said'\n");
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", folder_.path().toUtf8() + ':' + path);
     settings_.TmpFolder = folder_.filePath(u"my tmp/"_qs);
@@ -128,14 +121,14 @@ TEST_F(Media, GoesToTheExternalDownloader) {
 
 TEST_F(Media, HelperIsPutInPlaceUnlessItsOwnSpellingIsThere) {
     const auto installed = [this](const QByteArray& shipped) {
-        if (!shipped.isEmpty()) write(u"Downloadmedia.kb"_qs, shipped);
+        if (!shipped.isEmpty()) written(folder_.filePath(u"Downloadmedia.kb"_qs), shipped);
         installDownloadHelper(folder_.path());
         return contentOf(folder_.filePath(u"Downloadmedia.exe"_qs));
     };
     EXPECT_EQ(installed({}), QByteArray()) << "there is nothing to install";
     EXPECT_EQ(installed("new"), "new");
     EXPECT_EQ(installed("newer"), "newer") << "a helper of this spelling is renewed at every start";
-    write(u"DownloadMedia.exe"_qs, "kept");
+    written(folder_.filePath(u"DownloadMedia.exe"_qs), "kept");
     EXPECT_EQ(installed("newest"), "newer");
 }
 

@@ -119,14 +119,12 @@ TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
     page.previewDelay = 3000;
     tick();
     ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
-    QFile picture(folder.filePath(u"p.png"_qs));
-    ASSERT_TRUE(picture.open(QIODevice::WriteOnly) && picture.write("x") == 1 && picture.flush());
     fetch = [&](const QString&) -> Result<QString> {
         unread(kAni, u"hello"_qs);
         watch.Timer2_Timer();
         EXPECT_EQ(rows("wa_text"), u"hello"_qs);
         EXPECT_TRUE(state.step.startsWith(u"Preparing the files"_qs)) << state.step.toStdString();
-        return picture.fileName();
+        return test::written(folder.filePath(u"p.png"_qs), "x");
     };
     const qint64 id = queue(u"6281234567890"_qs, u"x"_qs, 0, u"https://h/p.png"_qs);
     runQueue();

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "base/settings_file.h"
 #include "browser/version_check.h"
 #include "support/answering_dialogs.h"
+#include "support/files.h"
 
 namespace kibo::test {
 namespace {
@@ -91,11 +91,7 @@ TEST_F(BrowserCareTest, versionBoxComesForAnotherMajorVersionOnlyAndDoesNotHoldU
     EXPECT_FALSE(versionMismatch(u"ChromeDriver 116.0.5845.96 (1a39)"_qs, chrome));
     EXPECT_FALSE(versionMismatch(QString(), chrome));
     EXPECT_FALSE(versionMismatch(u"ChromeDriver 115.0"_qs, QString()));
-    QFile script(folder.filePath(u"cekver"_qs));
-    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\nsleep 0.3\necho 'ChromeDriver 99.0.1 (x)' > \"$2/ver\"\n");
-    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    script.close();
+    writtenScript(folder.filePath(u"cekver"_qs), "sleep 0.3\necho 'ChromeDriver 99.0.1 (x)' > \"$2/ver\"\n");
     dialogs.answers = {false};
     BrowserCare browserCare = care();
     browserCare.checkVersions();

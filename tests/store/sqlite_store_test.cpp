@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <memory>
@@ -11,6 +10,7 @@
 #include "store/sql_failure.h"
 #include "store/sql_text.h"
 #include "store_under_test.h"
+#include "support/files.h"
 #include "support/stores.h"
 
 namespace kibo {
@@ -129,10 +129,7 @@ TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
     EXPECT_FALSE(QFile::exists(path_)) << "a missing store was created";
     test::createStores(folder_.path());
     ASSERT_EQ(complaint(), QString());
-    QFile file(path_);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray whole = file.readAll();
-    file.close();
+    const QByteArray whole = test::contentOf(path_);
     const std::pair<QByteArray, const char*> cases[] = {
         {{}, "is empty"},
         {"wa_no;wa_text\n62811;hello\n", "is not a database"},
@@ -141,9 +138,7 @@ TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
         {whole.left(whole.size() - 4096), "its end is missing"},
         {QByteArray(whole).replace(4096, 8192, QByteArray(8192, '\x5a')), "is damaged"}};
     for (const auto& [content, said] : cases) {
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.close();
+        test::written(path_, content);
         expectComplaint(said);
     }
     QFile::remove(path_);

@@ -3,7 +3,6 @@
 #include <signal.h>
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -11,6 +10,7 @@
 #include "base/settings_file.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
+#include "support/files.h"
 #include "support/processes.h"
 #include "support/stores.h"
 
@@ -63,15 +63,11 @@ class RunningProgram {
     }
     /// Driver, browser and the browser's helpers.
     std::vector<platform::Process> processes() const { return processesNaming(home.path()); }
-    QByteArray content(const QString& file) const {
-        QFile input(home.filePath(file));
-        return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray();
-    }
-    QByteArray log() const { return content(QStringLiteral("kibo.log")); }
+    QByteArray log() const { return contentOf(home.filePath(QStringLiteral("kibo.log"))); }
     /// What the gateway has begun and not ended.
     QByteArray journal() const {
         const QStringList files = QDir(home.path()).entryList({QStringLiteral("send.*.journal")});
-        return files.isEmpty() ? QByteArray() : content(files.first());
+        return files.isEmpty() ? QByteArray() : contentOf(home.filePath(files.first()));
     }
 
     QTemporaryDir home;

@@ -2,6 +2,7 @@
 #include "inbox/inbox.h"
 #include "real_gateway.h"
 #include "support/eventually.h"
+#include "support/files.h"
 
 namespace kibo {
 namespace {
@@ -203,22 +204,18 @@ TEST_F(InboxBrowser, BothBotsAreAskedAndDeadOnesCostNothingElse) {
         };
         return eventually(come) ? asked[count - 1] : "(nothing)";
     };
-    QFile program(real->folder.filePath(u"bot"_qs)), argument(real->folder.filePath(u"argument"_qs));
-    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
-    program.write("#!/bin/sh\nprintf '%s\\n%s' \"$#\" \"$1\" > '" + argument.fileName().toUtf8() + "'\n");
-    program.close();
-    program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    const QString argument = real->folder.filePath(u"argument"_qs);
+    real->settings.EXE = test::writtenScript(real->folder.filePath(u"bot"_qs),
+                                             "printf '%s\\n%s' \"$#\" \"$1\" > '" + argument.toUtf8() + "'\n");
     real->settings.UseBotPHP = real->settings.UseBotEXE = u"Y"_qs;
     real->settings.PHP = QString::fromStdString(server->address()) + u"/ask"_qs;
-    real->settings.EXE = program.fileName();
 
     incoming(R"({"number": "628111", "text": "how much? $(touch x) '\"; & 😀"})");
     ASSERT_TRUE(stores(1));
     EXPECT_TRUE(question(1).starts_with("GET /ask?wa_no=628111&wa_text=how+much%3F+%24%28touch+x%29+")) << question(1);
     EXPECT_NE(question(1).find(" Kibo"), std::string::npos);
-    ASSERT_TRUE(eventually([&] { return argument.exists() && argument.size() > 2; }));
-    ASSERT_TRUE(argument.open(QIODevice::ReadOnly));
-    EXPECT_EQ(argument.readAll().toStdString(), "1\n628111~~how much? $(touch x) '\"; & 😀");
+    const std::string told = "1\n628111~~how much? $(touch x) '\"; & 😀";
+    EXPECT_TRUE(eventually([&] { return test::contentOf(argument) == QByteArray::fromStdString(told); }));
 
     // In a browser of its own.
     real->settings.UseIE = u"Y"_qs;

@@ -1,4 +1,5 @@
 #include "real_gateway.h"
+#include "support/files.h"
 
 namespace kibo {
 namespace {
@@ -19,9 +20,7 @@ class RealFilesAndNames : public test::OnRealGateway<10> {
             real->standIn.addContact(std::to_string(6285000000000 + i), "Crowd " + std::to_string(i));
     }
     QString write(const QString& name, const QByteArray& content) {
-        QFile file(real->folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        return file.fileName();
+        return test::written(real->folder.filePath(name), content);
     }
     /// Sends one message; what arrived, as "number kind fileName text" each.
     QStringList send(const QString& to, const QString& text, const QString& media = {}, const QString& file = {}) {
