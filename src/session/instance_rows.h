@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 #include "store/database.h"
 
@@ -17,6 +18,20 @@ class InstanceRows {
     void announce(const QString& applicationName);
     /// How many status rows `profile` has: 1 when an instance with it runs, or was ended without its unload.
     int statusRows(const QString& profile);
+    /// What the control panel asks of one instance.
+    struct Commands {
+        bool restart = false;    ///< of its browser session
+        bool off = false;        ///< whatever the row's value
+        bool hasStatus = false;  ///< its status row is there
+    };
+    /// Nothing when the database didn't tell. A single session is restarted by the key that names no profile, and can't
+    /// be switched off.
+    std::optional<Commands> commands(const QString& profile, bool multi);
+    /// A single session's row then says "no", for the panel to see; one of several instances has its row deleted. False
+    /// when the command still stands.
+    bool restartObeyed(const QString& profile, bool multi);
+    void report(const QString& profile, const QString& status, bool rowExists);
+
     /// Removes the rows of `profile` and clears its login code: the instance goes.
     void withdraw(const QString& profile);
     /// Removes the command and status rows of all instances.
