@@ -216,6 +216,15 @@ void GatewayApplication::buildInstanceParts() {
         .openFreshSession = [this] { openFreshSession(); },
         .endProgram = [this] { endProgram(); },
     });
+    renewal_ = std::make_unique<BrowserRenewal>(BrowserRenewal::Needs{
+        .state = state_,
+        .settings = settings_,
+        .clock = clock_,
+        .ageMs = [this] { return browser_.ageMs(); },
+        .memoryBytes = [this] { return browser_.memoryBytes(); },
+        .pageInUse = [this] { return screens_->pageInUse(); },
+        .openFreshSession = [this] { openFreshSession(); },
+    });
     pageCapture_ = std::make_unique<PageCapture>(state_, settings_, *page_, programFolder_);
     instanceStarter_ = std::make_unique<InstanceStarter>(InstanceStarter::Needs{
         .state = state_,
@@ -335,6 +344,7 @@ void GatewayApplication::Timer1_Timer() {
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     pageCapture_->capture();
     panelCommands_->tick();
+    if (!ending()) renewal_->tick();
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }
 

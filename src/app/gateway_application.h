@@ -24,6 +24,7 @@
 #include "main_window/main_window.h"
 #include "main_window/window_picture.h"
 #include "session/browser_care.h"
+#include "session/browser_renewal.h"
 #include "session/close_all.h"
 #include "session/instance_lock.h"
 #include "session/instance_rows.h"
@@ -113,6 +114,7 @@ class GatewayApplication {
     std::unique_ptr<CloseAll> closeAll_;
     std::unique_ptr<PanelCommands> panelCommands_;
     std::unique_ptr<PageCapture> pageCapture_;
+    std::unique_ptr<BrowserRenewal> renewal_;
     std::unique_ptr<InstanceStarter> instanceStarter_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;

@@ -4,6 +4,7 @@
 
 #include <QTemporaryDir>
 
+#include "session/browser_renewal.h"
 #include "session/instance_starter.h"
 #include "support/answering_dialogs.h"
 #include "support/manual_clock.h"
@@ -115,6 +116,44 @@ TEST_F(PanelCommandsTest, TheMenuStartsTheNextProfileEachTime) {
     }
     EXPECT_EQ(started.join(u' '), u"98 99"_qs);
     EXPECT_EQ(dialogs.shown.size(), 6U) << "the name that is no number, and the program that didn't start";
+}
+
+TEST_F(PanelCommandsTest, ABrowserIsOpenedAnewByAgeAndSizeWhileNothingWaits) {
+    qint64 ageMs = 2 * BrowserRenewal::kRestMs;
+    quint64 bytes = 0;
+    bool inUse = false;
+    int opened = 0;
+    BrowserRenewal renewal({state, settings, clock, [&] { return ageMs; }, [&] { return bytes; }, [&] { return inUse; },
+                            [&] { ++opened; }});
+    const auto isOpenedAnew = [&] {
+        clock.wait(BrowserRenewal::kLookMs);
+        const int before = opened;
+        renewal.tick();
+        return opened > before;
+    };
+    state.status.caption = u"Ready"_qs;
+    bytes = 1'400'000'000;
+    EXPECT_FALSE(isOpenedAnew());
+    bytes = 1'600'000'000;
+    EXPECT_TRUE(isOpenedAnew());
+    for (bool* const reason : {&state.stepRunning, &state.busy, &state.waitread.visible, &inUse}) {
+        *reason = true;
+        EXPECT_FALSE(isOpenedAnew());
+        *reason = false;
+    }
+    const auto waiting = std::make_shared<ListRows>();
+    waiting->append({});
+    state.ms_out.setRows(waiting);
+    EXPECT_FALSE(isOpenedAnew());
+    state.BreakTime.setEnabled(true);
+    EXPECT_TRUE(isOpenedAnew());
+    ageMs = BrowserRenewal::kRestMs - 1;
+    EXPECT_FALSE(isOpenedAnew()) << "it may need that much";
+    ageMs = 25 * 3'600'000;
+    settings.BrowserMaxMB = u"0"_qs;
+    EXPECT_TRUE(isOpenedAnew());
+    settings.BrowserMaxHours = u"0"_qs;
+    EXPECT_FALSE(isOpenedAnew());
 }
 
 }  // namespace
