@@ -68,6 +68,7 @@ GatewayApplication::~GatewayApplication() {
     dialogs_.closeForGood();
     // By now the message in hand is settled and the browser has ended: the panel sees the instance go when it has gone.
     if (announced_) instanceRows_.withdraw(state_.cb_Profil.text);
+    if (report_) report_->withdraw();
 }
 
 bool GatewayApplication::start() {
@@ -225,6 +226,15 @@ void GatewayApplication::buildInstanceParts() {
         .pageInUse = [this] { return screens_->pageInUse(); },
         .openFreshSession = [this] { openFreshSession(); },
     });
+    report_ = std::make_unique<InstanceReport>(InstanceReport::Needs{
+        .state = state_,
+        .settings = settings_,
+        .database = database_,
+        .clock = clock_,
+        .browserAgeMs = [this] { return browser_.ageMs(); },
+        .browserBytes = [this] { return browser_.memoryBytes(); },
+    });
+    report_->begin();
     pageCapture_ = std::make_unique<PageCapture>(state_, settings_, *page_, programFolder_);
     instanceStarter_ = std::make_unique<InstanceStarter>(InstanceStarter::Needs{
         .state = state_,
@@ -344,7 +354,9 @@ void GatewayApplication::Timer1_Timer() {
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     pageCapture_->capture();
     panelCommands_->tick();
-    if (!ending()) renewal_->tick();
+    if (ending()) return;
+    renewal_->tick();
+    report_->tick();
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }
 

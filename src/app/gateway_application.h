@@ -27,6 +27,7 @@
 #include "session/browser_renewal.h"
 #include "session/close_all.h"
 #include "session/instance_lock.h"
+#include "session/instance_report.h"
 #include "session/instance_rows.h"
 #include "session/instance_starter.h"
 #include "session/page_capture.h"
@@ -115,6 +116,7 @@ class GatewayApplication {
     std::unique_ptr<PanelCommands> panelCommands_;
     std::unique_ptr<PageCapture> pageCapture_;
     std::unique_ptr<BrowserRenewal> renewal_;
+    std::unique_ptr<InstanceReport> report_;
     std::unique_ptr<InstanceStarter> instanceStarter_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;

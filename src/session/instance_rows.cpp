@@ -43,7 +43,7 @@ std::optional<InstanceRows::Commands> InstanceRows::commands(const QString& prof
         const auto is = [&](const QString& other) { return name.compare(other, Qt::CaseInsensitive) == 0; };
         if (is(restart)) commands.restart = rows.field(1) == QStringLiteral("yes");
         if (is(off)) commands.off = multi;
-        if (is(status)) commands.hasStatus = true;
+        if (is(status)) commands.status = rows.field(1);
     }
     return commands;
 }
@@ -54,12 +54,12 @@ bool InstanceRows::restartObeyed(const QString& profile, bool multi) {
     return database_.execute(kInsert, {restartKey(profile, multi), QStringLiteral("no")}).has_value();
 }
 
-void InstanceRows::report(const QString& profile, const QString& status, bool rowExists) {
-    if (rowExists) {
+void InstanceRows::report(const QString& profile, const QString& status, const std::optional<QString>& written) {
+    if (!written) {
+        database_.execute(kInsert, {key("status", profile), status});
+    } else if (*written != status) {
         database_.execute(QStringLiteral("update tmp set tmp_val = ? where tmp_cd = ?"),
                           {status, key("status", profile)});
-    } else {
-        database_.execute(kInsert, {key("status", profile), status});
     }
 }
 

@@ -8,7 +8,7 @@ void PanelCommands::tick() {
     const auto asked = n_.rows.commands(profile(), multi());
     if (asked) notice(*asked);
     if (pending_ != Command::None) obey();
-    if (asked && !n_.clock.waitingStopped()) n_.rows.report(profile(), n_.state.status.caption, asked->hasStatus);
+    if (asked && !n_.clock.waitingStopped()) n_.rows.report(profile(), n_.state.status.caption, asked->status);
 }
 
 void PanelCommands::notice(const InstanceRows::Commands& asked) {

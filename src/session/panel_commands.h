@@ -28,8 +28,8 @@ class PanelCommands {
     /// What it is given must outlive it.
     explicit PanelCommands(Needs needs) : n_(std::move(needs)) {}
 
-    /// One statement reads what is asked for, one writes the status. A database that doesn't answer, or refuses one of
-    /// them, leaves the rest to the next tick.
+    /// One statement reads what is asked for and told, one writes a status that has changed. A database that doesn't
+    /// answer, or refuses one of them, leaves the rest to the next tick.
     void tick();
 
     static constexpr qint64 kPatienceMs = 30'000;

@@ -37,7 +37,7 @@ QStringList statementsOf(const QString& script) {
 /// What gives a table the columns that its statement names and that it lacks: those that came later, of which each may
 /// be empty. A column has a line of its own.
 QStringList missingColumns(const QSqlDatabase& connection, const QString& table, const QString& statement) {
-    static const QRegularExpression kColumn(QStringLiteral("^    (\\w+) (\\w.*?),?$"),
+    static const QRegularExpression kColumn(QStringLiteral("^    ([a-z]\\w*) (\\w.*?),?$"),
                                             QRegularExpression::MultilineOption);
     const QSqlRecord held = connection.record(table);
     QStringList statements;

@@ -4,7 +4,9 @@
 
 #include <QTemporaryDir>
 
+#include "base/log.h"
 #include "session/browser_renewal.h"
+#include "session/instance_report.h"
 #include "session/instance_starter.h"
 #include "support/answering_dialogs.h"
 #include "support/manual_clock.h"
@@ -96,6 +98,40 @@ TEST_F(PanelCommandsTest, WaitForTheMessageInHandButNotForEver) {
     EXPECT_FALSE(state.Timer_KIBO.enabled());
     state.busy = false;
     EXPECT_EQ(tick(), "end ");
+}
+
+TEST_F(PanelCommandsTest, TellsHowTheInstanceDoesAndNotWhatItSends) {
+    qint64 ageMs = 3'600'000;
+    panel("insert into kibo_instance (profil, host, process) values ('13', 'other', 1)");
+    const QString left = u"insert into kibo_instance (profil, host, process) values ('12', '%1', 1)"_qs;
+    panel(left.arg(QSysInfo::machineHostName()).toUtf8().constData());
+    InstanceReport report({state, settings, database, clock, [&] { return ageMs; }, [] { return 400'900'000ULL; }});
+    const auto told = [&](const char* columns, int seconds = 1) {
+        for (int i = 0; i < seconds; ++i) {
+            clock.wait(1000);
+            ageMs += 1000;
+            report.tick();
+        }
+        const QString sql = u"select %1 from kibo_instance where profil = '12'"_qs.arg(QLatin1String(columns));
+        return panel(sql.toUtf8().constData()).trimmed().replace(u'\t', u'|').toStdString();
+    };
+    report.begin();
+    EXPECT_EQ(told("status, browser_since, browser_mb, held, waiting"), "Not Connect|2026-03-14 14:09:26|400.0|1|0");
+    state.journalProblem = QString(300, u'x');
+    state.step = u"It's \\ waiting"_qs;
+    EXPECT_EQ(told("length(held_why), step, beat"), "255|It's \\ waiting|2026-03-14 15:09:28");
+    EXPECT_EQ(told("beat", 4), "2026-03-14 15:09:28");
+    EXPECT_EQ(told("beat"), "2026-03-14 15:09:33");
+    panel("delete from kibo_instance where profil = '12'");
+    EXPECT_EQ(told("count(*)", 10), "1") << "a row that was deleted comes back";
+    report.withdraw();
+    EXPECT_EQ(panel("select group_concat(profil) from kibo_instance").trimmed(), u"13"_qs);
+    panel("drop table kibo_instance");
+    for (int i = 0; i < 100; ++i) {
+        clock.wait(1000);
+        report.tick();
+    }
+    EXPECT_EQ(log::newestLines().filter(u"is not told in kibo_instance"_qs).size(), 1);
 }
 
 TEST_F(PanelCommandsTest, TheMenuStartsTheNextProfileEachTime) {
