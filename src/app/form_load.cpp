@@ -37,11 +37,11 @@ bool FormLoad::Form_Load() {
     }
     state.HideChrome.checked = isYes(settings.HideChrome);
 
-    if (instanceRows.statusRows(state.cb_Profil.text) > 0) {
-        log::info("window", QStringLiteral("profile %1 has a status row already: another instance runs with it, or "
-                                           "the last one was ended")
-                                .arg(state.cb_Profil.text));
-    }
+    const QString profile = state.cb_Profil.text;
+    if (instanceRows.statusRows(profile) > 0)
+        log::info("window", QStringLiteral("the last instance of profile %1 was ended without its leave").arg(profile));
+    // A command that it left behind is not meant for this one.
+    instanceRows.withdraw(profile);
     if (multi) {
         state.HideChrome.checked = false;
         settings.HideChrome = QStringLiteral("N");

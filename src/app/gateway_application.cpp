@@ -66,6 +66,9 @@ GatewayApplication::GatewayApplication(ProgramDialogs& dialogs, QString programF
 GatewayApplication::~GatewayApplication() {
     // An answer would come to what is no more.
     dialogs_.closeForGood();
+    // By now the message in hand is settled and the browser has ended: the panel sees the instance go when it has gone.
+    if (announced_) instanceRows_.withdraw(state_.cb_Profil.text);
+    if (report_) report_->withdraw();
 }
 
 bool GatewayApplication::start() {
@@ -133,7 +136,8 @@ bool GatewayApplication::showWindow() {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
     };
-    if (!formLoad.Form_Load() || ending()) return false;
+    announced_ = formLoad.Form_Load();
+    if (!announced_ || ending()) return false;
     const Result<void> journal = openJournal();
     if (!journal) log::error("window", QString::fromStdString(journal.failure().text));
     // Start-up skips what fails; from here on `DebugMode` decides.
@@ -152,6 +156,7 @@ bool GatewayApplication::showWindow() {
         });
     }
     buildBrowserParts();
+    buildInstanceParts();
     addTimers();
     WindowPlace::remember(window_.get(), startUp_.settingsFile());
     state_.step = QStringLiteral("WhatsApp is not open");
@@ -186,8 +191,6 @@ void GatewayApplication::buildBrowserParts() {
         .refreshInbox = [this] { inbox_->grid.cmd_InboxRefresh_Click(); },
         .guarded = [this](const auto& step) { edge_->run(step); },
     });
-    closeAll_ =
-        std::make_unique<CloseAll>(CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
     care_ = std::make_unique<BrowserCare>(BrowserCare::Needs{
         .state = state_,
         .settings = settings_,
@@ -200,6 +203,56 @@ void GatewayApplication::buildBrowserParts() {
         .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
     });
     if (!isYes(settings_.Multi)) care_->checkVersions();
+}
+
+void GatewayApplication::buildInstanceParts() {
+    closeAll_ =
+        std::make_unique<CloseAll>(CloseAll::Needs{*guardedDialogs_, instanceRows_, clock_, [this] { endProgram(); }});
+    panelCommands_ = std::make_unique<PanelCommands>(PanelCommands::Needs{
+        .state = state_,
+        .settings = settings_,
+        .clock = clock_,
+        .rows = instanceRows_,
+        .closeBrowser = [this] { browser_.quit(); },
+        .openFreshSession = [this] { openFreshSession(); },
+        .endProgram = [this] { endProgram(); },
+    });
+    renewal_ = std::make_unique<BrowserRenewal>(BrowserRenewal::Needs{
+        .state = state_,
+        .settings = settings_,
+        .clock = clock_,
+        .ageMs = [this] { return browser_.ageMs(); },
+        .memoryBytes = [this] { return browser_.memoryBytes(); },
+        .pageInUse = [this] { return screens_->pageInUse(); },
+        .openFreshSession = [this] { openFreshSession(); },
+    });
+    report_ = std::make_unique<InstanceReport>(InstanceReport::Needs{
+        .state = state_,
+        .settings = settings_,
+        .database = database_,
+        .clock = clock_,
+        .browserAgeMs = [this] { return browser_.ageMs(); },
+        .browserBytes = [this] { return browser_.memoryBytes(); },
+    });
+    report_->begin();
+    pageCapture_ = std::make_unique<PageCapture>(state_, settings_, *page_, programFolder_);
+    instanceStarter_ = std::make_unique<InstanceStarter>(InstanceStarter::Needs{
+        .state = state_,
+        .settings = settings_,
+        .dialogs = *guardedDialogs_,
+        .start = [](const QString& profile) -> Result<void> {
+            const auto started = platform::startProgram(platform::executableFile(), {profile.toStdString()});
+            if (!started) return started.failure();
+            return {};
+        },
+    });
+}
+
+/// No message is in hand: the step machine then finds the browser gone, and forgets what it knew of the old page.
+void GatewayApplication::openFreshSession() {
+    browser_.quit();
+    if (state_.Timer_KIBO.enabled()) gateway_->machine.Timer_KIBO_Timer();
+    keeper_->cmd_OpenWA_Click();
 }
 
 MainWindowActions GatewayApplication::actions() {
@@ -233,6 +286,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.profileChanged = [this](const QString& profile) { care_->cb_Profil_Change(profile); };
     actions.newProfile = [this] { care_->newProfile(); };
     actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
+    actions.startAnother = guarded([this] { instanceStarter_->mnmulti_Click(); });
     actions.closeAll = guarded([this] { closeAll_->mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
@@ -298,6 +352,11 @@ void GatewayApplication::Timer1_Timer() {
     keeper_->keepOpen();
     browser_.hideWhenTitled();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
+    pageCapture_->capture();
+    panelCommands_->tick();
+    if (ending()) return;
+    renewal_->tick();
+    report_->tick();
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }
 
@@ -319,7 +378,6 @@ void GatewayApplication::activate() {
 
 void GatewayApplication::unload() {
     policy_.setDebugMode(false);
-    instanceRows_.withdraw(state_.cb_Profil.text);
     endProgram();
 }
 

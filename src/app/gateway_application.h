@@ -24,9 +24,14 @@
 #include "main_window/main_window.h"
 #include "main_window/window_picture.h"
 #include "session/browser_care.h"
+#include "session/browser_renewal.h"
 #include "session/close_all.h"
 #include "session/instance_lock.h"
+#include "session/instance_report.h"
 #include "session/instance_rows.h"
+#include "session/instance_starter.h"
+#include "session/page_capture.h"
+#include "session/panel_commands.h"
 #include "session/profile_settings.h"
 #include "session/queue_actions.h"
 #include "session/session_keeper.h"
@@ -68,6 +73,8 @@ class GatewayApplication {
     QString journalFile() const;
     bool alreadyRuns();
     void buildBrowserParts();
+    void buildInstanceParts();
+    void openFreshSession();
     void Timer1_Timer();
     void refreshOutbox();
     void applyHideMe();
@@ -106,9 +113,15 @@ class GatewayApplication {
     std::unique_ptr<BrowserCare> care_;
     std::unique_ptr<QueueActions> queueActions_;
     std::unique_ptr<CloseAll> closeAll_;
+    std::unique_ptr<PanelCommands> panelCommands_;
+    std::unique_ptr<PageCapture> pageCapture_;
+    std::unique_ptr<BrowserRenewal> renewal_;
+    std::unique_ptr<InstanceReport> report_;
+    std::unique_ptr<InstanceStarter> instanceStarter_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;
+    bool announced_ = false;  // the rows of this profile in the shared tables are this instance's
     QTimer heartbeat_;
 };
 

@@ -76,6 +76,8 @@ const Option kOptions[] = {
     OPTION(kKibo, ShowIE, kYesNo),
     OPTION(kKibo, MaxFileMB, kNumber),
     OPTION(kKibo, MessageDays, kNumber),
+    OPTION(kKibo, BrowserMaxMB, kNumber),
+    OPTION(kKibo, BrowserMaxHours, kNumber),
     OPTION(kKibo, StartAddress, kLongText),
     OPTION(kKibo, ChatAddress, kLongText),
     OPTION(kKibo, ChromeDriver, kLongText),

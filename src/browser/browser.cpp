@@ -76,7 +76,8 @@ Result<void> Browser::open(const LaunchOptions& options) {
         removeBrokenSettings(profile.value());
     }
 
-    session_.emplace(Session{nullptr, options.profile, startAddress(settings), records, {}, 0, {}, {}, false});
+    session_.emplace(
+        Session{nullptr, options.profile, startAddress(settings), clock_.monotonicMs(), records, {}, 0, {}, {}, false});
     if (const Result<void> started = start(*session_, options, profile.value()); !started) {
         quit();
         return started;
@@ -91,6 +92,18 @@ Result<void> Browser::open(const LaunchOptions& options) {
     const bool done = hideWindow(options.hideWindow);
     session_->hideWhenTitled = options.hideWindow && !done;
     return {};
+}
+
+qint64 Browser::ageMs() const {
+    return session_ ? clock_.monotonicMs() - session_->openedAtMs : 0;
+}
+
+quint64 Browser::memoryBytes() const {
+    const platform::ProcessId root = session_ ? session_->record.browser.id : 0;
+    if (root == 0) return 0;
+    quint64 bytes = platform::memoryBytes(root);
+    for (const platform::Process& process : platform::descendants(root)) bytes += platform::memoryBytes(process.id);
+    return bytes;
 }
 
 Result<void> Browser::start(Session& session, const LaunchOptions& options, const QString& profileFolder) {

@@ -43,6 +43,12 @@ class Browser {
     /// A session was opened and not quit; it may be lost since.
     bool isOpen() const { return session_.has_value(); }
 
+    /// How long ago the session was opened; 0 without one.
+    qint64 ageMs() const;
+    /// What the browser and its processes use of this computer's memory; 0 without a session, and where it can't be
+    /// told.
+    quint64 memoryBytes() const;
+
     /// Ends the session, its browser and its driver, within seconds even if they hang.
     void quit();
 
@@ -77,6 +83,7 @@ class Browser {
         std::unique_ptr<DriverProcess> driver;  ///< none: the driver ran already
         QString profile;
         QString startPage;
+        qint64 openedAtMs = 0;
         SessionRecords records;
         SessionRecord record;
         platform::ProcessId windowOwner = 0;  ///< the browser's process; 0 when it runs on another computer

@@ -39,6 +39,9 @@ std::vector<Process> descendants(ProcessId pid);
 
 /// Full path of the running program, empty when it can't be told.
 std::string executablePath(ProcessId pid);
+/// Memory that is this process's own, in bytes, and its share of what it has in common with others: the proportional
+/// set size of proc(5), the private bytes of Windows. 0 when it can't be told.
+std::uint64_t memoryBytes(ProcessId pid);
 /// The arguments it was started with, in the system's encoding of file names (UTF-8 on Windows), the program's name
 /// first. Empty when they can't be told.
 std::vector<std::string> commandLine(ProcessId pid);

@@ -102,6 +102,17 @@ std::string executablePath(ProcessId pid) {
     return path;
 }
 
+std::uint64_t memoryBytes(ProcessId pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/smaps_rollup");
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream fields(line);
+        std::string name;
+        std::uint64_t kilobytes = 0;
+        if (fields >> name >> kilobytes && name == "Pss:") return kilobytes * 1024;
+    }
+    return 0;
+}
+
 std::vector<std::string> commandLine(ProcessId pid) {
     std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
     std::vector<std::string> arguments;

@@ -99,6 +99,13 @@ std::string executablePath(ProcessId pid) {
     return {path, size};
 }
 
+std::uint64_t memoryBytes(ProcessId pid) {
+    const Handle process = open(pid, PROCESS_QUERY_LIMITED_INFORMATION);
+    PROCESS_MEMORY_COUNTERS_EX memory = {};
+    auto* const counters = reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory);
+    return process.valid() && ::GetProcessMemoryInfo(process.get(), counters, sizeof memory) ? memory.PrivateUsage : 0;
+}
+
 std::vector<std::string> commandLine(ProcessId pid) {
     const auto listed = wmi::processes("Select * from Win32_Process Where ProcessId=" + std::to_string(pid));
     if (!listed || listed.value().empty()) return {};

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QStandardPaths>
 #include <QtEndian>
-#include <algorithm>
 #include <cstring>
 
 namespace kibo {
@@ -16,16 +15,23 @@ constexpr quint32 kWide = 0x80000000;
 const QString kFilePattern = QStringLiteral("found-XXXXXX");
 
 void appendCell(QByteArray& to, const QString& cell) {
-    const bool narrow = std::all_of(cell.begin(), cell.end(), [](QChar c) { return c.unicode() < 256; });
-    const auto bytes = static_cast<quint32>(narrow ? cell.size() : 2 * cell.size());
-    char head[sizeof bytes];
-    qToLittleEndian(cell.isNull() ? kNull : narrow ? bytes : bytes | kWide, head);
-    to.append(head, sizeof head);
-    if (narrow) {
-        to += cell.toLatin1();
-    } else {
-        to.append(reinterpret_cast<const char*>(cell.utf16()), bytes);
+    const qsizetype begin = to.size(), length = cell.size();
+    to.resize(begin + qsizetype{sizeof(quint32)} + length);
+    char* out = to.data() + begin + sizeof(quint32);
+    char16_t wide = 0;  // what two bytes are needed for
+    for (const QChar c : cell) {
+        wide |= c.unicode();
+        *out++ = static_cast<char>(c.unicode());
     }
+    quint32 head = static_cast<quint32>(length);
+    if (cell.isNull()) {
+        head = kNull;
+    } else if (wide > 0xFF) {
+        head = static_cast<quint32>(2 * length) | kWide;
+        to.resize(begin + qsizetype{sizeof head});
+        to.append(reinterpret_cast<const char*>(cell.utf16()), 2 * length);
+    }
+    qToLittleEndian(head, to.data() + begin);
 }
 
 /// The cells that stand at `at`, which moves behind them.

@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QUuid>
 #include <utility>
 
@@ -33,8 +34,24 @@ QStringList statementsOf(const QString& script) {
     return statements;
 }
 
-/// Those for tables and views that the store doesn't hold yet. That for a server's character set is not among them: it
-/// comes with the connection.
+/// What gives a table the columns that its statement names and that it lacks: those that came later, of which each may
+/// be empty. A column has a line of its own.
+QStringList missingColumns(const QSqlDatabase& connection, const QString& table, const QString& statement) {
+    static const QRegularExpression kColumn(QStringLiteral("^    ([a-z]\\w*) (\\w.*?),?$"),
+                                            QRegularExpression::MultilineOption);
+    const QSqlRecord held = connection.record(table);
+    QStringList statements;
+    for (auto column = kColumn.globalMatch(statement); column.hasNext();) {
+        const auto match = column.next();
+        if (!held.contains(match.captured(1)))
+            statements.append(
+                QStringLiteral("ALTER TABLE %1 ADD COLUMN %2 %3").arg(table, match.captured(1), match.captured(2)));
+    }
+    return statements;
+}
+
+/// Those for tables and views that the store doesn't hold yet, and for columns that Kibo's own tables got since. That
+/// for a server's character set is not among them: it comes with the connection.
 Result<QStringList> missingOnes(const QSqlDatabase& connection, SqlErrors errors, const QStringList& statements) {
     static const QRegularExpression kTable(QStringLiteral("^CREATE (?:TABLE|VIEW|INDEX \\w+ ON) (\\w+)"));
     QSqlQuery query(connection);
@@ -43,10 +60,16 @@ Result<QStringList> missingOnes(const QSqlDatabase& connection, SqlErrors errors
         return sqlFailure(query.lastError(), errors);
     QStringList held, missing;
     while (query.next()) held.append(query.value(0).toString());
-    for (const QString& statement : statements)
-        if (const auto table = kTable.match(statement);
-            table.hasMatch() && !held.contains(table.captured(1), Qt::CaseInsensitive))
+    for (const QString& statement : statements) {
+        const auto match = kTable.match(statement);
+        if (!match.hasMatch()) continue;
+        const QString table = match.captured(1);
+        if (!held.contains(table, Qt::CaseInsensitive)) {
             missing.append(statement);
+        } else if (table.startsWith(QStringLiteral("kibo_")) && statement.startsWith(QStringLiteral("CREATE TABLE"))) {
+            missing += missingColumns(connection, table, statement);
+        }
+    }
     return missing;
 }
 

@@ -20,10 +20,13 @@ bool run(QSqlQuery& query, const QString& sql, const QVariantList& values) {
 }  // namespace
 
 QString fieldText(const QSqlQuery& query, int column) {
-    if (query.isNull(column)) return {};
     const QVariant value = query.value(column);
+    if (value.isNull()) return {};
     QString text;
     switch (value.typeId()) {
+        case QMetaType::QString:
+            text = *static_cast<const QString*>(value.constData());
+            break;
         case QMetaType::QDateTime:
             text = value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
             break;

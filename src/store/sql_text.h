@@ -20,6 +20,7 @@ QString withSqliteDateLiterals(const QString& sql);
 /// that; Access takes no text for a time.
 struct StoredTime {
     QString text;
+    friend bool operator==(const StoredTime&, const StoredTime&) = default;
 };
 
 /// `sql` with each question mark outside of quotes replaced by its value: a text as a hexadecimal literal, which needs

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "store/database.h"
+#include "store/new_store.h"
 #include "store/sql_failure.h"
 #include "store/sql_text.h"
 #include "store_under_test.h"
@@ -147,6 +148,24 @@ TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
     QFile::remove(path_);
     QDir(folder_.path()).mkdir(QStringLiteral("kb.mdb"));
     expectComplaint("is a folder");
+}
+
+TEST_F(OpenFailureTest, AStoreOfAnEarlierVersionGetsWhatItLacksAndKeepsWhatItHolds) {
+    test::createStores(folder_.path());
+    const auto columns = [&] {
+        return test::sqlite(path_,
+                            QStringLiteral("select m.name, c.name from sqlite_master m, pragma_table_info(m.name) "
+                                           "c order by 1, 2"));
+    };
+    const QString whole = columns();
+    test::sqlite(path_, QStringLiteral("drop view kibo_outcome; "
+                                       "alter table kibo_message drop column ticks_time; "
+                                       "alter table kibo_message drop column page_id; "
+                                       "insert into kibo_message (source, outbox_id) values ('outbox', 7)"));
+    ASSERT_TRUE(completeLocalStore(path_));
+    ASSERT_TRUE(completeLocalStore(path_)) << "once more finds nothing to do";
+    EXPECT_EQ(columns(), whole);
+    EXPECT_EQ(test::sqlite(path_, QStringLiteral("select outbox_id from kibo_message")).trimmed(), QStringLiteral("7"));
 }
 
 TEST_F(OpenFailureTest, StoreIsFoundInAnyFolderAndAnOutsideWriterIsWaitedForByWritersOnly) {

@@ -151,6 +151,7 @@ void MainWindow::buildMenus() {
     gateway->addSeparator();
     mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
     add(gateway, "mn_cleaner", "Run &Cleaner", actions_.runCleaner);
+    add(gateway, "mnmulti", "Start &another instance", actions_.startAnother);
     add(gateway, "mncloseall", "&Close All", actions_.closeAll);
     add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
 

@@ -142,3 +142,28 @@ CREATE TABLE kibo_message (
     ticks_time DATETIME
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
+
+-- How each instance does, written by the instance itself every few seconds. Kibo's own.
+CREATE TABLE kibo_instance (
+    profil TEXT(64) NOT NULL,
+    host TEXT(255) NOT NULL,
+    process LONG NOT NULL,
+    version TEXT(32),
+    started DATETIME,
+    beat DATETIME,
+    status TEXT(32),
+    step TEXT(255),
+    paused SMALLINT,
+    break_until DATETIME,
+    held SMALLINT,
+    held_why TEXT(255),
+    waiting LONG,
+    done_about TEXT(255),
+    sent LONG,
+    failed LONG,
+    last_failure TEXT(255),
+    browser_since DATETIME,
+    browser_mb DOUBLE,
+    page_changed TEXT(255),
+    CONSTRAINT kibo_instance_key PRIMARY KEY (profil, host, process)
+);

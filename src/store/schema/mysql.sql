@@ -150,6 +150,31 @@ CREATE TABLE kibo_message (
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 
+-- How each instance does, written by the instance itself every few seconds. Kibo's own.
+CREATE TABLE kibo_instance (
+    profil VARCHAR(64) NOT NULL,
+    host VARCHAR(255) NOT NULL,
+    process BIGINT NOT NULL,
+    version VARCHAR(32),
+    started DATETIME,
+    beat DATETIME,
+    status VARCHAR(32),
+    step VARCHAR(255),
+    paused SMALLINT,
+    break_until DATETIME,
+    held SMALLINT,
+    held_why VARCHAR(255),
+    waiting BIGINT,
+    done_about VARCHAR(255),
+    sent BIGINT,
+    failed BIGINT,
+    last_failure VARCHAR(255),
+    browser_since DATETIME,
+    browser_mb DOUBLE,
+    page_changed VARCHAR(255),
+    PRIMARY KEY (profil, host, process)
+) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
+
 -- What integrators ask: what stands where, and whether that can still change.
 CREATE VIEW kibo_outcome AS
 SELECT o.id AS id, '' AS profil, 'waiting' AS state, NULL AS reason_code, NULL AS reason, 0 AS final,

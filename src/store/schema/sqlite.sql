@@ -143,6 +143,31 @@ CREATE TABLE kibo_message (
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 
+-- How each instance does, written by the instance itself every few seconds. Kibo's own.
+CREATE TABLE kibo_instance (
+    profil TEXT NOT NULL,
+    host TEXT NOT NULL,
+    process INTEGER NOT NULL,
+    version TEXT,
+    started TEXT,
+    beat TEXT,
+    status TEXT,
+    step TEXT,
+    paused INTEGER,
+    break_until TEXT,
+    held INTEGER,
+    held_why TEXT,
+    waiting INTEGER,
+    done_about TEXT,
+    sent INTEGER,
+    failed INTEGER,
+    last_failure TEXT,
+    browser_since TEXT,
+    browser_mb REAL,
+    page_changed TEXT,
+    PRIMARY KEY (profil, host, process)
+);
+
 -- What integrators ask: what stands where, and whether that can still change.
 CREATE VIEW kibo_outcome AS
 SELECT o.id AS id, '' AS profil, 'waiting' AS state, NULL AS reason_code, NULL AS reason, 0 AS final,
