@@ -75,6 +75,7 @@ class FakePage : public ChatPage {
         delivered.push_back({number, text});
         history_[number].append({u"true_%1"_qs.arg(++lastId_), true, text + u"14:05"_qs});
     }
+    void forgetHistory() { history_.clear(); }
     QStringList messageIds(const QString& number) const {
         QStringList ids;
         for (const ChatMessage& message : history_.value(number)) ids.prepend(message.id);
