@@ -69,6 +69,8 @@ const std::vector<Field>& fields() {
         {"losePreview", &B::losePreview, {}, Use::Counted},
         {"dropPreview", &B::dropPreview, {}, Use::Counted},
         {"ackDelayMs", &B::ackDelayMs},
+        {"ownTicks", &B::ownTicks},
+        {"tickStyle", &B::tickStyle, {"ack", "colour", "title"}},
         {"loseFocus", &B::loseFocus, {}, Use::Counted},
         {"strayTab", &B::strayTab, {}, Use::Counted},
         {"frozenMs", &B::frozenMs, {}, Use::Once},

@@ -64,12 +64,14 @@ struct Behaviour {
     int sendDelayMs = 0;      ///< from Enter until the box is empty and the message is in the chat
     bool acknowledgedSend =
         false;  ///< the box empties when the server has the text, so that killing the page loses none
-    int linkPreviewDelayMs = 1000;  ///< until the preview of an address in the text is there
-    int previewDelayMs = 150;       ///< from choosing a file until its preview is there
-    int uploadDelayMs = 150;        ///< from sending a file until its preview is gone
-    int losePreview = 0;            ///< counter: chosen files whose preview never comes
-    int dropPreview = 0;            ///< counter: previews that close when they are sent, with nothing sent
-    int ackDelayMs = 150;           ///< between one and two ticks on a sent message
+    int linkPreviewDelayMs = 1000;     ///< until the preview of an address in the text is there
+    int previewDelayMs = 150;          ///< from choosing a file until its preview is there
+    int uploadDelayMs = 150;           ///< from sending a file until its preview is gone
+    int losePreview = 0;               ///< counter: chosen files whose preview never comes
+    int dropPreview = 0;               ///< counter: previews that close when they are sent, with nothing sent
+    int ackDelayMs = 150;              ///< between one tick on a sent message and the others that it gets by itself
+    int ownTicks = 2;                  ///< so many, up to 3; 1: nothing is delivered
+    std::string tickStyle = "colour";  ///< names of the icons: "ack", "colour" or "title"
 
     // Disturbances
     int loseFocus = 0;  ///< counter: the search box takes the focus right after the message box got it

@@ -1,5 +1,7 @@
 #include "standin/world.h"
 
+#include <algorithm>
+
 #include "standin/json_fields.h"
 
 namespace kibo::standin {
@@ -91,7 +93,7 @@ Result<void> World::act(const std::string& name, const json& details) {
         addIncoming(details);
         return {};
     }
-    const bool aboutChat = name == "mark" || name == "typing" || name == "delete";
+    const bool aboutChat = name == "mark" || name == "typing" || name == "delete" || name == "ticks";
     if (aboutChat && !isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
     if (name == "mark" || name == "typing") {
         const std::lock_guard lock(mutex_);
@@ -99,6 +101,12 @@ Result<void> World::act(const std::string& name, const json& details) {
         update["name"] = name;
         if (name == "mark") marks_[textOf(details, "number")] = update;
         push(update);
+        return {};
+    }
+    if (name == "ticks") {
+        const int64_t ticks = numberOf(details, "ticks", -1);
+        if (ticks < 0 || ticks > 3) return missing(name, R"("ticks", from 0 to 3)");
+        raiseTicks(textOf(details, "number"), ticks);
         return {};
     }
     if (name == "delete") {
@@ -202,6 +210,14 @@ void World::deleteNewest(const std::string& number) {
         push({{"name", "delete"}, {"number", number}});
         return;
     }
+}
+
+void World::raiseTicks(const std::string& number, int64_t ticks) {
+    const std::lock_guard lock(mutex_);
+    for (json& message : history_)
+        if (message["number"] == number && !message.contains("incoming"))
+            message["ticks"] = std::max(numberOf(message, "ticks", 0), ticks);
+    push({{"name", "ticks"}, {"number", number}, {"ticks", ticks}});
 }
 
 void World::report(const std::string& kind, const std::string& number, const std::string& detail) {

@@ -66,6 +66,7 @@ class World {
 
     void push(nlohmann::json action);  // mutex_ held
     void addIncoming(const nlohmann::json& details);
+    void raiseTicks(const std::string& number, int64_t ticks);
     void deleteNewest(const std::string& number);
 
     mutable std::mutex mutex_;

@@ -2,6 +2,7 @@ import {lastMessage} from './chats.js';
 import {el} from './dom.js';
 import {icon} from './icons.js';
 import {clockTime, colourOf} from './numbers.js';
+import {tickMark} from './ticks.js';
 import {later} from './timing.js';
 
 const rowHeight = 68;
@@ -101,6 +102,12 @@ export class ChatList {
         });
     }
 
+    /** The preview is a message of ours. */
+    #showsOwn(chat, open) {
+        const newest = lastMessage(chat);
+        return this.#behaviour().entryPreviews && newest && !newest.incoming && !chat.typing && !(chat.draft && !open);
+    }
+
     #entry({chat, message}, top) {
         const newest = message ?? lastMessage(chat);
         const open = chat.number === this.#openNumber;
@@ -113,6 +120,8 @@ export class ChatList {
             preview: message ? oneLine(message.text) : this.#behaviour().entryPreviews ? preview(chat, open) : '',
             muted: chat.muted,
             pinned: chat.pinned,
+            ticks: message || !this.#showsOwn(chat, open) ? null : lastMessage(chat).ticks,
+            tickStyle: this.#behaviour().tickStyle,
             ornateEntries: this.#behaviour().ornateEntries,
             time: newest ? clockTime(newest.timeMs) : '',
             unread: message ? 0 : chat.unread,
@@ -186,6 +195,7 @@ class Row {
             el('div', {class: 'chat-row-line'},
                 entry.member && el('span', {dir: 'auto'}, entry.member),
                 entry.member && el('span', {}, ':\u00a0'),
+                entry.ticks !== null && tickMark(entry.ticks, 'status', entry.tickStyle),
                 entry.preview && el('span', {dir: 'ltr', class: 'chat-row-preview'}, ...drawn(entry.ornateEntries ? `\u202a${entry.preview}\u202c` : entry.preview, entry.ornateEntries)),
                 entry.muted && icon('muted'),
                 entry.pinned && icon('pinned'),

@@ -5,9 +5,10 @@ export class Chats extends EventTarget {
     #byNumber = new Map();
     #order = [];
 
-    load({contacts, messages, unread, marks}) {
+    /** Messages of which nothing else is known have as many ticks as `ownTicks`. */
+    load({contacts, messages, unread, marks}, ownTicks) {
         for (const [number, name] of Object.entries(contacts)) this.chat(number).name = name;
-        for (const message of messages) this.#store(message);
+        for (const message of messages) this.#store({ticks: ownTicks, ...message});
         for (const chat of this.#order) chat.unread = unread[chat.number] ?? 0;
         for (const mark of Object.values(marks)) this.mark(mark);
         this.#order.sort((a, b) => lastTime(b) - lastTime(a));
@@ -70,6 +71,13 @@ export class Chats extends EventTarget {
     setTyping(number, typing) {
         this.chat(number).typing = typing;
         this.#changed();
+    }
+
+    /** Ticks never go back. */
+    raiseTicks(messages, ticks) {
+        const behind = messages.filter((message) => !(message.ticks >= ticks));
+        for (const message of behind) message.ticks = ticks;
+        if (behind.length > 0) this.#changed();
     }
 
     deleteNewest(number) {

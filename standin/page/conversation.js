@@ -3,6 +3,7 @@ import {el} from './dom.js';
 import {icon} from './icons.js';
 import {keepPicture, MessageView, newMessageId} from './messages.js';
 import {colourOf, pictureAddress} from './numbers.js';
+import {pending, sent} from './ticks.js';
 import {later, wait} from './timing.js';
 
 const address = /https?:\/\/\S+/;
@@ -30,6 +31,7 @@ export class Conversation {
         this.#spend = spend;
         this.#server = server;
         this.#onAttach = onAttach;
+        chats.addEventListener('change', () => this.#view?.refreshTicks());
     }
 
     get element() {
@@ -103,11 +105,11 @@ export class Conversation {
     }
 
     #build() {
-        const {renameBox, messageIds} = this.#behaviour();
+        const {renameBox} = this.#behaviour();
         const box = el(renameBox ? 'section' : 'div', {
             contenteditable: 'true', role: 'textbox', 'data-tab': '10', 'data-lexical-editor': 'true', spellcheck: 'false',
             'aria-label': 'Type a message', 'aria-placeholder': 'Type a message', class: 'box'});
-        this.#view = new MessageView(messageIds);
+        this.#view = new MessageView(this.#behaviour());
         this.#parts = {
             header: el('header', {class: 'conversation-header'}),
             action: el('div', {class: 'footer-action'}),
@@ -199,13 +201,14 @@ export class Conversation {
     }
 
     async #post(message, acknowledged = false) {
-        const stamped = {...message, timeMs: Date.now()};
+        const stamped = {...message, timeMs: Date.now(), ticks: pending};
         const view = this.number === message.number ? this.#view : null;
         this.#chats.add(stamped, true);
         view?.add(stamped);
-        if (!acknowledged) await this.#server.send(stamped);
-        view?.setTick(stamped.id, 'sent');
-        later(this.#behaviour().ackDelayMs, () => view?.setTick(stamped.id, 'delivered'));
+        if (!acknowledged) await this.#server.send({...message, timeMs: stamped.timeMs});
+        const {ackDelayMs, ownTicks} = this.#behaviour();
+        this.#chats.raiseTicks([stamped], Math.min(ownTicks, sent));
+        later(ackDelayMs, () => this.#chats.raiseTicks([stamped], ownTicks));
     }
 }
 

@@ -14,7 +14,7 @@ import {Server} from './server.js';
 import {later} from './timing.js';
 
 /** Behaviours that show in the open chat. */
-const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds'];
+const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle'];
 
 /** The page as a whole: which of its three faces is shown, and how its parts reach each other. */
 class App {
@@ -37,7 +37,7 @@ class App {
     async start() {
         const state = await this.#server.load();
         this.#current = new Behaviour(this.#server, state.behaviour);
-        this.#chats.load(state);
+        this.#chats.load(state, state.behaviour.ownTicks);
         this.#build();
         this.#listen();
         this.#followLogin();
@@ -188,6 +188,9 @@ class App {
             break;
         case 'typing':
             this.#chats.setTyping(action.number, action.typing ?? true);
+            break;
+        case 'ticks':
+            this.#chats.raiseTicks(this.#chats.chat(action.number).messages.filter((message) => !message.incoming), action.ticks);
             break;
         case 'delete':
             this.#chats.deleteNewest(action.number);

@@ -1,12 +1,10 @@
 import {el} from './dom.js';
 import {icon} from './icons.js';
 import {chatId, clockTime} from './numbers.js';
+import {tickMark} from './ticks.js';
 
 /** A long chat shows its newest messages only. */
 const shownAtOnce = 60;
-
-const tickNames = {waiting: 'msg-time', sent: 'msg-check', delivered: 'msg-dblcheck'};
-const tickLabels = {waiting: ' Pending ', sent: ' Sent ', delivered: ' Delivered '};
 
 /** In a group, the id of a message ends with its writer's number. */
 const memberNumber = '6289900000001';
@@ -22,11 +20,13 @@ export const newMessageId = () =>
 /** The messages of one chat, newest at the bottom. */
 export class MessageView {
     #idStyle;
+    #tickStyle;
     #ticks = new Map();
     #list = el('div', {class: 'messages', role: 'application'});
 
-    constructor(idStyle) {
-        this.#idStyle = idStyle;
+    constructor({messageIds, tickStyle}) {
+        this.#idStyle = messageIds;
+        this.#tickStyle = tickStyle;
     }
 
     get element() {
@@ -35,11 +35,11 @@ export class MessageView {
 
     showAll(messages) {
         this.#ticks.clear();
-        this.#list.replaceChildren(...messages.slice(-shownAtOnce).map((message) => this.#row(message, 'delivered')));
+        this.#list.replaceChildren(...messages.slice(-shownAtOnce).map((message) => this.#row(message)));
     }
 
     add(message) {
-        this.#list.append(this.#row(message, 'waiting'));
+        this.#list.append(this.#row(message));
         while (this.#list.childElementCount > shownAtOnce) this.#list.firstElementChild.remove();
         this.#list.scrollTop = this.#list.scrollHeight;
     }
@@ -48,18 +48,22 @@ export class MessageView {
         this.#list.scrollTop = this.#list.scrollHeight;
     }
 
-    /** `state`: "waiting", "sent" or "delivered". */
-    setTick(messageId, state) {
-        this.#ticks.get(messageId)?.replaceChildren(tick(state));
+    /** Shows the ticks that its messages have by now. */
+    refreshTicks() {
+        for (const [message, shown] of this.#ticks) {
+            if (shown.ticks === message.ticks) continue;
+            shown.ticks = message.ticks;
+            shown.holder.replaceChildren(tickMark(message.ticks, 'msg', this.#tickStyle));
+        }
     }
 
-    #row(message, state) {
+    #row(message) {
         const direction = message.incoming ? 'message-in' : 'message-out';
         const chat = message.member ? `${message.number}@g.us` : chatId(message.number, this.#idStyle);
         const member = message.member ? `_${memberNumber}@c.us` : '';
         const dataId = `${!message.incoming}_${chat}_${message.id}${member}`;
-        const holder = message.incoming ? null : el('span', {class: 'tick'}, tick(state));
-        if (holder) this.#ticks.set(message.id, holder);
+        const holder = message.incoming ? null : el('span', {}, tickMark(message.ticks, 'msg', this.#tickStyle));
+        if (holder) this.#ticks.set(message, {holder, ticks: message.ticks});
         return el('div', {role: 'row', class: 'message-row'},
             el('div', {'data-id': this.#idStyle === 'none' ? null : dataId, class: `message ${direction}`},
                 attachment(message),
@@ -71,12 +75,6 @@ export class MessageView {
 
 const textOf = (message) =>
     ({text: message.text, deleted: 'This message was deleted'})[message.kind] ?? message.caption;
-
-function tick(state) {
-    const drawn = icon(tickNames[state]);
-    drawn.setAttribute('aria-label', tickLabels[state]);
-    return drawn;
-}
 
 const stamp = (message) =>
     `[${clockTime(message.timeMs)}, ${new Date(message.timeMs).toLocaleDateString('en-US')}] ${message.incoming ? message.member || message.number : 'You'}: `;
