@@ -344,7 +344,10 @@ void GatewayApplication::Timer1_Timer() {
     clock_.runPendingEvents();
     inbox_->reader.storeWaiting();
     inbox_->grid.keepFresh();
-    if (!state_.stepRunning) gateway_->records.removeOld();
+    if (!state_.stepRunning) {
+        gateway_->records.removeOld();
+        gateway_->ticks.write();
+    }
     // What the store alone can settle need not wait for the page. Between two browsers another profile may be chosen,
     // whose rows tell nothing of what this journal holds.
     if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) gateway_->recovery.settleInStore();

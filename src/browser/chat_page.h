@@ -74,6 +74,19 @@ struct PageLook {
     OpenChat chat;
 };
 
+/// How far a message of ours has got, as the page draws it beside the message.
+struct ShownTick {
+    QString id;     ///< of the message
+    int ticks = 0;  ///< 0 a clock, 1 sent, 2 delivered, 3 read
+};
+
+/// The same in a row of the chat list, for the chat's last message. No other row in sight has this title.
+struct EntryTick {
+    QString title;
+    QString preview;  ///< the row's last line: what it shows of the message
+    int ticks = 0;
+};
+
 /// What the readiness check after opening a chat reads, in one command.
 struct ChatLook {
     QString linkText;        ///< where the planted link points; empty when the page holds none
@@ -82,7 +95,8 @@ struct ChatLook {
     bool hasBox = false;      ///< the message box is there
     bool boxFocused = false;  ///< and typing goes to it
     QString boxText;
-    QString headerPicture;  ///< address of the open chat's picture; empty when there is none
+    QString headerPicture;   ///< address of the open chat's picture; empty when there is none
+    QList<ShownTick> ticks;  ///< of the newest messages
     OpenChat chat;
 };
 
@@ -119,8 +133,9 @@ struct ListedChat {
 
 /// What tells whether the chat list deserves a look.
 struct ChatListGlance {
-    int length = 0;  ///< length of the list's text
-    QString unread;  ///< differs whenever the unread rows do; empty when none is unread
+    int length = 0;          ///< length of the list's text
+    QString unread;          ///< differs whenever the unread rows do; empty when none is unread
+    QList<EntryTick> ticks;  ///< every few seconds; empty otherwise
 };
 
 /// The page at the moment of a click on a row of the chat list.
@@ -166,6 +181,7 @@ struct FileSentLook {
     bool previewGone = false;
     bool inChat = false;  ///< an outgoing message stands there that was not there before
     int chatSerial = 0;
+    QString lastMessageId = {};  ///< of the conversation, see OpenChat
 };
 
 /// The chat list while something is searched in it.

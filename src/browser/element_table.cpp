@@ -60,6 +60,21 @@ constexpr std::array kElements{
     // The older layout's rows, for the list of chats on demand; today's are XX_ReadMessage.
     Element{"XX_ListedChat", "._2aBzC"},
     Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
+    // Inside a message of the open chat or a row of the chat list: what is drawn beside a message that was sent, by the
+    // names of the icons, wherever the page puts them. Its newest ones don't mean what they say: "delivered" is one
+    // tick, "read" is two, which are blue only if the message was read.
+    Element{"XX_TickClock",
+            "(.//@data-icon | .//@data-testid | .//*[local-name()='title']/text())"
+            "[contains('|msg-time|status-time|ic-chatlist-clock|wds-ic-pending|', concat('|', ., '|'))]"},
+    Element{"XX_TickOne",
+            "(.//@data-icon | .//@data-testid | .//*[local-name()='title']/text())"
+            "[contains('|msg-check|status-check|wds-ic-check|wds-ic-sent|wds-ic-delivered|', concat('|', ., '|'))]"},
+    Element{"XX_TickTwo",
+            "(.//@data-icon | .//@data-testid | .//*[local-name()='title']/text())"
+            "[contains('|msg-dblcheck|status-dblcheck|wds-ic-dblcheck|wds-ic-read|', concat('|', ., '|'))]"},
+    Element{"XX_TickRead",
+            "(.//@data-icon | .//@data-testid | .//*[local-name()='title']/text())"
+            "[contains('|msg-dblcheck-ack|status-dblcheck-ack|', concat('|', ., '|'))]"},
 };
 
 }  // namespace

@@ -209,6 +209,9 @@ std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
     look.boxFocused = seen[QStringLiteral("boxFocused")].toBool();
     look.boxText = seen[QStringLiteral("boxText")].toString();
     look.headerPicture = seen[QStringLiteral("headerPicture")].toString();
+    const QJsonArray ticks = seen[QStringLiteral("ticks")].toArray();
+    for (const QJsonValue& one : ticks)
+        look.ticks.append({one[QStringLiteral("id")].toString(), one[QStringLiteral("ticks")].toInt()});
     look.chat = openChat(seen[QStringLiteral("chat")].toObject());
     return look;
 }
@@ -324,7 +327,7 @@ std::optional<FileSentLook> WebPage::awaitFileSent(int milliseconds) {
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     return FileSentLook{seen[QStringLiteral("previewGone")].toBool(), seen[QStringLiteral("inChat")].toBool(),
-                        seen[QStringLiteral("chatSerial")].toInt()};
+                        seen[QStringLiteral("chatSerial")].toInt(), seen[QStringLiteral("lastMessageId")].toString()};
 }
 
 std::optional<SearchLook> WebPage::lookAtSearch() {
@@ -369,7 +372,12 @@ std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
     const auto answer = runOrSkip("watch the chat list", script, {title});
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject glance = answer->toObject();
-    return ChatListGlance{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString()};
+    ChatListGlance seen{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString(), {}};
+    const QJsonArray ticks = glance[QStringLiteral("ticks")].toArray();
+    for (const QJsonValue& one : ticks)
+        seen.ticks.append({one[QStringLiteral("title")].toString(), one[QStringLiteral("preview")].toString(),
+                           one[QStringLiteral("ticks")].toInt()});
+    return seen;
 }
 
 std::optional<ChatListLook> WebPage::readChatList(int offset) {

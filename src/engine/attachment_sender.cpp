@@ -1,7 +1,5 @@
 #include "engine/attachment_sender.h"
 
-#include <optional>
-
 namespace kibo {
 namespace {
 
@@ -27,14 +25,14 @@ Failure inDoubt(const char* why) {
 AttachmentSender::AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer)
     : page_(page), clock_(clock), pacing_(pacing), typer_(typer) {}
 
-Result<void> AttachmentSender::send(const Attachment& file, const QString& caption, int chatSerial,
-                                    const std::function<Result<void>(const QString& newest)>& beforeSending) {
+Result<QString> AttachmentSender::send(const Attachment& file, const QString& caption, int chatSerial,
+                                       const std::function<Result<void>(const QString& newest)>& beforeSending) {
     if (!page_.chooseFile(file.input, file.path)) return failed("the page did not take the file");
-    if (const auto preview = awaitPreview(chatSerial); !preview) return preview;
+    if (const auto preview = awaitPreview(chatSerial); !preview) return preview.failure();
     const Result<QString> typed = typer_.type(Box::Caption, caption, chatSerial);
     if (!typed) return typed.failure();
     if (clock_.waitingStopped()) return failed("stopped by the operator");
-    if (const auto ready = beforeSending(typed.value()); !ready) return ready;
+    if (const auto ready = beforeSending(typed.value()); !ready) return ready.failure();
     return sendAndConfirm();
 }
 
@@ -52,18 +50,18 @@ Result<void> AttachmentSender::awaitPreview(int chatSerial) {
 }
 
 /// The one place where a preview is sent.
-Result<void> AttachmentSender::sendAndConfirm() {
+Result<QString> AttachmentSender::sendAndConfirm() {
     if (page_.sendPreview() == false) return failed("the file's preview was closed before it was sent");
     const qint64 begin = clock_.monotonicMs();
-    std::optional<qint64> goneSince;
+    qint64 goneSince = -1;  // it hasn't gone
     while (clock_.monotonicMs() - begin < kLongestUploadMs && !clock_.waitingStopped()) {
         const auto look = page_.awaitFileSent(kSentLookMs);
-        if (look && look->previewGone && look->inChat) return {};
+        if (look && look->previewGone && look->inChat) return look->lastMessageId;
         if (!look || !look->previewGone) {
-            goneSince.reset();
-        } else if (!goneSince) {
+            goneSince = -1;
+        } else if (goneSince < 0) {
             goneSince = clock_.monotonicMs();
-        } else if (clock_.monotonicMs() - *goneSince > kLongestDrawingMs) {
+        } else if (clock_.monotonicMs() - goneSince > kLongestDrawingMs) {
             return inDoubt("in doubt: the file's preview has gone, but the file did not appear in the chat");
         }
         pacing_.WA_WAIT(kLookMs);  // the window stays alive

@@ -21,16 +21,17 @@ class AttachmentSender {
  public:
     AttachmentSender(ChatPage& page, Clock& clock, Pacing& pacing, TextTyper& typer);
 
-    /// Sends into the conversation `chatSerial`, which is open. `beforeSending` runs right before the preview is sent;
+    /// Sends into the conversation `chatSerial`, which is open, and gives the page's id of the chat's newest message
+    /// then; empty where it has none. `beforeSending` runs right before the preview is sent;
     /// when it fails, nothing is sent. The failure's text is a reason for the operator; it
     /// begins with "in doubt" when the file may have gone out all the same. What is left open then is the caller's
     /// business to close.
-    Result<void> send(const Attachment& file, const QString& caption, int chatSerial,
-                      const std::function<Result<void>(const QString& newest)>& beforeSending);
+    Result<QString> send(const Attachment& file, const QString& caption, int chatSerial,
+                         const std::function<Result<void>(const QString& newest)>& beforeSending);
 
  private:
     Result<void> awaitPreview(int chatSerial);
-    Result<void> sendAndConfirm();
+    Result<QString> sendAndConfirm();
 
     ChatPage& page_;
     Clock& clock_;

@@ -15,7 +15,7 @@ Failure failed(const char* why) {
 }  // namespace
 
 ChatTarget::ChatTarget(const GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock,
-                       Pacing& pacing, ChatOpener& opener, LocatorCheck& locators)
+                       Pacing& pacing, ChatOpener& opener, LocatorCheck& locators, MessageTicks& ticks)
     : state_(state),
       page_(page),
       elements_(elements),
@@ -23,6 +23,7 @@ ChatTarget::ChatTarget(const GatewayState& state, ChatPage& page, const ElementT
       pacing_(pacing),
       opener_(opener),
       locators_(locators),
+      ticks_(ticks),
       search_(page, clock, pacing) {}
 
 bool ChatTarget::isByName(const QString& mode, const QString& destination) {
@@ -58,6 +59,7 @@ Result<ChatLook> ChatTarget::awaitChat(const QString& number, const std::functio
         if (clock_.waitingStopped()) return failed("stopped by the operator");
         const auto look = page_.lookAtChat(true);
         if (look) opener_.observe(look->chat, look->linkText);
+        if (look) ticks_.see(look->ticks);
         if (look && look->hasNotice && matchesNotice(elements_[QStringLiteral("XXInfo3")], look->notice)) {
             page_.pressEscape();
             pacing_.WA_WAIT(kSmallWaitMs);

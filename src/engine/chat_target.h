@@ -10,6 +10,7 @@
 #include "engine/chat_search.h"
 #include "engine/gateway_state.h"
 #include "engine/locator_check.h"
+#include "engine/message_ticks.h"
 #include "engine/pacing.h"
 #include "platform/result.h"
 
@@ -20,7 +21,7 @@ namespace kibo {
 class ChatTarget {
  public:
     ChatTarget(const GatewayState& state, ChatPage& page, const ElementTable& elements, Clock& clock, Pacing& pacing,
-               ChatOpener& opener, LocatorCheck& locators);
+               ChatOpener& opener, LocatorCheck& locators, MessageTicks& ticks);
 
     /// Whether a message of this `wa_mode` is addressed by its chat's name; the modes "0" and "9" go by what it looks
     /// like.
@@ -43,6 +44,7 @@ class ChatTarget {
     Pacing& pacing_;
     ChatOpener& opener_;
     LocatorCheck& locators_;
+    MessageTicks& ticks_;
     ChatSearch search_;
 };
 

@@ -1,7 +1,8 @@
 #include "engine/delivery_check.h"
 
-#include <QRegularExpression>
 #include <algorithm>
+
+#include "engine/drawn_text.h"
 
 namespace kibo {
 namespace {
@@ -10,13 +11,6 @@ constexpr int kSmallWaitMs = 100;
 /// The page draws a chat's messages after its header, and folds long texts.
 constexpr int kLooks = 20;
 constexpr qsizetype kUnfolded = 300;
-
-/// What a text and its drawing have in common: the page turns marks into bold and italics, and breaks lines anew.
-QString essence(const QString& text) {
-    static const QRegularExpression kDrawn(
-        QStringLiteral("[\\s*_~`\\x{200B}-\\x{200F}\\x{2028}-\\x{202E}\\x{2066}-\\x{2069}]"));
-    return QString(text).remove(kDrawn);
-}
 
 }  // namespace
 

@@ -13,6 +13,7 @@
 #include "engine/message_files.h"
 #include "engine/message_records.h"
 #include "engine/message_sender.h"
+#include "engine/message_ticks.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
@@ -51,19 +52,20 @@ struct Gateway {
           opener(n.state, n.settings, n.page, n.clock, pacing),
           records(n.state, n.settings, n.database, n.clock),
           queue(n.state, n.settings, n.database, n.clock, records),
+          ticks(n.state, n.settings, n.database, n.clock),
           locators(n.state, n.clock),
-          target(n.state, n.page, n.elements, n.clock, pacing, opener, locators),
+          target(n.state, n.page, n.elements, n.clock, pacing, opener, locators, ticks),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia, n.releaseMedia),
           attachments(n.page, n.clock, pacing, typer),
-          sender(
-              {n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal, records}),
+          sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal,
+                  records, ticks}),
           deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck, records),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
-          chatListWatch(n.state, n.page, n.clock, n.BACA_WA),
+          chatListWatch(n.state, n.page, n.clock, ticks, n.BACA_WA),
           waitingReason(n.state, n.settings, n.database, queue, n.clock) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -72,6 +74,7 @@ struct Gateway {
     ChatOpener opener;
     MessageRecords records;
     OutboxQueue queue;
+    MessageTicks ticks;
     LocatorCheck locators;
     ChatTarget target;
     TextTyper typer;

@@ -49,6 +49,11 @@ std::vector<Hindrance> hindrances(const GatewayState& s, const Settings& setting
     if (s.pausedByOperator())
         add(Ends::WhenSomeoneActs, QStringLiteral("Paused: nothing is sent until you press Continue."),
             Remedy::Continue);
+    if (s.notDelivered)
+        add(Ends::ByItself,
+            QStringLiteral("Sent, but not delivered: none of the last %1 messages has its second tick, though earlier "
+                           "ones got it. Look at the phone: is it online, and does WhatsApp there report anything?")
+                .arg(GatewayState::kUndelivered));
     if (!s.refusedOut.isEmpty())
         add(Ends::ByItself,
             sentence(s.refusedOut) + QStringLiteral(" The others go on; it is tried again every five minutes."));

@@ -68,7 +68,7 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
         return false;
     }
     ++s.sentCount;
-    noteSent();
+    noteSent(chat.value().chat.title);
     QString line = QStringLiteral("message %1 to %2 sent: chat open after %3 ms, sent after %4 ms")
                        .arg(s.txtid.text, destination())
                        .arg(opened - start)
@@ -103,8 +103,12 @@ Result<void> MessageSender::sendFiles(const ChatLook& chat, const std::vector<At
         p_.state.step = QStringLiteral("Sending file %1 of message %2").arg(i + 1).arg(p_.state.txtid.text);
         const QString text = i == 0 ? caption : QString();
         const auto beforeSending = [&](const QString& newest) { return noteInJournal(chat, text, newest); };
-        const Result<void> sent = p_.attachments.send(files[i], text, chat.chat.serial, beforeSending);
-        if (sent) continue;
+        const Result<QString> sent = p_.attachments.send(files[i], text, chat.chat.serial, beforeSending);
+        if (sent) {
+            newestId_ = sent.value();
+            lastText_ = text;
+            continue;
+        }
         Failure failure = sent.failure();
         if (i > 0) failure.text += " (of two files; the media file has arrived)";
         return failure;
@@ -119,6 +123,7 @@ Result<void> MessageSender::sendText(const ChatLook& chat, const QString& text) 
     if (done && !pressEnterAndConfirm(chat.chat.serial))
         done = Failure{FailureKind::NotFound,
                        "in doubt: Enter was pressed, but the message did not leave the message box", kInDoubt};
+    lastText_ = text;
     if (!done) {
         // What stands in another chat's box is the operator's own draft.
         const auto look = p_.page.lookAtChat(false);
@@ -168,9 +173,11 @@ bool MessageSender::pressEnterAndConfirm(int chatSerial) {
 }
 
 /// A page that draws the message late still shows the one before it as its newest.
-void MessageSender::noteSent() {
+void MessageSender::noteSent(const QString& chatTitle) {
     const QString& id = p_.state.txtid.text;
-    p_.records.sent(id, newestId_ == newestBefore_ ? QString() : newestId_);
+    const QString pageId = newestId_ == newestBefore_ ? QString() : newestId_;
+    p_.records.sent(id, pageId);
+    p_.ticks.sent({id, pageId, chatTitle, lastText_});
     if (p_.records.ended(id, {MessageRecords::kSent}))
         p_.journal.ended(id);
     else

@@ -11,6 +11,7 @@
 #include "engine/chat_target.h"
 #include "engine/gateway_state.h"
 #include "engine/message_files.h"
+#include "engine/message_ticks.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
@@ -40,6 +41,7 @@ class MessageSender {
         OutboxQueue& queue;
         SendJournal& journal;
         MessageRecords& records;
+        MessageTicks& ticks;
     };
     explicit MessageSender(Parts parts);
 
@@ -68,7 +70,7 @@ class MessageSender {
     Result<void> sendText(const ChatLook& chat, const QString& text);
     Result<QString> typeText(const ChatLook& chat, const QString& text);
     bool pressEnterAndConfirm(int chatSerial);
-    void noteSent();
+    void noteSent(const QString& chatTitle);
     Result<void> noteInJournal(const ChatLook& chat, const QString& text, const QString& newest);
     QString destination() const;
     void leaveInDoubt(const Failure& failure);
@@ -77,8 +79,9 @@ class MessageSender {
 
     Parts p_;
     std::shared_ptr<ListRows> unsent_;
-    QString newestBefore_;    // the same before Enter
-    QString newestId_;        // the chat's newest message once the box had emptied; empty: not told
+    QString newestBefore_;    // id of the chat's newest message before the last one was sent
+    QString newestId_;        // the same when it had gone; empty: not told
+    QString lastText_;        // that the last one has in the chat
     QString leftToRecovery_;  // id of the last message that was broken off before it was typed
 };
 

@@ -41,8 +41,8 @@ Inbox::Inbox(const Needs& n)
               {[&clock = n.clock](const QString& address) { return get(address, clock); },
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
-      reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, table, journal,
-              grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+      reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
+              table, journal, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}),
       chatLister(n.state, n.page) {}
 

@@ -193,6 +193,7 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
         const auto look = p_.page.lookAtChat(false);
         if (!look) continue;
         p_.opener.observe(look->chat, look->linkText);
+        p_.ticks.see(look->ticks);
         const bool cameUp = look->chat.serial != before.serial || (before.open && before.title == title);
         if (cameUp && look->chat.open && look->chat.title == title) return look;
     }

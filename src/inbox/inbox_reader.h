@@ -10,6 +10,7 @@
 #include "browser/element_table.h"
 #include "engine/chat_opener.h"
 #include "engine/gateway_state.h"
+#include "engine/message_ticks.h"
 #include "engine/pacing.h"
 #include "engine/refused_rows.h"
 #include "inbox/inbox_grid.h"
@@ -37,6 +38,7 @@ class InboxReader {
         Clock& clock;
         Pacing& pacing;
         ChatOpener& opener;
+        MessageTicks& ticks;
         InboxTable& table;
         InboxJournal& journal;
         InboxGrid& grid;

@@ -140,6 +140,7 @@ class FakePage : public ChatPage {
         look.hasBox = look.boxFocused = !openNumber_.isEmpty() && !boxRenamed;
         look.headerPicture = headerPicture;
         look.boxText = boxes_[Box::Message];
+        look.ticks = ticks;
         look.chat = chat();
         return look;
     }
@@ -259,7 +260,7 @@ class FakePage : public ChatPage {
         QString unread;
         for (const ChatEntry& entry : list.mid(0, rowsInSight))
             if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
-        return ChatListGlance{chatListLength, unread};
+        return ChatListGlance{chatListLength, unread, listTicks};
     }
     std::optional<ChatListLook> readChatList(int offset) override {
         if (!answers("readChatList")) return std::nullopt;
@@ -315,6 +316,8 @@ class FakePage : public ChatPage {
     int chatListLength = 7;
     QList<ChatEntry> list;
     QList<ListedChat> listed;
+    QList<ShownTick> ticks;  // of whatever chat is open
+    QList<EntryTick> listTicks;
     int rowsInSight = 20;
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;

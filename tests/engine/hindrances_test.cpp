@@ -21,6 +21,9 @@ TEST(Hindrances, NameCauseAndRemedyWithThoseFirstThatNeedAPerson) {
     EXPECT_EQ(found[1].remedy, Hindrance::Remedy::Continue);
     EXPECT_EQ(found[2].ends, Hindrance::Ends::ByItself);
     EXPECT_TRUE(found[2].text.contains(QStringLiteral("(111). Kibo goes on"))) << found[2].text.toStdString();
+    state.notDelivered = true;
+    EXPECT_TRUE(hindrances(state, settings).back().text.contains(QStringLiteral("phone")));
+    state.notDelivered = false;
     state.BreakTime.setEnabled(true);
     EXPECT_EQ(hindrances(state, settings).size(), 2U) << "a break is no hindrance";
 

@@ -19,8 +19,8 @@ class Inbox : public Engine {
         reader.reset();
         journal.reset();
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
-        reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener, table,
-                                          *journal, grid, handOff});
+        reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
+                                          gateway.ticks, table, *journal, grid, handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {

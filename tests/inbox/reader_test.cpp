@@ -118,7 +118,7 @@ TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
     page.openDelay = [](const QString& number) { return number == kDummy ? 1500 : 0; };
     page.previewDelay = 3000;
     tick();
-    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
     fetch = [&](const QString&) -> Result<QString> {
         unread(kAni, u"hello"_qs);
         watch.Timer2_Timer();
@@ -138,7 +138,7 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
     for (int i = 0; i < 13; ++i)
         page.list.append({QString::number(i), QString(), {QString::number(i), u"15:09"_qs, u"old"_qs}});
     page.list[11] = {kAni, u"1"_qs, {kAni, u"Friday"_qs, u"waited"_qs, u"1"_qs}};
-    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
     state.len1.text = QString::number(page.chatListLength);
     watch.Timer2_Timer();
     EXPECT_EQ(rows("wa_text"), u"waited"_qs) << "whatever the length";
@@ -155,7 +155,7 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
 }
 
 TEST_F(Reader, PassGivesWayToMessagesThatWait) {
-    ChatListWatch watch(state, page, clock, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
     watch.Timer2_Timer();
     for (int i = 0; i < 20; ++i) unread(QString::number(i), u"hello"_qs);
     queue(u"6281234567890"_qs, u"x"_qs);

@@ -70,6 +70,33 @@ TEST_F(RealPage, ChatsInSightAreListedInEitherLayout) {
     EXPECT_EQ(listed()[0].picture, u"data:,?t=s&u=62815%40c.us"_qs);
 }
 
+TEST_F(RealPage, TicksAreReadWhateverTheirIconsAreCalled) {
+    const auto shown = [] {
+        run("delete window.kiboWatch.ticksAt");  // it is not looked for them at every look
+        const auto list = real->page->watchChatList({});
+        const auto chat = real->page->lookAtChat(true);
+        if (!list || list->ticks.size() != 1 || !chat || chat->ticks.isEmpty()) return std::pair(-1, -1);
+        const EntryTick& entry = list->ticks[0];
+        const bool known = entry.title == u"Ayu"_qs && entry.preview == u"two lines"_qs;
+        return std::pair(known ? entry.ticks : -1, chat->ticks.last().ticks);
+    };
+    real->standIn.addContact("628111", "Ayu");
+    ASSERT_TRUE(real->standIn.act("incoming", R"({"number": "628222", "text": "two lines"})"));
+    const QString address = real->settings.ChatAddress + u"628111"_qs;
+    EXPECT_TRUE(real->page->plantLink(address) && real->page->clickLink(address));
+    for (const char* style : {"colour", "ack", "title"}) {
+        real->behave((R"({"ackDelayMs": 0, "ownTicks": 1, "tickStyle": ")" + std::string(style) + "\"}").c_str());
+        ASSERT_TRUE(eventually([] { return real->page->lookAtChat(true).value_or(ChatLook()).boxFocused; }));
+        EXPECT_TRUE(real->page->typeText(u"two\nlines"_qs) && real->page->pressEnter());
+        for (int ticks = 1; ticks <= 3; ++ticks) {
+            EXPECT_TRUE(eventually([&] { return shown() == std::pair(ticks, ticks); }))
+                << style << ' ' << ticks << ": " << shown().first << ' ' << shown().second;
+            ASSERT_TRUE(real->standIn.act(
+                "ticks", R"({"number": "628111", "ticks": )" + std::to_string(std::min(ticks + 1, 3)) + "}"));
+        }
+    }
+}
+
 TEST_F(RealPage, LoginCodeIsPublishedReloadedWhenItExpiresAndLetsIn) {
     real->behave(R"({"pictureNumber": true, "ownNumber": "6285500"})");
     EXPECT_TRUE(look().ownPicture.contains(u"&u=6285500%40c.us"_qs));

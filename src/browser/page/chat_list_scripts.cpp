@@ -42,9 +42,19 @@ const scrolledMs = 10000;
 const pane = one('XX_ChatList');
 if (!pane || pane.scrollTop < 1) watch.scrolledAt = null;
 else if (performance.now() - (watch.scrolledAt ??= performance.now()) > scrolledMs) pane.scrollTop = 0;
+// Ticks of the last messages, where they are ours. Two chats of one name can't be told apart.
+const ticksEveryMs = 3000;
+let ticks = [];
+if (!(performance.now() - watch.ticksAt < ticksEveryMs)) {
+  watch.ticksAt = performance.now();
+  const titles = chatRows().map(titleOf);
+  ticks = chatRows().map((row, i) => ({row: row, title: titles[i], ticks: ticksIn(row)}))
+      .filter(({title, ticks}) => ticks !== null && title && titles.indexOf(title) === titles.lastIndexOf(title))
+      .map(({row, title, ticks}) => ({title: title, preview: linesOf(row).pop() || '', ticks: ticks}));
+}
 let digest = 0;
 for (let i = 0; i < unread.length; ++i) digest = (digest * 31 + unread.charCodeAt(i)) | 0;
-return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : ''};
+return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : '', ticks: ticks};
 )js");
 }
 

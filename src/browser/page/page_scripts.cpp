@@ -73,6 +73,9 @@ QString lookAtChat() {
 const notice = one('XX_InvalidNumber');
 const box = one('XX_ChatBox');
 const boxFocused = arguments[1] ? focusOn(box) : focused(box);
+const newest = 20;
+const ownTicks = () => all('XX_MessageRow').slice(-newest).filter((row) => row.dataset.id && isOwn(row))
+    .map((row) => ({id: row.dataset.id, ticks: ticksIn(row)})).filter(({ticks}) => ticks !== null);
 return {
   linkText: link()?.textContent || '',
   hasNotice: !!notice,
@@ -81,6 +84,7 @@ return {
   boxFocused: boxFocused,
   boxText: box ? boxText(box) : '',
   headerPicture: one('XX_HeaderPicture')?.getAttribute('src') || '',
+  ticks: box ? ownTicks() : [],
   chat: openChat()
 };
 )js");
@@ -206,7 +210,7 @@ const check = () => {
   const inChat = !!before && watch.title === before.title && rows.slice(last + 1).some(isOwn);
   const previewGone = !one('XX_Caption') && !one('XX_SendFileButton');
   if ((previewGone && inChat) || performance.now() >= end) {
-    callback({previewGone: previewGone, inChat: inChat, chatSerial: watch.serial});
+    callback({previewGone: previewGone, inChat: inChat, chatSerial: watch.serial, lastMessageId: newestId()});
   } else {
     setTimeout(check, 25);
   }

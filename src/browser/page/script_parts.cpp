@@ -68,6 +68,20 @@ const endsInCount = (lines) => /^\d/.test(lines[lines.length - 1] || '');
 const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
 const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
 const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
+// In every theme the grey of a tick has about as much red as blue.
+const isBlue = (node) => {
+  const drawn = node.nodeType === Node.ELEMENT_NODE ? node : node.ownerElement || node.parentElement;
+  const [red, , blue] = (getComputedStyle(drawn).color.match(/[\d.]+/g) || []).map(Number);
+  return blue - red > 60;
+};
+// What is drawn beside a message of ours: 0 a clock, 1 and 2 ticks, 3 blue ones; null: nothing that is known.
+const ticksIn = (row) => {
+  const two = one('XX_TickTwo', row);
+  if (one('XX_TickRead', row) || (two && isBlue(two))) return 3;
+  if (two) return 2;
+  if (one('XX_TickOne', row)) return 1;
+  return one('XX_TickClock', row) ? 0 : null;
+};
 )js";
 
 // The watch lives in the page because a conversation that comes up and is replaced between two looks would otherwise go
