@@ -28,6 +28,12 @@ const QString kFields = QStringLiteral(
     "%1, 0, %2, 'Good morning, this is the reminder that you asked for. Your appointment is on Monday at nine; answer "
     "this message to change it.', %3, case when %1 % 100 = 0 then 'fail' else '' end");
 const QString kInsert = QStringLiteral("insert into sent (id, wa_mode, wa_no, wa_text, wa_time, status) select ");
+// What became of each of them.
+const QString kRecords = QStringLiteral(
+    "; insert into kibo_message (source, outbox_id, taken, typed, sent, ended, result, reason, ms, page_id, ticks, "
+    "ticks_time) select 'outbox', id, wa_time, wa_time, wa_time, wa_time, case when status = 'fail' then 'fail' else "
+    "'sent' end, case when status = 'fail' then 'the number is not on WhatsApp' end, 3500, "
+    "'true_6281212345678@c.us_3EB0123456789ABCDEF012', 2, wa_time from sent");
 
 void fillSqlite(const QString& file) {
     test::sqlite(
@@ -37,7 +43,7 @@ void fillSqlite(const QString& file) {
             kFields.arg(QStringLiteral("n"), QStringLiteral("printf('62812%08d', n)"),
                         QStringLiteral("datetime('2026-03-01 00:00:05', ((n - 1) / 10000) || ' days', "
                                        "((n - 1) % 10000 * 8) || ' seconds')")) +
-            QStringLiteral(" from s; update sent set wa_text = wa_text || ' needle' where id % 10000 = 0"));
+            QStringLiteral(" from s; update sent set wa_text = wa_text || ' needle' where id % 10000 = 0") + kRecords);
 }
 
 void fillServer(test::MariaDbServer& server) {
@@ -46,9 +52,9 @@ void fillServer(test::MariaDbServer& server) {
         kFields.arg(QStringLiteral("seq"), QStringLiteral("concat('62812', lpad(seq, 8, '0'))"),
                     QStringLiteral("'2026-03-01 00:00:05' + interval (seq - 1) div 10000 day + interval (seq - 1) "
                                    "% 10000 * 8 second")) +
-        QStringLiteral(" from seq_1_to_%1; update sent set wa_text = concat(wa_text, ' needle') where id % 10000 "
-                       "= 0; analyze table sent;")
-            .arg(kRows));
+        QStringLiteral(" from seq_1_to_%1; update sent set wa_text = concat(wa_text, ' needle') where id % 10000 = 0")
+            .arg(kRows) +
+        kRecords + QStringLiteral("; analyze table sent, kibo_message;"));
 }
 
 /// A search as the window does it: over a connection of its own, on a thread of its own.
@@ -59,7 +65,7 @@ struct Search {
 Search searched(const StoreAddress& store, const SentQuery& query) {
     Search search;
     std::atomic<bool> ended = false;
-    Result<void> result;
+    Result<bool> result = false;
     const auto begin = std::chrono::steady_clock::now();
     const auto elapsed = [&begin] {
         return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
@@ -68,9 +74,9 @@ Search searched(const StoreAddress& store, const SentQuery& query) {
         const SystemClock clock;
         const ErrorPolicy policy;
         Database database(clock, policy);
-        result = database.openToRead(store);
-        if (result) result = search.rows->open();
-        if (result) result = SentLog(database, query.multi, {}).search(query, *search.rows, stop);
+        Result<void> opened = database.openToRead(store);
+        if (opened) opened = search.rows->open();
+        result = opened ? SentLog(database, query.multi, {}).search(query, *search.rows, stop) : opened.failure();
         ended = true;
     });
     while (!ended && search.rows->rowCount() == 0) usleep(500);
@@ -78,6 +84,7 @@ Search searched(const StoreAddress& store, const SentQuery& query) {
     thread.join();
     search.allMs = elapsed();
     require(result.ok(), result ? "" : result.failure().text);
+    require(result.value(), "nothing was told of what became of the messages");
     return search;
 }
 
@@ -117,6 +124,7 @@ void compare(Table& table, const char* store, const Database& database, bool acc
     // Ten days, from the search to the file, against the client's own query to nowhere.
     const SentQuery some = query("", kFirst, kFirst.addDays(kCopied / kRowsOfDay - 1));
     const QTemporaryDir folder;
+    const QStringList header(kSentColumns, QStringLiteral("column"));
     std::vector<double> exporting;
     const SideBySide copy = sideBySide(
         kSamples,
@@ -124,12 +132,13 @@ void compare(Table& table, const char* store, const Database& database, bool acc
             const Search search = searched(address, some);
             std::atomic<int> lines = 0;
             exporting.push_back(millisecondsOf([&] {
-                require(exportLines(*search.rows, {}, folder.filePath(QStringLiteral("x.csv")), {{}, lines}).ok(),
+                require(exportLines(*search.rows, header, folder.filePath(QStringLiteral("x.csv")), {{}, lines}).ok(),
                         "no file");
             }));
         },
         [&] {
-            QString sql = some.sql();
+            QString sql = QStringLiteral("select f.*, k.ended, k.ticks, k.ticks_time, k.reason from (") + some.sql() +
+                          QStringLiteral(") f left join kibo_message k on k.outbox_id = f.id and k.source = 'outbox'");
             for (const QVariant& value : some.values())
                 sql.replace(sql.indexOf(u'?'), 1, u'\'' + value.toString() + u'\'');
             runQuietly(program, arguments + QStringList{withSqliteDateLiterals(sql)});

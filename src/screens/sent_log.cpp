@@ -10,6 +10,7 @@
 #include <array>
 
 #include "base/table_text.h"
+#include "screens/sent_records.h"
 #include "store/query_rows.h"
 #include "store/queue_writer.h"
 
@@ -28,8 +29,8 @@ const QString kRowsInMulti = QStringLiteral(
     "where tipe = 'S' and id_outbox in (%1)");
 
 // The first lines are wanted at once, the others in larger pieces.
-constexpr int kFirstLines = 50;
-constexpr qsizetype kPieceBytes = 256 * 1024;
+constexpr size_t kFirstLines = 50;
+constexpr qsizetype kPieceCharacters = 256 * 1024, kOtherCharacters = 50;
 constexpr qint64 kPieceMs = 100;
 constexpr int kStopLooks = 64;  // lines between two looks
 constexpr int kRowsOfStatement = 500;
@@ -73,31 +74,43 @@ Database::Values SentQuery::values() const {
 /// Takes rows over into `rows`, as lines, and says whether to go on.
 class SentLog::Lines {
  public:
-    Lines(bool multi, FoundRows& rows, const std::stop_token& stop) : multi_(multi), rows_(rows), stop_(stop) {
+    Lines(const Database& database, bool multi, FoundRows& rows, const std::stop_token& stop)
+        : multi_(multi), rows_(rows), stop_(stop), records_(database.address(), multi) {
         piece_.start();
     }
 
     bool take(const CurrentRow& row) {
         if (++taken_ % kStopLooks == 0 && stop_.stop_requested()) return false;
         if (taken_ == 1) findColumns(row);
-        QStringList line;
-        line.reserve(kSentColumns);
-        for (const int column : columns_) line.append(column < 0 ? QString() : row.text(column));
-        QString& time = line[static_cast<int>(SentColumn::Time)];
+        SentRecords::Line line;
+        line.cells.reserve(kSentColumns);
+        for (const int column : columns_) line.cells.append(column < 0 ? QString() : row.text(column));
+        if (multi_) line.profile = row.text(profileColumn_);
+        QString& time = line.cells[static_cast<int>(SentColumn::Time)];
         time = lineTime(time);
-        rows_.append(line);
-        const bool first = rows_.rowCount() == 0 && rows_.waiting() >= kFirstLines;
-        if (first || rows_.waitingBytes() >= kPieceBytes || piece_.elapsed() >= kPieceMs) {
-            kept_ = rows_.flush();
-            piece_.restart();
-        }
+        pieceCharacters_ += line.cells[static_cast<int>(SentColumn::Text)].size() + kOtherCharacters;
+        lines_.push_back(std::move(line));
+        const bool first = rows_.rowCount() == 0 && lines_.size() >= kFirstLines;
+        if (first || pieceCharacters_ >= kPieceCharacters || piece_.elapsed() >= kPieceMs) flush();
         return kept_.ok();
     }
     int taken() const { return taken_; }
-    /// The last rows are kept, too.
-    Result<void> end() { return kept_ ? rows_.flush() : kept_; }
+    /// The last rows are kept, too. Whether the store tells what became of messages.
+    Result<bool> end() {
+        if (kept_) flush();
+        return kept_ ? Result<bool>(records_.areKept()) : kept_.failure();
+    }
 
  private:
+    void flush() {
+        records_.complete(lines_);
+        for (const SentRecords::Line& line : lines_) rows_.append(line.cells);
+        kept_ = rows_.flush();
+        lines_.clear();
+        pieceCharacters_ = 0;
+        piece_.restart();
+    }
+
     void findColumns(const CurrentRow& row) {
         const QString id = multi_ ? QStringLiteral("id_outbox") : QStringLiteral("id");
         const QStringList names{id,
@@ -108,27 +121,32 @@ class SentLog::Lines {
                                 QStringLiteral("status")};
         std::transform(names.begin(), names.end(), columns_.begin(),
                        [&row](const QString& name) { return row.columnOf(name); });
+        profileColumn_ = row.columnOf(QStringLiteral("profil"));
     }
 
     const bool multi_;
     FoundRows& rows_;
     const std::stop_token& stop_;
-    std::array<int, kSentColumns> columns_{};
+    std::array<int, kLoggedColumns> columns_{};
+    int profileColumn_ = 0;
     int taken_ = 0;
+    SentRecords records_;
+    std::vector<SentRecords::Line> lines_;  // not given on yet
+    qsizetype pieceCharacters_ = 0;
     QElapsedTimer piece_;
     Result<void> kept_;
 };
 
-Result<void> SentLog::search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop) {
-    Lines lines(multi_, rows, stop);
+Result<bool> SentLog::search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop) {
+    Lines lines(database_, multi_, rows, stop);
     const auto take = [&lines](const CurrentRow& row) { return lines.take(row); };
     // Not every driver hands on a server's rows as they come: some hold all of a statement's. So they are asked for in
     // pieces, which one transaction keeps to one state of the table; but not where a text narrows them down, since a
     // server that is told a limit goes through the index of the days, which takes three times as long for all of them.
     if (database_.kind() != DatabaseKind::MySql || !query.key.isEmpty()) {
         const Result<void> read = database_.readThrough(query.sql(), query.values(), take);
-        const Result<void> kept = lines.end();
-        return read ? kept : read;
+        const Result<bool> kept = lines.end();
+        return read ? kept : read.failure();
     }
     const auto transaction = Transaction::begin(database_);
     Result<void> read = transaction ? Result<void>() : transaction.failure();
@@ -137,8 +155,8 @@ Result<void> SentLog::search(const SentQuery& query, FoundRows& rows, const std:
                                      query.values(), take);
         if (lines.taken() - before < kRowsOfPiece || stop.stop_requested()) break;
     }
-    const Result<void> kept = lines.end();
-    return read ? kept : read;
+    const Result<bool> kept = lines.end();
+    return read ? kept : read.failure();
 }
 
 Result<SentLog::Outcome> SentLog::remove(const FoundRows& rows, const std::vector<int>& lines, const Course& course) {
@@ -255,7 +273,9 @@ Result<void> exportLines(const FoundRows& rows, const QStringList& header, const
             if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
             course.lines = row;
         }
-        if (file.write(csvLine(rows.row(row)).toUtf8()) < 0) return refused();
+        QStringList cells = rows.row(row);
+        cells.resize(header.size());
+        if (file.write(csvLine(cells).toUtf8()) < 0) return refused();
     }
     if (!file.commit()) return refused();
     return {};

@@ -13,8 +13,10 @@
 namespace kibo {
 
 /// Columns of a line of the sent log.
-enum class SentColumn { Id, Time, Mode, Number, Text, Status };
-inline constexpr int kSentColumns = 6;
+enum class SentColumn { Id, Time, Mode, Number, Text, Status, Ended, Ticks, TicksTime, Reason };
+inline constexpr int kSentColumns = 10;
+/// Those before what became of the message.
+inline constexpr int kLoggedColumns = 6;
 
 /// Which rows are looked for.
 struct SentQuery {
@@ -47,8 +49,9 @@ class SentLog {
     SentLog(Database& database, bool multi, QString profile)
         : database_(database), multi_(multi), profile_(std::move(profile)) {}
 
-    /// Gives the lines that `query` finds to `rows`, from the first on as they come; stopped, those so far.
-    Result<void> search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop);
+    /// Gives the lines that `query` finds to `rows`, from the first on as they come; stopped, those so far. False: the
+    /// store doesn't tell what became of messages, and the last columns are empty.
+    Result<bool> search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop);
     /// Deletes the rows with the ids of `lines`, which count in `rows`.
     Result<Outcome> remove(const FoundRows& rows, const std::vector<int>& lines, const Course& course);
     /// Queues the messages of `lines` as they were queued before, with their files and texts before expansion; in
@@ -66,7 +69,7 @@ class SentLog {
     const QString profile_;
 };
 
-/// Writes `rows` to a CSV file: all of them or, stopped or after a failure, none.
+/// Writes `rows` to a CSV file, as many columns as `header` names: all of them or, stopped or after a failure, none.
 Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
                          const SentLog::Course& course);
 

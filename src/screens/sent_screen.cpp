@@ -23,6 +23,7 @@ namespace kibo {
 namespace {
 
 constexpr int kProgressMs = 50;
+const QList<int> kShares{8, 29, 10, 22, 46, 10, 29, 14, 29, 46};
 /// What a clipboard passes on at once without holding up the desktop.
 constexpr qint64 kCopiedBytes = 50 * 1024 * 1024;
 /// Their texts are held in memory, to be queued together or not at all.
@@ -58,16 +59,18 @@ Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool mul
 SentScreen::SentScreen(Parts parts) : p_(parts), work_(this) {
     setObjectName(QStringLiteral("frm_Sent"));
     setWindowTitle(QStringLiteral("Sent messages"));
-    resize(1120, 640);
+    resize(1240, 640);
     setMinimumSize(760, 360);
     lines_.header = {QStringLiteral("id"),    QStringLiteral("wa_time"), QStringLiteral("wa_mode"),
-                     QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("status")};
+                     QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("status"),
+                     QStringLiteral("ended"), QStringLiteral("ticks"),   QStringLiteral("ticks_time"),
+                     QStringLiteral("reason")};
     lines_.statusColumn = static_cast<int>(SentColumn::Status);
     lines_.warning = QStringLiteral("FAIL");
 
     auto* column = new QVBoxLayout(this);
     column->addWidget(searchRow());
-    ms_ = new QueueGrid(lines_, {8, 14, 5, 14, 50, 9}, -1, QString(), this);
+    ms_ = new QueueGrid(lines_, kShares, -1, QString(), this);
     ms_->setObjectName(QStringLiteral("ms"));
     ms_->setAccessibleName(QStringLiteral("Sent messages"));
     ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -232,18 +235,19 @@ void SentScreen::search(const SentQuery& query, const QString& note) {
     note_ = note;
     tell(note.isEmpty() ? QStringLiteral("Searching…") : note);
     work_.start([query, rows = rows_, address = p_.database.address(), this](const std::stop_token& stop) {
-        const Result<void> found =
-            overOwnConnection<void>(address, true, query.multi, {}, [&](SentLog& log) -> Result<void> {
+        const Result<bool> found =
+            overOwnConnection<bool>(address, true, query.multi, {}, [&](SentLog& log) -> Result<bool> {
                 const Result<void> opened = rows->open();
-                return opened ? log.search(query, *rows, stop) : opened;
+                return opened ? log.search(query, *rows, stop) : opened.failure();
             });
         return [this, found] { searched(found); };
     });
     showButtons();
 }
 
-void SentScreen::searched(const Result<void>& result) {
+void SentScreen::searched(const Result<bool>& result) {
     progress_.stop();
+    if (result) showOutcomes(result.value());
     showProgress();
     ms_->setEmptyText(QStringLiteral("Nothing was found"));
     tell(note_);
@@ -253,6 +257,14 @@ void SentScreen::searched(const Result<void>& result) {
     }
     if (scrollTo_ > 0) ms_->verticalScrollBar()->setValue(std::exchange(scrollTo_, 0));
     showButtons();
+}
+
+/// A store without `kibo_message` has nothing to show in the last columns.
+void SentScreen::showOutcomes(bool areKept) {
+    columns_ = areKept ? kSentColumns : kLoggedColumns;
+    QList<int> shares = kShares;
+    std::fill(shares.begin() + columns_, shares.end(), 0);
+    ms_->setShares(shares);
 }
 
 void SentScreen::stop() {
@@ -353,7 +365,7 @@ void SentScreen::copy(const Lines& lines) {
     if (!rows_ || lines.empty()) return;
     QString text;
     for (const int line : lines) {
-        text += tabSeparated(rows_->row(line)) + u'\n';
+        text += tabSeparated(rows_->row(line).mid(0, columns_)) + u'\n';
         if (text.size() > kCopiedBytes) {
             tell(QStringLiteral("Nothing was copied: %1 are too much for the clipboard.")
                      .arg(messages(static_cast<int>(lines.size()))));
@@ -380,16 +392,17 @@ void SentScreen::exportTo(const QString& file) {
     if (!rows_ || work_.isRunning()) return;
     const int all = rows_->rowCount();
     begin(QStringLiteral("Exporting %1 of ") + messages(all));
-    work_.start([=, rows = rows_, done = done_, header = lines_.header, this](const std::stop_token& stop) {
-        const Result<void> written = exportLines(*rows, header, file, SentLog::Course{stop, *done});
-        return [=, this] {
-            doing_.clear();
-            progress_.stop();
-            showButtons();
-            tell(written ? QStringLiteral("%1 exported.").arg(messages(all))
-                         : QStringLiteral("Nothing was exported: ") + reason(written.failure()));
-        };
-    });
+    work_.start(
+        [=, rows = rows_, done = done_, header = lines_.header.mid(0, columns_), this](const std::stop_token& stop) {
+            const Result<void> written = exportLines(*rows, header, file, SentLog::Course{stop, *done});
+            return [=, this] {
+                doing_.clear();
+                progress_.stop();
+                showButtons();
+                tell(written ? QStringLiteral("%1 exported.").arg(messages(all))
+                             : QStringLiteral("Nothing was exported: ") + reason(written.failure()));
+            };
+        });
     showButtons();
 }
 

@@ -61,7 +61,8 @@ class SentScreen : public Screen {
     void enterPressed();
     /// `note` stays in the status line.
     void search(const SentQuery& query, const QString& note = {});
-    void searched(const Result<void>& result);
+    void searched(const Result<bool>& result);
+    void showOutcomes(bool areKept);
     void stop();
     void change(const ChangeWords& words, Step step);
     void beginChange(const ChangeWords& words, Step step, const Lines& lines);
@@ -83,7 +84,8 @@ class SentScreen : public Screen {
     std::shared_ptr<FoundRows> rows_;  // of the last search; none before the first and while the window is closed
     SentQuery shown_;                  // that found them
     Grid lines_;
-    QString doing_;  // "Deleting %1 of 3 messages", empty while searching
+    int columns_ = kSentColumns;  // that are shown, the first ones
+    QString doing_;               // "Deleting %1 of 3 messages", empty while searching
     QString note_;
     std::shared_ptr<std::atomic<int>> done_ = std::make_shared<std::atomic<int>>(0);
     int scrollTo_ = 0;  // after a change: where the operator was

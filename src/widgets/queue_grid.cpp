@@ -34,8 +34,14 @@ QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString
     verticalHeader()->setMinimumSectionSize(kLowestRow);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(24);
-    for (int column = 0; column < shares_.size(); ++column) setColumnHidden(column, shares_[column] == 0);
+    applyShares();
     applyRowHeight();
+}
+
+void QueueGrid::setShares(QList<int> shares) {
+    if (shares_ == shares) return;
+    shares_ = std::move(shares);
+    applyShares();
 }
 
 void QueueGrid::applyRowHeight() {
@@ -47,6 +53,10 @@ void QueueGrid::applyRowHeight() {
 
 void QueueGrid::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
+    applyShares();
+}
+
+void QueueGrid::applyShares() {
     const int total = std::accumulate(shares_.cbegin(), shares_.cend(), 0);
     const int width = viewport()->width();
     int used = 0;
@@ -54,6 +64,7 @@ void QueueGrid::resizeEvent(QResizeEvent* event) {
     for (int column = 0; column < shares_.size(); ++column) {
         share += shares_[column];
         const int end = width * share / total;
+        setColumnHidden(column, shares_[column] == 0);
         if (shares_[column] > 0) setColumnWidth(column, end - used);
         used = end;
     }

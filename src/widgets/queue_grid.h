@@ -16,6 +16,8 @@ class QueueGrid : public QTableView {
     /// `shares`: relative column widths, one per column; 0 hides the column.
     QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString emptyText, QWidget* parent);
 
+    /// Other widths from now on.
+    void setShares(QList<int> shares);
     /// Shows the grid's rows as they are now; call it as often as you like.
     void refresh() { model_.refresh(); }
     /// What stands in the place of rows as long as there are none.
@@ -39,6 +41,7 @@ class QueueGrid : public QTableView {
 
  private:
     void applyRowHeight();
+    void applyShares();
 
     GridModel model_;
     QList<int> shares_;

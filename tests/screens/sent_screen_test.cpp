@@ -172,7 +172,7 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
     EXPECT_EQ(dialogs.said(0), "Info|Copied to Clipboard..");
     const QString text = QStringLiteral("\"{a|b} \"\"x\"\"\ttab\nline 🚀\"");
     EXPECT_EQ(QApplication::clipboard()->text(),
-              QStringLiteral("3\t2026-11-20 12:00:00\t1\t623\t") + text + QStringLiteral("\tfail\n"));
+              QStringLiteral("3\t2026-11-20 12:00:00\t1\t623\t") + text + QStringLiteral("\tfail\t\t\t\t\n"));
 
     QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
     auto* box = screen->findChild<QFileDialog*>();
@@ -189,8 +189,9 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(),
               QByteArray(kCsvStart) +
-                  (QStringLiteral("id,wa_time,wa_mode,wa_no,wa_text,status\r\n3,2026-11-20 12:00:00,1,623,") + text +
-                   QStringLiteral(",fail\r\n"))
+                  (QStringLiteral("id,wa_time,wa_mode,wa_no,wa_text,status,ended,ticks,ticks_time,reason\r\n"
+                                  "3,2026-11-20 12:00:00,1,623,") +
+                   text + QStringLiteral(",fail,,,,\r\n"))
                       .toUtf8());
 
     // Longer than what a cell has room for at first, before and behind short ones.
@@ -204,7 +205,56 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
     QTest::keyClick(grid(), Qt::Key_C, Qt::ControlModifier);
     QString copied = QApplication::clipboard()->text();
     EXPECT_EQ(copied.count(longText), 1);
-    EXPECT_EQ(copied.remove(longText).count(QStringLiteral("629\tshort\t\n")), 2) << copied.toStdString();
+    EXPECT_EQ(copied.remove(longText).count(QStringLiteral("629\tshort\t\t\t\t\t\n")), 2) << copied.toStdString();
+}
+
+TEST_P(SentScreenTest, TellsWhatBecameOfEachWhereTheStoreDoes) {
+    someRows();
+    const auto became = [&](int id, const char* profile, const char* values) {
+        outside(QStringLiteral("insert into kibo_message (source, profil, outbox_id, ended, ticks, ticks_time, reason) "
+                               "values ('%1', '%2', %3, %4)")
+                    .arg(form.multi ? QStringLiteral("multi") : QStringLiteral("outbox"), QLatin1String(profile))
+                    .arg(id)
+                    .arg(QString::fromUtf8(values)));
+    };
+    became(4, "other", "'2026-11-20 23:59:05', NULL, NULL, 'the number is not on WhatsApp'");
+    became(2, "other", "NULL, NULL, NULL, 'put back before'");
+    became(2, "other", "'2026-11-20 00:01:09', 2, '2026-11-20 00:01:11', NULL");
+    became(7'000'000, "other", "NULL, 3, NULL, 'of none of them'");
+    outside(
+        QStringLiteral("insert into kibo_message (source, profil, outbox_id, reason) values ('%1', 'other', 3, 'x')")
+            .arg(form.multi ? QStringLiteral("outbox") : QStringLiteral("multi")));
+    if (form.multi) became(7, "nobody", "NULL, 3, NULL, 'of another profile'");
+    const auto exported = [&] {
+        QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
+        auto* box = screen->findChild<QFileDialog*>();
+        const QString path = folder.filePath(QStringLiteral("out.csv"));
+        emit box->fileSelected(path);
+        box->close();
+        screen->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(screen.get()) && atRest());
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return QString::fromUtf8(file.readAll()).section(u'\n', 0, 0).trimmed().section(u',', 5).toStdString();
+    };
+    open();
+    EXPECT_EQ(search("62"), "3 4 2");
+    const auto told = [&](int row) {
+        QStringList cells;
+        for (int column = kLoggedColumns; column < kSentColumns; ++column) cells.append(cell(row, column));
+        return cells.join(u'|').toStdString();
+    };
+    EXPECT_EQ(told(0), "|||");
+    EXPECT_EQ(told(1), "2026-11-20 23:59:05|||the number is not on WhatsApp");
+    EXPECT_EQ(told(2), "2026-11-20 00:01:09|delivered|2026-11-20 00:01:11|");
+    EXPECT_EQ(exported(), "status,ended,ticks,ticks_time,reason");
+
+    outside(form.server ? QStringLiteral("rename table kibo_message to kept")
+                        : QStringLiteral("drop table kibo_message"));
+    EXPECT_EQ(search(""), "3 4 2 7");
+    EXPECT_TRUE(grid()->isColumnHidden(kLoggedColumns) && !grid()->isColumnHidden(kLoggedColumns - 1));
+    EXPECT_EQ(exported(), "status") << "as it ever was";
+    if (form.server) outside(QStringLiteral("rename table kept to kibo_message"));
 }
 
 TEST_P(SentScreenTest, ChangesTheRowsThatWereSelected) {
