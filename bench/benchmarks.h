@@ -13,6 +13,8 @@ void measureQueue(Table& table);
 void measureSentLog(Table& table);
 /// A text message, against the waits that its pace demands, and its journal.
 void measureMessages(Table& table);
+/// What noting in `kibo_message` what became of a message costs, over messages without.
+void measureRecords(Table& table);
 /// What two thousand messages leave in the gateway's memory.
 void measureMemory(Table& table);
 /// A picture of 10 MB, against the page's own time for it.

@@ -15,11 +15,17 @@ struct Part {
 
 // Queue, sent log and memory come first: their memory is this process's, which must not have grown for others before.
 constexpr Part kParts[] = {
-    {"queue", kibo::bench::measureQueue},        {"sent-log", kibo::bench::measureSentLog},
-    {"memory", kibo::bench::measureMemory},      {"messages", kibo::bench::measureMessages},
-    {"files", kibo::bench::measureFiles},        {"inbox", kibo::bench::measureInbox},
-    {"both-ways", kibo::bench::measureBothWays}, {"round-trips", kibo::bench::measureRoundTrips},
-    {"composer", kibo::bench::measureComposer},  {"program", kibo::bench::measureProgram},
+    {"queue", kibo::bench::measureQueue},
+    {"sent-log", kibo::bench::measureSentLog},
+    {"memory", kibo::bench::measureMemory},
+    {"messages", kibo::bench::measureMessages},
+    {"records", kibo::bench::measureRecords},
+    {"files", kibo::bench::measureFiles},
+    {"inbox", kibo::bench::measureInbox},
+    {"both-ways", kibo::bench::measureBothWays},
+    {"round-trips", kibo::bench::measureRoundTrips},
+    {"composer", kibo::bench::measureComposer},
+    {"program", kibo::bench::measureProgram},
 };
 
 }  // namespace

@@ -169,6 +169,9 @@ bool GatewayApplication::showWindow() {
                        QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(journal.failure().text)),
                        MessageBox::Icon::Critical});
     }
+    tableOffer_ = std::make_unique<TableOffer>(
+        TableOffer::Needs{database_, settings_, *guardedDialogs_, startUp_.settingsFile()});
+    tableOffer_->ask();
     return true;
 }
 

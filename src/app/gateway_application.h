@@ -8,6 +8,7 @@
 #include "app/guarded_dialogs.h"
 #include "app/screen_list.h"
 #include "app/start_up.h"
+#include "app/table_offer.h"
 #include "app/timer_runner.h"
 #include "base/clock.h"
 #include "base/dialogs.h"
@@ -113,6 +114,7 @@ class GatewayApplication {
     std::unique_ptr<BrowserCare> care_;
     std::unique_ptr<QueueActions> queueActions_;
     std::unique_ptr<CloseAll> closeAll_;
+    std::unique_ptr<TableOffer> tableOffer_;
     std::unique_ptr<PanelCommands> panelCommands_;
     std::unique_ptr<PageCapture> pageCapture_;
     std::unique_ptr<BrowserRenewal> renewal_;

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "app/table_offer.h"
 #include "base/log.h"
 #include "base/settings_file.h"
 #include "platform/access_file.h"
@@ -100,11 +101,8 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
 
 /// A server without our tables: the operator may have them made at once.
 Result<void> StartUp::offerTables(Database& database, const Settings& settings, const Failure& failure) {
-    const bool make = dialogs_.showAndWait(
-        {QStringLiteral("Connection Error"),
-         QStringLiteral("%1\n\nShall %2 make the missing tables there now? Tables that are there stay as they are.")
-             .arg(QString::fromStdString(failure.text), settings.applicationName),
-         MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true});
+    const bool make = dialogs_.showAndWait(tablesQuestion(
+        QStringLiteral("Connection Error"), QString::fromStdString(failure.text), settings.applicationName));
     if (!make) return failure;
     if (const Result<void> made = makeServerTables(settings); !made) return made;
     log::info("app", QStringLiteral("made the missing tables of the database"));

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
+
 #include "app/start_up.h"
+#include "app/table_offer.h"
 #include "support/answering_dialogs.h"
 #include "support/mariadb_server.h"
 
@@ -40,6 +43,24 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     const QString count = QStringLiteral(
         "select count(*) from information_schema.tables where table_schema = '%1' and table_name <> 'kibo_outcome'");
     EXPECT_EQ(server.run(count.arg(QStringLiteral("bare"))), server.run(count.arg(QStringLiteral("kibo"))));
+
+    // What an earlier version has made lacks one, and that one can be done without.
+    const QTemporaryDir folder;
+    TableOffer offer({database, settings, dialogs, folder.filePath(QStringLiteral("kibo.ini"))});
+    const auto kept = [&] { return server.run(QStringLiteral("show tables in bare like 'kibo_message'")).trimmed(); };
+    dialogs.shown.clear();
+    offer.ask();
+    EXPECT_EQ(dialogs.shown.size(), 0u) << "nothing is missing";
+    server.run(QStringLiteral("drop table bare.kibo_message"));
+    dialogs.answers = {true};
+    offer.ask();
+    ASSERT_EQ(dialogs.shown.size(), 1u) << dialogs.said(1);
+    EXPECT_EQ(kept(), QStringLiteral("kibo_message"));
+    server.run(QStringLiteral("drop table bare.kibo_message"));
+    dialogs.answers = {false};
+    for (int i = 0; i < 2; ++i) offer.ask();
+    EXPECT_EQ(dialogs.shown.size(), 2u) << "a No is remembered";
+    EXPECT_EQ(kept(), QString());
 }
 
 }  // namespace
