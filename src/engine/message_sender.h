@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include "base/clock.h"
@@ -15,6 +14,7 @@
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
 #include "engine/text_typer.h"
+#include "engine/unsent_list.h"
 
 namespace kibo {
 
@@ -40,6 +40,7 @@ class MessageSender {
         OutboxQueue& queue;
         SendJournal& journal;
         MessageRecords& records;
+        UnsentList& unsent;
     };
     explicit MessageSender(Parts parts);
 
@@ -76,7 +77,6 @@ class MessageSender {
     void ESC();
 
     Parts p_;
-    std::shared_ptr<ListRows> unsent_;
     QString newestBefore_;    // the same before Enter
     QString newestId_;        // the chat's newest message once the box had emptied; empty: not told
     QString leftToRecovery_;  // id of the last message that was broken off before it was typed

@@ -4,8 +4,8 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDateEdit>
-#include <QFileDialog>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -67,7 +67,10 @@ SentScreen::SentScreen(Parts parts) : p_(parts), work_(this) {
 
     auto* column = new QVBoxLayout(this);
     column->addWidget(searchRow());
-    ms_ = new QueueGrid(lines_, {8, 14, 5, 14, 50, 9}, -1, QString(), this);
+    ms_ = new QueueGrid(lines_, static_cast<int>(SentColumn::Text), -1, QString(), this);
+    // Its lines count as they were found, of which there may be a million.
+    ms_->setSortingEnabled(false);
+    ms_->horizontalHeader()->setSectionsClickable(false);
     ms_->setObjectName(QStringLiteral("ms"));
     ms_->setAccessibleName(QStringLiteral("Sent messages"));
     ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -366,14 +369,12 @@ void SentScreen::copy(const Lines& lines) {
 
 void SentScreen::askForFile() {
     if (!rows_ || rows_->rowCount() == 0 || work_.isRunning()) return;
-    auto* dialog = new QFileDialog(this, QStringLiteral("Export sent messages"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(QStringLiteral("CSV files (*.csv)"));
-    dialog->setDefaultSuffix(QStringLiteral("csv"));
-    dialog->selectFile(QStringLiteral("sent %1.csv").arg(shown_.last.toString(QStringLiteral("yyyy-MM-dd"))));
-    connect(dialog, &QFileDialog::fileSelected, this, &SentScreen::exportTo);
-    dialog->open();
+    p_.dialogs.choose({.title = QStringLiteral("Export sent messages"),
+                       .kinds = {{QStringLiteral("CSV files"), QStringLiteral("*.csv")}},
+                       .proposal = QStringLiteral("sent %1.csv").arg(shown_.last.toString(Qt::ISODate))},
+                      [this](const std::optional<QString>& file) {
+                          if (file) exportTo(*file);
+                      });
 }
 
 void SentScreen::exportTo(const QString& file) {

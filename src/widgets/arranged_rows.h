@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCollator>
 #include <Qt>
 #include <memory>
 #include <vector>
@@ -15,24 +16,43 @@ struct Arrangement {
     Qt::SortOrder order = Qt::AscendingOrder;
 
     bool changesNothing() const { return filter.isEmpty() && sortColumn < 0; }
+    bool operator==(const Arrangement&) const = default;
 };
 
-/// The rows of `rows` that an arrangement shows, found once. At most kMostSearched rows are looked at: a queue may hold
-/// very many, and no window is held up for them.
-class ArrangedRows : public RowSource {
+/// Finds and sorts the rows that an arrangement shows, a piece at a time: a queue may hold very many, and neither the
+/// window nor what sends beside it waits for them. At most kMostRows rows are looked at.
+class Arranging {
  public:
-    ArrangedRows(std::shared_ptr<const RowSource> rows, int columns, const Arrangement& arrangement);
+    Arranging(std::shared_ptr<const RowSource> rows, int columns, Arrangement arrangement);
 
-    static constexpr int kMostSearched = 20'000;
+    /// Works for about so long; true when all is done.
+    bool workFor(int milliseconds);
+    /// The result; once, and only when all is done.
+    std::shared_ptr<const RowSource> result();
 
-    int rowCount() const override { return static_cast<int>(shown_.size()); }
-    QString text(int row, int column) const override {
-        return row >= 0 && row < rowCount() ? rows_->text(shown_[static_cast<size_t>(row)], column) : QString();
-    }
+    static constexpr int kMostRows = 200'000;
 
  private:
-    std::shared_ptr<const RowSource> rows_;
-    std::vector<int> shown_;
+    struct Line {
+        int row;
+        QCollatorSortKey key;
+    };
+
+    bool isWanted(int row) const;
+    void look();
+    void merge();
+    void sortRun(size_t first);
+    bool before(const Line& a, const Line& b) const;
+
+    const std::shared_ptr<const RowSource> rows_;
+    const int columns_;
+    const Arrangement arrangement_;
+    const int count_;
+    QCollator collator_;
+    int next_ = 0;  // row to be looked at
+    std::vector<Line> lines_;
+    size_t run_;         // so many lines one after another are sorted
+    size_t merged_ = 0;  // up to here runs of twice that length are
 };
 
 }  // namespace kibo

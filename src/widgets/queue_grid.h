@@ -1,20 +1,23 @@
 #pragma once
 
 #include <QTableView>
+#include <QTimer>
 #include <vector>
 
 #include "widgets/grid_model.h"
 
 namespace kibo {
 
-/// A queue grid on screen: single-line rows of one height, whole rows selected (several with Shift and Ctrl), column
-/// widths in proportion to the grid's width. Nothing in it depends on the content of rows that are not on the screen.
+/// A queue grid on screen: single-line rows of one height, whole rows selected (several with Shift and Ctrl). Columns
+/// are as wide as their headers and what is on the screen want; where that is too much, the widest ones share what is
+/// left. One that the operator has drawn to a width keeps it until its border is double-clicked. A click on a header
+/// sorts, a second one the other way round, a third one not at all. Nothing depends on rows that are not on the screen.
 class QueueGrid : public QTableView {
     Q_OBJECT
 
  public:
-    /// `shares`: relative column widths, one per column; 0 hides the column.
-    QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString emptyText, QWidget* parent);
+    /// `spareColumn` takes the room that is left over.
+    QueueGrid(const Grid& grid, int spareColumn, int keyColumn, QString emptyText, QWidget* parent);
 
     /// Shows the grid's rows as they are now; call it as often as you like.
     void refresh() { model_.refresh(); }
@@ -23,27 +26,42 @@ class QueueGrid : public QTableView {
     /// Shows only rows that hold `text`; empty: all.
     void setFilter(const QString& text);
 
+    /// As a click on the header of a column does.
+    void sortBy(int column);
+
     /// The keys of the selected rows, which stay the same rows whatever the queue does next.
     std::vector<qint64> selectedKeys() const;
     /// Rows as they are shown now, counted from 0.
     std::vector<int> selectedRows() const;
-    std::vector<int> allRows() const;
+    const std::shared_ptr<const RowSource>& rows() const { return model_.rows(); }
     /// The whole texts of a row, of which the view shows one line each. Empty for a row that isn't there.
     QStringList cells(int row) const;
 
+    /// The widths that the operator has given, in pixels with commas, 0 for a column without one; empty: none has.
+    QString ownWidths() const;
+    void setOwnWidths(const QString& widths);
+
  protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
 
  private:
     void applyRowHeight();
+    void setUpColumns();
+    void measureColumns();
+    void shareWidth();
 
     GridModel model_;
-    QList<int> shares_;
+    const int spareColumn_;
     QString emptyText_;
     QString filter_;
+    std::vector<int> wanted_;  // by each column for its content so far
+    std::vector<int> own_;     // given by the operator; 0: none
+    bool sharing_ = false;
+    QTimer measureSoon_;
 };
 
 }  // namespace kibo

@@ -2,16 +2,22 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QClipboard>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTimer>
 
-#include "base/table_text.h"
+#include "base/settings.h"
 #include "main_window/main_window.h"
 #include "main_window/window_controls.h"
 
 namespace kibo {
+namespace {
+
+/// How soon a list has new rows after those it had have ended.
+constexpr int kAgainMs = 1'200;
+
+}  // namespace
 
 struct GridActions::List {
     const char* name;
@@ -21,8 +27,8 @@ struct GridActions::List {
 };
 
 GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Dialogs& dialogs, Click click,
-                         QMenu* queues)
-    : dialogs_(dialogs), click_(std::move(click)) {
+                         QMenu* queues, QString& work)
+    : dialogs_(dialogs), click_(std::move(click)), work_(work), copy_(nullptr) {
     const auto ofSelected = [](const auto& action, QueueGrid* grid) -> Action {
         if (!action) return {};
         return [&action, grid] { action(grid->selectedKeys()); };
@@ -116,16 +122,65 @@ void GridActions::addCopies(const List& list, QPushButton* button) {
     const auto copying = [this, list](bool all) -> Action { return [this, list, all] { copy(list, all); }; };
     add(list, {"mnCopySelected", "&Copy selected lines", nullptr, copying(false), QKeySequence::Copy});
     add(list, {"mnCopyAll", "Copy &all lines", button, copying(true)});
+    addSorting(list);
 }
 
-void GridActions::copy(const List& list, bool all) {
-    const std::vector<int> rows = all ? list.grid->allRows() : list.grid->selectedRows();
-    if (rows.empty()) return;
-    QString text;
-    for (const int row : rows) text += tabSeparated(list.grid->cells(row)) + u'\n';
-    QGuiApplication::clipboard()->setText(text);
-    if (!all) return;
-    dialogs_.show({QStringLiteral("Info"), QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),
+void GridActions::addSorting(const List& list) {
+    QMenu* sort = list.menu->addMenu(QStringLiteral("&Sort by"));
+    for (int column = 0; column < list.grid->model()->columnCount(); ++column) {
+        const QString name = list.grid->model()->headerData(column, Qt::Horizontal).toString();
+        connect(sort->addAction(u'&' + name), &QAction::triggered, list.grid,
+                [grid = list.grid, column] { grid->sortBy(column); });
+    }
+    list.grid->addAction(sort->menuAction());
+}
+
+void GridActions::copy(const List& list, bool all, int tries) {
+    if (!work_.isEmpty() || copy_.isRunning()) {
+        dialogs_.show({kProgramName, QStringLiteral("Please wait until the work in hand is done."),
+                       MessageBox::Icon::Information});
+        return;
+    }
+    std::vector<int> chosen = all ? std::vector<int>() : list.grid->selectedRows();
+    if (all ? list.grid->rows()->rowCount() == 0 : chosen.empty()) return;
+    copy_.start(
+        {list.grid->rows(), list.grid->model()->columnCount(), std::move(chosen)},
+        [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
+        [this, list, all, tries](RowCopy::End end) { copied(list, all, tries, end); });
+}
+
+void GridActions::copied(const List& list, bool all, int tries, RowCopy::End end) {
+    work_.clear();
+    switch (end) {
+        case RowCopy::End::Copied:
+            if (all)
+                dialogs_.show({QStringLiteral("Info"),
+                               QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),
+                               MessageBox::Icon::Information});
+            return;
+        case RowCopy::End::Stopped:
+            return;
+        case RowCopy::End::TooMuch:
+            dialogs_.show(
+                {kProgramName,
+                 QStringLiteral("Nothing was copied: it is too much for the clipboard. Select fewer lines and "
+                                "press Ctrl+C."),
+                 MessageBox::Icon::Information});
+            return;
+        case RowCopy::End::RowsGone:
+            break;
+    }
+    // The list gets new rows in a moment; what is selected may not be the same there.
+    if (all && tries > 1) {
+        QTimer::singleShot(kAgainMs, this, [this, list, tries] {
+            click_([this, list, tries] {
+                list.grid->refresh();
+                copy(list, true, tries - 1);
+            });
+        });
+        return;
+    }
+    dialogs_.show({kProgramName, QStringLiteral("Nothing was copied: the list has changed meanwhile. Copy once more."),
                    MessageBox::Icon::Information});
 }
 
