@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "widgets/shown_text.h"
+
 namespace kibo {
 namespace {
 
@@ -20,27 +22,17 @@ QLocale sortingLocale() {
     return system.language() == QLocale::C ? QLocale(QLocale::English) : system;
 }
 
-class ArrangedRows : public RowSource {
- public:
-    ArrangedRows(std::shared_ptr<const RowSource> rows, std::vector<int> shown)
-        : rows_(std::move(rows)), shown_(std::move(shown)) {}
-
-    int rowCount() const override { return static_cast<int>(shown_.size()); }
-    QString text(int row, int column) const override {
-        return row >= 0 && row < rowCount() ? rows_->text(shown_[static_cast<size_t>(row)], column) : QString();
-    }
-    bool hasEnded() const override { return rows_->hasEnded(); }
-
- private:
-    const std::shared_ptr<const RowSource> rows_;
-    const std::vector<int> shown_;
-};
-
 }  // namespace
 
-Arranging::Arranging(std::shared_ptr<const RowSource> rows, int columns, Arrangement arrangement)
+QStringList ArrangedRows::shownCells(int row) const {
+    if (row < 0 || row >= rowCount()) return {};
+    return QString::fromUtf8(lines_[static_cast<size_t>(row)].shown).split(u'\t');
+}
+
+Arranging::Arranging(std::shared_ptr<const RowSource> rows, int columns, int characters, Arrangement arrangement)
     : rows_(std::move(rows)),
       columns_(columns),
+      characters_(characters),
       arrangement_(std::move(arrangement)),
       count_(std::min(rows_->rowCount(), kMostRows)),
       collator_(sortingLocale()),
@@ -62,20 +54,20 @@ bool Arranging::workFor(int milliseconds) {
 void Arranging::look() {
     const bool sorts = arrangement_.sortColumn >= 0;
     for (const int end = std::min(next_ + kRowsAtOnce, count_); next_ < end; ++next_) {
-        if (!isWanted(next_)) continue;
-        const QString text = sorts ? rows_->text(next_, arrangement_.sortColumn).left(kKeyCharacters) : QString();
-        lines_.push_back({next_, collator_.sortKey(text)});
+        bool wanted = arrangement_.filter.isEmpty();
+        QStringList cells;
+        QString sortedBy;
+        for (int column = 0; column < columns_; ++column) {
+            const QString text = rows_->text(next_, column);
+            wanted = wanted || text.contains(arrangement_.filter, Qt::CaseInsensitive);
+            if (column == arrangement_.sortColumn) sortedBy = text.left(kKeyCharacters);
+            cells.append(shownLine(text, characters_));
+        }
+        if (!wanted) continue;
+        lines_.push_back({{next_, cells.join(u'\t').toUtf8()}, collator_.sortKey(sortedBy)});
         if (sorts && lines_.size() % run_ == 0) sortRun(lines_.size() - run_);
     }
     if (sorts && next_ == count_ && lines_.size() % run_ != 0) sortRun(lines_.size() - lines_.size() % run_);
-}
-
-bool Arranging::isWanted(int row) const {
-    if (arrangement_.filter.isEmpty()) return true;
-    for (int column = 0; column < columns_; ++column) {
-        if (rows_->text(row, column).contains(arrangement_.filter, Qt::CaseInsensitive)) return true;
-    }
-    return false;
 }
 
 bool Arranging::before(const Line& a, const Line& b) const {
@@ -99,12 +91,11 @@ void Arranging::merge() {
     run_ *= 2;
 }
 
-std::shared_ptr<const RowSource> Arranging::result() {
-    std::vector<int> shown;
-    shown.reserve(lines_.size());
-    for (const Line& line : lines_) shown.push_back(line.row);
+std::shared_ptr<const ArrangedRows> Arranging::result() {
+    std::vector<ArrangedRows::Line> lines(std::make_move_iterator(lines_.begin()),
+                                          std::make_move_iterator(lines_.end()));
     lines_.clear();
-    return std::make_shared<ArrangedRows>(rows_, std::move(shown));
+    return std::make_shared<ArrangedRows>(rows_, std::move(lines));
 }
 
 }  // namespace kibo

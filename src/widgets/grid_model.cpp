@@ -85,14 +85,14 @@ void GridModel::arrange(const Arrangement& arrangement) {
 
 void GridModel::beginArranging() {
     revision_ = grid_.revision;
-    arranging_.emplace(grid_.rows, columnCount(), arrangement_);
+    arranging_.emplace(grid_.rows, columnCount(), kShownCharacters, arrangement_);
     arrangingSince_.start();
     bitByBit_.start(0);
 }
 
 void GridModel::arrangeFor(int milliseconds) {
     if (!arranging_ || !arranging_->workFor(milliseconds)) return;
-    std::shared_ptr<const RowSource> rows = arranging_->result();
+    std::shared_ptr<const ArrangedRows> rows = arranging_->result();
     arranging_.reset();
     bitByBit_.stop();
     arrangingTook_ = arrangingSince_.elapsed();
@@ -138,8 +138,11 @@ void GridModel::show(std::shared_ptr<const RowSource> rows) {
 
 /// What tells a row from others; empty where it is not known any more.
 QString GridModel::identity(const RowSource& rows, int row) const {
-    if (rows.hasEnded()) return {};
-    return keyColumn_ >= 0 ? rows.text(row, keyColumn_) : readRow(rows, row).join(u'\t');
+    const bool arranged = dynamic_cast<const ArrangedRows*>(&rows) != nullptr;
+    if (!arranged && rows.hasEnded()) return {};
+    if (!arranged && keyColumn_ >= 0) return rows.text(row, keyColumn_);
+    const QStringList cells = readRow(rows, row);
+    return keyColumn_ >= 0 ? cells.value(keyColumn_) : cells.join(u'\t');
 }
 
 /// The row's place near an old one, or as far from the end as that was; -1: not there.
@@ -156,15 +159,17 @@ int GridModel::find(const QString& wanted, const RowSource& rows, int near) cons
     return -1;
 }
 
-QHash<int, QString> GridModel::identities(const QModelIndexList& indexes) const {
+QString GridModel::key(int row) const {
+    const auto seen = seen_.constFind(row);
+    if (seen == seen_.cend()) return identity(*rows_, row);
+    return keyColumn_ >= 0 ? seen->value(keyColumn_) : seen->join(u'\t');
+}
+
+QHash<int, QString> GridModel::keys(const QModelIndexList& indexes) const {
     QHash<int, QString> found;
     for (const QModelIndex& index : indexes) {
-        if (found.contains(index.row()) || index.row() >= rows_->rowCount()) continue;
-        const auto seen = seen_.constFind(index.row());
-        const bool known = seen != seen_.cend();
-        found.insert(index.row(), !known            ? identity(*rows_, index.row())
-                                  : keyColumn_ >= 0 ? seen->value(keyColumn_)
-                                                    : seen->join(u'\t'));
+        if (!found.contains(index.row()) && index.row() < rows_->rowCount())
+            found.insert(index.row(), key(index.row()));
     }
     return found;
 }
@@ -172,7 +177,7 @@ QHash<int, QString> GridModel::identities(const QModelIndexList& indexes) const 
 /// Takes selection and current row along to where `newRows` have them. Before the old rows are let go.
 void GridModel::follow(const std::shared_ptr<const RowSource>& newRows) {
     // Of a range only the ends stand here, which is enough to see whether it has moved.
-    const QHash<int, QString> ends = identities(persistentIndexList());
+    const QHash<int, QString> ends = keys(persistentIndexList());
     const bool moved = std::any_of(ends.keyValueBegin(), ends.keyValueEnd(), [&](const auto& end) {
         return !end.second.isEmpty() && identity(*newRows, end.first) != end.second;
     });
@@ -184,7 +189,7 @@ void GridModel::follow(const std::shared_ptr<const RowSource>& newRows) {
     }
     emit layoutAboutToBeChanged();
     const QModelIndexList all = persistentIndexList();
-    const QHash<int, QString> before = identities(all);
+    const QHash<int, QString> before = keys(all);
     QHash<int, int> places;
     for (auto row = before.cbegin(); row != before.cend(); ++row)
         places.insert(row.key(), find(row.value(), *newRows, row.key()));
@@ -196,7 +201,7 @@ void GridModel::follow(const std::shared_ptr<const RowSource>& newRows) {
 }
 
 int GridModel::rowsGoneFromHead(const RowSource& newRows) const {
-    if (keyColumn_ < 0 || newRows.rowCount() == 0) return 0;
+    if (keyColumn_ < 0 || newRows.rowCount() == 0 || !arrangement_.changesNothing()) return 0;
     const QString head = newRows.text(0, keyColumn_);
     // Only remembered rows are looked at: the old source may already have lost its database.
     for (int row = 0; row < std::min(count_, kHeadRows); ++row) {
@@ -246,6 +251,7 @@ const QStringList& GridModel::seenRow(int row) const {
 }
 
 QStringList GridModel::readRow(const RowSource& rows, int row) const {
+    if (const auto* arranged = dynamic_cast<const ArrangedRows*>(&rows)) return arranged->shownCells(row);
     QStringList cells;
     cells.reserve(grid_.header.size());
     for (int column = 0; column < grid_.header.size(); ++column) cells.append(singleLine(rows.text(row, column)));
@@ -293,7 +299,7 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
 }
 
 QString GridModel::singleLine(const QString& text) {
-    return shownText(text, kShownCharacters).replace(QLatin1Char('\n'), QChar(0x23CE)).replace(u'\t', u' ');
+    return shownLine(text, kShownCharacters);
 }
 
 }  // namespace kibo

@@ -37,7 +37,8 @@ class GridModel : public QAbstractTableModel {
 
     /// The rows as they are shown, with the whole text of each cell, of which the view shows one line.
     const std::shared_ptr<const RowSource>& rows() const { return rows_; }
-    QString key(int row) const { return rows_->text(row, keyColumn_); }
+    /// What identifies a row that is shown; empty for one that can't be read any more.
+    QString key(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -60,7 +61,7 @@ class GridModel : public QAbstractTableModel {
     int rowsGoneFromHead(const RowSource& newRows) const;
     QString identity(const RowSource& rows, int row) const;
     int find(const QString& wanted, const RowSource& rows, int near) const;
-    QHash<int, QString> identities(const QModelIndexList& indexes) const;
+    QHash<int, QString> keys(const QModelIndexList& indexes) const;
     void follow(const std::shared_ptr<const RowSource>& newRows);
     void resize(int newCount);
     void updateSeenRows();

@@ -5,12 +5,15 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
+#include <numeric>
 
 namespace kibo {
 namespace {
 
 constexpr int kLowestRow = 8;
 constexpr int kNarrowest = 24, kWidest = 4000;
+/// Texts that are about as wide as this are not cut for the sake of longer ones.
+const QString kBriefText = QStringLiteral("0000-00-00 00:00:00 00");
 /// How soon columns follow what they show.
 constexpr int kMeasureMs = 50;
 
@@ -43,12 +46,11 @@ void QueueGrid::setUpColumns() {
     QHeaderView& header = *horizontalHeader();
     header.setHighlightSections(false);
     header.setMinimumSectionSize(kNarrowest);
-    header.setResizeContentsPrecision(0);  // what is on the screen
     header.setSortIndicatorClearable(true);
     header.setSortIndicator(-1, Qt::AscendingOrder);
     setSortingEnabled(true);
-    wanted_.assign(static_cast<size_t>(model_.columnCount()), 0);
-    own_ = wanted_;
+    wants_.resize(static_cast<size_t>(model_.columnCount()));
+    own_.resize(wants_.size());
     measureSoon_.setSingleShot(true);
     measureSoon_.setInterval(kMeasureMs);
     connect(&measureSoon_, &QTimer::timeout, this, &QueueGrid::measureColumns);
@@ -57,7 +59,10 @@ void QueueGrid::setUpColumns() {
     };
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(&model_, signal, this, soon);
-    connect(&model_, &QAbstractItemModel::modelReset, this, soon);
+    connect(&model_, &QAbstractItemModel::modelReset, this, [this, soon] {
+        scrollToTop();
+        soon();
+    });
     connect(&model_, &QAbstractItemModel::dataChanged, this, soon);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, soon);
     connect(&header, &QHeaderView::sortIndicatorChanged, this, soon);
@@ -67,42 +72,52 @@ void QueueGrid::setUpColumns() {
         shareWidth();
     });
     connect(&header, &QHeaderView::sectionHandleDoubleClicked, this, [this](int column) {
-        own_[static_cast<size_t>(column)] = wanted_[static_cast<size_t>(column)] = 0;
+        own_[static_cast<size_t>(column)] = 0;
+        wants_[static_cast<size_t>(column)] = {};
         measureColumns();
     });
 }
 
 /// Columns only grow, or they would jump with every message that comes or goes.
 void QueueGrid::measureColumns() {
-    if (model_.rowCount() == 0) std::fill(wanted_.begin(), wanted_.end(), 0);
+    if (model_.rowCount() == 0) wants_.assign(wants_.size(), {});
+    const int brief = fontMetrics().horizontalAdvance(kBriefText);
+    const int end = isVisible() ? rowAt(viewport()->height() - 1) : -1;  // -1: the rows end before the grid does
+    const int last = end < 0 && isVisible() ? model_.rowCount() - 1 : end;
     for (int column = 0; column < model_.columnCount(); ++column) {
-        int& wanted = wanted_[static_cast<size_t>(column)];
-        wanted = std::max(wanted, horizontalHeader()->sectionSizeHint(column));
-        // As long as it isn't on the screen, every row would be looked at.
-        if (isVisible()) wanted = std::max(wanted, sizeHintForColumn(column));
+        Want& want = wants_[static_cast<size_t>(column)];
+        const auto wants = [&](int width) {
+            want.whole = std::max(want.whole, width);
+            if (width <= brief) want.brief = std::max(want.brief, width);
+        };
+        want.brief = std::max(want.brief, horizontalHeader()->sectionSizeHint(column));
+        wants(want.brief);
+        for (int row = rowAt(0); row >= 0 && row <= last; ++row)
+            wants(sizeHintForIndex(model_.index(row, column)).width());
     }
     shareWidth();
 }
 
+/// Brief texts are whole. The columns of longer ones get as much more as makes them equally wide, the spare one twice
+/// as wide, and none more than it wants.
 void QueueGrid::shareWidth() {
     const int room = viewport()->width();
-    std::vector<int> widths(wanted_.size());
-    std::vector<size_t> narrowFirst;
-    int left = room;
-    for (size_t column = 0; column < widths.size(); ++column) {
-        if (own_[column] > 0)
-            left -= widths[column] = own_[column];
-        else
-            narrowFirst.push_back(column);
+    std::vector<int> widths(wants_.size());
+    const auto totalFor = [&](int level) {
+        int total = 0;
+        for (size_t column = 0; column < widths.size(); ++column) {
+            const Want& want = wants_[column];
+            const int share = static_cast<int>(column) == spareColumn_ ? 2 * level : level;
+            total += widths[column] = own_[column] > 0 ? own_[column] : std::clamp(share, want.brief, want.whole);
+        }
+        return total;
+    };
+    int low = 0, high = room + 1;  // the level lies from low to before high
+    while (high - low > 1) {
+        const int middle = (low + high) / 2;
+        (totalFor(middle) <= room ? low : high) = middle;
     }
-    std::sort(narrowFirst.begin(), narrowFirst.end(), [this](size_t a, size_t b) { return wanted_[a] < wanted_[b]; });
-    // What wants less than an even share gets it whole.
-    for (size_t i = 0; i < narrowFirst.size(); ++i) {
-        const size_t column = narrowFirst[i];
-        const int share = left / static_cast<int>(narrowFirst.size() - i);
-        const int least = horizontalHeader()->sectionSizeHint(static_cast<int>(column));
-        left -= widths[column] = std::max(std::min(wanted_[column], share), least);
-    }
+    const int left = room - totalFor(low);
     if (const auto spare = static_cast<size_t>(spareColumn_); left > 0 && own_[spare] == 0) widths[spare] += left;
     sharing_ = true;
     for (size_t column = 0; column < widths.size(); ++column)
@@ -149,7 +164,7 @@ void QueueGrid::changeEvent(QEvent* event) {
     QTableView::changeEvent(event);
     if (event->type() != QEvent::FontChange) return;
     applyRowHeight();
-    std::fill(wanted_.begin(), wanted_.end(), 0);
+    wants_.assign(wants_.size(), {});
     measureSoon_.start();
 }
 
@@ -190,6 +205,19 @@ std::vector<int> QueueGrid::selectedRows() const {
     std::sort(rows.begin(), rows.end());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     return rows;
+}
+
+RowCopy::What QueueGrid::toCopy(bool all) const {
+    RowCopy::What what{model_.rows(), model_.columnCount(), selectedRows()};
+    if (all) {
+        what.chosen.resize(static_cast<size_t>(model_.rows()->rowCount()));
+        std::iota(what.chosen.begin(), what.chosen.end(), 0);
+    }
+    if (const auto* arranged = dynamic_cast<const ArrangedRows*>(what.rows.get())) {
+        for (int& row : what.chosen) row = arranged->sourceRow(row);
+        what.rows = arranged->source();
+    }
+    return what;
 }
 
 QStringList QueueGrid::cells(int row) const {

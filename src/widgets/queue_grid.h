@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "widgets/grid_model.h"
+#include "widgets/row_copy.h"
 
 namespace kibo {
 
 /// A queue grid on screen: single-line rows of one height, whole rows selected (several with Shift and Ctrl). Columns
-/// are as wide as their headers and what is on the screen want; where that is too much, the widest ones share what is
-/// left. One that the operator has drawn to a width keeps it until its border is double-clicked. A click on a header
-/// sorts, a second one the other way round, a third one not at all. Nothing depends on rows that are not on the screen.
+/// are as wide as their headers and what is on the screen want; where that is too much, long texts share what is left.
+/// One that the operator has drawn to a width keeps it until its border is double-clicked. A click on a header sorts, a
+/// second one the other way round, a third one not at all. Nothing depends on rows that are not on the screen.
 class QueueGrid : public QTableView {
     Q_OBJECT
 
@@ -33,7 +34,8 @@ class QueueGrid : public QTableView {
     std::vector<qint64> selectedKeys() const;
     /// Rows as they are shown now, counted from 0.
     std::vector<int> selectedRows() const;
-    const std::shared_ptr<const RowSource>& rows() const { return model_.rows(); }
+    /// The selected lines, or all that are shown, for a copy.
+    RowCopy::What toCopy(bool all) const;
     /// The whole texts of a row, of which the view shows one line each. Empty for a row that isn't there.
     QStringList cells(int row) const;
 
@@ -49,6 +51,11 @@ class QueueGrid : public QTableView {
     void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
 
  private:
+    struct Want {
+        int brief = 0;  // its header and those of its texts that aren't long
+        int whole = 0;  // all of them
+    };
+
     void applyRowHeight();
     void setUpColumns();
     void measureColumns();
@@ -58,7 +65,7 @@ class QueueGrid : public QTableView {
     const int spareColumn_;
     QString emptyText_;
     QString filter_;
-    std::vector<int> wanted_;  // by each column for its content so far
+    std::vector<Want> wants_;  // of each column, for what it has shown so far
     std::vector<int> own_;     // given by the operator; 0: none
     bool sharing_ = false;
     QTimer measureSoon_;

@@ -3,6 +3,8 @@
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "base/table_text.h"
@@ -11,7 +13,7 @@ namespace kibo {
 namespace {
 
 constexpr int kPortionMs = 8;
-constexpr int kRowsAtOnce = 16;
+constexpr size_t kRowsAtOnce = 16;
 
 }  // namespace
 
@@ -23,9 +25,14 @@ void RowCopy::start(What what, Told told, Ended ended) {
     what_ = std::move(what);
     told_ = std::move(told);
     ended_ = std::move(ended);
-    all_ = what_.chosen.empty() ? what_.rows->rowCount() : static_cast<int>(what_.chosen.size());
+    order_.resize(what_.chosen.size());
+    std::iota(order_.begin(), order_.end(), size_t{0});
+    if (!std::is_sorted(what_.chosen.begin(), what_.chosen.end()))
+        std::sort(order_.begin(), order_.end(),
+                  [this](size_t a, size_t b) { return what_.chosen[a] < what_.chosen[b]; });
+    lines_.assign(order_.size(), {});
     done_ = 0;
-    text_.clear();
+    characters_ = 0;
     bitByBit_.start(0);
     workOn();
 }
@@ -33,17 +40,22 @@ void RowCopy::start(What what, Told told, Ended ended) {
 void RowCopy::workOn() {
     QElapsedTimer time;
     time.start();
-    while (done_ < all_) {
-        const int next = std::min(done_ + kRowsAtOnce, all_);
-        for (; done_ < next; ++done_) {
-            const int row = what_.chosen.empty() ? done_ : what_.chosen[static_cast<size_t>(done_)];
-            text_ += tabSeparated(*what_.rows, what_.columns, row, row);
+    while (done_ < order_.size()) {
+        for (const size_t next = std::min(done_ + kRowsAtOnce, order_.size()); done_ < next; ++done_) {
+            const int row = what_.chosen[order_[done_]];
+            QString& line = lines_[order_[done_]];
+            line = tabSeparated(*what_.rows, what_.columns, row, row);
+            characters_ += line.size();
         }
         if (what_.rows->hasEnded()) return end(End::RowsGone);
-        if (text_.size() > kMostCharacters) return end(End::TooMuch);
-        if (done_ < all_ && time.elapsed() >= kPortionMs) return told_(done_, all_);
+        if (characters_ > kMostCharacters) return end(End::TooMuch);
+        if (done_ < order_.size() && time.elapsed() >= kPortionMs)
+            return told_(static_cast<int>(done_), static_cast<int>(order_.size()));
     }
-    QGuiApplication::clipboard()->setText(std::exchange(text_, {}));
+    QString text;
+    text.reserve(characters_);
+    for (const QString& line : lines_) text += line;
+    QGuiApplication::clipboard()->setText(text);
     end(End::Copied);
 }
 
@@ -53,8 +65,9 @@ void RowCopy::stop() {
 
 void RowCopy::end(End end) {
     bitByBit_.stop();
-    text_.clear();
     what_ = {};
+    order_ = {};
+    lines_ = {};
     const Ended ended = std::exchange(ended_, {});
     ended(end);
 }

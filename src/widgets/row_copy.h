@@ -21,7 +21,7 @@ class RowCopy : public QObject {
     struct What {
         std::shared_ptr<const RowSource> rows;
         int columns = 0;
-        std::vector<int> chosen = {};  ///< in the order in which they are copied; empty: all
+        std::vector<int> chosen;  ///< in the order in which they are copied
     };
     enum class End {
         Copied,
@@ -46,8 +46,10 @@ class RowCopy : public QObject {
     What what_;
     Told told_;
     Ended ended_;
-    int all_ = 0, done_ = 0;
-    QString text_;
+    std::vector<size_t> order_;   // places in `chosen` in which they are read: one row after another is quickest
+    std::vector<QString> lines_;  // in the order of `chosen`
+    size_t done_ = 0;
+    qsizetype characters_ = 0;
     QTimer bitByBit_;
 };
 

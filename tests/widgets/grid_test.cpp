@@ -8,6 +8,7 @@
 #include <QTableView>
 #include <QTest>
 #include <memory>
+#include <numeric>
 
 #include "widgets/grid_model.h"
 #include "widgets/queue_grid.h"
@@ -151,7 +152,7 @@ TEST_F(GridTest, columnsAreAsWideAsTheyWantAndTheLongOnesShareWhatIsLeft) {
     const auto cut = [this](int column) {
         return grid->columnWidth(column) <
                std::max(grid->horizontalHeader()->sectionSizeHint(column),
-                        std::min(static_cast<QAbstractItemView*>(grid.get())->sizeHintForColumn(column), 250));
+                        std::min(static_cast<QAbstractItemView*>(grid.get())->sizeHintForColumn(column), 140));
     };
     const auto total = [this] {
         int width = 0;
@@ -160,7 +161,7 @@ TEST_F(GridTest, columnsAreAsWideAsTheyWantAndTheLongOnesShareWhatIsLeft) {
     };
     QTRY_COMPARE(total(), grid->viewport()->width());
     for (int column = 0; column < 7; ++column) EXPECT_FALSE(cut(column)) << column;
-    EXPECT_LE(qAbs(grid->columnWidth(2) - grid->columnWidth(4)), 1);
+    EXPECT_GT(grid->columnWidth(2), grid->columnWidth(4) * 3 / 2) << "the text most of all";
 
     grid->horizontalHeader()->resizeSection(1, 60);
     EXPECT_EQ(total(), grid->viewport()->width()) << "the others take what it leaves";
@@ -180,6 +181,10 @@ TEST(RowCopyTest, copiesManyRowsInPiecesWholeOrNotAtAll) {
     int portions = 0;
     QList<RowCopy::End> ends;
     const auto begin = [&](int rows, std::vector<int> chosen = {}) {
+        if (chosen.empty()) {
+            chosen.resize(static_cast<size_t>(rows));
+            std::iota(chosen.begin(), chosen.end(), 0);
+        }
         copy.start(
             {std::make_shared<GeneratedRows>(rows), 2, std::move(chosen)}, [&](int, int) { ++portions; },
             [&](RowCopy::End end) { ends.append(end); });

@@ -141,10 +141,10 @@ void GridActions::copy(const List& list, bool all, int tries) {
                        MessageBox::Icon::Information});
         return;
     }
-    std::vector<int> chosen = all ? std::vector<int>() : list.grid->selectedRows();
-    if (all ? list.grid->rows()->rowCount() == 0 : chosen.empty()) return;
+    RowCopy::What what = list.grid->toCopy(all);
+    if (what.chosen.empty()) return;
     copy_.start(
-        {list.grid->rows(), list.grid->model()->columnCount(), std::move(chosen)},
+        std::move(what),
         [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
         [this, list, all, tries](RowCopy::End end) { copied(list, all, tries, end); });
 }
