@@ -68,6 +68,7 @@ void UnsentList::fill() {
     if (multi()) values = Database::Values{state_.cb_Profil.text, state_.cb_Profil.text} + values;
     if (read) read = database_.readThrough(multi() ? kFailedInMulti : kFailedInSent, values, take);
     if (!read) {
+        if (read.failure().kind != FailureKind::ConnectionLost) filledFor_ = whose();  // it would fail again
         log::warning("engine", QStringLiteral("what failed before this start is not known: %1")
                                    .arg(QString::fromStdString(read.failure().text)));
         return;

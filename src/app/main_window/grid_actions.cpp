@@ -129,7 +129,7 @@ void GridActions::addSorting(const List& list) {
     QMenu* sort = list.menu->addMenu(QStringLiteral("&Sort by"));
     for (int column = 0; column < list.grid->model()->columnCount(); ++column) {
         const QString name = list.grid->model()->headerData(column, Qt::Horizontal).toString();
-        connect(sort->addAction(u'&' + name), &QAction::triggered, list.grid,
+        connect(sort->addAction(QStringLiteral("&%1  %2").arg(column + 1).arg(name)), &QAction::triggered, list.grid,
                 [grid = list.grid, column] { grid->sortBy(column); });
     }
     list.grid->addAction(sort->menuAction());
