@@ -20,7 +20,11 @@ constexpr int kMeasureMs = 50;
 }  // namespace
 
 QueueGrid::QueueGrid(const Grid& grid, int spareColumn, int keyColumn, QString emptyText, QWidget* parent)
-    : QTableView(parent), model_(grid, keyColumn), spareColumn_(spareColumn), emptyText_(std::move(emptyText)) {
+    : QTableView(parent),
+      model_(grid, keyColumn),
+      spareColumn_(spareColumn),
+      keyColumn_(keyColumn),
+      emptyText_(std::move(emptyText)) {
     setModel(&model_);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -207,8 +211,8 @@ std::vector<int> QueueGrid::selectedRows() const {
     return rows;
 }
 
-RowCopy::What QueueGrid::toCopy(bool all) const {
-    RowCopy::What what{model_.rows(), model_.columnCount(), selectedRows()};
+RowReading::What QueueGrid::toRead(bool all) const {
+    RowReading::What what{model_.rows(), selectedRows()};
     if (all) {
         what.chosen.resize(static_cast<size_t>(model_.rows()->rowCount()));
         std::iota(what.chosen.begin(), what.chosen.end(), 0);
@@ -224,12 +228,6 @@ QStringList QueueGrid::cells(int row) const {
     QStringList cells;
     for (int column = 0; column < model_.columnCount(); ++column) cells.append(model_.rows()->text(row, column));
     return cells;
-}
-
-std::vector<qint64> QueueGrid::selectedKeys() const {
-    std::vector<qint64> keys;
-    for (const int row : selectedRows()) keys.push_back(model_.key(row).toLongLong());
-    return keys;
 }
 
 void QueueGrid::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {

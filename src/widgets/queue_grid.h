@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "widgets/grid_model.h"
-#include "widgets/row_copy.h"
+#include "widgets/row_reading.h"
 
 namespace kibo {
 
@@ -30,12 +30,13 @@ class QueueGrid : public QTableView {
     /// As a click on the header of a column does.
     void sortBy(int column);
 
-    /// The keys of the selected rows, which stay the same rows whatever the queue does next.
-    std::vector<qint64> selectedKeys() const;
+    /// The key of a row, which stays the same row whatever the queue does next; 0 for one that isn't there.
+    qint64 key(int row) const { return model_.key(row).toLongLong(); }
+    int keyColumn() const { return keyColumn_; }
     /// Rows as they are shown now, counted from 0.
     std::vector<int> selectedRows() const;
-    /// The selected lines, or all that are shown, for a copy.
-    RowCopy::What toCopy(bool all) const;
+    /// The selected rows, or all that are shown, as they are at this moment.
+    RowReading::What toRead(bool all) const;
     /// The whole texts of a row, of which the view shows one line each. Empty for a row that isn't there.
     QStringList cells(int row) const;
 
@@ -62,7 +63,7 @@ class QueueGrid : public QTableView {
     void shareWidth();
 
     GridModel model_;
-    const int spareColumn_;
+    const int spareColumn_, keyColumn_;
     QString emptyText_;
     QString filter_;
     std::vector<Want> wants_;  // of each column, for what it has shown so far

@@ -116,7 +116,7 @@ TEST_F(MainWindowTest, heldRowsStandApartAndTheStoreIsNamed) {
     EXPECT_EQ(find<QLabel>("store")->text(), QStringLiteral("Database: db.shop.example"));
 }
 
-TEST_F(MainWindowTest, muchIsCopiedInPiecesAndCanBeBrokenOff) {
+TEST_F(MainWindowTest, muchIsCopiedOrChosenInPiecesAndCanBeBrokenOff) {
     class Many : public RowSource {
      public:
         int rowCount() const override { return 100'000; }
@@ -125,6 +125,8 @@ TEST_F(MainWindowTest, muchIsCopiedInPiecesAndCanBeBrokenOff) {
     state.ms_out.setRows(std::make_shared<Many>());
     MainWindowActions actions = recorded();
     actions.stopWork = [this] { calls.append(QStringLiteral("stop work")); };
+    std::vector<qint64> chosen;
+    actions.deleteWaiting = [&chosen](const auto& ids) { chosen = ids; };
     build(actions);
     QApplication::clipboard()->setText(QStringLiteral("before"));
     auto* breakOff = find<QPushButton>("breakOff");
@@ -140,6 +142,11 @@ TEST_F(MainWindowTest, muchIsCopiedInPiecesAndCanBeBrokenOff) {
     find<QAction>("mnCopyAll")->trigger();
     QTRY_COMPARE_WITH_TIMEOUT(dialogs.shown.size(), 2U, 20'000);
     EXPECT_EQ(QApplication::clipboard()->text().count(u'\n'), 100'000);
+    find<QueueGrid>("ms_out")->selectAll();
+    find<QAction>("mnDelOut")->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 100'000U, 20'000);
+    EXPECT_EQ(chosen.back(), 99'999);
+    EXPECT_FALSE(breakOff->isVisible());
 }
 
 TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {

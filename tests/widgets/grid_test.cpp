@@ -12,7 +12,7 @@
 
 #include "widgets/grid_model.h"
 #include "widgets/queue_grid.h"
-#include "widgets/row_copy.h"
+#include "widgets/row_reading.h"
 
 namespace kibo::test {
 namespace {
@@ -48,6 +48,11 @@ class GridTest : public testing::Test {
         }
         grid->refresh();
         QCoreApplication::processEvents();
+    }
+    std::vector<qint64> selectedKeys() const {
+        std::vector<qint64> keys;
+        for (const int row : grid->selectedRows()) keys.push_back(grid->key(row));
+        return keys;
     }
     QString shown(int row, int column) const { return grid->model()->index(row, column).data().toString(); }
 
@@ -104,10 +109,10 @@ TEST_F(GridTest, sortsAndSearchesManyRowsInPiecesAndNamesThemByTheirKeys) {
     clickHeader();
     QTRY_COMPARE(shown(0, 6), QStringLiteral("19999"));
     grid->selectRow(10);
-    EXPECT_EQ(grid->selectedKeys(), std::vector<qint64>{1999}) << "numbers sort as numbers";
+    EXPECT_EQ(selectedKeys(), std::vector<qint64>{1999}) << "numbers sort as numbers";
     show(std::make_shared<GeneratedRows>(kMany, 1990));
     QTRY_COMPARE(grid->model()->rowCount(), 11);
-    EXPECT_EQ(grid->selectedKeys(), std::vector<qint64>{1999});
+    EXPECT_EQ(selectedKeys(), std::vector<qint64>{1999});
 
     QElapsedTimer time;
     qint64 longest = 0;
@@ -132,13 +137,13 @@ TEST_F(GridTest, whatIsSelectedStaysSelectedWhereverAReloadMovesIt) {
     rows(QStringLiteral("1 2 3 7 8"));
     grid->selectRow(1);
     grid->selectionModel()->select(grid->model()->index(4, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    EXPECT_EQ(grid->selectedKeys(), (std::vector<qint64>{2, 8}));
+    EXPECT_EQ(selectedKeys(), (std::vector<qint64>{2, 8}));
     rows(QStringLiteral("1 2 3 4 5 7 8"));
-    EXPECT_EQ(grid->selectedKeys(), (std::vector<qint64>{2, 8})) << "two more before the last ones";
+    EXPECT_EQ(selectedKeys(), (std::vector<qint64>{2, 8})) << "two more before the last ones";
     rows(QStringLiteral("2 3 5 7 8"));
-    EXPECT_EQ(grid->selectedKeys(), (std::vector<qint64>{2, 8})) << "one from the head, one from the middle";
+    EXPECT_EQ(selectedKeys(), (std::vector<qint64>{2, 8})) << "one from the head, one from the middle";
     rows(QStringLiteral("2 3 5 7 9"));
-    EXPECT_EQ(grid->selectedKeys(), std::vector<qint64>{2}) << "what has gone hands its place to nobody";
+    EXPECT_EQ(selectedKeys(), std::vector<qint64>{2}) << "what has gone hands its place to nobody";
 }
 
 TEST_F(GridTest, columnsAreAsWideAsTheyWantAndTheLongOnesShareWhatIsLeft) {
@@ -174,20 +179,20 @@ TEST_F(GridTest, columnsAreAsWideAsTheyWantAndTheLongOnesShareWhatIsLeft) {
     EXPECT_EQ(next.ownWidths(), own);
 }
 
-TEST(RowCopyTest, copiesManyRowsInPiecesWholeOrNotAtAll) {
+TEST(RowReadingTest, copiesManyRowsInPiecesWholeOrNotAtAll) {
     QClipboard& clipboard = *QGuiApplication::clipboard();
     clipboard.setText(QStringLiteral("before"));
-    RowCopy copy(nullptr);
+    RowReading copy(nullptr);
     int portions = 0;
-    QList<RowCopy::End> ends;
+    QList<RowReading::End> ends;
     const auto begin = [&](int rows, std::vector<int> chosen = {}) {
         if (chosen.empty()) {
             chosen.resize(static_cast<size_t>(rows));
             std::iota(chosen.begin(), chosen.end(), 0);
         }
-        copy.start(
-            {std::make_shared<GeneratedRows>(rows), 2, std::move(chosen)}, [&](int, int) { ++portions; },
-            [&](RowCopy::End end) { ends.append(end); });
+        copyRows(
+            copy, {std::make_shared<GeneratedRows>(rows), std::move(chosen)}, 2, [&](int, int) { ++portions; },
+            [&](RowReading::End end) { ends.append(end); });
     };
     begin(kMany);
     EXPECT_TRUE(copy.isRunning());
@@ -199,7 +204,7 @@ TEST(RowCopyTest, copiesManyRowsInPiecesWholeOrNotAtAll) {
     EXPECT_GT(portions, 2);
     begin(3, {2, 0});
     EXPECT_EQ(clipboard.text(), QStringLiteral("\"text\n3\"\t\"text\n3\"\n\"text\n1\"\t\"text\n1\"\n"));
-    EXPECT_EQ(ends, (QList{RowCopy::End::Stopped, RowCopy::End::Copied, RowCopy::End::Copied}));
+    EXPECT_EQ(ends, (QList{RowReading::End::Stopped, RowReading::End::Done, RowReading::End::Done}));
 }
 
 TEST(GridModelText, isOneShortLine) {

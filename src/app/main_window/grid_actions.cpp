@@ -16,6 +16,8 @@ namespace {
 
 /// How soon a list has new rows after those it had have ended.
 constexpr int kAgainMs = 1'200;
+/// So many selected rows are looked at without a word.
+constexpr size_t kFewRows = 500;
 
 }  // namespace
 
@@ -28,10 +30,10 @@ struct GridActions::List {
 
 GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Dialogs& dialogs, Click click,
                          QMenu* queues, QString& work)
-    : dialogs_(dialogs), click_(std::move(click)), work_(work), copy_(nullptr) {
-    const auto ofSelected = [](const auto& action, QueueGrid* grid) -> Action {
+    : dialogs_(dialogs), click_(std::move(click)), work_(work), reading_(nullptr) {
+    const auto ofSelected = [this](const auto& action, QueueGrid* grid) -> Action {
         if (!action) return {};
-        return [&action, grid] { action(grid->selectedKeys()); };
+        return [this, &action, grid] { withSelected(grid, action); };
     };
     const List outbox = list(queues, "Outbox", "&Outbox", c.ms_out, c.findOutbox);
     const Action remove = ofSelected(actions.deleteWaiting, c.ms_out);
@@ -39,8 +41,8 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     if (actions.whyWaiting)
         add(outbox, {"mnWhyWaiting", "&Why is it waiting?", nullptr,
                      [&actions, grid = c.ms_out] {
-                         const std::vector<qint64> ids = grid->selectedKeys();
-                         if (!ids.empty()) actions.whyWaiting(ids.front());
+                         const std::vector<int> rows = grid->selectedRows();
+                         if (!rows.empty()) actions.whyWaiting(grid->key(rows.front()));
                      },
                      Qt::Key_Return});
     addCopies(outbox, c.cmd_CopyOutbox);
@@ -135,39 +137,65 @@ void GridActions::addSorting(const List& list) {
     list.grid->addAction(sort->menuAction());
 }
 
-void GridActions::copy(const List& list, bool all, int tries) {
-    if (!work_.isEmpty() || copy_.isRunning()) {
-        dialogs_.show({kProgramName, QStringLiteral("Please wait until the work in hand is done."),
-                       MessageBox::Icon::Information});
-        return;
-    }
-    RowCopy::What what = list.grid->toCopy(all);
-    if (what.chosen.empty()) return;
-    copy_.start(
-        std::move(what),
-        [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
-        [this, list, all, tries](RowCopy::End end) { copied(list, all, tries, end); });
+bool GridActions::isBusy() {
+    if (work_.isEmpty() && !reading_.isRunning()) return false;
+    say("Please wait until the work in hand is done.");
+    return true;
 }
 
-void GridActions::copied(const List& list, bool all, int tries, RowCopy::End end) {
+void GridActions::say(const char* text) {
+    dialogs_.show({kProgramName, QString::fromUtf8(text), MessageBox::Icon::Information});
+}
+
+/// The rows of this moment: the list goes on while many are read.
+void GridActions::withSelected(QueueGrid* grid, const std::function<void(const std::vector<qint64>& ids)>& action) {
+    const std::vector<int> rows = grid->selectedRows();
+    auto ids = std::make_shared<std::vector<qint64>>();
+    if (rows.size() <= kFewRows) {
+        for (const int row : rows) ids->push_back(grid->key(row));
+        return action(*ids);
+    }
+    if (isBusy()) return;
+    ids->resize(rows.size());
+    const auto read = [ids, column = grid->keyColumn()](const RowSource& source, int row, size_t place) {
+        (*ids)[place] = source.text(row, column).toLongLong();
+        return true;
+    };
+    const auto told = [this](int done, int of) {
+        work_ = QStringLiteral("Looking at %L1 of %L2 selected lines").arg(done).arg(of);
+    };
+    reading_.start(grid->toRead(false), read, told, [this, ids, action](RowReading::End end) {
+        work_.clear();
+        if (end == RowReading::End::Done) click_([&] { action(*ids); });
+        if (end == RowReading::End::RowsGone) say("Nothing was done: the list has changed meanwhile. Try once more.");
+    });
+}
+
+void GridActions::copy(const List& list, bool all, int tries) {
+    if (isBusy()) return;
+    RowReading::What what = list.grid->toRead(all);
+    if (what.chosen.empty()) return;
+    copyRows(
+        reading_, std::move(what), list.grid->model()->columnCount(),
+        [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
+        [this, list, all, tries](RowReading::End end) { copied(list, all, tries, end); });
+}
+
+void GridActions::copied(const List& list, bool all, int tries, RowReading::End end) {
     work_.clear();
     switch (end) {
-        case RowCopy::End::Copied:
+        case RowReading::End::Done:
             if (all)
                 dialogs_.show({QStringLiteral("Info"),
                                QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),
                                MessageBox::Icon::Information});
             return;
-        case RowCopy::End::Stopped:
+        case RowReading::End::Stopped:
             return;
-        case RowCopy::End::TooMuch:
-            dialogs_.show(
-                {kProgramName,
-                 QStringLiteral("Nothing was copied: it is too much for the clipboard. Select fewer lines and "
-                                "press Ctrl+C."),
-                 MessageBox::Icon::Information});
+        case RowReading::End::Enough:
+            say("Nothing was copied: it is too much for the clipboard. Select fewer lines and press Ctrl+C.");
             return;
-        case RowCopy::End::RowsGone:
+        case RowReading::End::RowsGone:
             break;
     }
     // The list gets new rows in a moment; what is selected may not be the same there.
@@ -180,8 +208,7 @@ void GridActions::copied(const List& list, bool all, int tries, RowCopy::End end
         });
         return;
     }
-    dialogs_.show({kProgramName, QStringLiteral("Nothing was copied: the list has changed meanwhile. Copy once more."),
-                   MessageBox::Icon::Information});
+    say("Nothing was copied: the list has changed meanwhile. Copy once more.");
 }
 
 }  // namespace kibo

@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "base/dialogs.h"
-#include "widgets/row_copy.h"
+#include "widgets/row_reading.h"
 
 class QAction;
 class QLineEdit;
@@ -26,13 +26,13 @@ class GridActions : public QObject {
     using Action = std::function<void()>;
     using Click = std::function<void(const Action&)>;
 
-    /// All must outlive the object. `click` runs an action and shows what came of it. `work`: how far a copy of many
-    /// lines is, in words; not empty while other work of the operator's goes on.
+    /// All must outlive the object. `click` runs an action and shows what came of it. `work`: how far it is with many
+    /// lines, in words; not empty while other work of the operator's goes on.
     GridActions(WindowControls& controls, const MainWindowActions& actions, Dialogs& dialogs, Click click,
                 QMenu* queues, QString& work);
 
-    /// Breaks off the copy that goes on, if any.
-    void stopCopy() { copy_.stop(); }
+    /// Breaks off what goes on, if anything.
+    void stop() { reading_.stop(); }
 
  private:
     struct List;
@@ -49,12 +49,15 @@ class GridActions : public QObject {
     void addCopies(const List& list, QPushButton* button);
     void addSorting(const List& list);
     void copy(const List& list, bool all, int tries = 3);
-    void copied(const List& list, bool all, int tries, RowCopy::End end);
+    void copied(const List& list, bool all, int tries, RowReading::End end);
+    void withSelected(QueueGrid* grid, const std::function<void(const std::vector<qint64>& ids)>& action);
+    bool isBusy();
+    void say(const char* text);
 
     Dialogs& dialogs_;
     Click click_;
     QString& work_;
-    RowCopy copy_;
+    RowReading reading_;
 };
 
 }  // namespace kibo

@@ -203,7 +203,7 @@ void MainWindow::connectControls() {
     connectButton(c.cmd_OutboxRefresh, actions_.refreshOutbox);
     connectButton(c.cmd_InboxRefresh, actions_.refreshInbox);
     connectButton(c.breakOff, [this] {
-        gridActions_->stopCopy();
+        gridActions_->stop();
         if (actions_.stopWork) actions_.stopWork();
     });
     c.newestFirst->setEnabled(static_cast<bool>(actions_.refreshInbox));
