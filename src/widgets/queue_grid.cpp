@@ -122,7 +122,11 @@ void QueueGrid::shareWidth() {
         (totalFor(middle) <= room ? low : high) = middle;
     }
     const int left = room - totalFor(low);
-    if (const auto spare = static_cast<size_t>(spareColumn_); left > 0 && own_[spare] == 0) widths[spare] += left;
+    auto spare = static_cast<size_t>(spareColumn_);
+    if (own_[spare] > 0)
+        for (size_t column = 0; column < own_.size(); ++column)
+            if (own_[column] == 0) spare = column;  // the last one
+    if (left > 0 && own_[spare] == 0) widths[spare] += left;
     sharing_ = true;
     for (size_t column = 0; column < widths.size(); ++column)
         if (columnWidth(static_cast<int>(column)) != widths[column])

@@ -172,6 +172,9 @@ TEST_F(GridTest, columnsAreAsWideAsTheyWantAndTheLongOnesShareWhatIsLeft) {
     EXPECT_EQ(total(), grid->viewport()->width()) << "the others take what it leaves";
     const QString own = grid->ownWidths();
     EXPECT_EQ(own, QStringLiteral("0,60,0,0,0,0,0"));
+    grid->horizontalHeader()->resizeSection(2, 90);
+    grid->horizontalHeader()->resizeSection(4, 90);
+    EXPECT_EQ(total(), grid->viewport()->width());
     QueueGrid next(queue, 2, 6, QString(), nullptr);
     next.setOwnWidths(own);
     EXPECT_EQ(next.columnWidth(1), 60);
