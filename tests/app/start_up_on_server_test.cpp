@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "app/start_up.h"
+#include "engine/held_rows.h"
+#include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/mariadb_server.h"
 
@@ -40,6 +42,44 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     const QString count = QStringLiteral(
         "select count(*) from information_schema.tables where table_schema = '%1' and table_name <> 'kibo_outcome'");
     EXPECT_EQ(server.run(count.arg(QStringLiteral("bare"))), server.run(count.arg(QStringLiteral("kibo"))));
+}
+
+TEST(ListsOnServer, showWhatFailedAndWhatIsHeld) {
+    MariaDbServer& server = MariaDbServer::shared();
+    server.run(QStringLiteral(
+        "insert into outbox (id, wa_mode, wa_no) values (1, 0, '62'), (2, 3, '63');"
+        "insert into multi (tipe, profil, wa_mode, wa_no) values ('O', '7', 3, '64'), ('O', '8', 3, '65');"
+        "insert into sent (id, wa_no, wa_text, status) values (3, '66', 'a', 'fail'), (4, '67', 'b', '');"
+        "insert into multi (tipe, profil, id_outbox, wa_no, wa_text, status) values ('S', '7', 3, '68', 'c', 'fail');"
+        "insert into kibo_message (source, profil, outbox_id, ended, result, reason) values "
+        "('outbox', '7', 3, now(), 'fail', 'x'), ('outbox', '7', 4, now(), 'sent', null), "
+        "('multi', '7', 3, now(), 'in doubt', 'y')"));
+    Settings settings = server.settings(false);
+    const SystemClock clock;
+    const ErrorPolicy policy;
+    const auto shown = [](const Grid& grid, int column) {
+        QStringList texts;
+        for (int row = 1; row < grid.rowCount(); ++row) texts.append(grid.text(row, column));
+        return texts.join(u' ').toStdString();
+    };
+    for (const bool multi : {false, true}) {
+        settings.Multi = multi ? QStringLiteral("Y") : QStringLiteral("N");
+        Database database(clock, policy);
+        ASSERT_TRUE(database.OpenDatabase(settings, {}));
+        GatewayState state;
+        state.cb_Profil.text = QStringLiteral("7");
+        HeldRows(state, settings, database, clock).look();
+        EXPECT_EQ(shown(state.held, 1), multi ? "64" : "63");
+        UnsentList unsent(state, settings, database, clock);
+        unsent.fill();
+        EXPECT_EQ(shown(state.ms2, UnsentColumn::Number), multi ? "68" : "66");
+        EXPECT_EQ(shown(state.ms2, UnsentColumn::Time).size(), 19u);
+        unsent.allHandled();
+        EXPECT_EQ(database.problem(), QString());
+        UnsentList next(state, settings, database, clock);
+        next.fill();
+        EXPECT_EQ(state.ms2.rowCount(), 1);
+    }
 }
 
 }  // namespace
