@@ -31,7 +31,7 @@ constexpr int kLongestRunMs = 900'000;
 /// Both directions with their timers as in the program, but without its window.
 class BothWays {
  public:
-    BothWays() : chat(clock), edge_(dialogs_, {}), timers_(edge_) {
+    BothWays() : chat(clock), edge_(dialogs_), timers_(edge_) {
         chat.settings.GetNumberInbox = QStringLiteral("Y");
         state.txt_DUMMY.text = QStringLiteral("6281200009999");
         state.cb_Profil.text = chat.settings.Profil;

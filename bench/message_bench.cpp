@@ -43,7 +43,7 @@ struct Tick {
 /// The engine with its timers as in the program, but without its window.
 class TimedGateway {
  public:
-    TimedGateway() : edge_(dialogs_, {}), timers_(edge_) {
+    TimedGateway() : edge_(dialogs_), timers_(edge_) {
         timers_.add(state().Timer_KIBO, [this] { tick(); });
         timers_.add(state().Timer2, [this] { sending_.gateway.chatListWatch.Timer2_Timer(); });
         timers_.add(state().Timer1, [this] { clock_.runPendingEvents(); });

@@ -81,6 +81,9 @@ bool GatewayApplication::start() {
     if (!startUp_.openElementStore(elementDatabase_)) return false;
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff = {!database_.isOpen(), database_.problem()};
+    const StoreName store = storeName(database_.address().request);
+    state_.storeName = store.name;
+    state_.storePlace = store.place;
     if (ending()) return false;
     buildEngine();
     return showWindow();
@@ -92,7 +95,7 @@ void GatewayApplication::startLog() const {
 }
 
 void GatewayApplication::buildEngine() {
-    edge_ = std::make_unique<ErrorEdge>(dialogs_, settings_.applicationName);
+    edge_ = std::make_unique<ErrorEdge>(dialogs_);
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
@@ -163,9 +166,9 @@ bool GatewayApplication::showWindow() {
     if (database_.isOpen()) refreshOutbox();
     window_->showState();
     window_->show();
-    log::info("window", QStringLiteral("%1 is ready").arg(settings_.applicationName));
+    log::info("window", QStringLiteral("Kibo is ready"));
     if (!journal) {
-        dialogs_.show({settings_.applicationName,
+        dialogs_.show({kProgramName,
                        QStringLiteral("Nothing can be sent: %1").arg(QString::fromStdString(journal.failure().text)),
                        MessageBox::Icon::Critical});
     }
@@ -190,6 +193,7 @@ void GatewayApplication::buildBrowserParts() {
         .settings = settings_,
         .database = database_,
         .dialogs = *guardedDialogs_,
+        .unsent = gateway_->unsent,
         .refreshOutbox = [this] { refreshOutbox(); },
         .refreshInbox = [this] { inbox_->grid.cmd_InboxRefresh_Click(); },
         .guarded = [this](const auto& step) { edge_->run(step); },
@@ -282,6 +286,7 @@ MainWindowActions GatewayApplication::actions() {
     };
     actions.clearOutbox = guarded([this] { queueActions_->cmd_ClearOutbox_Click(); });
     actions.clearInbox = guarded([this] { queueActions_->cmd_ClearInbox_Click(); });
+    actions.stopWork = [this] { queueActions_->stopWork(); };
     actions.emptyInboxList = [this] { queueActions_->cmd_ClearGridInbox_Click(); };
     actions.emptyUnsentList = [this] { queueActions_->cmd_ClearUnSent_Click(); };
     if (platform::canHideWindows()) actions.hideChrome = [this](bool hide) { care_->HideChrome_Click(hide); };
@@ -328,7 +333,7 @@ bool GatewayApplication::alreadyRuns() {
     if (taken) return false;
     const QString text = QString::fromStdString(taken.failure().text);
     log::warning("window", text);
-    dialogs_.showAndWait({settings_.applicationName, text, MessageBox::Icon::Information});
+    dialogs_.showAndWait({kProgramName, text, MessageBox::Icon::Information});
     platform::bringToFront(instanceLock_.holder());
     return true;
 }
@@ -354,6 +359,8 @@ void GatewayApplication::Timer1_Timer() {
     // What the store alone can settle need not wait for the page. Between two browsers another profile may be chosen,
     // whose rows tell nothing of what this journal holds.
     if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) gateway_->recovery.settleInStore();
+    if (!state_.stepRunning) gateway_->unsent.fill();
+    gateway_->held.look();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
     browser_.hideWhenTitled();
@@ -369,6 +376,7 @@ void GatewayApplication::Timer1_Timer() {
 void GatewayApplication::refreshOutbox() {
     // The step machine may be in the middle of a message that it has taken from row 1.
     if (!state_.stepRunning) gateway_->queue.cmd_OutboxRefresh_Click();
+    gateway_->held.lookNow();
 }
 
 void GatewayApplication::applyHideMe() {
@@ -401,7 +409,7 @@ void GatewayApplication::endProgram() {
     heartbeat_.stop();
     if (inbox_) inbox_->botBrowser.quit();
     browser_.quit();
-    log::info("window", QStringLiteral("%1 ends").arg(settings_.applicationName));
+    log::info("window", QStringLiteral("Kibo ends"));
     // Not quit(): it would close the window first, which is the operator's way to unload it.
     QCoreApplication::exit(0);
 }

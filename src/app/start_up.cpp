@@ -30,11 +30,10 @@ void StartUp::reportCrash() const {
 }
 
 Settings StartUp::prepareFolder() {
-    const QString applicationName = Settings().applicationName;
     const bool isNew = !QFileInfo::exists(settingsFile());
-    if (isNew) makeStore(QStringLiteral("kb.mdb"), StoreContent::Main, applicationName);
-    makeStore(QStringLiteral("element.sys"), StoreContent::Elements, applicationName);
-    reportSettingsProblem(applicationName);
+    if (isNew) makeStore(QStringLiteral("kb.mdb"), StoreContent::Main);
+    makeStore(QStringLiteral("element.sys"), StoreContent::Elements);
+    reportSettingsProblem();
     Settings settings = loadSettings(settingsFile());
     if (isNew) {
         settings.UseMDB = QStringLiteral("Y");
@@ -49,7 +48,7 @@ Settings StartUp::prepareFolder() {
     return settings;
 }
 
-void StartUp::makeStore(const QString& name, StoreContent content, const QString& applicationName) {
+void StartUp::makeStore(const QString& name, StoreContent content) {
     const QDir folder(programFolder_);
     if (folder.exists(name)) return;
     const Result<LocalFormat> made = kibo::makeStore(folder.filePath(name), content);
@@ -62,7 +61,7 @@ void StartUp::makeStore(const QString& name, StoreContent content, const QString
                          .arg(name, access ? QStringLiteral("an Access") : QStringLiteral("a SQLite")));
     if (access || content == StoreContent::Elements || !platform::usesAccessFiles()) return;
     dialogs_.showAndWait(
-        {applicationName,
+        {kProgramName,
          QStringLiteral("The queue kb.mdb is a SQLite file here, since %1.\n\nPrograms that write messages "
                         "into it must use SQLite. For an Access file install the driver, remove kb.mdb, "
                         "element.sys and kibo.ini, and start again.")
@@ -70,11 +69,11 @@ void StartUp::makeStore(const QString& name, StoreContent content, const QString
          MessageBox::Icon::Information});
 }
 
-void StartUp::reportSettingsProblem(const QString& applicationName) {
+void StartUp::reportSettingsProblem() {
     const QString problem = settingsProblem(settingsFile());
     if (problem.isEmpty()) return;
     log::error("app", problem);
-    dialogs_.showAndWait({applicationName, problem, MessageBox::Icon::Critical});
+    dialogs_.showAndWait({kProgramName, problem, MessageBox::Icon::Critical});
 }
 
 bool StartUp::openDatabase(Database& database, const Settings& settings) {
@@ -92,17 +91,17 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
                                   .arg(description),
                               MessageBox::Icon::Critical, MessageBox::Buttons::YesNo});
     if (!edit) return false;
-    dialogs_.showAndWait({settings.applicationName,
-                          QStringLiteral("The settings are in the file\n%1\n\nEdit it, then start %2 again.")
-                              .arg(QDir::toNativeSeparators(settingsFile()), settings.applicationName),
+    dialogs_.showAndWait({kProgramName,
+                          QStringLiteral("The settings are in the file\n%1\n\nEdit it, then start Kibo again.")
+                              .arg(QDir::toNativeSeparators(settingsFile())),
                           MessageBox::Icon::Information});
     return true;
 }
 
 /// A server without our tables: the operator may have them made at once.
 Result<void> StartUp::offerTables(Database& database, const Settings& settings, const Failure& failure) {
-    const bool make = dialogs_.showAndWait(tablesQuestion(
-        QStringLiteral("Connection Error"), QString::fromStdString(failure.text), settings.applicationName));
+    const bool make =
+        dialogs_.showAndWait(tablesQuestion(QStringLiteral("Connection Error"), QString::fromStdString(failure.text)));
     if (!make) return failure;
     if (const Result<void> made = makeServerTables(settings); !made) return made;
     log::info("app", QStringLiteral("made the missing tables of the database"));

@@ -36,9 +36,9 @@ class StartUp {
 
  private:
     Result<void> offerTables(Database& database, const Settings& settings, const Failure& failure);
-    void makeStore(const QString& name, StoreContent content, const QString& applicationName);
+    void makeStore(const QString& name, StoreContent content);
     /// Tells the operator when the settings file is there but can't be read; its options then have defaults.
-    void reportSettingsProblem(const QString& applicationName);
+    void reportSettingsProblem();
 
     StartDialogs& dialogs_;
     QString programFolder_;

@@ -9,11 +9,11 @@
 namespace kibo {
 
 /// The question whether to make the tables that a server lacks. `lack`: which, in a sentence.
-MessageBox tablesQuestion(const QString& title, const QString& lack, const QString& applicationName);
+MessageBox tablesQuestion(const QString& title, const QString& lack);
 
-/// Offers to make `kibo_message` on a server whose tables are of an earlier version. Messages are sent without it, so
-/// nothing waits for the answer: a gateway that starts unattended goes on behind the box. A No is kept in the settings
-/// file, and nobody is asked again.
+/// Offers to complete Kibo's own tables on a server that has those of an earlier version. Messages are sent without
+/// them, so nothing waits for the answer: a gateway that starts unattended goes on behind the box. A No is kept in the
+/// settings file, and nobody is asked again.
 class TableOffer {
  public:
     /// All must outlive it.

@@ -1,6 +1,7 @@
 #include "app/timer_runner.h"
 
 #include "base/error_policy.h"
+#include "base/settings.h"
 
 namespace kibo {
 
@@ -11,7 +12,7 @@ void ErrorEdge::run(const std::function<void()>& step, const void* owner) {
         // ErrorPolicy has logged it.
         if (boxOf_) return;
         boxOf_ = owner;
-        dialogs_.show({applicationName_, QString::fromStdString(error.failure().text), MessageBox::Icon::Critical},
+        dialogs_.show({kProgramName, QString::fromStdString(error.failure().text), MessageBox::Icon::Critical},
                       [this](bool) { boxOf_.reset(); });
     }
 }

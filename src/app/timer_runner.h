@@ -16,8 +16,7 @@ namespace kibo {
 class ErrorEdge {
  public:
     /// `dialogs` must outlive the edge.
-    ErrorEdge(Dialogs& dialogs, QString applicationName)
-        : dialogs_(dialogs), applicationName_(std::move(applicationName)) {}
+    explicit ErrorEdge(Dialogs& dialogs) : dialogs_(dialogs) {}
 
     /// `step` belongs to `owner`, for `holds`.
     void run(const std::function<void()>& step, const void* owner = nullptr);
@@ -26,7 +25,6 @@ class ErrorEdge {
 
  private:
     Dialogs& dialogs_;
-    QString applicationName_;
     std::optional<const void*> boxOf_;  // whose error's box is open
 };
 

@@ -17,7 +17,7 @@ using Colour = quint32;
 namespace colour {
 inline constexpr Colour kRed = 0xFF0000, kYellow = 0xFFFF00, kGreen = 0x00FF00, kBlack = 0x000000, kCyan = 0x00FFFF,
                         kGrey = 0x4D4D4D, kLightGreen = 0x80FF80, kLightRed = 0xFF6464, kMarkedRow = 0xE6E6FF,
-                        kWarningRow = 0xFFD6D1;
+                        kWarningRow = 0xFFD6D1, kHeldRow = 0xE4E7EA;
 }
 
 struct Label {
@@ -82,7 +82,8 @@ struct Grid {
     std::shared_ptr<const RowSource> rows = std::make_shared<ListRows>();
     quint64 revision = 0;
     int statusColumn = -1;  ///< rows that hold something in this column are painted in kMarkedRow; -1: none
-    QString warning = {};   ///< with a text: only rows that hold it, in any case, and in kWarningRow
+    QString warning = {};   ///< with a text: only rows that hold it, in any case, and in `warningColour`
+    Colour warningColour = colour::kWarningRow;
 
     /// Counts the header row, so an empty grid has 1.
     int rowCount() const { return 1 + rows->rowCount(); }

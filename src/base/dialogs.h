@@ -27,14 +27,15 @@ struct InputBox {
     bool secret = false;  ///< what is typed isn't shown
 };
 
-/// A box that asks for a file that is there.
+/// A box that asks for a file: one that is there, or one to be written, which it asks about where it is there already.
 struct FileBox {
     struct Kind {
         QString name, patterns;  ///< "JPEG Files ( *.jpg;*.jpeg )", "*.jpg;*.jpeg"
     };
     QString title;
-    QList<Kind> kinds;    ///< one of them is shown at a time, at first the first one
-    QString beside = {};  ///< a file whose folder it begins in
+    QList<Kind> kinds;      ///< one of them is shown at a time, at first the first one
+    QString beside = {};    ///< a file whose folder it begins in
+    QString proposal = {};  ///< name for a file to be written, with its ending; empty: one that is there is asked for
 };
 
 /// Every box of the running program is shown through this. None is waited for: what runs goes on, and the answer comes

@@ -18,6 +18,8 @@ class RowSource {
     virtual int rowCount() const = 0;
     /// Empty for a NULL, and for a row that can no longer be read.
     virtual QString text(int row, int column) const = 0;
+    /// Whether rows can't be read any more that could be before: what shows them has to get new ones.
+    virtual bool hasEnded() const { return false; }
 };
 
 /// Rows held in memory.

@@ -40,9 +40,12 @@ struct Settings {
     QList<SettingProblem> problems;  ///< what was found when they were read
 
     // Built-in values, not in the file.
-    QString applicationName = QStringLiteral("KB App");
+    QString applicationName = QStringLiteral("KB App");  ///< of the main window, and in `tmp`
     QString buildDate = QStringLiteral("2023-09-20");
 };
+
+/// The program's name wherever it speaks for itself: in boxes, the log, its own files.
+inline const QString kProgramName = QStringLiteral("Kibo");
 
 /// WhatsApp's own addresses: the web client, and the links that open a chat with a number.
 inline const QString kDefaultStartAddress = QStringLiteral("https://web.whatsapp.com/");

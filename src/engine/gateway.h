@@ -8,6 +8,7 @@
 #include "engine/chat_opener.h"
 #include "engine/chat_target.h"
 #include "engine/delivery_check.h"
+#include "engine/held_rows.h"
 #include "engine/locator_check.h"
 #include "engine/login_watch.h"
 #include "engine/message_files.h"
@@ -20,6 +21,7 @@
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
 #include "engine/text_typer.h"
+#include "engine/unsent_list.h"
 #include "engine/waiting_reason.h"
 #include "platform/result.h"
 
@@ -53,13 +55,15 @@ struct Gateway {
           records(n.state, n.settings, n.database, n.clock),
           queue(n.state, n.settings, n.database, n.clock, records),
           ticks(n.state, n.settings, n.database, n.clock),
+          held(n.state, n.settings, n.database, n.clock),
           locators(n.state, n.clock),
           target(n.state, n.page, n.elements, n.clock, pacing, opener, locators, ticks),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia, n.releaseMedia),
           attachments(n.page, n.clock, pacing, typer),
+          unsent(n.state, n.settings, n.database, n.clock),
           sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal,
-                  records, ticks}),
+                  records, ticks, unsent}),
           deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck, records),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
@@ -75,11 +79,13 @@ struct Gateway {
     MessageRecords records;
     OutboxQueue queue;
     MessageTicks ticks;
+    HeldRows held;
     LocatorCheck locators;
     ChatTarget target;
     TextTyper typer;
     MessageFiles files;
     AttachmentSender attachments;
+    UnsentList unsent;
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;

@@ -24,6 +24,8 @@ struct GatewayState {
     TextBox waurl;           ///< "!!" when the browser has gone
     Indicator pQR;           ///< login QR code on screen; caption: file of its picture
     Indicator dboff;         ///< caption: why the database is off, in words
+    QString storeName;       ///< which store it works on; empty: none yet
+    QString storePlace;      ///< the same more precisely; holds neither user nor password
     QString pageNotice;      ///< what else the page has to say, in words; empty: nothing
     QString refusedOut;      ///< the messages that can't leave the queue, in words; empty: none
     QString inboxNotice;     ///< what keeps received messages out of the database, in words; empty: nothing
@@ -41,6 +43,7 @@ struct GatewayState {
     Grid ms_out{{QStringLiteral("wa_mode"), QStringLiteral("wa_no"), QStringLiteral("wa_text"),
                  QStringLiteral("wa_media"), QStringLiteral("wa_file"), QStringLiteral("wa_time"),
                  QStringLiteral("id")}};
+    Grid held{ms_out.header};  ///< rows that wait and are not to be sent, in the same columns; never in `ms_out` too
     Grid ms{{QStringLiteral("wa_no"), QStringLiteral("wa_text"), QStringLiteral("wa_time"), QStringLiteral("status")},
             std::make_shared<ListRows>(),
             0,

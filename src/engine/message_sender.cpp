@@ -12,21 +12,9 @@ constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
 constexpr int kTitleLooks = 20;
-// The tables hold them all, and the grid is no place to look for more.
-constexpr int kMostUnsent = 500, kUnsentCharacters = 1000;
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
-}
-
-std::shared_ptr<ListRows> newestHalf(const ListRows& rows, qsizetype columns) {
-    auto newest = std::make_shared<ListRows>();
-    for (int row = rows.rowCount() / 2; row < rows.rowCount(); ++row) {
-        QStringList cells;
-        for (int column = 0; column < columns; ++column) cells.append(rows.text(row, column));
-        newest->append(std::move(cells));
-    }
-    return newest;
 }
 
 }  // namespace
@@ -208,13 +196,7 @@ void MessageSender::SEND_FAIL(const QString& reason) {
 void MessageSender::recordFailure(const QString& reason) {
     GatewayState& s = p_.state;
     ++s.failedCount;
-    if (s.ms2.rows != unsent_) {  // the operator has emptied the grid
-        unsent_ = std::make_shared<ListRows>();
-    }
-    if (unsent_->rowCount() >= kMostUnsent) unsent_ = newestHalf(*unsent_, s.ms2.header.size());
-    unsent_->append({s.txtNo.text, s.txtMsg2.text.left(kUnsentCharacters),
-                     p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), reason, s.txtid.text});
-    s.ms2.setRows(unsent_);
+    p_.unsent.add(s.txtNo.text, s.txtMsg2.text, reason, s.txtid.text);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));
     p_.journal.failed(s.txtid.text, reason);
     if (p_.queue.markFailed(s.txtid.text, reason))

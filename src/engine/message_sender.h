@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include "base/clock.h"
@@ -16,6 +15,7 @@
 #include "engine/pacing.h"
 #include "engine/send_journal.h"
 #include "engine/text_typer.h"
+#include "engine/unsent_list.h"
 
 namespace kibo {
 
@@ -42,6 +42,7 @@ class MessageSender {
         SendJournal& journal;
         MessageRecords& records;
         MessageTicks& ticks;
+        UnsentList& unsent;
     };
     explicit MessageSender(Parts parts);
 
@@ -78,7 +79,6 @@ class MessageSender {
     void ESC();
 
     Parts p_;
-    std::shared_ptr<ListRows> unsent_;
     QString newestBefore_;    // id of the chat's newest message before the last one was sent
     QString newestId_;        // the same when it had gone; empty: not told
     QString lastText_;        // that the last one has in the chat

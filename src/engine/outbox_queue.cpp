@@ -114,6 +114,7 @@ class QueueRows : public RowSource {
         QString text = rows_->text(row, column);
         return column == OutboxQueue::Text ? text.replace(QLatin1Char('\t'), QLatin1Char(' ')) : text;
     }
+    bool hasEnded() const override { return rows_->hasEnded(); }
 
  private:
     std::shared_ptr<const RowSource> rows_;

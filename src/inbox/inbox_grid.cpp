@@ -22,6 +22,7 @@ class InboxGrid::Rows : public RowSource {
     Rows(std::shared_ptr<const RowSource> loaded, bool newestFirst)
         : loaded_(std::move(loaded)), newestFirst_(newestFirst) {}
 
+    bool hasEnded() const override { return loaded_->hasEnded(); }
     void append(const QStringList& line) { added_.append(line); }
 
     int rowCount() const override { return loaded_->rowCount() + static_cast<int>(added_.size()); }

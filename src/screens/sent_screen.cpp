@@ -1,11 +1,9 @@
 #include "screens/sent_screen.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QDateEdit>
-#include <QFileDialog>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,18 +12,15 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <algorithm>
+#include <numeric>
 
 #include "base/log.h"
-#include "base/table_text.h"
 #include "widgets/queue_grid.h"
 
 namespace kibo {
 namespace {
 
 constexpr int kProgressMs = 50;
-const QList<int> kShares{8, 29, 10, 22, 46, 10, 29, 14, 29, 46};
-/// What a clipboard passes on at once without holding up the desktop.
-constexpr qint64 kCopiedBytes = 50 * 1024 * 1024;
 /// Their texts are held in memory, to be queued together or not at all.
 constexpr int kMostSentAgain = 100'000;
 
@@ -56,7 +51,7 @@ Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool mul
 
 }  // namespace
 
-SentScreen::SentScreen(Parts parts) : p_(parts), work_(this) {
+SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
     setObjectName(QStringLiteral("frm_Sent"));
     setWindowTitle(QStringLiteral("Sent messages"));
     resize(1240, 640);
@@ -70,7 +65,10 @@ SentScreen::SentScreen(Parts parts) : p_(parts), work_(this) {
 
     auto* column = new QVBoxLayout(this);
     column->addWidget(searchRow());
-    ms_ = new QueueGrid(lines_, kShares, -1, QString(), this);
+    ms_ = new QueueGrid(lines_, static_cast<int>(SentColumn::Text), -1, QString(), this);
+    // Its lines count as they were found, of which there may be a million.
+    ms_->setSortingEnabled(false);
+    ms_->horizontalHeader()->setSectionsClickable(false);
     ms_->setObjectName(QStringLiteral("ms"));
     ms_->setAccessibleName(QStringLiteral("Sent messages"));
     ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -171,7 +169,8 @@ void SentScreen::addKeys() {
     };
     for (const auto enter : {Qt::Key_Return, Qt::Key_Enter})
         key(enter, this, Qt::WindowShortcut, [this] { enterPressed(); });
-    key(Qt::Key_Escape, this, Qt::WindowShortcut, [this] { work_.isRunning() ? stop() : (void)close(); });
+    key(Qt::Key_Escape, this, Qt::WindowShortcut,
+        [this] { work_.isRunning() || reading_.isRunning() ? stop() : (void)close(); });
     key(Qt::Key_Delete, ms_, Qt::WidgetShortcut, [this] { Command5_->click(); });
     key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(selectedLines()); });
 }
@@ -262,12 +261,11 @@ void SentScreen::searched(const Result<bool>& result) {
 /// A store without `kibo_message` has nothing to show in the last columns.
 void SentScreen::showOutcomes(bool areKept) {
     columns_ = areKept ? kSentColumns : kLoggedColumns;
-    QList<int> shares = kShares;
-    std::fill(shares.begin() + columns_, shares.end(), 0);
-    ms_->setShares(shares);
+    for (int column = kLoggedColumns; column < kSentColumns; ++column) ms_->setShown(column, areKept);
 }
 
 void SentScreen::stop() {
+    reading_.stop();
     if (!work_.isRunning()) return;
     if (!doing_.isEmpty()) {
         work_.askToStop();
@@ -347,9 +345,7 @@ void SentScreen::changed(const ChangeWords& words, const Result<SentLog::Outcome
 
 void SentScreen::Command1_Click() {
     if (!rows_ || rows_->rowCount() == 0) return;
-    Lines all(static_cast<size_t>(rows_->rowCount()));
-    for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<int>(i);
-    if (rows_->size() > kCopiedBytes) {
+    if (rows_->size() > kMostCopiedCharacters) {
         p_.dialogs.show({QStringLiteral("Info"),
                          QStringLiteral("%1 are too much for the clipboard. Export them, or copy a part: select "
                                         "lines and press Ctrl+C.")
@@ -357,35 +353,40 @@ void SentScreen::Command1_Click() {
                          MessageBox::Icon::Information});
         return;
     }
-    copy(all);
-    p_.dialogs.show({QStringLiteral("Info"), QStringLiteral("Copied to Clipboard.."), MessageBox::Icon::Information});
+    Lines all(static_cast<size_t>(rows_->rowCount()));
+    std::iota(all.begin(), all.end(), 0);
+    copy(all, [this] {
+        p_.dialogs.show(
+            {QStringLiteral("Info"), QStringLiteral("Copied to Clipboard.."), MessageBox::Icon::Information});
+    });
 }
 
-void SentScreen::copy(const Lines& lines) {
-    if (!rows_ || lines.empty()) return;
-    QString text;
-    for (const int line : lines) {
-        text += tabSeparated(rows_->row(line).mid(0, columns_)) + u'\n';
-        if (text.size() > kCopiedBytes) {
-            tell(QStringLiteral("Nothing was copied: %1 are too much for the clipboard.")
-                     .arg(messages(static_cast<int>(lines.size()))));
-            return;
-        }
-    }
-    QApplication::clipboard()->setText(text);
-    tell(QStringLiteral("%1 copied.").arg(messages(static_cast<int>(lines.size()))));
+void SentScreen::copy(const Lines& lines, const std::function<void()>& copied) {
+    if (!rows_ || lines.empty() || reading_.isRunning()) return;
+    const QString all = messages(static_cast<int>(lines.size()));
+    copyRows(
+        reading_, {rows_, lines}, columns_,
+        [this, all](int done, int) { tell(QStringLiteral("Copying %1 of %2").arg(count(done), all)); },
+        [this, all, copied](RowReading::End end) {
+            if (end == RowReading::End::Done) {
+                tell(all + QStringLiteral(" copied."));
+                if (copied) copied();
+            } else {
+                tell(end == RowReading::End::Enough
+                         ? QStringLiteral("Nothing was copied: %1 are too much for the clipboard.").arg(all)
+                         : QStringLiteral("Nothing was copied: it was stopped."));
+            }
+        });
 }
 
 void SentScreen::askForFile() {
     if (!rows_ || rows_->rowCount() == 0 || work_.isRunning()) return;
-    auto* dialog = new QFileDialog(this, QStringLiteral("Export sent messages"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(QStringLiteral("CSV files (*.csv)"));
-    dialog->setDefaultSuffix(QStringLiteral("csv"));
-    dialog->selectFile(QStringLiteral("sent %1.csv").arg(shown_.last.toString(QStringLiteral("yyyy-MM-dd"))));
-    connect(dialog, &QFileDialog::fileSelected, this, &SentScreen::exportTo);
-    dialog->open();
+    p_.dialogs.choose({.title = QStringLiteral("Export sent messages"),
+                       .kinds = {{QStringLiteral("CSV files"), QStringLiteral("*.csv")}},
+                       .proposal = QStringLiteral("sent %1.csv").arg(shown_.last.toString(Qt::ISODate))},
+                      [this](const std::optional<QString>& file) {
+                          if (file) exportTo(*file);
+                      });
 }
 
 void SentScreen::exportTo(const QString& file) {

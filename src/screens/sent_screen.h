@@ -12,6 +12,7 @@
 #include "screens/background_work.h"
 #include "screens/screen.h"
 #include "screens/sent_log.h"
+#include "widgets/row_reading.h"
 
 class QDateEdit;
 class QLabel;
@@ -67,7 +68,8 @@ class SentScreen : public Screen {
     void change(const ChangeWords& words, Step step);
     void beginChange(const ChangeWords& words, Step step, const Lines& lines);
     void changed(const ChangeWords& words, const Result<SentLog::Outcome>& outcome, int lines);
-    void copy(const Lines& lines);
+    /// `copied`: done when all of them are on the clipboard; may be empty.
+    void copy(const Lines& lines, const std::function<void()>& copied = {});
     void Command1_Click();
     void askForFile();
     void exportTo(const QString& file);
@@ -81,6 +83,7 @@ class SentScreen : public Screen {
 
     Parts p_;
     BackgroundWork work_;
+    RowReading reading_;
     std::shared_ptr<FoundRows> rows_;  // of the last search; none before the first and while the window is closed
     SentQuery shown_;                  // that found them
     Grid lines_;

@@ -114,7 +114,7 @@ void QueueActions::cmd_MoveOutbox_Click(const Ids& ids) {
             ++inDoubt;
     }
     if (inDoubt == 0) return requeue(ids);
-    n_.dialogs.show({n_.settings.applicationName,
+    n_.dialogs.show({kProgramName,
                      QStringLiteral("%1 of %2 may have arrived: Enter was pressed, and the chat did not tell. Queued "
                                     "again, what has arrived arrives twice.\n\nQueue %2 again ?")
                          .arg(inDoubt)
@@ -144,25 +144,8 @@ Result<qint64> QueueActions::queueAgain(const Ids& ids) {
     }
     QueueWriter writer(n_.database, multi() ? std::optional(profile()) : std::nullopt);
     if (const Result<void> written = writer.append(again); !written) return written.failure();
-    dropUnsent(queued);
+    n_.unsent.handled(queued);
     return qint64(queued.size());
-}
-
-void QueueActions::dropUnsent(const Ids& ids) {
-    const std::set<QString> gone = [&ids] {
-        std::set<QString> texts;
-        for (const qint64 id : ids) texts.insert(QString::number(id));
-        return texts;
-    }();
-    auto kept = std::make_shared<ListRows>();
-    const Grid& grid = n_.state.ms2;
-    for (int row = 1; row < grid.rowCount(); ++row) {
-        if (gone.contains(grid.text(row, UnsentColumn::Id))) continue;
-        QStringList cells;
-        for (int column = 0; column < grid.header.size(); ++column) cells.append(grid.text(row, column));
-        kept->append(std::move(cells));
-    }
-    n_.state.ms2.setRows(std::move(kept));
 }
 
 void QueueActions::begin(const char* doing, const char* done, const Ids& ids, Portion portion) {
@@ -221,10 +204,6 @@ void QueueActions::finish(const Failure* failure) {
 void QueueActions::cmd_ClearGridInbox_Click() {
     n_.state.ms.setRows(std::make_shared<ListRows>());
     n_.state.Inbox_Cnt.caption.clear();
-}
-
-void QueueActions::cmd_ClearUnSent_Click() {
-    n_.state.ms2.setRows(std::make_shared<ListRows>());
 }
 
 }  // namespace kibo

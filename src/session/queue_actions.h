@@ -8,6 +8,7 @@
 #include "base/dialogs.h"
 #include "base/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/unsent_list.h"
 #include "store/database.h"
 #include "store/queue_writer.h"
 
@@ -23,6 +24,7 @@ class QueueActions {
         const Settings& settings;
         Database& database;
         Dialogs& dialogs;
+        UnsentList& unsent;
         std::function<void()> refreshOutbox;
         std::function<void()> refreshInbox;
         /// Runs a portion's work where its errors are caught.
@@ -41,9 +43,9 @@ class QueueActions {
     /// Queues messages that failed again, as they stand in the sent log, and takes them out of `ms2`. A message that
     /// may have arrived is asked about.
     void cmd_MoveOutbox_Click(const Ids& ids);
-    /// The lists alone; the tables keep what they hold.
+    /// The lists alone; the tables keep every message.
     void cmd_ClearGridInbox_Click();
-    void cmd_ClearUnSent_Click();
+    void cmd_ClearUnSent_Click() { n_.unsent.allHandled(); }
     /// Breaks off after the portion in hand.
     void stopWork() { left_.clear(); }
 
@@ -63,8 +65,7 @@ class QueueActions {
     Result<qint64> deleteWaiting(const Ids& ids);
     Result<qint64> queueAgain(const Ids& ids);
     void requeue(const Ids& ids);
-    void dropUnsent(const Ids& ids);
-    void say(const QString& text, MessageBox::Icon icon) { n_.dialogs.show({n_.settings.applicationName, text, icon}); }
+    void say(const QString& text, MessageBox::Icon icon) { n_.dialogs.show({kProgramName, text, icon}); }
 
     Needs n_;
     const char* doing_ = "";

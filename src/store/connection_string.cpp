@@ -138,6 +138,23 @@ QString serverConnection(const ConnectionRequest& request) {
     return name;
 }
 
+StoreName storeName(const ConnectionRequest& request) {
+    const ConnectionString target = ConnectionString::parse(request.text);
+    QString path = target.value(QStringLiteral("Data Source"));
+    if (!path.isEmpty()) {
+        path.replace(u'\\', u'/');
+        return {path.section(u'/', -1), path};
+    }
+    const QString server = target.value(QStringLiteral("SERVER")), source = target.value(QStringLiteral("DSN"));
+    const QString database = target.value(QStringLiteral("DATABASE")), port = target.value(QStringLiteral("PORT"));
+    StoreName name{server.isEmpty() ? source : server, {}};
+    if (name.name.isEmpty()) name.name = QStringLiteral("a data source");
+    if (!database.isEmpty()) name.place = database + QStringLiteral(" on ");
+    name.place += name.name;
+    if (!port.isEmpty()) name.place += QStringLiteral(", port ") + port;
+    return name;
+}
+
 ConnectionRequest elementStoreRequest(const QString& file) {
     return {localStoreText(file, QString::fromUtf16(kElementStorePassword))};
 }

@@ -44,6 +44,13 @@ ConnectionRequest mainStoreRequest(const Settings& settings, const QString& prog
 /// The name under which Qt's ODBC driver reaches the server that `request` names.
 QString serverConnection(const ConnectionRequest& request);
 
+/// Which store `request` names, for the operator: never user or password.
+struct StoreName {
+    QString name;   ///< the server, else its data source, else the local file, as short as it can be told
+    QString place;  ///< the same with all that tells it from others: database and port, or the whole path
+};
+StoreName storeName(const ConnectionRequest& request);
+
 /// The element store in `file` (a whole path).
 ConnectionRequest elementStoreRequest(const QString& file);
 

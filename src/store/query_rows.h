@@ -51,11 +51,16 @@ class CursorRows : public QueryRows {
 
     int rowCount() const override { return rowCount_; }
     QString text(int row, int column) const override;
-    void detach() override { query_ = QSqlQuery(); }
+    void detach() override {
+        query_ = QSqlQuery();
+        detached_ = true;
+    }
+    bool hasEnded() const override { return detached_; }
 
  private:
     mutable QSqlQuery query_;
     int rowCount_;
+    bool detached_ = false;
 };
 
 /// Rows of a SQLite query, read page by page over a read-only connection of their own. It stays inside one read
@@ -72,6 +77,7 @@ class SnapshotRows : public QueryRows {
     int rowCount() const override { return rowCount_; }
     QString text(int row, int column) const override;
     void detach() override;
+    bool hasEnded() const override { return name_.isEmpty(); }
 
  private:
     using Page = std::vector<QStringList>;

@@ -11,4 +11,9 @@ inline QString asPlainText(const QString& text) {
     return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal) : text;
 }
 
+/// The same for a hint of any length: it is broken into lines instead of leaving the screen.
+inline QString asHint(const QString& text) {
+    return text.isEmpty() ? text : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
+}
+
 }  // namespace kibo

@@ -77,7 +77,11 @@ void QtDialogs::askBox(const InputBox& box, const Entered& entered) {
 void QtDialogs::chooseFile(const FileBox& box, const Entered& chosen) {
     if (closed_) return;
     auto* files = new QFileDialog(windowBelow(), box.title);
-    files->setFileMode(QFileDialog::ExistingFile);
+    files->setFileMode(box.proposal.isEmpty() ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    if (!box.proposal.isEmpty()) {
+        files->setAcceptMode(QFileDialog::AcceptSave);
+        files->setDefaultSuffix(QFileInfo(box.proposal).suffix());
+    }
     files->setOption(QFileDialog::HideNameFilterDetails);  // the kind's name tells them
     QStringList kinds;
     for (const FileBox::Kind& kind : box.kinds)
@@ -85,6 +89,7 @@ void QtDialogs::chooseFile(const FileBox& box, const Entered& chosen) {
     files->setNameFilters(kinds);
     if (const QFileInfo beside(box.beside); !box.beside.isEmpty() && beside.dir().exists())
         files->setDirectory(beside.dir());
+    if (!box.proposal.isEmpty()) files->selectFile(box.proposal);
     QObject::connect(files, &QDialog::finished, files, [this, files, chosen](int answer) {
         if (closed_) return;
         const QStringList paths = answer == QDialog::Accepted ? files->selectedFiles() : QStringList();

@@ -24,4 +24,8 @@ QString shownText(const QString& text, qsizetype most) {
     return shown;
 }
 
+QString shownLine(const QString& text, qsizetype most) {
+    return shownText(text, most).replace(QLatin1Char('\n'), QChar(0x23CE)).replace(u'\t', u' ');
+}
+
 }  // namespace kibo

@@ -8,4 +8,7 @@ namespace kibo {
 /// an ellipsis behind what was cut off.
 QString shownText(const QString& text, qsizetype most);
 
+/// The same as one line for a cell: line breaks become ⏎, tabs blanks.
+QString shownLine(const QString& text, qsizetype most);
+
 }  // namespace kibo

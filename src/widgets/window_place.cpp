@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include "base/settings_file.h"
+#include "widgets/queue_grid.h"
 
 namespace kibo {
 namespace {
@@ -28,6 +29,23 @@ WindowPlace::WindowPlace(QWidget* window, const QString& settingsFile)
 }
 
 void WindowPlace::restore() {
+    restorePlace();
+    for (QueueGrid* grid : window_->findChildren<QueueGrid*>())
+        grid->setOwnWidths(ReadIni(kSection, columnsKey(*grid), file_));
+}
+
+QString WindowPlace::columnsKey(const QueueGrid& grid) const {
+    return window_->objectName() + u'.' + grid.objectName();
+}
+
+void WindowPlace::storeColumns() const {
+    for (const QueueGrid* grid : window_->findChildren<QueueGrid*>()) {
+        const QString key = columnsKey(*grid), widths = grid->ownWidths();
+        if (widths != ReadIni(kSection, key, file_)) WriteIni(kSection, key, widths, file_);
+    }
+}
+
+void WindowPlace::restorePlace() {
     stored_ = ReadIni(kSection, window_->objectName(), file_);
     QList<int> numbers;
     for (const QString& number : stored_.split(u',')) {
@@ -64,7 +82,10 @@ void WindowPlace::store() {
 
 bool WindowPlace::eventFilter(QObject* watched, QEvent* event) {
     // Not as it moves: the file would be written for every pixel.
-    if (event->type() == QEvent::Hide && !event->spontaneous()) store();
+    if (event->type() == QEvent::Hide && !event->spontaneous()) {
+        store();
+        storeColumns();
+    }
     return QObject::eventFilter(watched, event);
 }
 

@@ -7,8 +7,11 @@ class QWidget;
 
 namespace kibo {
 
+class QueueGrid;
+
 /// Remembers where a window stood and how large it was, under its object name in section "windows" of the settings
-/// file. It stands there again from the first time it is shown, as far as that is on a screen.
+/// file, and the columns of its grids whose widths an operator has chosen. It stands there again from the first time it
+/// is shown, as far as that is on a screen.
 class WindowPlace : public QObject {
     Q_OBJECT
 
@@ -22,7 +25,10 @@ class WindowPlace : public QObject {
  private:
     WindowPlace(QWidget* window, const QString& settingsFile);
     void restore();
+    void restorePlace();
     void store();
+    void storeColumns() const;
+    QString columnsKey(const QueueGrid& grid) const;
 
     QWidget* window_;
     const QString file_;

@@ -83,6 +83,72 @@ TEST_F(MainWindowTest, listsActOnTheMessagesThatWereSelected) {
     EXPECT_TRUE(list->hasFocus());
 }
 
+TEST_F(MainWindowTest, heldRowsStandApartAndTheStoreIsNamed) {
+    const auto rows = [](std::initializer_list<const char*> ids) {
+        auto list = std::make_shared<ListRows>();
+        for (const char* id : ids)
+            list->append({QStringLiteral("3"), QStringLiteral("62"), {}, {}, {}, {}, QLatin1String(id)});
+        return list;
+    };
+    state.ms_out.setRows(rows({"11", "12"}));
+    state.Outbox_Cnt.caption = QStringLiteral("2");
+    state.storeName = QStringLiteral("db.shop.example");
+    std::vector<qint64> chosen;
+    MainWindowActions actions = recorded();
+    actions.deleteWaiting = [&chosen](const auto& ids) { chosen = ids; };
+    build(actions);
+    auto* list = find<QueueGrid>("ms_out");
+    EXPECT_FALSE(find<QLabel>("Held_Cnt")->isVisible());
+    state.held.setRows(rows({"7"}));
+    window->showState();
+    ASSERT_EQ(list->model()->rowCount(), 3);
+    EXPECT_EQ(list->cells(2).value(0), QStringLiteral("held"));
+    EXPECT_EQ(list->model()->index(2, 1).data(Qt::BackgroundRole).value<QColor>().rgb() & 0xFFFFFF, colour::kHeldRow);
+    EXPECT_FALSE(list->model()->index(0, 1).data(Qt::BackgroundRole).isValid());
+    EXPECT_EQ(find<QLabel>("Held_Cnt")->text(), QStringLiteral("1 held"));
+    EXPECT_EQ(find<QLabel>("Outbox_Cnt")->text(), QStringLiteral("2"));
+    list->selectRow(2);
+    state.ms_out.setRows(rows({"11", "12", "13"}));
+    window->showState();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Delete);
+    EXPECT_EQ(chosen, std::vector<qint64>{7});
+    EXPECT_EQ(find<QLabel>("store")->text(), QStringLiteral("Database: db.shop.example"));
+}
+
+TEST_F(MainWindowTest, muchIsCopiedOrChosenInPiecesAndCanBeBrokenOff) {
+    class Many : public RowSource {
+     public:
+        int rowCount() const override { return 100'000; }
+        QString text(int row, int) const override { return QString::number(row); }
+    };
+    state.ms_out.setRows(std::make_shared<Many>());
+    MainWindowActions actions = recorded();
+    actions.stopWork = [this] { calls.append(QStringLiteral("stop work")); };
+    std::vector<qint64> chosen;
+    actions.deleteWaiting = [&chosen](const auto& ids) { chosen = ids; };
+    build(actions);
+    QApplication::clipboard()->setText(QStringLiteral("before"));
+    auto* breakOff = find<QPushButton>("breakOff");
+    EXPECT_FALSE(breakOff->isVisible());
+    find<QAction>("mnCopyAll")->trigger();
+    EXPECT_NE(find<QLabel>("step")->text().indexOf(QStringLiteral(" of 100,000 lines")), -1);
+    find<QAction>("mnCopyAll")->trigger();
+    EXPECT_NE(dialogs.said(0).find("Please wait"), std::string::npos) << "one thing at a time";
+    click(breakOff);
+    EXPECT_EQ(calls, QStringList(QStringLiteral("stop work")));
+    EXPECT_FALSE(breakOff->isVisible());
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("before"));
+    find<QAction>("mnCopyAll")->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(dialogs.shown.size(), 2U, 20'000);
+    EXPECT_EQ(QApplication::clipboard()->text().count(u'\n'), 100'000);
+    find<QueueGrid>("ms_out")->selectAll();
+    find<QAction>("mnDelOut")->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 100'000U, 20'000);
+    EXPECT_EQ(chosen.back(), 99'999);
+    EXPECT_FALSE(breakOff->isVisible());
+}
+
 TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
     state.cmd_Pause.caption = QStringLiteral(";");
     state.cb_Profil.items = QStringList{QStringLiteral("1"), QStringLiteral("2")};

@@ -58,7 +58,7 @@ class OpenBox : public Engine {
     }
 
     QtDialogs dialogs;
-    ErrorEdge edge{dialogs, QStringLiteral("Kibo")};
+    ErrorEdge edge{dialogs};
     TimerRunner timers{edge};
     InstanceRows rows{database};
     BrowserCare care{{.state = state,

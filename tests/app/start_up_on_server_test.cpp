@@ -4,6 +4,8 @@
 
 #include "app/start_up.h"
 #include "app/table_offer.h"
+#include "engine/held_rows.h"
+#include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/mariadb_server.h"
 
@@ -51,16 +53,56 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     dialogs.shown.clear();
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 0u) << "nothing is missing";
-    server.run(QStringLiteral("drop table bare.kibo_message"));
+    server.run(QStringLiteral("drop table bare.kibo_message; alter table bare.kibo_instance drop column beat"));
     dialogs.answers = {true};
     offer.ask();
     ASSERT_EQ(dialogs.shown.size(), 1u) << dialogs.said(1);
     EXPECT_EQ(kept(), QStringLiteral("kibo_message"));
+    offer.ask();
+    EXPECT_EQ(dialogs.shown.size(), 1u) << "tables and columns are complete";
     server.run(QStringLiteral("drop table bare.kibo_message"));
     dialogs.answers = {false};
     for (int i = 0; i < 2; ++i) offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 2u) << "a No is remembered";
     EXPECT_EQ(kept(), QString());
+}
+
+TEST(ListsOnServer, showWhatFailedAndWhatIsHeld) {
+    MariaDbServer& server = MariaDbServer::shared();
+    server.run(QStringLiteral(
+        "insert into outbox (id, wa_mode, wa_no) values (1, 0, '62'), (2, 3, '63');"
+        "insert into multi (tipe, profil, wa_mode, wa_no) values ('O', '7', 3, '64'), ('O', '8', 3, '65');"
+        "insert into sent (id, wa_no, wa_text, status) values (3, '66', 'a', 'fail'), (4, '67', 'b', '');"
+        "insert into multi (tipe, profil, id_outbox, wa_no, wa_text, status) values ('S', '7', 3, '68', 'c', 'fail');"
+        "insert into kibo_message (source, profil, outbox_id, ended, result, reason) values "
+        "('outbox', '7', 3, now(), 'fail', 'x'), ('outbox', '7', 4, now(), 'sent', null), "
+        "('multi', '7', 3, now(), 'in doubt', 'y')"));
+    Settings settings = server.settings(false);
+    const SystemClock clock;
+    const ErrorPolicy policy;
+    const auto shown = [](const Grid& grid, int column) {
+        QStringList texts;
+        for (int row = 1; row < grid.rowCount(); ++row) texts.append(grid.text(row, column));
+        return texts.join(u' ').toStdString();
+    };
+    for (const bool multi : {false, true}) {
+        settings.Multi = multi ? QStringLiteral("Y") : QStringLiteral("N");
+        Database database(clock, policy);
+        ASSERT_TRUE(database.OpenDatabase(settings, {}));
+        GatewayState state;
+        state.cb_Profil.text = QStringLiteral("7");
+        HeldRows(state, settings, database, clock).look();
+        EXPECT_EQ(shown(state.held, 1), multi ? "64" : "63");
+        UnsentList unsent(state, settings, database, clock);
+        unsent.fill();
+        EXPECT_EQ(shown(state.ms2, UnsentColumn::Number), multi ? "68" : "66");
+        EXPECT_EQ(shown(state.ms2, UnsentColumn::Time).size(), 19u);
+        unsent.allHandled();
+        EXPECT_EQ(database.problem(), QString());
+        UnsentList next(state, settings, database, clock);
+        next.fill();
+        EXPECT_EQ(state.ms2.rowCount(), 1);
+    }
 }
 
 }  // namespace

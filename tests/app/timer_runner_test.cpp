@@ -12,7 +12,7 @@ namespace {
 class TimerRunnerTest : public testing::Test {
  protected:
     AnsweringDialogs dialogs;
-    ErrorEdge edge{dialogs, QStringLiteral("KB App")};
+    ErrorEdge edge{dialogs};
     SystemClock clock;
 };
 
@@ -85,7 +85,7 @@ TEST_F(TimerRunnerTest, showsOneBoxAtATimeForErrorsThatSurface) {
         EXPECT_NE(ticks[0] == before[0], ticks[1] == before[1]) << "the one whose box is open is held";
         dialogs.answerOpen();
     }
-    EXPECT_EQ(dialogs.said(0), "KB App|no such table: outbox");
+    EXPECT_EQ(dialogs.said(0), "Kibo|no such table: outbox");
     EXPECT_EQ(dialogs.shown[0].icon, MessageBox::Icon::Critical);
 }
 

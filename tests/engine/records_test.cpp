@@ -73,6 +73,37 @@ TEST_F(Records, AreCompletedLaterWhereTheStoreIsAwayAtTheEnd) {
     EXPECT_TRUE(journal.entries().empty());
 }
 
+TEST_F(Records, FillTheListOfFailedMessagesAfterARestart) {
+    page.unknown.insert(QStringLiteral("6289000"));
+    for (const char* text : {"a", "b", "c", "d"}) queue(QStringLiteral("6289000"), QLatin1String(text));
+    queue(kAni, QStringLiteral("e"));
+    runQueue();
+    run("update kibo_message set ended = '2001-01-01 00:00:00' where outbox_id = 1");
+    gateway.unsent.handled({2});
+    state.ms2.setRows(std::make_shared<ListRows>());
+
+    UnsentList next(state, settings, database, clock);
+    next.add(QStringLiteral("62"), QStringLiteral("expanded"), QStringLiteral("new"), QStringLiteral("4"));
+    next.fill();
+    const auto listed = [this] {
+        QStringList lines;
+        for (int row = 1; row < state.ms2.rowCount(); ++row) {
+            for (const int column : {UnsentColumn::Id, UnsentColumn::Number, UnsentColumn::Text, UnsentColumn::Reason})
+                lines.append(state.ms2.text(row, column));
+        }
+        return lines.join(u' ').toStdString();
+    };
+    EXPECT_EQ(listed(), "3 6289000 c the number is not on WhatsApp 4 62 expanded new") << "an id has one line";
+    settings.Multi = QStringLiteral("Y");
+    run("insert into multi (tipe, profil, id_outbox, wa_no, wa_text, status) values ('S', '7', 9, '62', 'f', 'fail'), "
+        "('S', '8', 9, '63', 'g', 'fail')");
+    run("insert into kibo_message (source, profil, outbox_id, ended, result, reason) "
+        "select 'multi', profil, 9, (select max(ended) from kibo_message), 'in doubt', 'x' from multi");
+    clock.wait(60'000);
+    next.fill();
+    EXPECT_EQ(listed(), "9 62 f x") << "of this profile alone";
+}
+
 TEST_F(Records, OldOnesGoInSmallSteps) {
     run("with recursive n(i) as (select 1 union all select i + 1 from n where i < 1200) "
         "insert into kibo_message (source, outbox_id, taken) select 'outbox', i, '2001-01-01 00:00:00' from n");

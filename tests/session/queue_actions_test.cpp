@@ -18,7 +18,6 @@ class QueueActionsTest : public testing::Test {
     QueueActionsTest() {
         createStores(folder.path());
         settings.UseMDB = QStringLiteral("Y");
-        settings.applicationName = QStringLiteral("Kibo");
         state.cb_Profil.text = QStringLiteral("7");
         EXPECT_TRUE(database.OpenDatabase(settings, folder.path()).ok());
     }
@@ -28,8 +27,7 @@ class QueueActionsTest : public testing::Test {
     }
     void run(const char* sql) const { rows(sql); }
     void fail(qint64 id, const QString& reason) {
-        unsent->append({QStringLiteral("62"), QStringLiteral("expanded"), {}, reason, QString::number(id)});
-        state.ms2.setRows(unsent);
+        unsent.add(QStringLiteral("62"), QStringLiteral("expanded"), reason, QString::number(id));
     }
     void settle() { QTRY_VERIFY(state.work.isEmpty()); }
 
@@ -40,12 +38,13 @@ class QueueActionsTest : public testing::Test {
     ErrorPolicy policy;
     Database database{clock, policy};
     AnsweringDialogs dialogs;
-    std::shared_ptr<ListRows> unsent = std::make_shared<ListRows>();
+    UnsentList unsent{state, settings, database, clock};
     int refreshed = 0;
     QueueActions actions{{.state = state,
                           .settings = settings,
                           .database = database,
                           .dialogs = dialogs,
+                          .unsent = unsent,
                           .refreshOutbox = [this] { ++refreshed; },
                           .refreshInbox = [this] { ++refreshed; },
                           .guarded = [](const auto& step) { step(); }}};
@@ -102,6 +101,9 @@ TEST_F(QueueActionsTest, queuesTheRawRowAgainAndAsksWhereAMessageMayHaveArrived)
     run("insert into sent (id, wa_mode, wa_no, wa_text, wa_media, wa_file, status) values "
         "(1, 9, '62', '[a|b]', 'm.png', 'f.pdf', 'fail'), (2, 1, '63', 'two', '', '', 'fail'), "
         "(3, 1, '64', 'three', '', '', '')");
+    run("insert into kibo_message (source, outbox_id, ended, result) select 'outbox', id, '2026-11-20 11:00:00', "
+        "'fail' "
+        "from sent");
     for (qint64 id : {1, 2, 3, 4}) fail(id, id == 2 ? QStringLiteral("in doubt: …") : QStringLiteral("no"));
     dialogs.answers = {false};
     actions.cmd_MoveOutbox_Click({1, 2});
@@ -112,6 +114,10 @@ TEST_F(QueueActionsTest, queuesTheRawRowAgainAndAsksWhereAMessageMayHaveArrived)
     EXPECT_EQ(rows("select wa_mode, wa_no || wa_text || wa_media || wa_file from outbox"), "0|62[a|b]m.pngf.pdf");
     EXPECT_EQ(state.ms2.rowCount(), 4) << "what could not be queued stays in the list";
     EXPECT_EQ(state.ms2.text(1, UnsentColumn::Id), QStringLiteral("2"));
+    EXPECT_EQ(rows("select outbox_id from kibo_message where handled is not null"), "1") << "for the next start";
+    actions.cmd_ClearUnSent_Click();
+    EXPECT_EQ(state.ms2.rowCount(), 1);
+    EXPECT_EQ(rows("select count(1) from kibo_message where handled is not null"), "3");
     settings.Multi = QStringLiteral("Y");
     run("insert into multi (id, tipe, profil, id_outbox, wa_no, status) values (8, 'S', '8', 5, 'other', 'fail'), "
         "(9, 'S', '7', 5, 'mine', 'fail')");

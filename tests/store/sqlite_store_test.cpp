@@ -34,6 +34,20 @@ Settings mySql() {
     return settings;
 }
 
+TEST(ConnectionRequestTest, NamesTheStoreWithoutUserAndPassword) {
+    Settings settings = mySql();
+    const auto named = [&settings] {
+        const StoreName name = storeName(mainStoreRequest(settings, QStringLiteral("C:\\Kibo\\App")));
+        return (name.name + u'|' + name.place).toStdString();
+    };
+    EXPECT_EQ(named(), "db.example|wa on db.example, port 3306");
+    settings.MySQL_WithoutDSN.clear();
+    settings.dsn = QStringLiteral("DSN=wa_dsn;UID=me;PWD=secret");
+    EXPECT_EQ(named(), "wa_dsn|wa_dsn");
+    settings.UseMDB = QStringLiteral("Y");
+    EXPECT_EQ(named(), "kb.mdb|C:/Kibo/App/kb.mdb");
+}
+
 TEST(ConnectionRequestTest, TextsForAccessAreTheAgreedOnes) {
     EXPECT_EQ(mainStoreRequest(localStore(), QStringLiteral("C:\\Kibo\\App")).text,
               QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security "

@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -48,13 +49,20 @@ TEST(QtDialogsTest, answersComeAsCallsAndTheEndGivesNone) {
     dialogs.choose({QStringLiteral("t"), {}}, entered);
     QTest::keyClick(standing<QFileDialog>(), Qt::Key_Escape);
     EXPECT_EQ(answers.mid(4), QStringList({picture, QStringLiteral("cancelled")}));
+    const QTemporaryDir folder;
+    const QString written = folder.filePath(QStringLiteral("sent.csv"));
+    dialogs.choose({QStringLiteral("t"), {}, written, QStringLiteral("sent.csv")}, entered);
+    files = standing<QFileDialog>();
+    EXPECT_EQ(files->findChild<QLineEdit*>()->text(), QStringLiteral("sent.csv"));
+    QTest::keyClick(files->findChild<QLineEdit*>(), Qt::Key_Return);
+    EXPECT_EQ(answers.last(), written) << "which need not be there";
 
     dialogs.show(question, noted);
     QTimer::singleShot(50, [&] { dialogs.closeForGood(); });
     EXPECT_FALSE(dialogs.showAndWait(question)) << "the end comes while it is waited for";
     EXPECT_FALSE(dialogs.showAndWait(question)) << "and after it nothing waits";
     EXPECT_EQ(standing<QMessageBox>(), nullptr);
-    EXPECT_EQ(answers.size(), 6);
+    EXPECT_EQ(answers.size(), 7);
 }
 
 }  // namespace

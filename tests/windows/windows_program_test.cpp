@@ -92,7 +92,7 @@ std::unique_ptr<test::Wine> WindowsProgram::wine;
 
 TEST_F(WindowsProgram, FirstStartMakesSettingsAndStoresAndIsReady) {
     start();
-    ASSERT_TRUE(closed("KB App")) << "tells that there is no Access driver: " << content("kibo.log").toStdString();
+    ASSERT_TRUE(closed("Kibo")) << "tells that there is no Access driver: " << content("kibo.log").toStdString();
     ASSERT_TRUE(closed("KB App")) << "the window itself";
     ASSERT_TRUE(ended());
     EXPECT_EQ(program_.exitCode(), 0);
@@ -119,7 +119,7 @@ TEST_F(WindowsProgram, EndsWithItsWindow) {
     ASSERT_TRUE(closed("KB App")) << content("kibo.log").toStdString();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);
-    EXPECT_TRUE(content("kibo.log").contains("KB App ends"));
+    EXPECT_TRUE(content("kibo.log").contains("Kibo ends"));
 }
 
 const std::string kAni = "6281230000001";

@@ -2,16 +2,24 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QClipboard>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTimer>
 
-#include "base/table_text.h"
+#include "base/settings.h"
 #include "main_window/main_window.h"
 #include "main_window/window_controls.h"
 
 namespace kibo {
+namespace {
+
+/// How soon a list has new rows after those it had have ended.
+constexpr int kAgainMs = 1'200;
+/// So many selected rows are looked at without a word.
+constexpr size_t kFewRows = 500;
+
+}  // namespace
 
 struct GridActions::List {
     const char* name;
@@ -21,11 +29,11 @@ struct GridActions::List {
 };
 
 GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Dialogs& dialogs, Click click,
-                         QMenu* queues)
-    : dialogs_(dialogs), click_(std::move(click)) {
-    const auto ofSelected = [](const auto& action, QueueGrid* grid) -> Action {
+                         QMenu* queues, QString& work)
+    : dialogs_(dialogs), click_(std::move(click)), work_(work), reading_(nullptr) {
+    const auto ofSelected = [this](const auto& action, QueueGrid* grid) -> Action {
         if (!action) return {};
-        return [&action, grid] { action(grid->selectedKeys()); };
+        return [this, &action, grid] { withSelected(grid, action); };
     };
     const List outbox = list(queues, "Outbox", "&Outbox", c.ms_out, c.findOutbox);
     const Action remove = ofSelected(actions.deleteWaiting, c.ms_out);
@@ -33,8 +41,8 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     if (actions.whyWaiting)
         add(outbox, {"mnWhyWaiting", "&Why is it waiting?", nullptr,
                      [&actions, grid = c.ms_out] {
-                         const std::vector<qint64> ids = grid->selectedKeys();
-                         if (!ids.empty()) actions.whyWaiting(ids.front());
+                         const std::vector<int> rows = grid->selectedRows();
+                         if (!rows.empty()) actions.whyWaiting(grid->key(rows.front()));
                      },
                      Qt::Key_Return});
     addCopies(outbox, c.cmd_CopyOutbox);
@@ -116,17 +124,91 @@ void GridActions::addCopies(const List& list, QPushButton* button) {
     const auto copying = [this, list](bool all) -> Action { return [this, list, all] { copy(list, all); }; };
     add(list, {"mnCopySelected", "&Copy selected lines", nullptr, copying(false), QKeySequence::Copy});
     add(list, {"mnCopyAll", "Copy &all lines", button, copying(true)});
+    addSorting(list);
 }
 
-void GridActions::copy(const List& list, bool all) {
-    const std::vector<int> rows = all ? list.grid->allRows() : list.grid->selectedRows();
-    if (rows.empty()) return;
-    QString text;
-    for (const int row : rows) text += tabSeparated(list.grid->cells(row)) + u'\n';
-    QGuiApplication::clipboard()->setText(text);
-    if (!all) return;
-    dialogs_.show({QStringLiteral("Info"), QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),
-                   MessageBox::Icon::Information});
+void GridActions::addSorting(const List& list) {
+    QMenu* sort = list.menu->addMenu(QStringLiteral("&Sort by"));
+    for (int column = 0; column < list.grid->model()->columnCount(); ++column) {
+        const QString name = list.grid->model()->headerData(column, Qt::Horizontal).toString();
+        connect(sort->addAction(QStringLiteral("&%1  %2").arg(column + 1).arg(name)), &QAction::triggered, list.grid,
+                [grid = list.grid, column] { grid->sortBy(column); });
+    }
+    list.grid->addAction(sort->menuAction());
+}
+
+bool GridActions::isBusy() {
+    if (work_.isEmpty() && !reading_.isRunning()) return false;
+    say("Please wait until the work in hand is done.");
+    return true;
+}
+
+void GridActions::say(const char* text) {
+    dialogs_.show({kProgramName, QString::fromUtf8(text), MessageBox::Icon::Information});
+}
+
+/// The rows of this moment: the list goes on while many are read.
+void GridActions::withSelected(QueueGrid* grid, const std::function<void(const std::vector<qint64>& ids)>& action) {
+    const std::vector<int> rows = grid->selectedRows();
+    auto ids = std::make_shared<std::vector<qint64>>();
+    if (rows.size() <= kFewRows) {
+        for (const int row : rows) ids->push_back(grid->key(row));
+        return action(*ids);
+    }
+    if (isBusy()) return;
+    ids->resize(rows.size());
+    const auto read = [ids, column = grid->keyColumn()](const RowSource& source, int row, size_t place) {
+        (*ids)[place] = source.text(row, column).toLongLong();
+        return true;
+    };
+    const auto told = [this](int done, int of) {
+        work_ = QStringLiteral("Looking at %L1 of %L2 selected lines").arg(done).arg(of);
+    };
+    reading_.start(grid->toRead(false), read, told, [this, ids, action](RowReading::End end) {
+        work_.clear();
+        if (end == RowReading::End::Done) click_([&] { action(*ids); });
+        if (end == RowReading::End::RowsGone) say("Nothing was done: the list has changed meanwhile. Try once more.");
+    });
+}
+
+void GridActions::copy(const List& list, bool all, int tries) {
+    if (isBusy()) return;
+    RowReading::What what = list.grid->toRead(all);
+    if (what.chosen.empty()) return;
+    copyRows(
+        reading_, std::move(what), list.grid->model()->columnCount(),
+        [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
+        [this, list, all, tries](RowReading::End end) { copied(list, all, tries, end); });
+}
+
+void GridActions::copied(const List& list, bool all, int tries, RowReading::End end) {
+    work_.clear();
+    switch (end) {
+        case RowReading::End::Done:
+            if (all)
+                dialogs_.show({QStringLiteral("Info"),
+                               QStringLiteral("%1 Copied to Clipboard..").arg(QLatin1String(list.name)),
+                               MessageBox::Icon::Information});
+            return;
+        case RowReading::End::Stopped:
+            return;
+        case RowReading::End::Enough:
+            say("Nothing was copied: it is too much for the clipboard. Select fewer lines and press Ctrl+C.");
+            return;
+        case RowReading::End::RowsGone:
+            break;
+    }
+    // The list gets new rows in a moment; what is selected may not be the same there.
+    if (all && tries > 1) {
+        QTimer::singleShot(kAgainMs, this, [this, list, tries] {
+            click_([this, list, tries] {
+                list.grid->refresh();
+                copy(list, true, tries - 1);
+            });
+        });
+        return;
+    }
+    say("Nothing was copied: the list has changed meanwhile. Copy once more.");
 }
 
 }  // namespace kibo

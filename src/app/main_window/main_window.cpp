@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QEvent>
+#include <QLabel>
 #include <QMenuBar>
 #include <QVBoxLayout>
 #include <cmath>
@@ -157,7 +158,7 @@ void MainWindow::buildMenus() {
 
     gridActions_ = std::make_unique<GridActions>(
         *controls_, actions_, dialogs_, [this](const auto& action) { click(action); },
-        menuBar()->addMenu(QStringLiteral("&Queues")));
+        menuBar()->addMenu(QStringLiteral("&Queues")), state_.work);
 
     QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
     const auto focus = [](QWidget* control) { return [control] { control->setFocus(Qt::ShortcutFocusReason); }; };
@@ -181,6 +182,13 @@ void MainWindow::buildMenus() {
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
+
+    store_ = new QLabel(menuBar());
+    store_->setObjectName(QStringLiteral("store"));
+    store_->setTextFormat(Qt::PlainText);
+    store_->setForegroundRole(QPalette::PlaceholderText);
+    store_->setContentsMargins(0, 0, 12, 0);
+    menuBar()->setCornerWidget(store_);
 }
 
 void MainWindow::connectControls() {
@@ -194,6 +202,10 @@ void MainWindow::connectControls() {
     connectButton(c.cmd_STOP, actions_.stop);
     connectButton(c.cmd_OutboxRefresh, actions_.refreshOutbox);
     connectButton(c.cmd_InboxRefresh, actions_.refreshInbox);
+    connectButton(c.breakOff, [this] {
+        gridActions_->stop();
+        if (actions_.stopWork) actions_.stopWork();
+    });
     c.newestFirst->setEnabled(static_cast<bool>(actions_.refreshInbox));
     connect(c.newestFirst, &QCheckBox::clicked, this, [this](bool on) {
         state_.newestFirst.checked = on;
@@ -227,16 +239,24 @@ void MainWindow::click(const std::function<void()>& action) {
 }
 
 void MainWindow::showAbout() {
-    dialogs_.show({settings_.applicationName,
-                   QStringLiteral("%1\nVersion %2\nBuild date %3")
-                       .arg(settings_.applicationName, QStringLiteral(KIBO_VERSION), settings_.buildDate),
-                   MessageBox::Icon::Information});
+    dialogs_.show(
+        {QStringLiteral("About Kibo"),
+         QStringLiteral("Kibo\nVersion %1\nBuild date %2").arg(QStringLiteral(KIBO_VERSION), settings_.buildDate),
+         MessageBox::Icon::Information});
 }
 
 void MainWindow::showTitle() {
     QString title = settings_.applicationName;
     if (isYes(settings_.Multi)) title += QStringLiteral(" [ ") + state_.cb_Profil.text + QStringLiteral(" ]");
     if (windowTitle() != title) setWindowTitle(title);
+}
+
+void MainWindow::showStore() {
+    const QString name = state_.storeName.isEmpty() ? QString() : QStringLiteral("Database: ") + state_.storeName;
+    if (store_->text() == name) return;
+    store_->setText(name);
+    setHint(store_, state_.storePlace);
+    menuBar()->setCornerWidget(store_);  // which gives it the room that it needs now
 }
 
 /// Without its database nobody knows what waits; a store that takes nothing can still be read.
@@ -247,6 +267,7 @@ bool MainWindow::queueIsUnknown() const {
 void MainWindow::showState() {
     WindowControls& c = *controls_;
     showTitle();
+    showStore();
     showHead();
     showHindrances();
     QStringList line{state_.work, state_.step, state_.doneAbout};
@@ -254,6 +275,7 @@ void MainWindow::showState() {
     const QString doing = line.join(QStringLiteral("   ·   "));
     setText(c.step, doing);
     setHint(c.step, doing);
+    setShown(c.breakOff, !state_.work.isEmpty());
     setShown(c.wait, state_.wait.visible);
     setShown(c.waitread, state_.waitread.visible);
     setShown(c.l_disableread, state_.l_disableread.visible);
@@ -262,6 +284,7 @@ void MainWindow::showState() {
     if (c.newestFirst->isChecked() != state_.newestFirst.checked) c.newestFirst->setChecked(state_.newestFirst.checked);
     c.ms_out->setEmptyText(queueIsUnknown() ? QStringLiteral("The database is off")
                                             : QStringLiteral("No message is waiting"));
+    c.showOutbox(state_);
     c.ms_out->refresh();
     c.ms->refresh();
     c.ms2->refresh();
@@ -365,6 +388,9 @@ void MainWindow::showPace() {
     setText(c.Sent_Cnt, QString::number(state_.sentCount));
     setText(c.Failed_Cnt, QString::number(state_.failedCount));
     setText(c.Outbox_Cnt, queueIsUnknown() ? QStringLiteral("–") : state_.Outbox_Cnt.caption);
+    const int held = state_.held.rowCount() - 1;
+    setText(c.Held_Cnt, QStringLiteral("%L1 held").arg(held));
+    setShown(c.Held_Cnt, held > 0 && !queueIsUnknown());
     // The count stays after a break or a pause, until the first message of the next batch.
     const bool inBatch = state_.HitungKirim.text != QStringLiteral("0") || state_.BreakTime.enabled();
     setText(c.Kirim_Cnt, inBatch ? state_.Kirim_Cnt.caption : QString());

@@ -13,6 +13,7 @@
 #include "widgets/control_scaler.h"
 
 class QAction;
+class QLabel;
 
 namespace kibo {
 
@@ -37,6 +38,7 @@ struct MainWindowActions {
     std::function<void()> clearInbox;
     std::function<void()> emptyInboxList;
     std::function<void()> emptyUnsentList;
+    std::function<void()> stopWork;   ///< breaks off what takes long and goes on in portions
     std::function<void()> listChats;  ///< the page's chats into the inbox grid
     std::function<void(bool hide)> hideChrome;
     std::function<void(const QString& profile)> profileChanged;
@@ -81,6 +83,7 @@ class MainWindow : public QMainWindow {
     void click(const std::function<void()>& action);
     void showAbout();
     void showTitle();
+    void showStore();
     void showHead();
     void showHindrances();
     Banner::Line bannerLine(const Hindrance& hindrance);
@@ -98,6 +101,7 @@ class MainWindow : public QMainWindow {
     QWidget* area_;
     ControlScaler scaler_;
     QTimer repaint_;
+    QLabel* store_ = nullptr;
     QAction* mnOpenWA_ = nullptr;
     QAction* mnStop_ = nullptr;
     QAction* mnPause_ = nullptr;

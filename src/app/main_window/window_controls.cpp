@@ -1,5 +1,6 @@
 #include "main_window/window_controls.h"
 
+#include "engine/outbox_queue.h"
 #include "main_window/setting_indicators.h"
 #include "widgets/window_look.h"
 
@@ -96,7 +97,35 @@ class Builder {
     QWidget* area_;
 };
 
+const QString kHeld = QStringLiteral("held");
+
+/// The queue as an operator sees it. Held rows stand last, since the first row is the next one to be sent.
+class OutboxRows : public RowSource {
+ public:
+    OutboxRows(std::shared_ptr<const RowSource> waiting, std::shared_ptr<const RowSource> held)
+        : waiting_(std::move(waiting)), held_(std::move(held)) {}
+
+    int rowCount() const override { return waiting_->rowCount() + held_->rowCount(); }
+    QString text(int row, int column) const override {
+        const int behind = row - waiting_->rowCount();
+        if (behind < 0) return waiting_->text(row, column);
+        const QString text = held_->text(behind, column);
+        return column == OutboxQueue::Mode && !text.isEmpty() ? kHeld : text;
+    }
+    bool hasEnded() const override { return waiting_->hasEnded() || held_->hasEnded(); }
+
+ private:
+    const std::shared_ptr<const RowSource> waiting_, held_;
+};
+
 }  // namespace
+
+void WindowControls::showOutbox(const GatewayState& state) {
+    if (shownWaiting_ == state.ms_out.revision && shownHeld_ == state.held.revision && outbox.revision > 0) return;
+    shownWaiting_ = state.ms_out.revision;
+    shownHeld_ = state.held.revision;
+    outbox.setRows(std::make_shared<OutboxRows>(state.ms_out.rows, state.held.rows));
+}
 
 WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     const Builder build(area);
@@ -123,14 +152,21 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     status->setFont(Builder::sized(status->font(), 15, true));
 
     // What the engine does
-    step = build.text("step", kLeft + 4, 65, 740);
+    step = build.text("step", kLeft + 4, 65, 644);
     step->setFont(Builder::sized(step->font(), 14, false));
+    breakOff = build.button("breakOff", "Brea&k off", 664, 65, 86, kLine);
+    breakOff->setShortcut(QKeySequence(Qt::Key_Escape));
     wait = build.mark("wait", "Sending", 758, 67, 80, 22, kBusy, 0xFFFFFF);
     waitread = build.mark("waitread", "Reading", 846, 67, 80, 22, kBusy, 0xFFFFFF);
 
     // Queues. What acts on a list stands beside it, and its search before that.
     build.card("shapOutbox", kLeft, 98, kLeftWidth, 236);
-    ms_out = new QueueGrid(state.ms_out, {6, 15, 32, 10, 10, 19, 8}, 6, {}, area);
+    outbox.header = state.ms_out.header;
+    outbox.statusColumn = OutboxQueue::Mode;
+    outbox.warning = kHeld;
+    outbox.warningColour = colour::kHeldRow;
+    showOutbox(state);
+    ms_out = new QueueGrid(outbox, OutboxQueue::Text, OutboxQueue::Id, {}, area);
     build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
     findOutbox = build.search("findOutbox", 376, 103, 180);
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 564, 103, 82, kLine);
@@ -140,7 +176,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 192);
 
     build.card("shapInbox", kLeft, 342, 420, 202);
-    ms = new QueueGrid(state.ms, {30, 26, 28, 16}, -1, QStringLiteral("No message has arrived"), area);
+    ms = new QueueGrid(state.ms, 1, -1, QStringLiteral("No message has arrived"), area);
     build.heading("lblInbox", "&Inbox", 24, 347, 58, ms);
     Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 349, 43, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
@@ -156,7 +192,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     build.card("shapUnsent", 442, 342, 484, 202);
     ms2 =
-        new QueueGrid(state.ms2, {23, 12, 30, 27, 8}, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
+        new QueueGrid(state.ms2, UnsentColumn::Reason, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
     build.heading("lblUnsent", "&Unsent", 454, 347, 120, ms2);
     build.place(ms2, "ms2", 452, 374, 464, 130);
     findUnsent = build.search("findUnsent", 452, 511, 168);
@@ -191,13 +227,17 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     Sent_Cnt = build.counter("Sent_Cnt", "lblSent", "sent", 950, 378);
     Failed_Cnt = build.counter("Failed_Cnt", "lblFailed", "failed", 1052, 378);
     Outbox_Cnt = build.counter("Outbox_Cnt", "lblWaiting", "waiting", 1154, 378);
-    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 448, 130);
-    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 448, 170);
+    Held_Cnt = build.caption("Held_Cnt", "", 1154, 431, 102, 20);
+    Held_Cnt->setAlignment(Qt::AlignCenter);
+    Held_Cnt->setForegroundRole(QPalette::WindowText);
+    Held_Cnt->setToolTip(QStringLiteral("Rows with wa_mode 3: they stay until their mode is set back to 0"));
+    lblBatch = build.caption("lblBatch", "Sent in this batch", 950, 456, 130);
+    Kirim_Cnt = build.text("Kirim_Cnt", 1086, 456, 170);
     Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
-    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 482, 306, 18);
+    BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 490, 306, 18);
     BreakProgress->setTextVisible(false);
-    wait2 = build.text("wait2", 950, 506, 200);
-    BreakLeft = build.text("BreakLeft", 1156, 506, 100);
+    wait2 = build.text("wait2", 950, 514, 200);
+    BreakLeft = build.text("BreakLeft", 1156, 514, 100);
     BreakLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
     HitungKirim = build.field("HitungKirim", 1126, 612, 62);

@@ -20,6 +20,9 @@ namespace kibo {
 struct WindowControls {
     WindowControls(QWidget* area, const GatewayState& state);
 
+    /// Brings the rows of `outbox` in line with the state.
+    void showOutbox(const GatewayState& state);
+
     // Head: what the operator does
     QPushButton* cmd_OpenWA;
     QPushButton* cmd_Pause;
@@ -33,6 +36,7 @@ struct WindowControls {
 
     // What the engine does
     QLabel* step;
+    QPushButton* breakOff;
     ColourLabel* wait;
     ColourLabel* waitread;
 
@@ -54,6 +58,7 @@ struct WindowControls {
     QCheckBox* newestFirst;
     ColourLabel* Inbox_Cnt;
     ColourLabel* l_disableread;
+    Grid outbox;  ///< what `ms_out` shows: the rows that wait, and behind them those that are held
     QueueGrid* ms_out;
     QueueGrid* ms;
     QueueGrid* ms2;
@@ -71,6 +76,7 @@ struct WindowControls {
     QLabel* Sent_Cnt;
     QLabel* Failed_Cnt;
     QLabel* Outbox_Cnt;
+    QLabel* Held_Cnt;
     QLabel* Kirim_Cnt;
     QLabel* lblBatch;
     QProgressBar* BreakProgress;
@@ -82,6 +88,9 @@ struct WindowControls {
 
     ColourLabel* lb[14];
     QrBox* pQR;
+
+ private:
+    quint64 shownWaiting_ = 0, shownHeld_ = 0;  // revisions
 };
 
 }  // namespace kibo

@@ -139,7 +139,8 @@ CREATE TABLE kibo_message (
     ms LONG,
     page_id TEXT(128),
     ticks SMALLINT,
-    ticks_time DATETIME
+    ticks_time DATETIME,
+    handled DATETIME
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 

@@ -146,7 +146,8 @@ CREATE TABLE kibo_message (
     ms BIGINT,
     page_id VARCHAR(128),
     ticks SMALLINT,
-    ticks_time DATETIME
+    ticks_time DATETIME,
+    handled DATETIME
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 

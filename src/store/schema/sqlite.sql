@@ -139,7 +139,8 @@ CREATE TABLE kibo_message (
     ms INTEGER,
     page_id TEXT,
     ticks INTEGER,
-    ticks_time TEXT
+    ticks_time TEXT,
+    handled TEXT
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 
