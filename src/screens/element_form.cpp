@@ -9,6 +9,7 @@
 #include <QPushButton>
 
 #include "browser/element_table.h"
+#include "widgets/accessibility.h"
 
 namespace kibo {
 namespace {
@@ -89,9 +90,11 @@ void ElementForm::addRow(QGridLayout* grid, const ElementRow& row) {
     test->setAccessibleName(QStringLiteral("Test ") + row.name);
     test->setToolTip(QStringLiteral("Look for it on the open page"));
     test->setFixedWidth(kTestWidth);
+    test->setAutoDefault(true);  // Enter presses it
     auto* verdict = new QLabel;
     verdict->setObjectName(QStringLiteral("verdict_") + row.box.mid(3));
     verdict->setTextFormat(Qt::PlainText);
+    setAnnounced(verdict);
     verdict->setForegroundRole(QPalette::WindowText);
     verdict->setWordWrap(true);
     verdict->setFixedWidth(kVerdictWidth);
@@ -133,7 +136,9 @@ void ElementForm::showVerdict(const QString& name, const Verdict& verdict) {
     QPalette colours = label->palette();
     colours.setColor(QPalette::WindowText, QColor::fromRgb(verdict.found ? kFound : kMissing));
     label->setPalette(colours);
+    if (label->text() == verdict.text) return;
     label->setText(verdict.text);
+    announce(label);
 }
 
 void ElementForm::clearVerdicts() {

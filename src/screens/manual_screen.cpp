@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "platform/machine.h"
 #include "platform/shell.h"
+#include "widgets/accessibility.h"
 #include "widgets/message_edit.h"
 #include "widgets/plain_text.h"
 
@@ -145,6 +146,7 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
     status_ = plainLabel({}, this);
     status_->setObjectName(QStringLiteral("status"));
     status_->setWordWrap(true);
+    setAnnounced(status_);
     send_ = button("cmd_Send", sendText, QStringLiteral("Put the message into the queue (Ctrl+Enter)"));
     QPushButton* close = button("cmd_Close", QStringLiteral("&Close"),
                                 QStringLiteral("Close this window (Escape); what is typed stays"));
@@ -160,6 +162,7 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
 
 void ManualScreen::say(const QString& text, bool isTrouble) {
     setWords(status_, text, isTrouble ? kTrouble : kNote);
+    announce(status_);
 }
 
 /// Not letter by letter. What was said before was about what stood there before.

@@ -17,6 +17,7 @@
 
 #include "base/log.h"
 #include "base/table_text.h"
+#include "widgets/accessibility.h"
 #include "widgets/queue_grid.h"
 
 namespace kibo {
@@ -119,7 +120,6 @@ QWidget* SentScreen::buttonRow() {
     line->setContentsMargins(0, 0, 0, 0);
     l_jml_ = new QLabel(QStringLiteral("0"), row);
     l_jml_->setObjectName(QStringLiteral("l_jml"));
-    l_jml_->setAccessibleName(QStringLiteral("Number of lines"));
     auto* found = new QLabel(QStringLiteral("found"), row);
     for (QLabel* label : {l_jml_, found}) {
         label->setTextFormat(Qt::PlainText);
@@ -127,7 +127,7 @@ QWidget* SentScreen::buttonRow() {
     }
     status_ = new QLabel(row);
     status_->setObjectName(QStringLiteral("sent_status"));
-    status_->setAccessibleName(QStringLiteral("State"));
+    setAnnounced(status_);
     status_->setTextFormat(Qt::PlainText);
     status_->setWordWrap(true);
     line->addSpacing(12);
@@ -402,7 +402,7 @@ void SentScreen::begin(const QString& doing) {
 
 void SentScreen::showProgress() {
     if (!doing_.isEmpty()) {
-        tell(doing_.arg(count(*done_)));
+        status_->setText(doing_.arg(count(*done_)));  // shown only: nobody wants every number read out
         return;
     }
     const int found = rows_ ? rows_->rowCount() : 0;
@@ -425,7 +425,9 @@ void SentScreen::showButtons() {
 }
 
 void SentScreen::tell(const QString& text) {
-    if (status_->text() != text) status_->setText(text);
+    if (status_->text() == text) return;
+    status_->setText(text);
+    announce(status_);
 }
 
 }  // namespace kibo

@@ -16,6 +16,8 @@ constexpr int kLowestRow = 8;
 
 QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString emptyText, QWidget* parent)
     : QTableView(parent), model_(grid, keyColumn), shares_(std::move(shares)), emptyText_(std::move(emptyText)) {
+    // Before it sees the model: to know its own width it would read two hundred rows.
+    verticalHeader()->hide();
     setModel(&model_);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -28,7 +30,6 @@ QueueGrid::QueueGrid(const Grid& grid, QList<int> shares, int keyColumn, QString
     setTextElideMode(Qt::ElideRight);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);
-    verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     // Once and low: raising it later would look at every row, each time through all rows before it.
     verticalHeader()->setMinimumSectionSize(kLowestRow);
