@@ -28,6 +28,8 @@ QAccessibleInterface* roleGiven(const QString&, QObject* object) {
 
 void setAccessibleRole(QWidget* widget, QAccessible::Role role) {
     QAccessible::installFactory(roleGiven);  // counts once
+    // A text or a name that was set has told of the widget as what Qt takes it for.
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(QAccessible::queryAccessibleInterface(widget)));
     widget->setProperty(kRole, static_cast<int>(role));
 }
 

@@ -4,7 +4,7 @@
 
 namespace kibo {
 
-/// What screen readers are to take `widget` for, where Qt doesn't know. Call it when the widget is made.
+/// What screen readers are to take `widget` for, where Qt doesn't know; before it is shown.
 void setAccessibleRole(QWidget* widget, QAccessible::Role role);
 
 /// Makes what `widget` shows a notice: screen readers say it whenever it appears, wherever the focus is, and again
