@@ -94,7 +94,6 @@ void ElementForm::addRow(QGridLayout* grid, const ElementRow& row) {
     auto* verdict = new QLabel;
     verdict->setObjectName(QStringLiteral("verdict_") + row.box.mid(3));
     verdict->setTextFormat(Qt::PlainText);
-    setAnnounced(verdict);
     verdict->setForegroundRole(QPalette::WindowText);
     verdict->setWordWrap(true);
     verdict->setFixedWidth(kVerdictWidth);

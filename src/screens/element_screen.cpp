@@ -80,7 +80,6 @@ void ElementScreen::buildButtons(QWidget* row) {
     status_ = new QLabel(row);
     status_->setObjectName(QStringLiteral("element_status"));
     status_->setTextFormat(Qt::PlainText);
-    setAnnounced(status_);
     line->addWidget(status_, 1);
     const auto add = [&](const char* name, const char* text, const char* hint) {
         auto* button = new QPushButton(QString::fromUtf8(text), row);

@@ -146,7 +146,6 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
     status_ = plainLabel({}, this);
     status_->setObjectName(QStringLiteral("status"));
     status_->setWordWrap(true);
-    setAnnounced(status_);
     send_ = button("cmd_Send", sendText, QStringLiteral("Put the message into the queue (Ctrl+Enter)"));
     QPushButton* close = button("cmd_Close", QStringLiteral("&Close"),
                                 QStringLiteral("Close this window (Escape); what is typed stays"));

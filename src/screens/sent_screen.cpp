@@ -127,7 +127,6 @@ QWidget* SentScreen::buttonRow() {
     }
     status_ = new QLabel(row);
     status_->setObjectName(QStringLiteral("sent_status"));
-    setAnnounced(status_);
     status_->setTextFormat(Qt::PlainText);
     status_->setWordWrap(true);
     line->addSpacing(12);

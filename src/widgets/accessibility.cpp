@@ -37,9 +37,10 @@ void setAnnounced(QWidget* widget) {
     setAccessibleRole(widget, QAccessible::Notification);
 }
 
-void announce(QWidget* notice) {
-    if (!notice->isVisible()) return;  // it is said as it appears
-    QAccessibleEvent shown(notice, QAccessible::ObjectShow);
+void announce(QWidget* widget) {
+    if (!widget->property(kRole).isValid()) setAnnounced(widget);
+    if (!widget->isVisible()) return;  // it is said as it appears
+    QAccessibleEvent shown(widget, QAccessible::ObjectShow);
     QAccessible::updateAccessibility(&shown);
 }
 
