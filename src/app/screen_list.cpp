@@ -6,6 +6,7 @@
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
 #include "screens/sent_screen.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/window_place.h"
 
@@ -73,6 +74,7 @@ Screen* ScreenList::made(const QString& name) {
     if (!screen) {
         screen = entry->make(parts_);
         screen->setWindowIcon(applicationIcon());
+        setAccessibleRole(screen.get(), QAccessible::Window);
         WindowPlace::remember(screen.get(), parts_.settingsFile);
     }
     return screen.get();

@@ -9,6 +9,7 @@
 #include <QPushButton>
 
 #include "browser/element_table.h"
+#include "widgets/accessibility.h"
 
 namespace kibo {
 namespace {
@@ -89,6 +90,7 @@ void ElementForm::addRow(QGridLayout* grid, const ElementRow& row) {
     test->setAccessibleName(QStringLiteral("Test ") + row.name);
     test->setToolTip(QStringLiteral("Look for it on the open page"));
     test->setFixedWidth(kTestWidth);
+    test->setAutoDefault(true);  // Enter presses it
     auto* verdict = new QLabel;
     verdict->setObjectName(QStringLiteral("verdict_") + row.box.mid(3));
     verdict->setTextFormat(Qt::PlainText);
@@ -133,7 +135,9 @@ void ElementForm::showVerdict(const QString& name, const Verdict& verdict) {
     QPalette colours = label->palette();
     colours.setColor(QPalette::WindowText, QColor::fromRgb(verdict.found ? kFound : kMissing));
     label->setPalette(colours);
+    if (label->text() == verdict.text) return;
     label->setText(verdict.text);
+    announce(label);
 }
 
 void ElementForm::clearVerdicts() {

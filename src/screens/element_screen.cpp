@@ -8,6 +8,7 @@
 #include <QShortcut>
 
 #include "base/log.h"
+#include "widgets/accessibility.h"
 
 namespace kibo {
 namespace {
@@ -85,6 +86,7 @@ void ElementScreen::buildButtons(QWidget* row) {
         button->setObjectName(QLatin1String(name));
         button->setToolTip(QString::fromUtf8(hint));
         button->setMinimumSize(96, 32);
+        button->setAutoDefault(true);  // Enter presses it
         line->addWidget(button);
         return button;
     };
@@ -178,7 +180,7 @@ void ElementScreen::cmd_Upload_Click() {
                        if (*code == kAccessCode) {
                            upload();
                        } else {
-                           status_->setText(QStringLiteral("Nothing was uploaded: this is not the password"));
+                           tell(QStringLiteral("Nothing was uploaded: this is not the password"));
                        }
                    });
 }
@@ -237,7 +239,7 @@ void ElementScreen::transferNext() {
     }
     const Transfer ended = t;
     endTransfer();
-    status_->setText(QStringLiteral("%1: %2 of %3 done").arg(ended.doing).arg(ended.done).arg(ended.names.size()));
+    tell(QStringLiteral("%1: %2 of %3 done").arg(ended.doing).arg(ended.done).arg(ended.names.size()));
     ended.finished(ended);
 }
 
@@ -316,7 +318,7 @@ void ElementScreen::lookForNotice() {
     if (verdict.found || --noticeTest_->looks == 0) {
         endNoticeTest();
     } else {
-        status_->setText(QStringLiteral("Waiting for the notice"));
+        tell(QStringLiteral("Waiting for the notice"));
         nextLook_.start();
     }
 }
@@ -338,6 +340,12 @@ std::optional<Matches> ElementScreen::outlined(const QString& name, const QStrin
         form_->showVerdict(name, {false, QString::fromStdString(matches.failure().text)});
     }
     return std::nullopt;
+}
+
+void ElementScreen::tell(const QString& text) {
+    if (status_->text() == text) return;
+    status_->setText(text);
+    announce(status_);
 }
 
 void ElementScreen::inform(const QString& title, const QString& text) {

@@ -89,6 +89,7 @@ class ElementScreen : public Screen {
     std::optional<Matches> outlined(const QString& name, const QString& locator);
     static std::optional<NoticeTest> noticeTestOf(const QString& name);
 
+    void tell(const QString& text);
     void inform(const QString& title, const QString& text);
     void complain(const QString& title, const QString& text);
 

@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "platform/machine.h"
 #include "platform/shell.h"
+#include "widgets/accessibility.h"
 #include "widgets/message_edit.h"
 #include "widgets/plain_text.h"
 
@@ -160,6 +161,7 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
 
 void ManualScreen::say(const QString& text, bool isTrouble) {
     setWords(status_, text, isTrouble ? kTrouble : kNote);
+    announce(status_);
 }
 
 /// Not letter by letter. What was said before was about what stood there before.

@@ -15,6 +15,7 @@
 #include <numeric>
 
 #include "base/log.h"
+#include "widgets/accessibility.h"
 #include "widgets/queue_grid.h"
 
 namespace kibo {
@@ -120,7 +121,6 @@ QWidget* SentScreen::buttonRow() {
     line->setContentsMargins(0, 0, 0, 0);
     l_jml_ = new QLabel(QStringLiteral("0"), row);
     l_jml_->setObjectName(QStringLiteral("l_jml"));
-    l_jml_->setAccessibleName(QStringLiteral("Number of lines"));
     auto* found = new QLabel(QStringLiteral("found"), row);
     for (QLabel* label : {l_jml_, found}) {
         label->setTextFormat(Qt::PlainText);
@@ -128,7 +128,6 @@ QWidget* SentScreen::buttonRow() {
     }
     status_ = new QLabel(row);
     status_->setObjectName(QStringLiteral("sent_status"));
-    status_->setAccessibleName(QStringLiteral("State"));
     status_->setTextFormat(Qt::PlainText);
     status_->setWordWrap(true);
     line->addSpacing(12);
@@ -416,7 +415,7 @@ void SentScreen::begin(const QString& doing) {
 
 void SentScreen::showProgress() {
     if (!doing_.isEmpty()) {
-        tell(doing_.arg(count(*done_)));
+        status_->setText(doing_.arg(count(*done_)));  // shown only: nobody wants every number read out
         return;
     }
     const int found = rows_ ? rows_->rowCount() : 0;
@@ -439,7 +438,9 @@ void SentScreen::showButtons() {
 }
 
 void SentScreen::tell(const QString& text) {
-    if (status_->text() != text) status_->setText(text);
+    if (status_->text() == text) return;
+    status_->setText(text);
+    announce(status_);
 }
 
 }  // namespace kibo

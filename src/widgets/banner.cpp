@@ -6,7 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "widgets/window_look.h"
+#include "widgets/accessibility.h"
 
 namespace kibo {
 
@@ -35,8 +35,9 @@ void Banner::show(const std::vector<Line>& lines) {
         const bool isNew =
             std::none_of(before.begin(), before.end(), [&](const Line& b) { return b.text == line.text; });
         if (!isNew) continue;
-        QAccessibleEvent announced(row, QAccessible::Alert);
-        QAccessible::updateAccessibility(&announced);
+        setAnnounced(row);
+        QAccessibleEvent heard(row, QAccessible::Alert);
+        QAccessible::updateAccessibility(&heard);
     }
     setVisible(!lines.empty());
 }
@@ -59,7 +60,7 @@ QWidget* Banner::build(const Line& line) {
     if (!line.button.isEmpty()) {
         auto* button = new QPushButton(line.button, row);
         button->setPalette(QPalette());
-        button->setAutoDefault(false);
+        button->setAutoDefault(true);  // Enter presses it
         connect(button, &QPushButton::clicked, this, [pressed = line.pressed] { pressed(); });
         layout->addWidget(button);
     }

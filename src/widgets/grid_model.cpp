@@ -288,6 +288,9 @@ std::optional<Colour> GridModel::rowColour(int row) const {
 }
 
 QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    // Not drawn, but told: what a row is called.
+    if (orientation == Qt::Vertical && role == Qt::DisplayRole)
+        return keyColumn_ < 0 ? QString::number(section + 1) : seenRow(section).value(keyColumn_);
     if (orientation != Qt::Horizontal) return {};
     if (role == Qt::DisplayRole) {
         // The columns are the tables'; their common prefix only takes room.

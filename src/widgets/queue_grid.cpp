@@ -24,6 +24,8 @@ QueueGrid::QueueGrid(const Grid& grid, int spareColumn, int keyColumn, QString e
       spareColumn_(spareColumn),
       keyColumn_(keyColumn),
       emptyText_(std::move(emptyText)) {
+    // Before it sees the model: to know its own width it would read two hundred rows.
+    verticalHeader()->hide();
     setModel(&model_);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -36,7 +38,6 @@ QueueGrid::QueueGrid(const Grid& grid, int spareColumn, int keyColumn, QString e
     setTextElideMode(Qt::ElideRight);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);
-    verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     // Once and low: raising it later would look at every row, each time through all rows before it.
     verticalHeader()->setMinimumSectionSize(kLowestRow);

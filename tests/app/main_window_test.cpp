@@ -306,8 +306,13 @@ TEST_F(MainWindowTest, everyControlIsReachedByTheTabKey) {
         control = QApplication::focusWidget();
     } while (control != nullptr && control != first && reached.size() < 40);
     EXPECT_EQ(control, first) << "the tab key goes round";
-    for (const char* name : {"cmd_Pause", "cmd_STOP", "cb_Profil", "HideChrome", "ms_out", "ms", "ms2", "log"})
-        EXPECT_TRUE(reached.contains(QLatin1String(name))) << name << " is not in " << reached.join(u' ').toStdString();
+    qsizetype before = 0;
+    for (const char* name : {"cmd_Pause", "cmd_STOP", "cb_Profil", "HideChrome", "findOutbox", "ms_out", "ms",
+                             "findInbox", "ms2", "log"}) {
+        const qsizetype place = reached.indexOf(QLatin1String(name));
+        EXPECT_GT(place, before) << name << " does not come as the eye goes: " << reached.join(u' ').toStdString();
+        before = place;
+    }
 }
 
 }  // namespace

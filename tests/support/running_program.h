@@ -49,10 +49,12 @@ class RunningProgram {
         set("DB", "MySQL_DB", store.MySQL_DB);
         set("DB", "Port", store.Port);
     }
-    bool start() {
+    /// `variables` are added to the environment, which names no display.
+    bool start(const QProcessEnvironment& variables = {}) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("KIBO_HOME"), home.path());
         environment.remove(QStringLiteral("DISPLAY"));
+        environment.insert(variables);
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(KIBO_BINARY_DIR "/bin/kibo"), QStringList());
         return process.waitForStarted();

@@ -65,16 +65,19 @@ class WindowsProgram : public ::testing::Test {
     void start(const QProcessEnvironment& variables = {}) {
         wine->start(program_, home_.filePath(QStringLiteral("kibo.exe")), variables);
     }
-    /// Waits for the window and closes it. Asks again: Wine drops a request that comes at a busy moment.
-    static bool closed(const char* title) {
-        return test::eventually([title] { return test::closeWindow(title); }, kSlowMs) &&
-               test::eventually(
-                   [title] {
-                       if (!test::closeWindow(title)) return true;
-                       QThread::msleep(500);
-                       return false;
-                   },
-                   kSlowMs);
+    /// Waits for the window, which Ctrl and `letter` open from the main one if there is a letter, and closes it. Asks
+    /// again: Wine drops a request that comes at a busy moment.
+    static bool closed(const char* title, char letter = 0) {
+        const auto shown = [title, letter] {
+            if (letter != 0 && test::pressCtrl("KB App", letter)) QThread::msleep(500);
+            return test::closeWindow(title);
+        };
+        const auto gone = [title] {
+            if (!test::closeWindow(title)) return true;
+            QThread::msleep(500);
+            return false;
+        };
+        return test::eventually(shown, kSlowMs) && test::eventually(gone, kSlowMs);
     }
     bool ended() {
         return test::eventually([this] { return program_.state() == QProcess::NotRunning; }, kSlowMs);
@@ -112,14 +115,18 @@ TEST_F(WindowsProgram, FirstStartMakesSettingsAndStoresAndIsReady) {
     EXPECT_EQ(home_.entryList({QStringLiteral("new-*")}, QDir::Files), QStringList());
 }
 
-TEST_F(WindowsProgram, EndsWithItsWindow) {
+TEST_F(WindowsProgram, OpensItsScreensAndEndsWithItsWindow) {
     test::createStores(home_.path());
     writeSettings(QStringLiteral("[DB]\r\nUseMDB=Y\r\n"));
     start();
+    EXPECT_TRUE(closed("Send a message", 'n')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("Quick reply", 'r')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("Sent messages", 'l')) << content("kibo.log").toStdString();
     ASSERT_TRUE(closed("KB App")) << content("kibo.log").toStdString();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);
     EXPECT_TRUE(content("kibo.log").contains("Kibo ends"));
+    EXPECT_EQ(content("kibo.crash"), "");
 }
 
 const std::string kAni = "6281230000001";

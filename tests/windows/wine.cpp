@@ -103,6 +103,35 @@ bool closeWindow(const char* title) {
     return true;
 }
 
+bool pressCtrl(const char* title, char letter) {
+    XClient client;
+    const auto window = shownWindow(client, title);
+    if (!window) return false;
+    const xcb_setup_t* setup = xcb_get_setup(client.get());
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    auto* keys = xcb_get_keyboard_mapping_reply(
+        client.get(), xcb_get_keyboard_mapping(client.get(), setup->min_keycode, count), nullptr);
+    if (!keys) return false;
+    const auto press = [&](xcb_keysym_t symbol, std::uint8_t type) {
+        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(keys);
+        xcb_key_press_event_t event{};
+        while (symbols[event.detail * keys->keysyms_per_keycode] != symbol && event.detail + 1 < count) ++event.detail;
+        event.detail = static_cast<xcb_keycode_t>(event.detail + setup->min_keycode);
+        event.response_type = type;
+        event.root = xcb_setup_roots_iterator(setup).data->root;
+        event.event = *window;
+        event.same_screen = 1;
+        send(client, *window, event);
+    };
+    constexpr xcb_keysym_t kControl = 0xFFE3;
+    press(kControl, XCB_KEY_PRESS);
+    press(static_cast<xcb_keysym_t>(letter), XCB_KEY_PRESS);
+    press(static_cast<xcb_keysym_t>(letter), XCB_KEY_RELEASE);
+    press(kControl, XCB_KEY_RELEASE);
+    std::free(keys);
+    return true;
+}
+
 bool clickWindow(const char* title, int x, int y) {
     XClient client;
     const auto window = shownWindow(client, title);

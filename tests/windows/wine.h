@@ -36,4 +36,7 @@ bool closeWindow(const char* title);
 /// Presses and releases the first mouse button at that place of the window. False: there is none on the screen.
 bool clickWindow(const char* title, int x, int y);
 
+/// Presses and releases Ctrl and the key of that letter, wherever the focus is in the window. False: as above.
+bool pressCtrl(const char* title, char letter);
+
 }  // namespace kibo::test

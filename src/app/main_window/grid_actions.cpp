@@ -51,7 +51,9 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     const List inbox = list(queues, "Inbox", "&Inbox", c.ms, c.findInbox);
     const auto ofCurrent = [grid = c.ms](const auto& action) {
         return [&action, grid] {
-            const QStringList cells = grid->cells(grid->currentIndex().row());
+            // Screen readers select a line and leave the current one where it was.
+            const std::vector<int> selected = grid->selectedRows();
+            const QStringList cells = grid->cells(selected.size() == 1 ? selected.front() : grid->currentIndex().row());
             if (!cells.value(0).isEmpty()) action(cells.value(0), cells.value(1));
         };
     };
@@ -88,8 +90,10 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
 GridActions::List GridActions::list(QMenu* queues, const char* name, const char* title, QueueGrid* grid,
                                     QLineEdit* search) {
     grid->setContextMenuPolicy(Qt::ActionsContextMenu);
-    grid->setAccessibleName(QLatin1String(name));
-    search->setAccessibleName(QStringLiteral("Find in %1").arg(QLatin1String(name)));
+    QString words = QLatin1String(title);
+    words.remove(u'&');
+    grid->setAccessibleName(words);
+    search->setAccessibleName(QStringLiteral("Find in %1").arg(words));
     connect(search, &QLineEdit::textChanged, grid, &QueueGrid::setFilter);
     auto* leave = new QAction(search);
     leave->setShortcut(Qt::Key_Escape);
@@ -114,7 +118,7 @@ QAction* GridActions::add(const List& list, const Entry& entry) {
     if (entry.button == nullptr) return action;
     entry.button->setEnabled(action->isEnabled());
     // Three buttons are called "Copy": by name and by hint each says what it copies.
-    entry.button->setAccessibleName(QStringLiteral("%1: %2").arg(QLatin1String(list.name), action->iconText()));
+    entry.button->setAccessibleName(QStringLiteral("%1: %2").arg(list.grid->accessibleName(), action->iconText()));
     entry.button->setToolTip(entry.button->accessibleName());
     connect(entry.button, &QPushButton::clicked, action, &QAction::trigger);
     return action;

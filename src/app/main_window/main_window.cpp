@@ -10,6 +10,7 @@
 
 #include "main_window/grid_actions.h"
 #include "main_window/window_controls.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/plain_text.h"
 #include "widgets/shown_text.h"
@@ -151,9 +152,9 @@ void MainWindow::buildMenus() {
     add(gateway, "mnRefreshInbox", "Refresh I&nbox", actions_.refreshInbox, QKeySequence(Qt::Key_F6));
     gateway->addSeparator();
     mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
-    add(gateway, "mn_cleaner", "Run &Cleaner", actions_.runCleaner);
-    add(gateway, "mnmulti", "Start &another instance", actions_.startAnother);
-    add(gateway, "mncloseall", "&Close All", actions_.closeAll);
+    add(gateway, "mn_cleaner", "Run C&leaner", actions_.runCleaner);
+    add(gateway, "mnmulti", "Start another &instance", actions_.startAnother);
+    add(gateway, "mncloseall", "Close &All", actions_.closeAll);
     add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
     gridActions_ = std::make_unique<GridActions>(
@@ -206,6 +207,8 @@ void MainWindow::connectControls() {
         gridActions_->stop();
         if (actions_.stopWork) actions_.stopWork();
     });
+    c.cmd_OutboxRefresh->setAccessibleName(QStringLiteral("Outbox: Refresh"));
+    c.cmd_InboxRefresh->setAccessibleName(QStringLiteral("Inbox: Refresh"));
     c.newestFirst->setEnabled(static_cast<bool>(actions_.refreshInbox));
     connect(c.newestFirst, &QCheckBox::clicked, this, [this](bool on) {
         state_.newestFirst.checked = on;
@@ -365,7 +368,9 @@ void MainWindow::showHead() {
     if (c.HideChrome->isChecked() != state_.HideChrome.checked) c.HideChrome->setChecked(state_.HideChrome.checked);
     setUsable(c.HideChrome, state_.HideChrome.enabled && actions_.hideChrome);
     setShown(c.dboff, state_.dboff.visible);
+    const bool news = c.status->text() != state_.status.caption;
     showLabel(c.status, state_.status);
+    if (news) announce(c.status);
 }
 
 void MainWindow::showMessageInProgress() {

@@ -2,6 +2,7 @@
 
 #include "engine/outbox_queue.h"
 #include "main_window/setting_indicators.h"
+#include "widgets/accessibility.h"
 #include "widgets/window_look.h"
 
 namespace kibo {
@@ -43,11 +44,10 @@ class Builder {
         label->setForegroundRole(QPalette::PlaceholderText);
         return label;
     }
-    QLabel* heading(const char* name, const char* text, int x, int y, int width, QWidget* buddy = nullptr) const {
+    QLabel* heading(const char* name, const char* text, int x, int y, int width) const {
         QLabel* label = caption(name, text, x, y, width, 24);
         label->setForegroundRole(QPalette::WindowText);
         label->setFont(sized(label->font(), 14, true));
-        label->setBuddy(buddy);
         return label;
     }
     QLabel* text(const char* name, int x, int y, int width, int height = kLine) const {
@@ -62,7 +62,7 @@ class Builder {
     }
     QPushButton* button(const char* name, const char* text, int x, int y, int width, int height) const {
         auto* control = place(new QPushButton(QString::fromUtf8(text), area_), name, x, y, width, height);
-        control->setAutoDefault(false);
+        control->setAutoDefault(true);  // Enter presses it
         return control;
     }
     QLineEdit* search(const char* name, int x, int y, int width) const {
@@ -71,9 +71,10 @@ class Builder {
         edit->setClearButtonEnabled(true);
         return edit;
     }
-    QLineEdit* field(const char* name, int x, int y, int width) const {
+    QLineEdit* field(const char* name, int x, int y, int width, QLabel* words) const {
         auto* edit = place(new QLineEdit(area_), name, x, y, width, kLine);
         edit->setReadOnly(true);
+        edit->setAccessibleName(words->text());
         return edit;
     }
     /// A large number over a small caption.
@@ -150,6 +151,8 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     dboff = build.mark("dboff", "Database off", 1008, 10, 122, 38, colour::kRed, colour::kYellow);
     status = build.mark("status", "", 1140, 10, 128, 38, colour::kRed, colour::kYellow);
     status->setFont(Builder::sized(status->font(), 15, true));
+    setAnnounced(dboff);
+    setAnnounced(status);
 
     // What the engine does
     step = build.text("step", kLeft + 4, 65, 644);
@@ -166,24 +169,26 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     outbox.warning = kHeld;
     outbox.warningColour = colour::kHeldRow;
     showOutbox(state);
-    ms_out = new QueueGrid(outbox, OutboxQueue::Text, OutboxQueue::Id, {}, area);
-    build.heading("lblOutbox", "Out&box", 24, 104, 120, ms_out);
+    QLabel* lblOutbox = build.heading("lblOutbox", "Out&box", 24, 104, 120);
     findOutbox = build.search("findOutbox", 376, 103, 180);
     cmd_OutboxRefresh = build.button("cmd_OutboxRefresh", "Re&fresh", 564, 103, 82, kLine);
     cmd_CopyOutbox = build.button("cmd_CopyOutbox", "Copy", 654, 103, 82, kLine);
     cmd_DelOut = build.button("cmd_DelOut", "Delete", 744, 103, 82, kLine);
     cmd_ClearOutbox = build.button("cmd_ClearOutbox", "Clear", 834, 103, 82, kLine);
+    ms_out = new QueueGrid(outbox, OutboxQueue::Text, OutboxQueue::Id, {}, area);
     build.place(ms_out, "ms_out", 22, 134, kLeftWidth - 20, 192);
+    lblOutbox->setBuddy(ms_out);
 
     build.card("shapInbox", kLeft, 342, 420, 202);
-    ms = new QueueGrid(state.ms, 1, -1, QStringLiteral("No message has arrived"), area);
-    build.heading("lblInbox", "&Inbox", 24, 347, 58, ms);
+    QLabel* lblInbox = build.heading("lblInbox", "&Inbox", 24, 347, 58);
     Inbox_Cnt = build.mark("Inbox_Cnt", "", 82, 349, 43, 20, kBusy, 0xFFFFFF);
     Inbox_Cnt->setToolTip(QStringLiteral("Messages without a status"));
     l_disableread = build.mark("l_disableread", "Reading is off", 134, 348, 106, 22, kNotice, kNoticeText);
     newestFirst = build.place(new QCheckBox(QStringLiteral("Ne&west first"), area), "newestFirst", 306, 347, 116, 24);
     newestFirst->setToolTip(QStringLiteral("Newest messages first"));
+    ms = new QueueGrid(state.ms, 1, -1, QStringLiteral("No message has arrived"), area);
     build.place(ms, "ms", 22, 374, 400, 130);
+    lblInbox->setBuddy(ms);
     findInbox = build.search("findInbox", 22, 511, 84);
     cmd_InboxRefresh = build.button("cmd_InboxRefresh", "Refresh", 114, 511, 76, kLine);
     cmd_CopyInbox = build.button("cmd_CopyInbox", "Copy", 196, 511, 70, kLine);
@@ -193,7 +198,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     build.card("shapUnsent", 442, 342, 484, 202);
     ms2 =
         new QueueGrid(state.ms2, UnsentColumn::Reason, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
-    build.heading("lblUnsent", "&Unsent", 454, 347, 120, ms2);
+    build.heading("lblUnsent", "&Unsent", 454, 347, 120)->setBuddy(ms2);
     build.place(ms2, "ms2", 452, 374, 464, 130);
     findUnsent = build.search("findUnsent", 452, 511, 168);
     cmd_MoveOutbox = build.button("cmd_MoveOutbox", "Queue again", 628, 511, 112, kLine);
@@ -202,24 +207,21 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
 
     build.card("shapLog", kLeft, 552, kLeftWidth, 98);
     log = new LogLines(area);
-    build.heading("lblLog", "&Log", 24, 555, 120, log);
+    build.heading("lblLog", "&Log", 24, 555, 120)->setBuddy(log);
     build.place(log, "log", 22, 580, kLeftWidth - 20, 62);
 
     // Message in progress
     build.card("shapMessage", kRight, 66, kRightWidth, 268);
     lblMessage = build.heading("lblMessage", "Message in progress", 950, 72, 240);
-    build.caption("lblId", "Id", 950, 102, 48);
-    txtid = build.field("txtid", 1000, 102, 76);
-    build.caption("lblNo", "To", 1086, 102, 26);
-    txtNo = build.field("txtNo", 1112, 102, 144);
+    txtid = build.field("txtid", 1000, 102, 76, build.caption("lblId", "Id", 950, 102, 48));
+    txtNo = build.field("txtNo", 1112, 102, 144, build.caption("lblNo", "To", 1086, 102, 26));
     txtMsg2 = build.place(new QPlainTextEdit(area), "txtMsg2", 950, 136, 306, 122);
+    lblMessage->setBuddy(txtMsg2);
     txtMsg2->setReadOnly(true);
     txtMsg2->setTabChangesFocus(true);
     txtMsg2->setPlaceholderText(QStringLiteral("Nothing is being sent"));
-    build.caption("lblMedia", "Media", 950, 266, 48);
-    txtMedia = build.field("txtMedia", 1000, 266, 256);
-    build.caption("lblFile", "File", 950, 299, 48);
-    txtFile = build.field("txtFile", 1000, 299, 256);
+    txtMedia = build.field("txtMedia", 1000, 266, 256, build.caption("lblMedia", "Media", 950, 266, 48));
+    txtFile = build.field("txtFile", 1000, 299, 256, build.caption("lblFile", "File", 950, 299, 48));
 
     // Pace
     build.card("shapPace", kRight, 342, kRightWidth, 308);
@@ -236,12 +238,13 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     Kirim_Cnt->setFont(Builder::sized(Kirim_Cnt->font(), 14, true));
     BreakProgress = build.place(new QProgressBar(area), "BreakProgress", 950, 490, 306, 18);
     BreakProgress->setTextVisible(false);
+    BreakProgress->setAccessibleName(QStringLiteral("Break"));
     wait2 = build.text("wait2", 950, 514, 200);
     BreakLeft = build.text("BreakLeft", 1156, 514, 100);
     BreakLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     lblDiagnostic = build.caption("lblDiagnostic", "HitungKirim, DetikBreak", 950, 612, 172);
-    HitungKirim = build.field("HitungKirim", 1126, 612, 62);
-    DetikBreak = build.field("DetikBreak", 1194, 612, 62);
+    HitungKirim = build.field("HitungKirim", 1126, 612, 62, lblDiagnostic);
+    DetikBreak = build.field("DetikBreak", 1194, 612, 62, lblDiagnostic);
 
     // Settings in force
     build.panel("shapSettings", 0, 658, kDesignWidth, 36, kDark, kDark);

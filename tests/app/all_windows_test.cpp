@@ -1,9 +1,15 @@
+#include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QAction>
+#include <QComboBox>
 #include <QDialog>
 #include <QLabel>
+#include <QMenuBar>
 #include <QTemporaryDir>
 #include <QTextDocumentFragment>
+#include <set>
 
 #include "app/gateway_application.h"
 #include "app/screen_list.h"
@@ -22,9 +28,13 @@ bool seenAsWritten(const QString& text) {
     return seen.contains(kForeign);
 }
 
-class PlainTextTest : public testing::Test {
+class AllWindowsTest : public testing::Test {
  protected:
-    void SetUp() override { ASSERT_TRUE(application.start()) << "in a new folder it makes its stores"; }
+    void SetUp() override {
+        ASSERT_TRUE(application.start()) << "in a new folder it makes its stores";
+        for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent"})
+            application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
+    }
     /// The foreign text wherever a window shows what isn't the program's own.
     void fill() {
         GatewayState& s = application.state();
@@ -53,9 +63,7 @@ class PlainTextTest : public testing::Test {
     int found = 0;
 };
 
-TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
-    for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent"})
-        application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
+TEST_F(AllWindowsTest, noWidgetTakesATextFromOutsideForMarkup) {
     fill();
     QtDialogs boxes;
     boxes.show({kForeign, kForeign});
@@ -78,6 +86,40 @@ TEST_F(PlainTextTest, noWidgetTakesATextFromOutsideForMarkup) {
     EXPECT_GE(found, 15 + 4 + 1) << "cells, hints of the window, the prompt";
     for (const QString& screen : ScreenList::names())
         EXPECT_TRUE(windows.contains(screen)) << screen.toStdString() << " is to be opened above";
+}
+
+/// What stands beside a control's text counts for its window, a menu's entries for the menu.
+std::pair<const QWidget*, QList<QString>> captionsOf(const QWidget* widget) {
+    QList<QString> captions;
+    for (const QAction* entry : widget->actions())
+        if (qobject_cast<const QMenu*>(widget) || qobject_cast<const QMenuBar*>(widget)) captions.append(entry->text());
+    if (qobject_cast<const QMenu*>(widget)) return {widget, captions};
+    if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy())
+        captions.append(label->text());
+    if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) captions.append(button->text());
+    return {widget->window(), captions};
+}
+
+TEST_F(AllWindowsTest, controlsHaveNamesAndKeysOfTheirOwn) {
+    for (const char* pause : {";", "4"}) {
+        application.state().cmd_Pause.caption = QLatin1String(pause);
+        application.window()->showState();
+        std::set<std::pair<const QWidget*, QString>> taken;
+        for (const QWidget* widget : QApplication::allWidgets()) {
+            const auto [where, captions] = captionsOf(widget);
+            for (const QString& caption : captions) {
+                const QString key = QKeySequence::mnemonic(caption).toString();
+                EXPECT_TRUE(key.isEmpty() || taken.emplace(where, key).second) << caption.toStdString();
+            }
+            const QWidget* around = widget->parentWidget();
+            const bool isPart = !around || widget->window()->windowType() == Qt::Popup ||
+                                qobject_cast<const QComboBox*>(around) || qobject_cast<const QAbstractSpinBox*>(around);
+            if (isPart || !(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisibleTo(widget->window())) continue;
+            const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(const_cast<QWidget*>(widget));
+            EXPECT_FALSE(told->text(QAccessible::Name).isEmpty() && told->relations(QAccessible::Label).isEmpty())
+                << widget->metaObject()->className() << ' ' << widget->objectName().toStdString();
+        }
+    }
 }
 
 }  // namespace
