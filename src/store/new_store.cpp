@@ -39,8 +39,11 @@ QStringList statementsOf(const QString& script) {
 QStringList missingColumns(const QSqlDatabase& connection, const QString& table, const QString& statement) {
     static const QRegularExpression kColumn(QStringLiteral("^    ([a-z]\\w*) (\\w.*?),?$"),
                                             QRegularExpression::MultilineOption);
-    const QSqlRecord held = connection.record(table);
     QStringList statements;
+    // Not by the driver's own list of columns, which is empty on some servers.
+    QSqlQuery query(connection);
+    if (!query.exec(QStringLiteral("select * from %1 where 1=0").arg(table))) return statements;
+    const QSqlRecord held = query.record();
     for (auto column = kColumn.globalMatch(statement); column.hasNext();) {
         const auto match = column.next();
         if (!held.contains(match.captured(1)))
