@@ -169,7 +169,8 @@ void compareLengths(Table& table, test::MariaDbServer& server) {
 }
 
 void measureMySql(Table& table) {
-    test::MariaDbServer server;
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
     server.run(insertInMySql(QStringLiteral("kibo"), kRows) + QStringLiteral("ANALYZE TABLE kibo.outbox;"));
     LoadedQueue queue(server.settings(false), {});
     compare(table, "MySQL", queue, QStringLiteral("mariadb"),

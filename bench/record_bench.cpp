@@ -109,7 +109,8 @@ void measureRecords(Table& table) {
     Sending with(local, first.path(), true), without(local, second.path(), false);
     compare(table, "SQLite", with, without);
 
-    test::MariaDbServer server;
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
     const Settings whole = server.settings(false);
     Settings bare = whole;
     bare.MySQL_DB = QStringLiteral("bare");

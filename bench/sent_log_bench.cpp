@@ -170,7 +170,8 @@ void measureSentLog(Table& table) {
         open(database, settings, folder.path());
         compare(table, "SQLite", database, true, QStringLiteral("sqlite3"), {file});
     }
-    test::MariaDbServer server;
+    test::MariaDbServer& server = test::MariaDbServer::shared();
+    server.empty();
     fillServer(server);
     Database database(clock, policy);
     open(database, server.settings(false), {});
