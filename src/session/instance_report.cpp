@@ -79,7 +79,8 @@ Database::Values InstanceReport::told() {
         megabytes_ = 0;
     } else if (megabytes_ == 0 || n_.clock.monotonicMs() - measuredAtMs_ >= kMeasureMs) {
         measuredAtMs_ = n_.clock.monotonicMs();
-        megabytes_ = static_cast<double>(n_.browserBytes() / 1'000'000);
+        const quint64 megabytes = n_.browserBytes() / 1'000'000;
+        megabytes_ = static_cast<double>(megabytes);
     }
     QDateTime breakUntil;
     if (s.BreakTime.enabled())
