@@ -118,6 +118,7 @@ class Pictures {
         QObject::connect(&looks, &QTimer::timeout, &looks, [&] {
             if (saved || !reached()) return;
             gateway_->window()->showState();
+            QCoreApplication::sendPostedEvents();  // by which new lines of the banner come to be seen
             saved = gateway_->window()->grab().save(file);
         });
         looks.start(20);

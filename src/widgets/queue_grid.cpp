@@ -92,7 +92,7 @@ void QueueGrid::measureColumns() {
         Want& want = wants_[static_cast<size_t>(column)];
         const auto wants = [&](int width) {
             want.whole = std::max(want.whole, width);
-            if (width <= brief) want.brief = std::max(want.brief, width);
+            if (width <= brief && column != spareColumn_) want.brief = std::max(want.brief, width);
         };
         want.brief = std::max(want.brief, horizontalHeader()->sectionSizeHint(column));
         wants(want.brief);
@@ -102,8 +102,9 @@ void QueueGrid::measureColumns() {
     shareWidth();
 }
 
-/// Brief texts are whole. The columns of longer ones get as much more as makes them equally wide, the spare one twice
-/// as wide, and none more than it wants.
+/// Brief texts are whole, but for those of the spare column, which gives way where the others need its room. The
+/// columns of longer ones get as much more as makes them equally wide, the spare one twice as wide, and none more than
+/// it wants.
 void QueueGrid::shareWidth() {
     const int room = viewport()->width();
     std::vector<int> widths(wants_.size());
