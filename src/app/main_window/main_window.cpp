@@ -120,7 +120,10 @@ MainWindow::MainWindow(GatewayState& state, const Settings& settings, Dialogs& d
     showState();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() {
+    // What the lists show is held by the members, which end before the window's children would.
+    delete takeCentralWidget();
+}
 
 void MainWindow::hideDiagnostics() {
     controls_->lblDiagnostic->hide();
