@@ -196,8 +196,7 @@ WindowControls::WindowControls(QWidget* area, const GatewayState& state) {
     cmd_ClearInbox = build.button("cmd_ClearInbox", "Clear", 352, 511, 70, kLine);
 
     build.card("shapUnsent", 442, 342, 484, 202);
-    ms2 =
-        new QueueGrid(state.ms2, UnsentColumn::Reason, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
+    ms2 = new QueueGrid(state.ms2, UnsentColumn::Text, UnsentColumn::Id, QStringLiteral("No message has failed"), area);
     build.heading("lblUnsent", "&Unsent", 454, 347, 120)->setBuddy(ms2);
     build.place(ms2, "ms2", 452, 374, 464, 130);
     findUnsent = build.search("findUnsent", 452, 511, 168);
