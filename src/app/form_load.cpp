@@ -39,7 +39,10 @@ bool FormLoad::Form_Load() {
 
     const QString profile = state.cb_Profil.text;
     if (instanceRows.statusRows(profile) > 0)
-        log::info("window", QStringLiteral("the last instance of profile %1 was ended without its leave").arg(profile));
+        log::info("window",
+                  QStringLiteral("profile %1 has a status row already: the last instance was ended, or another "
+                                 "one runs elsewhere")
+                      .arg(profile));
     // A command that it left behind is not meant for this one.
     instanceRows.withdraw(profile);
     if (multi) {

@@ -67,7 +67,8 @@ GatewayApplication::~GatewayApplication() {
     // An answer would come to what is no more.
     dialogs_.closeForGood();
     // By now the message in hand is settled and the browser has ended: the panel sees the instance go when it has gone.
-    if (announced_) instanceRows_.withdraw(state_.cb_Profil.text);
+    policy_.programEnds();  // nothing surfaces from here
+    if (announced_ && database_.isOpen()) instanceRows_.withdraw(state_.cb_Profil.text);
     if (report_) report_->withdraw();
 }
 

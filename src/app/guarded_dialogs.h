@@ -11,6 +11,8 @@ class GuardedDialogs : public Dialogs {
     /// Both must outlive it.
     GuardedDialogs(Dialogs& dialogs, ErrorEdge& edge) : dialogs_(dialogs), edge_(edge) {}
 
+    bool isAttended() const override { return dialogs_.isAttended(); }
+
  protected:
     void showBox(const MessageBox& box, const Answered& answered) override {
         if (!answered) return dialogs_.show(box);

@@ -27,8 +27,9 @@ MessageBox tablesQuestion(const QString& title, const QString& lack) {
 }
 
 void TableOffer::ask() {
-    const bool declined = ReadIni(kSection, kAsk, n_.settingsFile) == QStringLiteral("N");
-    if (declined || isYes(n_.settings.UseMDB) || !n_.database.isOpen() || !isLacking()) return;
+    // Nobody's No would be kept for ever.
+    if (!n_.dialogs.isAttended() || ReadIni(kSection, kAsk, n_.settingsFile) == QStringLiteral("N")) return;
+    if (isYes(n_.settings.UseMDB) || !n_.database.isOpen() || !isLacking()) return;
     n_.dialogs.show(
         tablesQuestion(kProgramName,
                        QStringLiteral("The database lacks a part of kibo_message or kibo_instance. With them, the sent "

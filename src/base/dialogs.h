@@ -57,6 +57,8 @@ class Dialogs {
     void ask(const InputBox& box, const Entered& entered) { askBox(box, entered); }
     /// The same for a file's path.
     void choose(const FileBox& box, const Entered& chosen) { chooseFile(box, chosen); }
+    /// Whether there is somebody to ask: a question that can wait for the next start isn't put otherwise.
+    virtual bool isAttended() const { return true; }
 
  protected:
     virtual void showBox(const MessageBox& box, const Answered& answered) = 0;

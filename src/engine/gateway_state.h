@@ -102,6 +102,9 @@ struct GatewayState {
     /// The pause button shows its way back.
     bool pausedByOperator() const { return cmd_Pause.caption == QChar(kPausedCaption) && !BreakTime.enabled(); }
 
+    /// Whether a message is in hand or the inbox is read: what goes on then knows the page that it began on.
+    bool atWork() const { return stepRunning || busy || waitread.visible; }
+
     /// Whether the page must be left to the message in progress.
     bool pageIsTaken() const { return (stepRunning || wait.visible) && !fetching; }
 };

@@ -25,11 +25,6 @@ constexpr qint64 kRemovedAtOnce = 500;
 constexpr int kDays = 90;
 constexpr int kReasonCharacters = 255;
 
-QVariant timeText(const QDateTime& time) {
-    if (!time.isValid()) return {};
-    return QVariant::fromValue(StoredTime{time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
-}
-
 struct Code {
     const char* words;
     const char* code;
@@ -78,7 +73,7 @@ QString reasonCode(const QString& words) {
 Result<void> MessageRecords::taken(const QString& id) {
     current_ = {id, clock_.monotonicMs(), {}, {}, {}};
     const auto begun =
-        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), timeText(clock_.now())});
+        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), storedTime(clock_.now())});
     tableIsThere_ = begun.ok();
     if (begun) return {};
     leaveOff(begun.failure());
@@ -107,10 +102,10 @@ bool MessageRecords::ended(const QString& id, const End& end) {
 Result<void> MessageRecords::complete(const QString& id, const End& end) {
     const Moments moments = current_.id == id ? current_ : Moments{};
     const QVariant tookMs = moments.id.isEmpty() ? QVariant() : QVariant(clock_.monotonicMs() - moments.takenMs);
-    const QVariant now = timeText(clock_.now());
+    const QVariant now = storedTime(clock_.now());
     const auto text = [](const QString& value) { return value.isEmpty() ? QVariant() : QVariant(value); };
-    const Database::Values values{timeText(moments.typed),
-                                  timeText(moments.sent),
+    const Database::Values values{storedTime(moments.typed),
+                                  storedTime(moments.sent),
                                   now,
                                   QString::fromLatin1(end.result),
                                   text(end.reasonCode),
@@ -145,7 +140,7 @@ void MessageRecords::removeOld() {
     bool isNumber = false;
     const int days = settings_.MessageDays.toInt(&isNumber);
     const QDateTime end = clock_.now().addDays(-(isNumber && days > 0 ? days : kDays));
-    const auto removed = database_.execute(kRemove, {oldest.field(0).toLongLong() + kRemovedAtOnce, timeText(end)});
+    const auto removed = database_.execute(kRemove, {oldest.field(0).toLongLong() + kRemovedAtOnce, storedTime(end)});
     if (removed.value_or(0) > 0) removeAgainMs_ = now + kRemoveEveryMs;
 }
 

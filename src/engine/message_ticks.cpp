@@ -143,7 +143,7 @@ Result<void> MessageTicks::writeSeen() {
         if (message->row == 0)
             if (const Result<void> found = findRow(*message); !found) return found;
         if (message->row == 0) continue;  // nothing was noted of this message
-        const QVariant time = QVariant::fromValue(StoredTime{message->raised.toString(kTimeFormat)});
+        const QVariant time = storedTime(message->raised);
         const auto raised = database_.attempt(kRaise, {message->ticks, time, message->row, message->ticks});
         if (!raised) return raised.failure();
     }

@@ -189,7 +189,7 @@ std::optional<QDateTime> OutboxQueue::nextDue() {
     const qint64 nowMs = clock_.monotonicMs();
     if (nowMs < askNextDueMs_ && !(nextDue_ && *nextDue_ <= now)) return nextDue_;
     askNextDueMs_ = nowMs + kAskNextDueEveryMs;
-    const auto after = QVariant::fromValue(StoredTime{now.toString(kTimeFormat)});
+    const auto after = storedTime(now);
     const Recordset next = multi() ? database_.OpenRecordset(kNextInMulti, {profile(), after})
                                    : database_.OpenRecordset(kNextInOutbox, {after});
     const QString time = next.field(0).left(kTimeFormat.size()).replace(u'T', u' ');

@@ -30,10 +30,6 @@ constexpr int kTextCharacters = 1000;
 constexpr qint64 kFillAgainMs = 60'000;
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
-QVariant timeText(const QDateTime& time) {
-    return QVariant::fromValue(StoredTime{time.toString(kTimeFormat)});
-}
-
 }  // namespace
 
 void UnsentList::add(const QString& number, const QString& text, const QString& reason, const QString& id) {
@@ -64,7 +60,7 @@ void UnsentList::fill() {
         newest = row.text(0).toLongLong();
         return false;
     });
-    Database::Values values{newest - kRecords, timeText(clock_.now().addDays(-kDays))};
+    Database::Values values{newest - kRecords, storedTime(clock_.now().addDays(-kDays))};
     if (multi()) values = Database::Values{state_.cb_Profil.text, state_.cb_Profil.text} + values;
     if (read) read = database_.readThrough(multi() ? kFailedInMulti : kFailedInSent, values, take);
     if (!read) {
@@ -80,7 +76,7 @@ void UnsentList::fill() {
 
 void UnsentList::handled(const Ids& ids) {
     if (ids.empty()) return;
-    Database::Values values{timeText(clock_.now()), multi() ? QStringLiteral("multi") : QStringLiteral("outbox")};
+    Database::Values values{storedTime(clock_.now()), multi() ? QStringLiteral("multi") : QStringLiteral("outbox")};
     for (const qint64 id : ids) values.append(id);
     const QString places = QStringList(std::ssize(ids), QStringLiteral("?")).join(QStringLiteral(", "));
     if (multi()) values.append(state_.cb_Profil.text);

@@ -21,8 +21,7 @@ std::optional<double> limit(const QString& setting, double usual) {
 void BrowserRenewal::tick() {
     const GatewayState& s = n_.state;
     const bool idle = s.ms_out.rowCount() < 2 || s.BreakTime.enabled();
-    const bool atWork = s.stepRunning || s.busy || s.waitread.visible || n_.pageInUse();
-    if (!idle || atWork || s.status.caption != QStringLiteral("Ready")) return;
+    if (!idle || s.atWork() || n_.pageInUse() || s.status.caption != QStringLiteral("Ready")) return;
     const qint64 now = n_.clock.monotonicMs();
     if (lookedAtMs_ && now - *lookedAtMs_ < kLookMs) return;
     lookedAtMs_ = now;

@@ -27,11 +27,6 @@ constexpr qint64 kMeasureMs = 60'000;
 constexpr qint64 kTryAgainMs = 60'000;
 constexpr int kCharacters = 255;
 
-QVariant timeText(const QDateTime& time) {
-    if (!time.isValid()) return {};
-    return QVariant::fromValue(StoredTime{time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
-}
-
 QString cut(const QString& text) {
     return text.isNull() ? QStringLiteral("") : text.left(kCharacters);
 }
@@ -88,11 +83,11 @@ Database::Values InstanceReport::told() {
     const auto hindering = hindrances(s, n_.settings);
     const int failed = s.ms2.rowCount() - 1;
     return {QString::fromLatin1(KIBO_VERSION),
-            timeText(started_),
+            storedTime(started_),
             s.status.caption,
             cut(s.step),
             s.pausedByOperator() ? 1 : 0,
-            timeText(breakUntil),
+            storedTime(breakUntil),
             hindering.empty() ? 0 : 1,
             hindering.empty() ? QStringLiteral("") : cut(hindering.front().text),
             s.Outbox_Cnt.caption.toLongLong(),
@@ -100,7 +95,7 @@ Database::Values InstanceReport::told() {
             s.sentCount,
             s.failedCount,
             failed > 0 ? cut(s.ms2.text(failed, UnsentColumn::Reason)) : QStringLiteral(""),
-            ageMs > 0 ? timeText(browserSince_) : QVariant(),
+            ageMs > 0 ? storedTime(browserSince_) : QVariant(),
             megabytes_,
             cut(s.pageChanged)};
 }
@@ -109,7 +104,7 @@ void InstanceReport::write(const Database::Values& row) {
     const bool server = n_.database.kind() == DatabaseKind::MySql;
     const QString beat = server ? kServerTime : QStringLiteral("?");
     const Database::Values values =
-        row + (server ? Database::Values() : Database::Values{timeText(n_.clock.now())}) + key();
+        row + (server ? Database::Values() : Database::Values{storedTime(n_.clock.now())}) + key();
     qint64 updated = 0;
     if (!attempt(kUpdate.arg(beat), values, &updated)) return;
     // A row that somebody deleted comes back. A server also counts none where nothing has changed within its second.

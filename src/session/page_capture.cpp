@@ -11,7 +11,7 @@ namespace kibo {
 
 void PageCapture::capture() {
     if (!isYes(settings_.UseCapture) || !state_.Timer_KIBO.enabled()) return;
-    if (state_.pageIsTaken() || state_.busy || state_.waitread.visible) return;
+    if (state_.pageIsTaken() || state_.atWork()) return;
     const QImage picture = QImage::fromData(page_.pagePicture());
     if (picture.isNull()) return;
     const QDir folder(settings_.CaptureImage.isEmpty() ? programFolder_ : settings_.CaptureImage);

@@ -33,12 +33,8 @@ void PanelCommands::begin(Command command) {
     n_.state.Timer_cekURL.setEnabled(false);
 }
 
-bool PanelCommands::atWork() const {
-    return n_.state.stepRunning || n_.state.busy || n_.state.waitread.visible;
-}
-
 void PanelCommands::obey() {
-    if (atWork()) {
+    if (n_.state.atWork()) {
         if (n_.clock.monotonicMs() - pendingSinceMs_ < kPatienceMs) return;
         if (pending_ == Command::Restart) {
             // Opened only when all that works on the old page has found it gone: nothing then goes on on the new one.
@@ -62,6 +58,7 @@ void PanelCommands::restart() {
         log::info("session",
                   QStringLiteral("the session is %1 s old, which is fresh").arg((now - *restartedAtMs_) / 1000));
     } else {
+        restartedAtMs_ = now;  // also where opening it surfaces an error: it isn't tried every second
         n_.openFreshSession();
         restartedAtMs_ = n_.clock.monotonicMs();
     }

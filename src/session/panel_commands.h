@@ -43,7 +43,6 @@ class PanelCommands {
     void begin(Command command);
     void obey();
     void restart();
-    bool atWork() const;
     bool multi() const { return isYes(n_.settings.Multi); }
     const QString& profile() const { return n_.state.cb_Profil.text; }
 

@@ -74,6 +74,11 @@ QString withValues(const QString& sql, const QList<QVariant>& values, QString (*
 
 }  // namespace
 
+QVariant storedTime(const QDateTime& time) {
+    if (!time.isValid()) return {};
+    return QVariant::fromValue(StoredTime{time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
+}
+
 QString tableOf(const QString& sql) {
     static const QRegularExpression kTable(QStringLiteral("\\b(?:from|into|update)\\s+[`\"\\[]?(\\w+)"),
                                            QRegularExpression::CaseInsensitiveOption);

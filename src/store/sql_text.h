@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QVariant>
@@ -22,6 +23,9 @@ struct StoredTime {
     QString text;
     friend bool operator==(const StoredTime&, const StoredTime&) = default;
 };
+
+/// A moment as a value for a statement; NULL for an invalid one.
+QVariant storedTime(const QDateTime& time);
 
 /// `sql` with each question mark outside of quotes replaced by its value: a text as a hexadecimal literal, which needs
 /// no escaping whatever it holds and whatever the server's quoting mode is. Used in place of the driver's parameters,

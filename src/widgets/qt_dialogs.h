@@ -36,6 +36,7 @@ class UnattendedDialogs : public ProgramDialogs {
  public:
     bool showAndWait(const MessageBox& box) override;
     void closeForGood() override {}
+    bool isAttended() const override { return false; }
 
  protected:
     void showBox(const MessageBox& box, const Answered& answered) override;

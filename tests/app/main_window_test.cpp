@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,12 +14,14 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 
+#include "base/settings_file.h"
 #include "main_window/setting_indicators.h"
 #include "main_window/window_picture.h"
 #include "support/window_fixture.h"
 #include "widgets/banner.h"
 #include "widgets/colour_label.h"
 #include "widgets/queue_grid.h"
+#include "widgets/window_place.h"
 
 namespace kibo::test {
 namespace {
@@ -81,6 +84,17 @@ TEST_F(MainWindowTest, listsActOnTheMessagesThatWereSelected) {
     QTest::keyClick(find<QLineEdit>("findOutbox"), Qt::Key_Escape);
     EXPECT_EQ(list->model()->rowCount(), 4);
     EXPECT_TRUE(list->hasFocus());
+}
+
+TEST_F(MainWindowTest, columnsAreRememberedHoweverTheWindowEnds) {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("kibo.ini"));
+    build(recorded());
+    WindowPlace::remember(window.get(), file);
+    find<QueueGrid>("ms_out")->horizontalHeader()->resizeSection(1, 77);
+    window.reset();
+    EXPECT_EQ(ReadIni(QStringLiteral("windows"), QStringLiteral("frm_Gateway2.ms_out"), file),
+              QStringLiteral("0,77,0,0,0,0,0"));
 }
 
 TEST_F(MainWindowTest, heldRowsStandApartAndTheStoreIsNamed) {

@@ -8,6 +8,7 @@
 #include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/mariadb_server.h"
+#include "widgets/qt_dialogs.h"
 
 namespace kibo::test {
 namespace {
@@ -61,6 +62,8 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 1u) << "tables and columns are complete";
     server.run(QStringLiteral("drop table bare.kibo_message"));
+    UnattendedDialogs nobody;
+    TableOffer({database, settings, nobody, folder.filePath(QStringLiteral("kibo.ini"))}).ask();
     dialogs.answers = {false};
     for (int i = 0; i < 2; ++i) offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 2u) << "a No is remembered";

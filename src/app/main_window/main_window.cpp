@@ -121,7 +121,8 @@ MainWindow::MainWindow(GatewayState& state, const Settings& settings, Dialogs& d
 }
 
 MainWindow::~MainWindow() {
-    // What the lists show is held by the members, which end before the window's children would.
+    hide();  // while its lists are there, whose columns are remembered then
+    // What they show is held by the members, which end before the window's children would.
     delete takeCentralWidget();
 }
 
