@@ -85,7 +85,8 @@ class LoadedQueue {
     Settings settings_;
     GatewayState state_;
     Database database_{clock_, policy_};
-    MessageRecords records_{state_, settings_, database_, clock_};
+    SendJournal journal_;
+    MessageRecords records_{state_, settings_, database_, clock_, journal_};
     OutboxQueue queue_{state_, settings_, database_, clock_, records_};
 };
 

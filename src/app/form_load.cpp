@@ -37,14 +37,6 @@ bool FormLoad::Form_Load() {
     }
     state.HideChrome.checked = isYes(settings.HideChrome);
 
-    const QString profile = state.cb_Profil.text;
-    if (instanceRows.statusRows(profile) > 0)
-        log::info("window",
-                  QStringLiteral("profile %1 has a status row already: the last instance was ended, or another "
-                                 "one runs elsewhere")
-                      .arg(profile));
-    // A command that it left behind is not meant for this one.
-    instanceRows.withdraw(profile);
     if (multi) {
         state.HideChrome.checked = false;
         settings.HideChrome = QStringLiteral("N");

@@ -68,7 +68,7 @@ GatewayApplication::~GatewayApplication() {
     dialogs_.closeForGood();
     // By now the message in hand is settled and the browser has ended: the panel sees the instance go when it has gone.
     policy_.programEnds();  // nothing surfaces from here
-    if (announced_ && database_.isOpen()) instanceRows_.withdraw(state_.cb_Profil.text);
+    if (report_ && !state_.standby.visible && database_.isOpen()) instanceRows_.withdraw(state_.cb_Profil.text);
     if (report_) report_->withdraw();
 }
 
@@ -122,6 +122,7 @@ void GatewayApplication::buildEngine() {
         .releaseMedia = [this](const QString& file) { mediaDownload_.release(file); },
         .programFolder = programFolder_,
         .clipboard = &clipboard_,
+        .confirmHold = [this](const QString& id, const QString& attempt) { return hold_->confirm(id, attempt); },
     });
     inbox_ =
         std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_,
@@ -140,8 +141,7 @@ bool GatewayApplication::showWindow() {
         const Result<platform::ProcessId> started = platform::startProgram(program.toStdString());
         if (!started) log::warning("window", QString::fromStdString(started.failure().text));
     };
-    announced_ = formLoad.Form_Load();
-    if (!announced_ || ending()) return false;
+    if (!formLoad.Form_Load() || ending()) return false;
     const Result<void> journal = openJournal();
     if (!journal) log::error("window", QString::fromStdString(journal.failure().text));
     // Start-up skips what fails; from here on `DebugMode` decides.
@@ -223,7 +223,11 @@ void GatewayApplication::buildInstanceParts() {
         .rows = instanceRows_,
         .closeBrowser = [this] { browser_.quit(); },
         .openFreshSession = [this] { openFreshSession(); },
-        .endProgram = [this] { endProgram(); },
+        .endProgram =
+            [this] {
+                hold_->switchOffOthers();
+                endProgram();
+            },
     });
     renewal_ = std::make_unique<BrowserRenewal>(BrowserRenewal::Needs{
         .state = state_,
@@ -242,7 +246,17 @@ void GatewayApplication::buildInstanceParts() {
         .browserAgeMs = [this] { return browser_.ageMs(); },
         .browserBytes = [this] { return browser_.memoryBytes(); },
     });
+    hold_ = std::make_unique<ProfileHold>(ProfileHold::Needs{
+        .state = state_,
+        .settings = settings_,
+        .database = database_,
+        .clock = clock_,
+        .gained = [this](bool tookOver) { clearEarlierRows(tookOver); },
+        .switchedOff = [this] { endProgram(); },
+    });
     report_->begin();
+    report_->tick();
+    hold_->tick();
     pageCapture_ = std::make_unique<PageCapture>(state_, settings_, *page_, programFolder_);
     instanceStarter_ = std::make_unique<InstanceStarter>(InstanceStarter::Needs{
         .state = state_,
@@ -254,6 +268,17 @@ void GatewayApplication::buildInstanceParts() {
             return {};
         },
     });
+}
+
+/// An earlier instance of the profile that was ended by force left its rows, and a command of then isn't meant for this
+/// one. One that has just taken over obeys what the other one can't obey any more.
+void GatewayApplication::clearEarlierRows(bool tookOver) {
+    if (tookOver) return;
+    const QString& profile = state_.cb_Profil.text;
+    if (instanceRows_.statusRows(profile) > 0)
+        log::info("window",
+                  QStringLiteral("profile %1 has a status row already: the last instance was ended").arg(profile));
+    instanceRows_.withdraw(profile);
 }
 
 /// No message is in hand: the step machine then finds the browser gone, and forgets what it knew of the old page.
@@ -359,18 +384,25 @@ void GatewayApplication::Timer1_Timer() {
     }
     // What the store alone can settle need not wait for the page. Between two browsers another profile may be chosen,
     // whose rows tell nothing of what this journal holds.
-    if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) gateway_->recovery.settleInStore();
+    if (!state_.stepRunning && database_.isOpen() && journal_.isOpen(journalFile())) {
+        gateway_->recovery.settleInStore();
+        gateway_->abandoned.settle();
+    }
     if (!state_.stepRunning) gateway_->unsent.fill();
     gateway_->held.look();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
     browser_.hideWhenTitled();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
-    pageCapture_->capture();
-    panelCommands_->tick();
-    if (ending()) return;
+    if (!state_.standby.visible) {
+        pageCapture_->capture();
+        panelCommands_->tick();
+        if (ending()) return;
+    }
     renewal_->tick();
     report_->tick();
+    hold_->tick();
+    if (ending()) return;
     if (isYes(settings_.Multi) && state_.cb_Profil.text != QStringLiteral("0")) applyHideMe();
 }
 

@@ -33,6 +33,7 @@
 #include "session/instance_starter.h"
 #include "session/page_capture.h"
 #include "session/panel_commands.h"
+#include "session/profile_hold.h"
 #include "session/profile_settings.h"
 #include "session/queue_actions.h"
 #include "session/session_keeper.h"
@@ -76,6 +77,7 @@ class GatewayApplication {
     void buildBrowserParts();
     void buildInstanceParts();
     void openFreshSession();
+    void clearEarlierRows(bool tookOver);
     void Timer1_Timer();
     void refreshOutbox();
     void applyHideMe();
@@ -119,11 +121,11 @@ class GatewayApplication {
     std::unique_ptr<PageCapture> pageCapture_;
     std::unique_ptr<BrowserRenewal> renewal_;
     std::unique_ptr<InstanceReport> report_;
+    std::unique_ptr<ProfileHold> hold_;
     std::unique_ptr<InstanceStarter> instanceStarter_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;
-    bool announced_ = false;  // the rows of this profile in the shared tables are this instance's
     QTimer heartbeat_;
 };
 

@@ -1,4 +1,7 @@
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <iostream>
 #include <memory>
 #include <string_view>
 
@@ -8,6 +11,7 @@
 #include "platform/crash_trace.h"
 #include "platform/machine.h"
 #include "platform/top_level_windows.h"
+#include "store/new_store.h"
 #include "widgets/qt_clipboard.h"
 #include "widgets/qt_dialogs.h"
 #include "widgets/window_look.h"
@@ -22,6 +26,30 @@ bool choosePlatform() {
     return platform != "offscreen" && platform != "minimal";
 }
 
+/// For servers without a screen and installers.
+constexpr std::string_view kUpgradeStores = "--upgrade-stores";
+
+/// Completes the stores that the program folder's settings name, and says so. Exit status.
+int upgradeStores() {
+    const QString folder = QString::fromStdString(kibo::platform::programFolder());
+    kibo::UnattendedDialogs dialogs;
+    const kibo::StartUp startUp(dialogs, folder);
+    if (!QFileInfo::exists(startUp.settingsFile())) {
+        std::cerr << "kibo: there is no " << startUp.settingsFile().toStdString() << ", so no store is known\n";
+        return 1;
+    }
+    const kibo::Settings settings = kibo::loadSettings(startUp.settingsFile());
+    const kibo::Result<void> done = kibo::isYes(settings.UseMDB)
+                                        ? kibo::completeLocalStore(QDir(folder).filePath(QStringLiteral("kb.mdb")))
+                                        : kibo::makeServerTables(settings);
+    if (done) {
+        std::cout << "kibo: the tables, columns and views of the store are complete\n";
+        return 0;
+    }
+    std::cerr << "kibo: the store can't be completed: " << done.failure().text << '\n';
+    return 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -33,6 +61,7 @@ int main(int argc, char** argv) {
     }
     QApplication qt(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    if (argc > 1 && std::string_view(argv[1]) == kUpgradeStores) return upgradeStores();
     kibo::applyLook(qt);
     kibo::watchTerminationSignals();
 

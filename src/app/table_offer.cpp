@@ -13,8 +13,8 @@ namespace {
 const QString kSection = QStringLiteral("kibo");
 const QString kAsk = QStringLiteral("AskTables");
 /// What the newest version's own tables have.
-const QString kProbes[] = {QStringLiteral("select handled from kibo_message where 1=0"),
-                           QStringLiteral("select beat from kibo_instance where 1=0")};
+const QString kProbes[] = {QStringLiteral("select taken_by from kibo_message where 1=0"),
+                           QStringLiteral("select holds from kibo_instance where 1=0")};
 
 }  // namespace
 

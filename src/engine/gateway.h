@@ -3,6 +3,7 @@
 #include <QString>
 #include <functional>
 
+#include "engine/abandoned_messages.h"
 #include "engine/attachment_sender.h"
 #include "engine/chat_list_watch.h"
 #include "engine/chat_opener.h"
@@ -47,12 +48,13 @@ struct Gateway {
         ReleaseMedia releaseMedia = {};  ///< lets go of them; may be empty
         QString programFolder = {};      ///< takes the login code's picture where no setting names a folder
         Clipboard* clipboard = nullptr;  ///< may be null: then texts are always typed
+        ConfirmHold confirmHold = {};    ///< may be empty: then nobody else can work for the profile
     };
 
     explicit Gateway(const Needs& n)
         : pacing(n.state, n.settings, n.clock),
           opener(n.state, n.settings, n.page, n.clock, pacing),
-          records(n.state, n.settings, n.database, n.clock),
+          records(n.state, n.settings, n.database, n.clock, n.journal),
           queue(n.state, n.settings, n.database, n.clock, records),
           ticks(n.state, n.settings, n.database, n.clock),
           held(n.state, n.settings, n.database, n.clock),
@@ -63,9 +65,10 @@ struct Gateway {
           attachments(n.page, n.clock, pacing, typer),
           unsent(n.state, n.settings, n.database, n.clock),
           sender({n.state, n.page, n.clock, pacing, opener, target, typer, files, attachments, queue, n.journal,
-                  records, ticks, unsent}),
+                  records, ticks, unsent, n.confirmHold}),
           deliveryCheck(n.page, n.clock, pacing, target),
           recovery(n.state, n.clock, n.journal, queue, sender, deliveryCheck, records),
+          abandoned(n.state, n.settings, n.database, n.clock, n.journal),
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
@@ -89,6 +92,7 @@ struct Gateway {
     MessageSender sender;
     DeliveryCheck deliveryCheck;
     SendRecovery recovery;
+    AbandonedMessages abandoned;
     LoginWatch login;
     StepMachine machine;
     ChatListWatch chatListWatch;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -21,11 +22,17 @@ struct UnsentColumn {
 struct GatewayState {
     // Connection
     Label status{QStringLiteral("Not Connect"), colour::kRed, colour::kYellow};
-    TextBox waurl;           ///< "!!" when the browser has gone
-    Indicator pQR;           ///< login QR code on screen; caption: file of its picture
-    Indicator dboff;         ///< caption: why the database is off, in words
-    QString storeName;       ///< which store it works on; empty: none yet
-    QString storePlace;      ///< the same more precisely; holds neither user nor password
+    TextBox waurl;       ///< "!!" when the browser has gone
+    Indicator pQR;       ///< login QR code on screen; caption: file of its picture
+    Indicator dboff;     ///< caption: why the database is off, in words
+    QString storeName;   ///< which store it works on; empty: none yet
+    QString storePlace;  ///< the same more precisely; holds neither user nor password
+    /// Another instance works for the profile, or that isn't known yet: nothing is sent or read. Caption: who, in
+    /// words.
+    Indicator standby;
+    /// Names this run of the program in the records of messages, unlike any other; empty where nobody keeps who holds a
+    /// profile.
+    QString instance;
     QString pageNotice;      ///< what else the page has to say, in words; empty: nothing
     QString refusedOut;      ///< the messages that can't leave the queue, in words; empty: none
     QString inboxNotice;     ///< what keeps received messages out of the database, in words; empty: nothing
@@ -83,6 +90,11 @@ struct GatewayState {
     // Counters since the program started
     int sentCount = 0;
     int failedCount = 0;
+    /// Messages that became rows of the inbox on the day of the last one.
+    struct {
+        QDate on;
+        int count = 0;
+    } received;
     int readPasses = 0;  ///< passes over the chat list that reached its end
 
     /// The last pass over the chat list was broken off: there may be unread chats out of sight.

@@ -41,6 +41,7 @@ std::vector<Hindrance> hindrances(const GatewayState& s, const Settings& setting
             QStringLiteral("The database is off: %1 Kibo goes on as soon as it answers.")
                 .arg(s.dboff.caption.isEmpty() ? QStringLiteral("it gives no reason.") : sentence(s.dboff.caption)),
             Remedy::TryAgain);
+    if (s.standby.visible && !s.standby.caption.isEmpty()) add(Ends::ByItself, sentence(s.standby.caption));
     if (s.pQR.visible)
         add(Ends::WhenSomeoneActs, QStringLiteral("WhatsApp waits for its login: scan the code with the phone."));
     else if (s.cmd_OpenWA.enabled)

@@ -90,6 +90,7 @@ bool LoginWatch::due(qint64 pauseMs) {
 }
 
 void LoginWatch::publish(const QString& code) {
+    if (state_.standby.visible) return;  // the panel shows the code of the instance that works
     const bool written = database_.execute(kLoginCode, {code, state_.cb_Profil.text}).has_value();
     // The queue, which shows this as a rule, is not looked at before the login.
     if (written || !database_.isOpen()) state_.dboff = {!written, database_.problem()};

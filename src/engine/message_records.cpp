@@ -8,14 +8,18 @@ namespace kibo {
 namespace {
 
 const QString kBegin =
-    QStringLiteral("insert into kibo_message (source, profil, outbox_id, taken) values (?, ?, ?, ?)");
-// The columns in the same order, so that the values are the same.
+    QStringLiteral("insert into kibo_message (source, profil, outbox_id, taken, taken_by) values (?, ?, ?, ?, ?)");
+// The columns in the same order, so that the values are the same. An attempt of another instance is its own.
 const QString kComplete = QStringLiteral(
     "update kibo_message set typed = ?, sent = ?, ended = ?, result = ?, reason_code = ?, reason = ?, ms = ?, "
-    "page_id = ? where outbox_id = ? and source = ? and profil = ? and ended is null");
+    "page_id = ? where outbox_id = ? and source = ? and profil = ? and ended is null and (taken_by is null or "
+    "taken_by = ?)");
 const QString kWhole = QStringLiteral(
     "insert into kibo_message (typed, sent, ended, result, reason_code, reason, ms, page_id, outbox_id, source, "
     "profil, taken) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+const QString kEndedElsewhere = QStringLiteral(
+    "select count(1) as cnt from kibo_message where outbox_id = ? and source = ? and profil = ? and taken_by = ? and "
+    "ended is not null");
 const QString kOldest = QStringLiteral("select min(id) as oldest from kibo_message");
 const QString kRemove = QStringLiteral("delete from kibo_message where id < ? and taken < ?");
 
@@ -72,8 +76,10 @@ QString reasonCode(const QString& words) {
 
 Result<void> MessageRecords::taken(const QString& id) {
     current_ = {id, clock_.monotonicMs(), {}, {}, {}};
+    const QString attempt = attemptAt(id);
     const auto begun =
-        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), storedTime(clock_.now())});
+        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), storedTime(clock_.now()),
+                                   attempt.isEmpty() ? QVariant() : QVariant(attempt)});
     tableIsThere_ = begun.ok();
     if (begun) return {};
     leaveOff(begun.failure());
@@ -115,12 +121,26 @@ Result<void> MessageRecords::complete(const QString& id, const End& end) {
                                   id.toLongLong(),
                                   source(),
                                   state_.cb_Profil.text};
-    const auto completed = database_.attempt(kComplete, values);
+    const auto completed = database_.attempt(kComplete, values + Database::Values{attemptAt(id)});
     if (!completed) return completed.failure();
-    if (completed.value() > 0) return {};
+    if (completed.value() > 0 || endedElsewhere(id).value_or(false)) return {};
     // Taken while the table was not kept, or lost with a store's last statements.
     const auto written = database_.attempt(kWhole, values + Database::Values{now});
     return written ? Result<void>() : Result<void>(written.failure());
+}
+
+QString MessageRecords::attemptAt(const QString& id) const {
+    const SendJournal::Entry* entry = journal_.entry(id);
+    return entry ? entry->by : QString();
+}
+
+std::optional<bool> MessageRecords::endedElsewhere(const QString& id) {
+    const QString attempt = attemptAt(id);
+    if (attempt.isEmpty() || !areKept()) return false;
+    const Recordset ended =
+        database_.OpenRecordset(kEndedElsewhere, {id.toLongLong(), source(), state_.cb_Profil.text, attempt});
+    if (ended.eof()) return std::nullopt;
+    return ended.field(0).toInt() > 0;
 }
 
 void MessageRecords::leaveOff(const Failure& failure) {

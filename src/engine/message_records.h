@@ -2,10 +2,12 @@
 
 #include <QDateTime>
 #include <QString>
+#include <optional>
 
 #include "base/clock.h"
 #include "base/settings.h"
 #include "engine/gateway_state.h"
+#include "engine/send_journal.h"
 #include "store/database.h"
 
 namespace kibo {
@@ -16,8 +18,9 @@ namespace kibo {
 class MessageRecords {
  public:
     /// All must outlive the object.
-    MessageRecords(const GatewayState& state, const Settings& settings, Database& database, const Clock& clock)
-        : state_(state), settings_(settings), database_(database), clock_(clock) {}
+    MessageRecords(const GatewayState& state, const Settings& settings, Database& database, const Clock& clock,
+                   const SendJournal& journal)
+        : state_(state), settings_(settings), database_(database), clock_(clock), journal_(journal) {}
 
     /// Whether the table is kept at the moment; one that refused is tried again after a minute.
     bool areKept() const { return clock_.monotonicMs() >= keptAgainMs_; }
@@ -38,6 +41,9 @@ class MessageRecords {
     static constexpr const char *kSent = "sent", *kFail = "fail", *kInDoubt = "in doubt", *kPutBack = "put back";
     /// Completes the row. False when the store is away: it has to be tried again.
     bool ended(const QString& id, const End& end);
+    /// Whether the attempt that the journal knows of this message has been ended by another instance, which had taken
+    /// over the profile; nothing when the store can't tell.
+    std::optional<bool> endedElsewhere(const QString& id);
 
     /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
     void removeOld();
@@ -53,12 +59,14 @@ class MessageRecords {
     bool multi() const { return isYes(settings_.Multi); }
     QString source() const { return multi() ? QStringLiteral("multi") : QStringLiteral("outbox"); }
     Result<void> complete(const QString& id, const End& end);
+    QString attemptAt(const QString& id) const;
     void leaveOff(const Failure& failure);
 
     const GatewayState& state_;
     const Settings& settings_;
     Database& database_;
     const Clock& clock_;
+    const SendJournal& journal_;
     Moments current_;            // of the message that was taken last
     bool tableIsThere_ = false;  // a row was begun there
     qint64 keptAgainMs_ = 0;

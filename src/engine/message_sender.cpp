@@ -1,5 +1,7 @@
 #include "engine/message_sender.h"
 
+#include <utility>
+
 #include "base/log.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
@@ -12,6 +14,8 @@ constexpr int kLinkPreviewMs = 3000;
 constexpr int kEmptiedMs = 1000;
 constexpr int kConfirmTries = 6;
 constexpr int kTitleLooks = 20;
+/// Code of the failure.
+const std::string kUnconfirmed = "unconfirmed";
 
 Failure failed(const char* why) {
     return {FailureKind::NotFound, why};
@@ -19,7 +23,7 @@ Failure failed(const char* why) {
 
 }  // namespace
 
-MessageSender::MessageSender(Parts parts) : p_(parts) {}
+MessageSender::MessageSender(Parts parts) : p_(std::move(parts)) {}
 
 bool MessageSender::KIRIM_MODE1() {
     return send([this] { return p_.target.openNumber(p_.state.txtNo.text); });
@@ -32,6 +36,7 @@ bool MessageSender::KIRIM_MODE2() {
 bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     GatewayState& s = p_.state;
     leftToRecovery_.clear();
+    unconfirmed_.clear();
     newestId_.clear();
     const qint64 start = p_.clock.monotonicMs();
     const auto files = p_.files.prepare(s.txtMedia.text, s.txtFile.text);
@@ -47,12 +52,18 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
     const qint64 opened = p_.clock.monotonicMs();
     const Result<void> sent = chat ? deliver(chat.value(), files.value()) : Result<void>(chat.failure());
     if (!sent) {
-        if (sent.failure().code == kInDoubt)
+        if (s.standby.visible) {
+            leaveToOther();
+            ESC();
+        } else if (sent.failure().code == kInDoubt) {
             leaveInDoubt(sent.failure());
-        else if (p_.clock.waitingStopped() || p_.page.look().presence == PageLook::Presence::Gone)
+        } else if (sent.failure().code == kUnconfirmed || p_.clock.waitingStopped() ||
+                   p_.page.look().presence == PageLook::Presence::Gone) {
+            if (sent.failure().code == kUnconfirmed) unconfirmed_ = s.txtid.text;
             brokenOff(sent.failure());
-        else
+        } else {
             SEND_FAIL(QString::fromStdString(sent.failure().text));
+        }
         return false;
     }
     ++s.sentCount;
@@ -134,6 +145,11 @@ Result<QString> MessageSender::typeText(const ChatLook& chat, const QString& tex
 /// meanwhile, up to `newest`, is not this message.
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text, const QString& newest) {
     const QString& before = newest.isEmpty() ? chat.chat.lastMessageId : newest;
+    // First of all: what stands in the database from here on tells whoever takes over that it may have been sent.
+    const SendJournal::Entry* entry = p_.journal.entry(p_.state.txtid.text);
+    if (p_.confirmHold && p_.confirmHold(p_.state.txtid.text, entry ? entry->by : QString()) != Hold::Ours)
+        return Failure{FailureKind::NotFound, "the database doesn't confirm that this instance has the profile",
+                       kUnconfirmed};
     if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, before)) {
         p_.records.typed(p_.state.txtid.text);
         newestBefore_ = before;
@@ -179,6 +195,13 @@ void MessageSender::leaveInDoubt(const Failure& failure) {
     ESC();
 }
 
+/// The instance that has taken over settles it, and the journal keeps it until that can be seen.
+void MessageSender::leaveToOther() {
+    log::warning("engine",
+                 QStringLiteral("message %1 is left to the instance that has taken over").arg(p_.state.txtid.text));
+    leftToRecovery_ = p_.state.txtid.text;
+}
+
 void MessageSender::brokenOff(const Failure& failure) {
     const QString id = p_.state.txtid.text;
     const SendJournal::Entry* entry = p_.journal.entry(id);
@@ -195,6 +218,11 @@ void MessageSender::SEND_FAIL(const QString& reason) {
 
 void MessageSender::recordFailure(const QString& reason) {
     GatewayState& s = p_.state;
+    // Marked late, it could be the other one's attempt that is marked.
+    if (p_.confirmHold && p_.confirmHold({}, {}) == Hold::Lost) {
+        leaveToOther();
+        return;
+    }
     ++s.failedCount;
     p_.unsent.add(s.txtNo.text, s.txtMsg2.text, reason, s.txtid.text);
     log::warning("engine", QStringLiteral("message %1 to %2 failed: %3").arg(s.txtid.text, destination(), reason));

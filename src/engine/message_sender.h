@@ -19,6 +19,16 @@
 
 namespace kibo {
 
+/// What the shared database says when it is asked, right before something is sent, whether this instance still works
+/// for its profile: a computer may have slept, or the process been stopped, and another instance taken over.
+enum class Hold {
+    Ours,
+    Lost,  ///< another one has it: nothing of the message in hand may be sent, marked or moved here
+    Unknown
+};
+/// Notes with it that the attempt `by` to send message `id` is about to press Enter; both may be empty.
+using ConfirmHold = std::function<Hold(const QString& id, const QString& by)>;
+
 /// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`, `txtMedia`, `txtFile`) into its chat.
 /// The row has left the queue already: whatever happens here ends as sent, in SEND_FAIL with a reason, or with an open
 /// entry in the journal, which SendRecovery settles.
@@ -43,6 +53,7 @@ class MessageSender {
         MessageRecords& records;
         MessageTicks& ticks;
         UnsentList& unsent;
+        ConfirmHold confirmHold = {};
     };
     explicit MessageSender(Parts parts);
 
@@ -60,8 +71,11 @@ class MessageSender {
     /// The same without touching the page: nothing was opened for this message.
     void recordFailure(const QString& reason);
 
-    /// Whether the message stays as it is in the journal, to go back into the queue: browser or program have ended.
+    /// Whether the message stays as it is in the journal, to go back into the queue: browser or program have ended, or
+    /// the profile's hold is lost.
     bool isLeftToRecovery(const QString& id) const { return leftToRecovery_ == id; }
+    /// Whether it was not sent because the database didn't confirm the hold, which says nothing against the message.
+    bool isUnconfirmed(const QString& id) const { return unconfirmed_ == id; }
 
  private:
     bool send(const std::function<Result<ChatLook>()>& openChat);
@@ -75,6 +89,7 @@ class MessageSender {
     Result<void> noteInJournal(const ChatLook& chat, const QString& text, const QString& newest);
     QString destination() const;
     void leaveInDoubt(const Failure& failure);
+    void leaveToOther();
     void brokenOff(const Failure& failure);
     void ESC();
 
@@ -82,6 +97,7 @@ class MessageSender {
     QString newestBefore_;    // id of the chat's newest message before the last one was sent
     QString newestId_;        // the same when it had gone; empty: not told
     QString lastText_;        // that the last one has in the chat
+    QString unconfirmed_;     // id
     QString leftToRecovery_;  // id of the last message that was broken off before it was typed
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 const QString kDo = QStringLiteral("do"), kId = QStringLiteral("id"), kText = QStringLiteral("text"),
               kTo = QStringLiteral("to"), kLast = QStringLiteral("last"), kReason = QStringLiteral("reason"),
-              kRow = QStringLiteral("row");
+              kRow = QStringLiteral("row"), kBy = QStringLiteral("by");
 const QString kTaken = QStringLiteral("taken"), kTyped = QStringLiteral("typed"), kFailed = QStringLiteral("failed"),
               kSent = QStringLiteral("sent"), kEnded = QStringLiteral("ended"), kBack = QStringLiteral("back"),
               kLookLost = QStringLiteral("look lost");
@@ -61,10 +61,10 @@ Result<void> SendJournal::open(const QString& file) {
     return {};
 }
 
-Result<void> SendJournal::taken(const QueuedRow& row) {
+Result<void> SendJournal::taken(const QueuedRow& row, const QString& by) {
     QJsonObject columns;
     for (const Column& column : kColumns) columns[column.name] = row.*column.field;
-    return write({{kDo, kTaken}, {kId, row.id}, {kRow, columns}});
+    return write({{kDo, kTaken}, {kId, row.id}, {kRow, columns}, {kBy, by}});
 }
 
 Result<void> SendJournal::typed(const QString& id, const QString& destination, const QString& text,
@@ -133,6 +133,7 @@ void SendJournal::apply(const QJsonObject& record) {
         if (entry != entries_.end()) entries_.erase(entry);
         Entry begun;
         begun.row.id = id;
+        begun.by = record[kBy].toString();
         begun.wentBack = back_ == id;
         if (!begun.wentBack) back_.clear();
         const QJsonObject columns = record[kRow].toObject();

@@ -29,6 +29,7 @@ class SendJournal {
     };
     struct Entry {
         QueuedRow row;
+        QString by;  ///< who took it, see GatewayState::instance, and which attempt of his; empty: not noted
         Stage stage = Stage::Taken;
         bool wentBack = false;  ///< into the queue, after it was taken the time before
         QString text;           ///< as it was typed
@@ -49,7 +50,7 @@ class SendJournal {
     bool isOpen(const QString& file) const { return isOpen() && path_ == file; }
 
     /// Each returns when its record is on the disk. After a failure of these two the step must not be taken.
-    Result<void> taken(const QueuedRow& row);
+    Result<void> taken(const QueuedRow& row, const QString& by = {});
     Result<void> typed(const QString& id, const QString& destination, const QString& text,
                        const QString& lastMessageId);
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.

@@ -29,6 +29,9 @@ SendRecovery::SendRecovery(GatewayState& state, const Clock& clock, SendJournal&
       records_(records) {}
 
 bool SendRecovery::settleInStore() {
+    // As long as another instance has the profile, the messages are his to settle.
+    if (state_.standby.visible) compared_ = false;
+    if (state_.standby.visible || !dropSettledElsewhere()) return false;
     bool settled = true;
     const std::vector<SendJournal::Entry> entries = journal_.entries();  // settling takes them out of the journal
     for (const SendJournal::Entry& entry : entries) {
@@ -39,6 +42,22 @@ bool SendRecovery::settleInStore() {
         if (noted) journal_.ended(entry.row.id);
     }
     return settled;
+}
+
+/// An instance that had taken over meanwhile knew of them from the database.
+bool SendRecovery::dropSettledElsewhere() {
+    if (compared_) return true;
+    const std::vector<SendJournal::Entry> entries = journal_.entries();
+    for (const SendJournal::Entry& entry : entries) {
+        const auto ended = records_.endedElsewhere(entry.row.id);
+        if (!ended) return false;
+        if (!*ended) continue;
+        log::warning("engine",
+                     QStringLiteral("message %1 was settled by the instance that had taken over").arg(entry.row.id));
+        journal_.ended(entry.row.id);
+    }
+    compared_ = true;
+    return true;
 }
 
 bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
@@ -60,7 +79,8 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         return true;
     }
     // Neither a stop nor an answer that the server owed says anything against the message.
-    const bool blameless = clock_.waitingStopped() || queue_.takeIsUnknown(entry.row.id);
+    const bool blameless =
+        clock_.waitingStopped() || queue_.takeIsUnknown(entry.row.id) || sender_.isUnconfirmed(entry.row.id);
     if (!entry.wentBack || blameless) {
         const bool moved = queue_.putBack(entry.row);
         const auto now = moved ? std::optional(OutboxQueue::Place{true, false}) : queue_.find(entry.row.id);

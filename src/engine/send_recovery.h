@@ -36,6 +36,7 @@ class SendRecovery {
     Look settleOnPage();
 
  private:
+    bool dropSettledElsewhere();
     bool settleTaken(const SendJournal::Entry& entry);
     bool looksFirst(const QString& id) const { return firstLookId_ != id; }
     void isBack(const QString& id);
@@ -48,7 +49,8 @@ class SendRecovery {
     MessageSender& sender_;
     DeliveryCheck& deliveryCheck_;
     MessageRecords& records_;
-    QString firstLookId_;  // of the message that the first look has not found
+    bool compared_ = false;  // with what another instance may have settled
+    QString firstLookId_;    // of the message that the first look has not found
     qint64 firstLookMs_ = 0;
 };
 

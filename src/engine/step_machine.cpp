@@ -131,6 +131,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         return false;
     }
     if (p_.pageInUse && p_.pageInUse()) return false;
+    if (standsBy()) return false;
     p_.queue.cmd_OutboxRefresh_Click();
     if (s.dboff.visible) {
         stopMeasuring();
@@ -172,6 +173,14 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
     return true;
 }
 
+/// As long as it isn't known who has the profile, the queue is shown: that tells what the database says.
+bool StepMachine::standsBy() {
+    if (!p_.state.standby.visible || p_.state.standby.caption.isEmpty()) return false;
+    stopMeasuring();
+    idle(QStringLiteral("Standby"));
+    return true;
+}
+
 QString StepMachine::nothingToSend() {
     if (p_.locators.sendingIsHeld()) return QStringLiteral("Page changed: ") + p_.state.pageChanged;
     if (p_.pacing.isPaused() || p_.pacing.isBreak()) return pausedWords();
@@ -205,6 +214,7 @@ bool StepMachine::mayTakeMessage(const PageLook& look) {
         idle(QStringLiteral("Phone not connected"));
         return false;
     }
+    if (s.standby.visible) return false;
     if ((s.ms_out.rowCount() < 2 && !p_.recovery.needsPage()) || p_.clock.waitingStopped()) return false;
     // A chat asked for earlier that is still opening would come up under this message.
     if (!p_.opener.settled()) {
@@ -271,7 +281,7 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
     s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
-    const Result<void> noted = p_.journal.taken(*row);
+    const Result<void> noted = p_.journal.taken(*row, nextAttempt());
     s.journalProblem = noted ? QString() : QString::fromStdString(noted.failure().text);
     if (!noted) {
         idle(QStringLiteral("Nothing is sent: %1").arg(s.journalProblem));
@@ -298,6 +308,11 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
             idle(QStringLiteral("Queue changed"));
     }
     return std::nullopt;
+}
+
+QString StepMachine::nextAttempt() {
+    const QString& instance = p_.state.instance;
+    return instance.isEmpty() ? QString() : QStringLiteral("%1/%2").arg(instance).arg(++attempts_);
 }
 
 /// A download may take minutes, and whatever happens meanwhile finds the message in the queue. What was known of the

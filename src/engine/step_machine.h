@@ -65,6 +65,8 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
+    bool standsBy();
+    QString nextAttempt();
     QString destination(const QString& written) const;
     QString nextLink() const;
     std::optional<QueuedRow> loadMessage();
@@ -78,6 +80,7 @@ class StepMachine {
     bool silentTooLong(const PageLook& look);
 
     Parts p_;
+    int attempts_ = 0;                   // to send a message, since the program started
     std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;
     QueueForecast forecast_;

@@ -50,7 +50,7 @@ bool InboxReader::mayRead() {
     if (p_.pageInUse && p_.pageInUse()) return false;
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
-    if (s.l_disableread.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
+    if (s.l_disableread.visible || s.standby.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
     // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
@@ -237,6 +237,9 @@ InboxReader::Stored InboxReader::store(quint64 key) {
     }
     p_.journal.settle(key);
     p_.grid.append(line.value());
+    auto& received = p_.state.received;
+    const QDate today = p_.clock.now().date();
+    received = {today, received.on == today ? received.count + 1 : 1};
     p_.handOff.fire(row.wa_no, row.wa_text, row.PROFIL);
     return Stored::Yes;
 }

@@ -15,13 +15,15 @@ const QString kServerTime = QStringLiteral("now()");
 const QString kUpdate = QStringLiteral(
     "update kibo_instance set version = ?, started = ?, status = ?, step = ?, paused = ?, break_until = ?, held = ?, "
     "held_why = ?, waiting = ?, done_about = ?, sent = ?, failed = ?, last_failure = ?, browser_since = ?, "
-    "browser_mb = ?, page_changed = ?, beat = %1 where profil = ? and host = ? and process = ?");
+    "browser_mb = ?, page_changed = ?, received_today = ?, beats = beats + 1, beat = %1 where profil = ? and host = ? "
+    "and process = ?");
 const QString kInsert = QStringLiteral(
     "insert into kibo_instance (version, started, status, step, paused, break_until, held, held_why, waiting, "
-    "done_about, sent, failed, last_failure, browser_since, browser_mb, page_changed, beat, profil, host, process) "
-    "values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, %1, ?, ?, ?)");
+    "done_about, sent, failed, last_failure, browser_since, browser_mb, page_changed, received_today, beat, profil, "
+    "host, "
+    "process) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, %1, ?, ?, ?)");
 const QString kRemove = QStringLiteral("delete from kibo_instance where profil = ? and host = ? and process = ?");
-const QString kRemoveEarlier = QStringLiteral("delete from kibo_instance where profil = ? and host = ?");
+const QString kHere = QStringLiteral("select process from kibo_instance where profil = ? and host = ?");
 
 constexpr qint64 kMeasureMs = 60'000;
 constexpr qint64 kTryAgainMs = 60'000;
@@ -41,7 +43,13 @@ Database::Values InstanceReport::key() const {
 }
 
 void InstanceReport::begin() {
-    if (n_.database.isOpen()) attempt(kRemoveEarlier, {n_.state.cb_Profil.text, host_});
+    const QString profile = n_.state.cb_Profil.text;
+    if (!n_.database.isOpen() || !attempt(QStringLiteral("select beats from kibo_instance where 1=0"), {})) return;
+    for (Recordset here = n_.database.OpenRecordset(kHere, {profile, host_}); !here.eof(); here.moveNext()) {
+        const qint64 process = here.field(0).toLongLong();
+        const std::string program = platform::executablePath(process);
+        if (program.empty() || process == platform::ownProcessId()) attempt(kRemove, {profile, host_, process});
+    }
 }
 
 void InstanceReport::tick() {
@@ -97,7 +105,8 @@ Database::Values InstanceReport::told() {
             failed > 0 ? cut(s.ms2.text(failed, UnsentColumn::Reason)) : QStringLiteral(""),
             ageMs > 0 ? storedTime(browserSince_) : QVariant(),
             megabytes_,
-            cut(s.pageChanged)};
+            cut(s.pageChanged),
+            s.received.on == now.date() ? s.received.count : 0};
 }
 
 void InstanceReport::write(const Database::Values& row) {
@@ -107,14 +116,9 @@ void InstanceReport::write(const Database::Values& row) {
         row + (server ? Database::Values() : Database::Values{storedTime(n_.clock.now())}) + key();
     qint64 updated = 0;
     if (!attempt(kUpdate.arg(beat), values, &updated)) return;
-    // A row that somebody deleted comes back. A server also counts none where nothing has changed within its second.
-    const bool isNew = written_.isEmpty();
+    // A row that somebody deleted comes back.
+    if (updated == 0 && !attempt(kInsert.arg(beat), values)) return;
     written_ = row;
-    if (updated == 0 && isNew) {
-        if (!attempt(kInsert.arg(beat), values)) written_.clear();
-    } else if (updated == 0) {
-        (void)n_.database.attempt(kInsert.arg(beat), values);
-    }
     writtenAtMs_ = n_.clock.monotonicMs();
 }
 

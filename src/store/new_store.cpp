@@ -53,24 +53,52 @@ QStringList missingColumns(const QSqlDatabase& connection, const QString& table,
     return statements;
 }
 
-/// Those for tables and views that the store doesn't hold yet, and for columns that Kibo's own tables got since. That
+bool isView(const QString& statement) {
+    return statement.startsWith(QStringLiteral("CREATE VIEW")) ||
+           statement.startsWith(QStringLiteral("CREATE OR REPLACE VIEW"));
+}
+
+/// Tables, views and indexes, as far as the store can tell.
+Result<QStringList> namesIn(const QSqlDatabase& connection, SqlErrors errors) {
+    QStringList queries{QStringLiteral("select name from sqlite_master")};
+    if (errors == SqlErrors::Server)
+        queries = {
+            QStringLiteral("show tables"),
+            QStringLiteral("select index_name from information_schema.statistics where table_schema = database()")};
+    QStringList names;
+    for (const QString& sql : queries) {
+        QSqlQuery query(connection);
+        if (!query.exec(sql)) return sqlFailure(query.lastError(), errors);
+        while (query.next()) names.append(query.value(0).toString());
+    }
+    return names;
+}
+
+/// Those for tables and views that the store doesn't hold yet, and for what Kibo's own tables and views got since. That
 /// for a server's character set is not among them: it comes with the connection.
 Result<QStringList> missingOnes(const QSqlDatabase& connection, SqlErrors errors, const QStringList& statements) {
-    static const QRegularExpression kTable(QStringLiteral("^CREATE (?:TABLE|VIEW|INDEX \\w+ ON) (\\w+)"));
-    QSqlQuery query(connection);
-    const bool sqlite = errors == SqlErrors::Sqlite;
-    if (!query.exec(sqlite ? QStringLiteral("select name from sqlite_master") : QStringLiteral("show tables")))
-        return sqlFailure(query.lastError(), errors);
-    QStringList held, missing;
-    while (query.next()) held.append(query.value(0).toString());
+    static const QRegularExpression kMade(
+        QStringLiteral("^CREATE (TABLE|VIEW|(?:UNIQUE )?INDEX) (\\w+)(?: ON (\\w+))?"));
+    const Result<QStringList> names = namesIn(connection, errors);
+    if (!names) return names.failure();
+    const QStringList& held = names.value();
+    QStringList missing;
     for (const QString& statement : statements) {
-        const auto match = kTable.match(statement);
-        if (!match.hasMatch()) continue;
-        const QString table = match.captured(1);
-        if (!held.contains(table, Qt::CaseInsensitive)) {
-            missing.append(statement);
-        } else if (table.startsWith(QStringLiteral("kibo_")) && statement.startsWith(QStringLiteral("CREATE TABLE"))) {
+        const auto made = kMade.match(statement);
+        if (!made.hasMatch()) continue;
+        const QString name = made.captured(2);
+        const QString table = made.captured(3).isEmpty() ? name : made.captured(3);
+        const bool own = table.startsWith(QStringLiteral("kibo_"));
+        if (!held.contains(name, Qt::CaseInsensitive)) {
+            // The given tables are somebody else's: an index that they lack is none of ours.
+            if (own || name == table || !held.contains(table, Qt::CaseInsensitive)) missing.append(statement);
+        } else if (own && made.captured(1) == QStringLiteral("TABLE")) {
             missing += missingColumns(connection, table, statement);
+        } else if (made.captured(1) == QStringLiteral("VIEW") && !missing.isEmpty()) {
+            if (errors == SqlErrors::Sqlite) missing.append(QStringLiteral("DROP VIEW ") + name);
+            missing.append(errors == SqlErrors::Sqlite
+                               ? statement
+                               : QString(statement).replace(0, 6, QStringLiteral("CREATE OR REPLACE")));
         }
     }
     return missing;
@@ -95,7 +123,7 @@ Result<void> run(const QString& driver, const QString& databaseName, QStringList
             const Failure failure = sqlFailure(query.lastError(), errors);
             // Nothing of the gateway reads a view. Somebody's own table of another shape, or a user who may make none,
             // costs the view alone.
-            if (!statement.startsWith(QStringLiteral("CREATE VIEW"))) return failure;
+            if (!isView(statement)) return failure;
             log::warning("app", QStringLiteral("a view is missing: ") + QString::fromStdString(failure.text));
         }
         return {};

@@ -54,11 +54,15 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     dialogs.shown.clear();
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 0u) << "nothing is missing";
-    server.run(QStringLiteral("drop table bare.kibo_message; alter table bare.kibo_instance drop column beat"));
+    server.run(
+        QStringLiteral("drop table bare.kibo_message; alter table bare.kibo_instance drop key "
+                       "kibo_instance_holds, drop column holds"));
     dialogs.answers = {true};
     offer.ask();
     ASSERT_EQ(dialogs.shown.size(), 1u) << dialogs.said(1);
     EXPECT_EQ(kept(), QStringLiteral("kibo_message"));
+    EXPECT_TRUE(server.run(QStringLiteral("show index from bare.kibo_instance where column_name = 'holds'"))
+                    .contains(QStringLiteral("kibo_instance_holds")));
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 1u) << "tables and columns are complete";
     server.run(QStringLiteral("drop table bare.kibo_message"));

@@ -128,6 +128,7 @@ class Engine : public ::testing::Test {
     FetchMedia fetch;  // what the gateway fetches with; none at first
     ReleaseMedia release = [](const QString&) {};
     FakeClipboard clipboard{page};
+    Hold hold = Hold::Ours;  // that the shared database tells of the profile
     Gateway gateway{{.state = state,
                      .settings = settings,
                      .elements = elements,
@@ -138,7 +139,12 @@ class Engine : public ::testing::Test {
                      .random = [] { return 0.0; },
                      .fetchMedia = [this](const QString& address) { return fetch(address); },
                      .releaseMedia = [this](const QString& path) { release(path); },
-                     .clipboard = &clipboard}};
+                     .clipboard = &clipboard,
+                     .confirmHold =
+                         [this](const QString&, const QString&) {
+                             state.standby.visible = hold == Hold::Lost;
+                             return hold;
+                         }}};
 };
 
 }  // namespace kibo::test

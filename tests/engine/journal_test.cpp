@@ -277,6 +277,37 @@ TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
     expectMarked("why");
 }
 
+/// Two instances of one profile: this one asks the shared database right before it sends.
+TEST_F(Crash, NothingIsSentOrMarkedWithoutTheHoldOfTheProfile) {
+    state.instance = u"we"_qs;
+    page.forgetHistory();
+    hold = Hold::Unknown;
+    for (int i = 0; i < 40; ++i) tick();
+    EXPECT_TRUE(page.delivered.empty());
+    EXPECT_EQ(status(id), u"(no row)"_qs) << "it goes back as often as the database doesn't answer";
+    for (const bool settledThere : {false, true}) {
+        hold = Hold::Lost;
+        for (int i = 0; i < 40; ++i) tick();
+        ASSERT_EQ(journal.entries().size(), 1u);
+        EXPECT_EQ(journal.entries()[0].stage, SendJournal::Stage::Taken);
+        EXPECT_EQ(status(id), QString()) << "the other one's to mark or to move";
+        EXPECT_EQ(count("outbox"), 0);
+        gateway.recovery.settleInStore();
+        EXPECT_EQ(journal.entries().size(), 1u);
+        if (settledThere) execute("update kibo_message set ended = taken, result = 'sent' where ended is null");
+        hold = Hold::Ours;
+        state.standby = {};
+        for (int i = 0; i < 20; ++i) tick();
+        EXPECT_EQ(page.delivered.size(), 1u);
+        EXPECT_TRUE(journal.entries().empty());
+        if (!settledThere) queue(kAni, u"hello"_qs);
+    }
+    hold = Hold::Lost;
+    state.txtid.text = QString::number(id);
+    gateway.sender.recordFailure(u"why"_qs);
+    EXPECT_EQ(status(id), QString());
+}
+
 TEST_F(Crash, WithoutAJournalNothingIsTaken) {
     journal = SendJournal();
     EXPECT_FALSE(journal.open(folder.filePath(u"missing/send.journal"_qs)).ok());

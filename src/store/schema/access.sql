@@ -140,7 +140,8 @@ CREATE TABLE kibo_message (
     page_id TEXT(128),
     ticks SMALLINT,
     ticks_time DATETIME,
-    handled DATETIME
+    handled DATETIME,
+    taken_by TEXT(128)
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 
@@ -152,6 +153,12 @@ CREATE TABLE kibo_instance (
     version TEXT(32),
     started DATETIME,
     beat DATETIME,
+    beats LONG NOT NULL DEFAULT 0,
+    holds SMALLINT,
+    held_since DATETIME,
+    switched_off SMALLINT,
+    number TEXT(32),
+    received_today LONG,
     status TEXT(32),
     step TEXT(255),
     paused SMALLINT,

@@ -147,9 +147,11 @@ CREATE TABLE kibo_message (
     page_id VARCHAR(128),
     ticks SMALLINT,
     ticks_time DATETIME,
-    handled DATETIME
+    handled DATETIME,
+    taken_by VARCHAR(128)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
+CREATE INDEX kibo_message_open ON kibo_message (profil, ended);
 
 -- How each instance does, written by the instance itself every few seconds. Kibo's own.
 CREATE TABLE kibo_instance (
@@ -159,6 +161,12 @@ CREATE TABLE kibo_instance (
     version VARCHAR(32),
     started DATETIME,
     beat DATETIME,
+    beats BIGINT NOT NULL DEFAULT 0,
+    holds SMALLINT,
+    held_since DATETIME,
+    switched_off SMALLINT,
+    number VARCHAR(32),
+    received_today BIGINT,
     status VARCHAR(32),
     step VARCHAR(255),
     paused SMALLINT,
@@ -175,6 +183,8 @@ CREATE TABLE kibo_instance (
     page_changed VARCHAR(255),
     PRIMARY KEY (profil, host, process)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
+-- Of the instances of one profile, one works: its row says 1, those of the others nothing.
+CREATE UNIQUE INDEX kibo_instance_holds ON kibo_instance (profil, holds);
 
 -- What integrators ask: what stands where, and whether that can still change.
 CREATE VIEW kibo_outcome AS

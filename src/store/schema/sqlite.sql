@@ -140,9 +140,11 @@ CREATE TABLE kibo_message (
     page_id TEXT,
     ticks INTEGER,
     ticks_time TEXT,
-    handled TEXT
+    handled TEXT,
+    taken_by TEXT
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
+CREATE INDEX kibo_message_open ON kibo_message (profil, ended);
 
 -- How each instance does, written by the instance itself every few seconds. Kibo's own.
 CREATE TABLE kibo_instance (
@@ -152,6 +154,12 @@ CREATE TABLE kibo_instance (
     version TEXT,
     started TEXT,
     beat TEXT,
+    beats INTEGER NOT NULL DEFAULT 0,
+    holds INTEGER,
+    held_since TEXT,
+    switched_off INTEGER,
+    number TEXT,
+    received_today INTEGER,
     status TEXT,
     step TEXT,
     paused INTEGER,
@@ -168,6 +176,8 @@ CREATE TABLE kibo_instance (
     page_changed TEXT,
     PRIMARY KEY (profil, host, process)
 );
+-- Of the instances of one profile, one works: its row says 1, those of the others nothing.
+CREATE UNIQUE INDEX kibo_instance_holds ON kibo_instance (profil, holds);
 
 -- What integrators ask: what stands where, and whether that can still change.
 CREATE VIEW kibo_outcome AS
