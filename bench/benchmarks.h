@@ -29,5 +29,7 @@ void measureRoundTrips(Table& table);
 void measureComposer(Table& table);
 /// The program itself: start, and what it takes while it has nothing to do.
 void measureProgram(Table& table);
+/// Up to a hundred instances on one server: what each costs, and how soon a message is taken.
+void measureFleet(Table& table);
 
 }  // namespace kibo::bench

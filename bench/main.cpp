@@ -26,6 +26,7 @@ constexpr Part kParts[] = {
     {"round-trips", kibo::bench::measureRoundTrips},
     {"composer", kibo::bench::measureComposer},
     {"program", kibo::bench::measureProgram},
+    {"fleet", kibo::bench::measureFleet},
 };
 
 }  // namespace

@@ -9,8 +9,10 @@
 #include <iostream>
 
 #include "app/gateway_application.h"
+#include "base/settings_file.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
+#include "support/mariadb_server.h"
 #include "support/stores.h"
 #include "widgets/qt_dialogs.h"
 #include "widgets/window_look.h"
@@ -39,7 +41,8 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeInbox(s) && takeElements() && takeSending(s) && takePauses(s) && takeTroubles(s);
+        return takeLogin(s) && takeInbox(s) && takeElements() && takeSending(s) && takePauses(s) && takeTroubles(s) &&
+               takeStandby();
     }
 
  private:
@@ -108,6 +111,33 @@ class Pictures {
         behave(R"({"renameBox": true})");
         press("cmd_Pause");
         return take("page_changed", [&] { return s.step.startsWith(QStringLiteral("Page changed")); });
+    }
+
+    /// Another computer's instance has the profile.
+    bool takeStandby() {
+        test::MariaDbServer server;
+        server.run(
+            QStringLiteral("insert into kibo_instance (profil, host, process, holds, held_since, beat, status) values "
+                           "('1', 'office-pc', "
+                           "4711, 1, concat(current_date, ' 07:58'), now() + interval 1 hour, 'Ready')"));
+        const QString ini = home_.filePath(QStringLiteral("kibo.ini"));
+        const Settings store = server.settings(false);
+        for (const auto& [key, value] : {std::pair{"UseMDB", store.UseMDB},
+                                         {"user", store.user},
+                                         {"password", store.password},
+                                         {"MySQL_WithoutDSN", store.MySQL_WithoutDSN},
+                                         {"MySQL_Server", store.MySQL_Server},
+                                         {"MySQL_DB", store.MySQL_DB},
+                                         {"Port", store.Port}})
+            WriteIni(QStringLiteral("DB"), QLatin1String(key), value, ini);
+        behave(R"({"renameBox": false})");
+        gateway_.reset();
+        gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
+        if (!gateway_->start()) return false;
+        const GatewayState& s = gateway_->state();
+        const bool taken = take("standby", [&] { return s.step == QStringLiteral("Standby"); });
+        gateway_.reset();
+        return taken;
     }
 
     /// Waits for the state and saves the window. A timer looks, since a state may last only while the engine waits.

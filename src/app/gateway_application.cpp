@@ -46,7 +46,8 @@ void openForOperator(const QString& file) {
 
 }  // namespace
 
-GatewayApplication::GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments)
+GatewayApplication::GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments,
+                                       const MakeBrowser& makeBrowser)
     : dialogs_(dialogs),
       programFolder_(std::move(programFolder)),
       commandLine_(arguments.isEmpty() ? QStringLiteral("0") : arguments.join(QLatin1Char(' '))),
@@ -56,7 +57,7 @@ GatewayApplication::GatewayApplication(ProgramDialogs& dialogs, QString programF
       instanceRows_(database_),
       profileSettings_(state_, settings_, database_),
       startUp_(dialogs, programFolder_),
-      browser_(programFolder_, clock_),
+      browser_(makeBrowser({programFolder_, clock_, elements_, policy_})),
       mediaDownload_(settings_, clock_, programFolder_) {
     // Already while a box of the start-up routine waits for its answer.
     QObject::connect(&heartbeat_, &QTimer::timeout, &heartbeat_, [this] { heartbeat(); });
@@ -99,9 +100,8 @@ void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_);
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
     timers_ = std::make_unique<TimerRunner>(*edge_);
-    page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, *page_, state_, settings_,
+    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, browser_->probe(), state_, settings_,
                                                         *guardedDialogs_, startUp_.settingsFile(),
                                                         [this](const auto& step) { edge_->run(step); }, database_,
                                                         clock_, programFolder_, [this] { refreshOutbox(); }});
@@ -111,7 +111,7 @@ void GatewayApplication::buildEngine() {
         .settings = settings_,
         .elements = elements_,
         .database = database_,
-        .page = *page_,
+        .page = browser_->page(),
         .clock = clock_,
         .journal = journal_,
         .random = random,
@@ -124,9 +124,9 @@ void GatewayApplication::buildEngine() {
         .clipboard = &clipboard_,
         .confirmHold = [this](const QString& id, const QString& attempt) { return hold_->confirm(id, attempt); },
     });
-    inbox_ =
-        std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, *page_, clock_, random, *gateway_,
-                                             programFolder_, pageInUse, [this] { profileSettings_.BACA_PROFIL(); }});
+    inbox_ = std::make_unique<Inbox>(Inbox::Needs{state_, settings_, elements_, database_, browser_->page(), clock_,
+                                                  random, *gateway_, programFolder_, pageInUse,
+                                                  [this] { profileSettings_.BACA_PROFIL(); }});
 }
 
 bool GatewayApplication::showWindow() {
@@ -151,8 +151,8 @@ bool GatewayApplication::showWindow() {
     const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
     if (!pictures.isEmpty()) {
         picture_ = std::make_unique<WindowPicture>(*window_, state_, pictures, [this](const QString& name) {
-            if (!browser_.isOpen()) return;
-            const QByteArray picture = page_->pagePicture();
+            if (!browser_->isOpen()) return;
+            const QByteArray picture = browser_->page().pagePicture();
             QSaveFile file(name);
             if (picture.isEmpty() || !file.open(QIODevice::WriteOnly)) return;
             file.write(picture);
@@ -185,7 +185,7 @@ void GatewayApplication::buildBrowserParts() {
         .settings = settings_,
         .clock = clock_,
         .openBrowser = [this](const LaunchOptions& options) { return openBrowser(options); },
-        .closeBrowser = [this] { browser_.quit(); },
+        .closeBrowser = [this] { browser_->quit(); },
         .showState = [this] { window_->showState(); },
         .readProfile = [this] { profileSettings_.BACA_PROFIL(); },
     });
@@ -205,7 +205,7 @@ void GatewayApplication::buildBrowserParts() {
         .dialogs = *guardedDialogs_,
         .programFolder = programFolder_,
         .settingsFile = startUp_.settingsFile(),
-        .hideWindow = [this](bool hide) { return browser_.hideWindow(hide); },
+        .hideWindow = [this](bool hide) { return browser_->hideWindow(hide); },
         .endSession = [this] { keeper_->close(); },
         .browserVersion = [this] { return installedBrowserVersion(settings_); },
         .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
@@ -221,7 +221,7 @@ void GatewayApplication::buildInstanceParts() {
         .settings = settings_,
         .clock = clock_,
         .rows = instanceRows_,
-        .closeBrowser = [this] { browser_.quit(); },
+        .closeBrowser = [this] { browser_->quit(); },
         .openFreshSession = [this] { openFreshSession(); },
         .endProgram =
             [this] {
@@ -233,8 +233,8 @@ void GatewayApplication::buildInstanceParts() {
         .state = state_,
         .settings = settings_,
         .clock = clock_,
-        .ageMs = [this] { return browser_.ageMs(); },
-        .memoryBytes = [this] { return browser_.memoryBytes(); },
+        .ageMs = [this] { return browser_->ageMs(); },
+        .memoryBytes = [this] { return browser_->memoryBytes(); },
         .pageInUse = [this] { return screens_->pageInUse(); },
         .openFreshSession = [this] { openFreshSession(); },
     });
@@ -243,8 +243,8 @@ void GatewayApplication::buildInstanceParts() {
         .settings = settings_,
         .database = database_,
         .clock = clock_,
-        .browserAgeMs = [this] { return browser_.ageMs(); },
-        .browserBytes = [this] { return browser_.memoryBytes(); },
+        .browserAgeMs = [this] { return browser_->ageMs(); },
+        .browserBytes = [this] { return browser_->memoryBytes(); },
     });
     hold_ = std::make_unique<ProfileHold>(ProfileHold::Needs{
         .state = state_,
@@ -257,7 +257,7 @@ void GatewayApplication::buildInstanceParts() {
     report_->begin();
     report_->tick();
     hold_->tick();
-    pageCapture_ = std::make_unique<PageCapture>(state_, settings_, *page_, programFolder_);
+    pageCapture_ = std::make_unique<PageCapture>(state_, settings_, browser_->page(), programFolder_);
     instanceStarter_ = std::make_unique<InstanceStarter>(InstanceStarter::Needs{
         .state = state_,
         .settings = settings_,
@@ -283,7 +283,7 @@ void GatewayApplication::clearEarlierRows(bool tookOver) {
 
 /// No message is in hand: the step machine then finds the browser gone, and forgets what it knew of the old page.
 void GatewayApplication::openFreshSession() {
-    browser_.quit();
+    browser_->quit();
     if (state_.Timer_KIBO.enabled()) gateway_->machine.Timer_KIBO_Timer();
     keeper_->cmd_OpenWA_Click();
 }
@@ -350,7 +350,7 @@ void GatewayApplication::addTimers() {
 Result<void> GatewayApplication::openBrowser(const LaunchOptions& options) {
     // From here on profile and store stay as they are.
     if (const Result<void> opened = openJournal(); !opened) return opened;
-    return browser_.open(options);
+    return browser_->open(options);
 }
 
 /// Ends a second start of the same profile, whose operator looks for the window that is there.
@@ -392,7 +392,7 @@ void GatewayApplication::Timer1_Timer() {
     gateway_->held.look();
     state_.l_disableread.visible = isYes(settings_.DisableRead);
     keeper_->keepOpen();
-    browser_.hideWhenTitled();
+    browser_->hideWhenTitled();
     state_.cb_Profil.background = isYes(settings_.Multi) ? colour::kYellow : colour::kCyan;
     if (!state_.standby.visible) {
         pageCapture_->capture();
@@ -441,7 +441,7 @@ void GatewayApplication::endProgram() {
     if (timers_) timers_->stopAll();
     heartbeat_.stop();
     if (inbox_) inbox_->botBrowser.quit();
-    browser_.quit();
+    browser_->quit();
     log::info("window", QStringLiteral("Kibo ends"));
     // Not quit(): it would close the window first, which is the operator's way to unload it.
     QCoreApplication::exit(0);

@@ -14,10 +14,9 @@
 #include "base/dialogs.h"
 #include "base/error_policy.h"
 #include "base/settings.h"
-#include "browser/browser.h"
+#include "browser/chat_browser.h"
 #include "browser/element_store.h"
 #include "browser/element_table.h"
-#include "browser/web_page.h"
 #include "engine/gateway.h"
 #include "engine/gateway_state.h"
 #include "inbox/inbox.h"
@@ -46,7 +45,8 @@ namespace kibo {
 class GatewayApplication {
  public:
     /// `dialogs` must outlive the application. `arguments`: the command line without the program's name.
-    GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments);
+    GatewayApplication(ProgramDialogs& dialogs, QString programFolder, const QStringList& arguments,
+                       const MakeBrowser& makeBrowser = makeChrome);
     ~GatewayApplication();
     GatewayApplication(const GatewayApplication&) = delete;
     GatewayApplication& operator=(const GatewayApplication&) = delete;
@@ -102,9 +102,8 @@ class GatewayApplication {
     InstanceLock instanceLock_;
     StartUp startUp_;
     ElementTable elements_;
-    Browser browser_;
+    std::unique_ptr<ChatBrowser> browser_;
     QtClipboard clipboard_;
-    std::unique_ptr<WebPage> page_;
     MediaDownload mediaDownload_;
     SendJournal journal_;
     std::unique_ptr<Gateway> gateway_;

@@ -117,6 +117,16 @@ TEST_F(PanelCommandsTest, TellsHowTheInstanceDoesAndNotWhatItSends) {
     };
     report.begin();
     EXPECT_EQ(told("status, browser_since, browser_mb, held, waiting"), "Not Connect|2026-03-14 14:09:26|400.0|1|0");
+    const auto waitsFor = [&] {
+        return panel("select reason, substr(held_why, 1, 20) from kibo_waiting").trimmed().toStdString();
+    };
+    panel("insert into multi (tipe, profil, wa_no) values ('O', '12', '62811')");
+    panel("update kibo_instance set beat = datetime('now', 'localtime')");
+    EXPECT_EQ(waitsFor(), "hindered\tWhatsApp is not open");
+    panel("update kibo_instance set paused = 1");
+    EXPECT_TRUE(waitsFor().starts_with("paused"));
+    panel("update kibo_instance set beat = datetime('now', 'localtime', '-20 seconds')");
+    EXPECT_TRUE(waitsFor().starts_with("no instance"));
     state.journalProblem = QString(300, u'x');
     state.step = u"It's \\ waiting"_qs;
     EXPECT_EQ(told("length(held_why), step, beat"), "255|It's \\ waiting|2026-03-14 15:09:28");

@@ -35,6 +35,7 @@ class MariaDbServer {
     void kill();
 
     int port() const { return port_; }
+    qint64 processId() const { return server_.processId(); }
     static QString password();
 
  private:

@@ -214,18 +214,27 @@ FROM multi s LEFT JOIN kibo_message k ON k.id =
     (SELECT max(n.id) FROM kibo_message n WHERE n.outbox_id = s.id_outbox AND n.source = 'multi' AND n.profil = s.profil)
 WHERE s.tipe = 'S';
 
--- Why a message waits, as far as the tables tell: held, not due yet (where the schedule is on), or behind others.
+-- Why a message waits: held, not due yet (where the schedule is on), nobody there, something that holds up the instance
+-- (its break, an operator, a cause that it names), or others before it.
 CREATE VIEW kibo_waiting AS
 SELECT o.id AS id, '' AS profil,
-    CASE WHEN o.wa_mode = 3 THEN 'held' WHEN o.wa_time > now() THEN 'not due' ELSE 'queued' END AS reason,
+    CASE WHEN o.wa_mode = 3 THEN 'held' WHEN o.wa_time > now() THEN 'not due'
+         WHEN i.profil IS NULL OR i.beat < now() - INTERVAL 15 SECOND THEN 'no instance'
+         WHEN i.paused = 1 THEN 'paused' WHEN i.break_until > now() THEN 'break'
+         WHEN i.held = 1 THEN 'hindered' ELSE 'queued' END AS reason,
     o.wa_time AS wa_time,
     CASE WHEN o.wa_mode = 3 THEN NULL
-         ELSE row_number() OVER (PARTITION BY CASE WHEN o.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY o.id) - 1 END AS behind
-FROM outbox o
+         ELSE row_number() OVER (PARTITION BY CASE WHEN o.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY o.id) - 1 END AS behind,
+    i.break_until AS break_until, i.held_why AS held_why
+FROM outbox o LEFT JOIN kibo_instance i ON i.profil = (SELECT n.profil FROM kibo_instance n WHERE n.holds = 1 ORDER BY n.beat DESC LIMIT 1) AND i.holds = 1
 UNION ALL
 SELECT m.id, m.profil,
-    CASE WHEN m.wa_mode = 3 THEN 'held' WHEN m.wa_time > now() THEN 'not due' ELSE 'queued' END,
+    CASE WHEN m.wa_mode = 3 THEN 'held' WHEN m.wa_time > now() THEN 'not due'
+         WHEN i.profil IS NULL OR i.beat < now() - INTERVAL 15 SECOND THEN 'no instance'
+         WHEN i.paused = 1 THEN 'paused' WHEN i.break_until > now() THEN 'break'
+         WHEN i.held = 1 THEN 'hindered' ELSE 'queued' END,
     m.wa_time,
     CASE WHEN m.wa_mode = 3 THEN NULL
-         ELSE row_number() OVER (PARTITION BY m.profil, CASE WHEN m.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY m.id) - 1 END
-FROM multi m WHERE m.tipe = 'O';
+         ELSE row_number() OVER (PARTITION BY m.profil, CASE WHEN m.wa_mode = 3 THEN 1 ELSE 0 END ORDER BY m.id) - 1 END,
+    i.break_until, i.held_why
+FROM multi m LEFT JOIN kibo_instance i ON i.profil = m.profil AND i.holds = 1 WHERE m.tipe = 'O';
