@@ -10,6 +10,7 @@
 #include "bench/process_figures.h"
 #include "platform/process.h"
 #include "tests/support/memory_fleet.h"
+#include "tests/support/running_program.h"
 
 namespace kibo::bench {
 namespace {
@@ -18,6 +19,7 @@ constexpr int kRowsEach = 1'000;
 constexpr int kSettleMs = 8'000;
 constexpr int kWindowMs = 20'000;
 constexpr size_t kInserts = 200, kInsertsEach = 20;
+constexpr int kBrowsers = 4, kMessagesEach = 25;
 constexpr int kMessageMs = 5'000;  // from taken until its instance has left the chat
 constexpr int kBetweenInsertsMs = 100;
 constexpr int kLongestStartMs = 240'000;
@@ -138,10 +140,55 @@ class Fleet {
     std::vector<std::unique_ptr<test::MemoryInstance>> instances_;
 };
 
+/// Seconds until each of so many instances, with a real browser on a stand-in page of its own, has sent its messages.
+double secondsToSend(test::MariaDbServer& server, int size) {
+    server.empty();
+    const auto count = [&](const char* from) {
+        return server.run(QStringLiteral("select count(*) from ") + QLatin1String(from)).toInt();
+    };
+    std::vector<std::unique_ptr<test::RunningProgram>> programs;
+    for (int profile = 1; profile <= size; ++profile) {
+        programs.push_back(std::make_unique<test::RunningProgram>());
+        programs.back()->use(server.settings(false));
+        programs.back()->set("kibo", "Multi", QStringLiteral("Y"));
+        programs.back()->set("kibo", "Profil", QString::number(profile));
+        programs.back()->process.setStandardErrorFile(QProcess::nullDevice());
+        QProcessEnvironment offscreen;
+        offscreen.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        require(programs.back()->start(offscreen), "an instance can't be started");
+    }
+    QElapsedTimer clock;
+    clock.start();
+    while (count("kibo_instance where holds = 1 and step = 'Queue empty'") < size) {
+        require(clock.elapsed() < kLongestStartMs, "not all browsers come up");
+        QThread::msleep(200);
+    }
+    QThread::msleep(kSettleMs);
+    server.run(
+        QStringLiteral("insert into multi (profil, wa_no, wa_text) select p.seq, concat('62877', 100000 + r.seq % 5), "
+                       "concat('message ', r.seq) from seq_1_to_%1 p, seq_1_to_%2 r order by r.seq")
+            .arg(size)
+            .arg(kMessagesEach));
+    clock.restart();
+    while (count("kibo_outcome where final = 1") < size * kMessagesEach) {
+        require(clock.elapsed() < kLongestStartMs, "messages are not sent");
+        QThread::msleep(50);
+    }
+    const double seconds = static_cast<double>(clock.elapsed()) / 1000;
+    require(count("multi where tipe = 'S' and coalesce(status, '') = ''") == size * kMessagesEach, "messages failed");
+    for (const auto& program : programs) program->process.terminate();
+    for (const auto& program : programs) program->process.waitForFinished(20'000);
+    return seconds;
+}
+
 }  // namespace
 
 void measureFleet(Table& table) {
     test::MariaDbServer server;
+    const double one = secondsToSend(server, 1);
+    const double four = secondsToSend(server, kBrowsers);
+    // 3.8 times the throughput.
+    table.add({"fleet of 4 with browsers: 25 messages each", "s", four, one, kBrowsers / 3.8, kMessagesEach});
     double single = 0;
     for (const int size : {1, 10, 50, 100}) {
         Fleet fleet(server, size);

@@ -144,9 +144,6 @@ bool GatewayApplication::showWindow() {
     if (!formLoad.Form_Load() || ending()) return false;
     const Result<void> journal = openJournal();
     if (!journal) log::error("window", QString::fromStdString(journal.failure().text));
-    // Start-up skips what fails; from here on `DebugMode` decides.
-    policy_.setDebugMode(isYes(settings_.DebugMode));
-    log::setVerbose(isYes(settings_.DebugMode));
 
     const QString pictures = qEnvironmentVariable("KIBO_PICTURES");
     if (!pictures.isEmpty()) {
@@ -161,6 +158,9 @@ bool GatewayApplication::showWindow() {
     }
     buildBrowserParts();
     buildInstanceParts();
+    // Start-up skips what fails; from here on `DebugMode` decides.
+    policy_.setDebugMode(isYes(settings_.DebugMode));
+    log::setVerbose(isYes(settings_.DebugMode));
     addTimers();
     WindowPlace::remember(window_.get(), startUp_.settingsFile());
     state_.step = QStringLiteral("WhatsApp is not open");

@@ -48,7 +48,10 @@ class Fleet : public ::testing::Test {
                                .arg(++queued));
         }
     }
+    /// As a service manager does: an instance that starts while the server is away ends by itself.
     void keepAlive() {
+        for (const auto& instance : instances)
+            if (!instance->runs() && ended[instance.get()] == 0) ended[instance.get()] = clock.elapsed() + 2'000;
         for (auto& [instance, until] : stopped)
             if (until > 0 && clock.elapsed() >= until) {
                 instance->signal(SIGCONT);
