@@ -15,8 +15,12 @@ const QString kOpen = QStringLiteral(
     "b.profil = k.profil and b.id < k.id and b.result = 'put back') as back "
     "from kibo_message k where k.profil = ? and k.source = ? and k.ended is null and k.taken_by is not null and "
     "left(k.taken_by, ?) <> ? order by k.id");
+// What the instance that works has taken is in its hands. The name is as ProfileHold makes it.
 const QString kEnd = QStringLiteral(
-    "update kibo_message set ended = ?, result = ?, reason_code = ?, reason = ? where id = ? and ended is null");
+    "update kibo_message set ended = ?, result = ?, reason_code = ?, reason = ? where id = ? and ended is null and "
+    "not exists (select 1 from kibo_instance i where i.profil = kibo_message.profil and i.holds = 1 and "
+    "left(kibo_message.taken_by, char_length(concat(left(i.host, 60), ' ', i.process, ' '))) = "
+    "concat(left(i.host, 60), ' ', i.process, ' '))");
 // A copy that is marked is of an earlier attempt.
 const QString kCopyOfOutbox = QStringLiteral(" from sent where id = ? and coalesce(status, '') = ''");
 const QString kCopyOfMulti =
@@ -64,7 +68,10 @@ void AbandonedMessages::settle() {
     if (done) lookedAs_ = state_.instance;
 }
 
+/// The hold is confirmed for each, since this process may have been stopped since the last one: what another instance
+/// has in hand by now is not abandoned.
 bool AbandonedMessages::settle(const Record& record) {
+    if (confirmHold_ && confirmHold_({}, {}) != Hold::Ours) return false;
     const auto note = [&](const char* what) {
         log::warning("engine", QStringLiteral("message %1 of an instance that was lost: %2")
                                    .arg(record.outboxId.toLongLong())

@@ -6,6 +6,7 @@
 
 #include "base/clock.h"
 #include "base/settings.h"
+#include "engine/confirm_hold.h"
 #include "engine/gateway_state.h"
 #include "engine/send_journal.h"
 #include "store/database.h"
@@ -24,8 +25,13 @@ class AbandonedMessages {
  public:
     /// All must outlive the object. What stands in `journal` is settled by SendRecovery.
     AbandonedMessages(const GatewayState& state, const Settings& settings, Database& database, const Clock& clock,
-                      const SendJournal& journal)
-        : state_(state), settings_(settings), database_(database), clock_(clock), journal_(journal) {}
+                      const SendJournal& journal, ConfirmHold confirmHold)
+        : state_(state),
+          settings_(settings),
+          database_(database),
+          clock_(clock),
+          journal_(journal),
+          confirmHold_(std::move(confirmHold)) {}
 
     /// Call it every second while this instance holds the profile: it looks at once after a takeover, then once a
     /// minute.
@@ -54,6 +60,7 @@ class AbandonedMessages {
     Database& database_;
     const Clock& clock_;
     const SendJournal& journal_;
+    ConfirmHold confirmHold_;
     QString lookedAs_;  // GatewayState::instance at the last look
     qint64 lookAgainAtMs_ = 0;
 };

@@ -20,6 +20,9 @@ const QString kWhole = QStringLiteral(
 const QString kEndedElsewhere = QStringLiteral(
     "select count(1) as cnt from kibo_message where outbox_id = ? and source = ? and profil = ? and taken_by = ? and "
     "ended is not null");
+const QString kClaimBack = QStringLiteral(
+    "update kibo_message set ended = ?, result = ? where outbox_id = ? and source = ? and profil = ? and taken_by = ? "
+    "and ended is null");
 const QString kOldest = QStringLiteral("select min(id) as oldest from kibo_message");
 const QString kRemove = QStringLiteral("delete from kibo_message where id < ? and taken < ?");
 
@@ -132,6 +135,22 @@ Result<void> MessageRecords::complete(const QString& id, const End& end) {
 QString MessageRecords::attemptAt(const QString& id) const {
     const SendJournal::Entry* entry = journal_.entry(id);
     return entry ? entry->by : QString();
+}
+
+QString MessageRecords::begunAttempt(const QString& id) const {
+    return current_.id == id && tableIsThere_ ? attemptAt(id) : QString();
+}
+
+Result<bool> MessageRecords::claimBack(const QString& id) {
+    const QString attempt = attemptAt(id);
+    if (attempt.isEmpty() || !areKept()) return true;
+    const auto claimed = database_.attempt(kClaimBack, {storedTime(clock_.now()), QString::fromLatin1(kPutBack),
+                                                        id.toLongLong(), source(), state_.cb_Profil.text, attempt});
+    if (!claimed) return claimed.failure();
+    if (claimed.value() > 0) return true;
+    const auto elsewhere = endedElsewhere(id);
+    if (!elsewhere) return Failure{FailureKind::Database, "the record can't be read"};
+    return !*elsewhere;
 }
 
 std::optional<bool> MessageRecords::endedElsewhere(const QString& id) {

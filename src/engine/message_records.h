@@ -44,6 +44,11 @@ class MessageRecords {
     /// Whether the attempt that the journal knows of this message has been ended by another instance, which had taken
     /// over the profile; nothing when the store can't tell.
     std::optional<bool> endedElsewhere(const QString& id);
+    /// The attempt to send the message in hand, as its row names it; empty where it has no row, or one without a name.
+    QString begunAttempt(const QString& id) const;
+    /// Ends the row of a message that goes back into the queue, inside the transaction that moves it. False when
+    /// another instance has ended it: then the message is his. True also where there is no row.
+    Result<bool> claimBack(const QString& id);
 
     /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
     void removeOld();

@@ -146,8 +146,8 @@ Result<QString> MessageSender::typeText(const ChatLook& chat, const QString& tex
 Result<void> MessageSender::noteInJournal(const ChatLook& chat, const QString& text, const QString& newest) {
     const QString& before = newest.isEmpty() ? chat.chat.lastMessageId : newest;
     // First of all: what stands in the database from here on tells whoever takes over that it may have been sent.
-    const SendJournal::Entry* entry = p_.journal.entry(p_.state.txtid.text);
-    if (p_.confirmHold && p_.confirmHold(p_.state.txtid.text, entry ? entry->by : QString()) != Hold::Ours)
+    const QString& id = p_.state.txtid.text;
+    if (p_.confirmHold && p_.confirmHold(id, p_.records.begunAttempt(id)) != Hold::Ours)
         return Failure{FailureKind::NotFound, "the database doesn't confirm that this instance has the profile",
                        kUnconfirmed};
     if (p_.journal.typed(p_.state.txtid.text, p_.state.txtNo.text, text, before)) {

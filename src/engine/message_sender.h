@@ -8,6 +8,7 @@
 #include "browser/chat_page.h"
 #include "engine/attachment_sender.h"
 #include "engine/chat_target.h"
+#include "engine/confirm_hold.h"
 #include "engine/gateway_state.h"
 #include "engine/message_files.h"
 #include "engine/message_ticks.h"
@@ -18,16 +19,6 @@
 #include "engine/unsent_list.h"
 
 namespace kibo {
-
-/// What the shared database says when it is asked, right before something is sent, whether this instance still works
-/// for its profile: a computer may have slept, or the process been stopped, and another instance taken over.
-enum class Hold {
-    Ours,
-    Lost,  ///< another one has it: nothing of the message in hand may be sent, marked or moved here
-    Unknown
-};
-/// Notes with it that the attempt `by` to send message `id` is about to press Enter; both may be empty.
-using ConfirmHold = std::function<Hold(const QString& id, const QString& by)>;
 
 /// Puts the message in the fields of GatewayState (`txtid`, `txtNo`, `txtMsg2`, `txtMedia`, `txtFile`) into its chat.
 /// The row has left the queue already: whatever happens here ends as sent, in SEND_FAIL with a reason, or with an open

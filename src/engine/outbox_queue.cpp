@@ -356,6 +356,8 @@ bool OutboxQueue::removeCopy(const QueuedRow& row) {
 bool OutboxQueue::putBack(const QueuedRow& row) {
     auto transaction = Transaction::begin(database_);
     if (!transaction) return false;
+    const Result<bool> ours = records_.claimBack(row.id);
+    if (!ours || !ours.value()) return false;
     const auto queued = multi() ? database_.execute(kBackToMulti, Database::Values{profile()} + columns(row))
                                 : database_.execute(kBackToOutbox, columns(row));
     if (queued != 1) return false;

@@ -19,19 +19,24 @@ constexpr int kMostLostLooks = 2;
 }  // namespace
 
 SendRecovery::SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
-                           MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records)
+                           MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records,
+                           ConfirmHold confirmHold)
     : state_(state),
       clock_(clock),
       journal_(journal),
       queue_(queue),
       sender_(sender),
       deliveryCheck_(deliveryCheck),
-      records_(records) {}
+      records_(records),
+      confirmHold_(std::move(confirmHold)) {}
 
 bool SendRecovery::settleInStore() {
     // As long as another instance has the profile, the messages are his to settle.
-    if (state_.standby.visible) compared_ = false;
-    if (state_.standby.visible || !dropSettledElsewhere()) return false;
+    if (state_.standby.visible) return false;
+    if (journal_.entries().empty()) return true;
+    // Asked anew, since this process may have been stopped until now.
+    if (confirmHold_ && confirmHold_({}, {}) != Hold::Ours) return false;
+    if (!dropSettledElsewhere()) return false;
     bool settled = true;
     const std::vector<SendJournal::Entry> entries = journal_.entries();  // settling takes them out of the journal
     for (const SendJournal::Entry& entry : entries) {
@@ -46,7 +51,6 @@ bool SendRecovery::settleInStore() {
 
 /// An instance that had taken over meanwhile knew of them from the database.
 bool SendRecovery::dropSettledElsewhere() {
-    if (compared_) return true;
     const std::vector<SendJournal::Entry> entries = journal_.entries();
     for (const SendJournal::Entry& entry : entries) {
         const auto ended = records_.endedElsewhere(entry.row.id);
@@ -56,7 +60,6 @@ bool SendRecovery::dropSettledElsewhere() {
                      QStringLiteral("message %1 was settled by the instance that had taken over").arg(entry.row.id));
         journal_.ended(entry.row.id);
     }
-    compared_ = true;
     return true;
 }
 
@@ -83,6 +86,10 @@ bool SendRecovery::settleTaken(const SendJournal::Entry& entry) {
         clock_.waitingStopped() || queue_.takeIsUnknown(entry.row.id) || sender_.isUnconfirmed(entry.row.id);
     if (!entry.wentBack || blameless) {
         const bool moved = queue_.putBack(entry.row);
+        if (const auto elsewhere = records_.endedElsewhere(entry.row.id); !moved && elsewhere != false) {
+            if (elsewhere) journal_.ended(entry.row.id);
+            return elsewhere.has_value();
+        }
         const auto now = moved ? std::optional(OutboxQueue::Place{true, false}) : queue_.find(entry.row.id);
         if (!now) return false;
         if (now->queued) {  // a server that broke off may have put it back all the same

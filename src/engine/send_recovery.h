@@ -21,7 +21,7 @@ namespace kibo {
 class SendRecovery {
  public:
     SendRecovery(GatewayState& state, const Clock& clock, SendJournal& journal, OutboxQueue& queue,
-                 MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records);
+                 MessageSender& sender, DeliveryCheck& deliveryCheck, MessageRecords& records, ConfirmHold confirmHold);
 
     /// What the tables can tell. False while a message that was not typed can't be settled: the store refuses.
     bool settleInStore();
@@ -49,8 +49,8 @@ class SendRecovery {
     MessageSender& sender_;
     DeliveryCheck& deliveryCheck_;
     MessageRecords& records_;
-    bool compared_ = false;  // with what another instance may have settled
-    QString firstLookId_;    // of the message that the first look has not found
+    ConfirmHold confirmHold_;
+    QString firstLookId_;  // of the message that the first look has not found
     qint64 firstLookMs_ = 0;
 };
 

@@ -19,7 +19,7 @@ const QString kRelieve = QStringLiteral(
 const QString kClaim = QStringLiteral("update kibo_instance set holds = 1, held_since = now(), ") + kBeat + kMine;
 // One statement, so that there is no moment between the two in which the process could be stopped.
 const QString kConfirm = QStringLiteral(
-    "update kibo_instance i left join kibo_message m on m.profil = i.profil and m.outbox_id = ? and "
+    "update kibo_instance i join kibo_message m on m.profil = i.profil and m.outbox_id = ? and "
     "m.taken_by = ? and m.ended is null set i.beat = now(), i.beats = i.beats + 1, "
     "m.typed = ? where i.profil = ? and i.host = ? and i.process = ? and i.holds = 1");
 const QString kLook =

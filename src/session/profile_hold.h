@@ -5,8 +5,8 @@
 
 #include "base/clock.h"
 #include "base/settings.h"
+#include "engine/confirm_hold.h"
 #include "engine/gateway_state.h"
-#include "engine/message_sender.h"
 #include "platform/process.h"
 #include "store/database.h"
 
@@ -43,7 +43,8 @@ class ProfileHold {
 
     /// Call it every second, after the instance's row was written.
     void tick();
-    /// See ConfirmHold. One statement; a hold that is confirmed lasts another kLeaseS from then.
+    /// See ConfirmHold. One statement; a hold that is confirmed lasts another kLeaseS from then. An attempt must have
+    /// an open record that names it.
     Hold confirm(const QString& id, const QString& attempt);
     /// Tells the instances that stand by to end too, and doesn't wait for it.
     void switchOffOthers();

@@ -281,10 +281,14 @@ TEST_F(Crash, AfterAFailureThatCouldNotBeMarkedMarksItLater) {
 TEST_F(Crash, NothingIsSentOrMarkedWithoutTheHoldOfTheProfile) {
     state.instance = u"we"_qs;
     page.forgetHistory();
-    hold = Hold::Unknown;
-    for (int i = 0; i < 40; ++i) tick();
-    EXPECT_TRUE(page.delivered.empty());
-    EXPECT_EQ(status(id), u"(no row)"_qs) << "it goes back as often as the database doesn't answer";
+    for (int times = 0; times < 3; ++times) {
+        hold = Hold::Unknown;
+        for (int i = 0; i < 15; ++i) tick();
+        EXPECT_TRUE(page.delivered.empty());
+        hold = Hold::Ours;
+        EXPECT_TRUE(gateway.recovery.settleInStore());
+        EXPECT_EQ(status(id), u"(no row)"_qs) << "it goes back as often as the database doesn't answer";
+    }
     for (const bool settledThere : {false, true}) {
         hold = Hold::Lost;
         for (int i = 0; i < 40; ++i) tick();

@@ -69,8 +69,13 @@ TEST_F(ProfileHoldTest, oneWorksAndAnotherTakesOverWhenItIsSilent) {
         return Instance::sql(u"select group_concat(id) from kibo_message where typed > 0"_qs).toStdString();
     };
     EXPECT_EQ(a.hold.confirm(u"5"_qs, u"a/1"_qs), Hold::Ours);
-    EXPECT_EQ(a.hold.confirm(u"6"_qs, u"a/2"_qs), Hold::Ours) << "a message without a record";
+    EXPECT_EQ(a.hold.confirm(u"6"_qs, {}), Hold::Ours) << "a message without a record";
     EXPECT_EQ(typed(), "1");
+    Instance::sql(u"update kibo_message set typed = null, ended = now() where id = 1"_qs);
+    EXPECT_EQ(a.hold.confirm(u"5"_qs, u"a/1"_qs), Hold::Lost) << "another instance has settled it";
+    Instance::sql(u"update kibo_message set ended = null where id = 1"_qs);
+    a.tick();
+    EXPECT_EQ(a.hold.confirm(u"5"_qs, u"a/1"_qs), Hold::Ours);
 
     a.fallSilent();
     a.state.stepRunning = true;
@@ -91,7 +96,7 @@ TEST_F(ProfileHoldTest, oneWorksAndAnotherTakesOverWhenItIsSilent) {
     a.state.stepRunning = false;
     a.tick();
     EXPECT_TRUE(a.works());
-    EXPECT_EQ(a.told, "first over ");
+    EXPECT_EQ(a.told, "first over over ");
 }
 
 TEST_F(ProfileHoldTest, standbysEndWithTheirProfileAndTheLackOfATableHindersNobody) {
@@ -128,7 +133,9 @@ TEST_P(AbandonedTest, goBackOnceOrAreInDoubt) {
     SendJournal journal;
     const QTemporaryDir folder;
     ASSERT_TRUE(journal.open(folder.filePath(u"journal"_qs)).ok());
-    AbandonedMessages abandoned(b.state, b.settings, b.database, b.clock, journal);
+    AbandonedMessages abandoned(
+        b.state, b.settings, b.database, b.clock, journal,
+        [&b](const QString& id, const QString& attempt) { return b.hold.confirm(id, attempt); });
 
     const QString source = multi ? u"multi"_qs : u"outbox"_qs;
     const auto copy = [&](int id, const char* status) {
@@ -204,6 +211,17 @@ TEST_P(AbandonedTest, goBackOnceOrAreInDoubt) {
     b.clock.wait(AbandonedMessages::kEveryMs);
     abandoned.settle();
     EXPECT_TRUE(result(111).starts_with("1 -"));
+
+    // One that was stopped, and doesn't know yet that another one works by now.
+    Instance a(u"office"_qs, 11);
+    b.fallSilent();
+    a.tick();
+    copy(112, "null");
+    record(112, "'office 11 z/1'");
+    b.clock.wait(AbandonedMessages::kEveryMs);
+    abandoned.settle();
+    EXPECT_EQ(result(112), "0  open");
+    EXPECT_FALSE(b.works());
 }
 
 INSTANTIATE_TEST_SUITE_P(Sessions, AbandonedTest, testing::Bool());
