@@ -23,6 +23,7 @@ namespace {
 /// How soon a termination signal and a due picture are noticed.
 constexpr int kHeartbeatMs = 100;
 const QString kSection = QStringLiteral("kibo");
+const QString kSettingsScreen = QStringLiteral("frm_Config");
 
 void logFailure(const Result<void>& result) {
     if (!result) log::warning("window", QString::fromStdString(result.failure().text));
@@ -101,10 +102,10 @@ void GatewayApplication::buildEngine() {
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, browser_->probe(), state_, settings_,
-                                                        *guardedDialogs_, startUp_.settingsFile(),
-                                                        [this](const auto& step) { edge_->run(step); }, database_,
-                                                        clock_, programFolder_, [this] { refreshOutbox(); }});
+    screens_ = std::make_unique<ScreenList>(
+        ScreenParts{elements_, elementStore_, browser_->probe(), state_, settings_, *guardedDialogs_,
+                    startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }, database_, clock_,
+                    programFolder_, [this] { refreshOutbox(); }, [this] { restartProgram(); }});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,
@@ -176,6 +177,7 @@ bool GatewayApplication::showWindow() {
     tableOffer_ = std::make_unique<TableOffer>(
         TableOffer::Needs{database_, settings_, *guardedDialogs_, startUp_.settingsFile()});
     tableOffer_->ask();
+    if (startUp_.settingsAsked()) screens_->open(kSettingsScreen);
     return true;
 }
 
@@ -267,6 +269,7 @@ void GatewayApplication::buildInstanceParts() {
             if (!started) return started.failure();
             return {};
         },
+        .openSettings = [this] { screens_->open(kSettingsScreen); },
     });
 }
 
@@ -445,6 +448,11 @@ void GatewayApplication::endProgram() {
     log::info("window", QStringLiteral("Kibo ends"));
     // Not quit(): it would close the window first, which is the operator's way to unload it.
     QCoreApplication::exit(0);
+}
+
+void GatewayApplication::restartProgram() {
+    restartWanted_ = true;
+    endProgram();
 }
 
 void GatewayApplication::heartbeat() {

@@ -55,6 +55,8 @@ class GatewayApplication {
     bool start();
     /// The program was asked to end, perhaps already while it started.
     bool ending() const { return clock_.waitingStopped(); }
+    /// An operator asked for another start right after the end.
+    bool restartWanted() const { return restartWanted_; }
     /// `cmd_STOP`: ends the browser session, then the program.
     void cmd_STOP_Click();
 
@@ -84,6 +86,7 @@ class GatewayApplication {
     void activate();
     void unload();
     void endProgram();
+    void restartProgram();
     void heartbeat();
 
     ProgramDialogs& dialogs_;
@@ -125,6 +128,7 @@ class GatewayApplication {
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;
+    bool restartWanted_ = false;
     QTimer heartbeat_;
 };
 

@@ -10,6 +10,7 @@
 #include "app/termination_signal.h"
 #include "platform/crash_trace.h"
 #include "platform/machine.h"
+#include "platform/shell.h"
 #include "platform/top_level_windows.h"
 #include "store/new_store.h"
 #include "widgets/qt_clipboard.h"
@@ -50,6 +51,13 @@ int upgradeStores() {
     return 1;
 }
 
+void startAgain(const QStringList& arguments) {
+    std::vector<std::string> same;
+    for (const QString& argument : arguments) same.push_back(argument.toStdString());
+    const auto started = kibo::platform::startProgram(kibo::platform::executableFile(), same);
+    if (!started) std::cerr << "kibo: " << started.failure().text << '\n';
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,8 +79,16 @@ int main(int argc, char** argv) {
     } else {
         dialogs = std::make_unique<kibo::UnattendedDialogs>();
     }
-    kibo::GatewayApplication application(*dialogs, QString::fromStdString(kibo::platform::programFolder()),
-                                         QCoreApplication::arguments().mid(1));
-    if (!application.start()) return application.ending() ? 0 : 1;
-    return QApplication::exec();
+    bool again = false;
+    const int status = [&] {
+        kibo::GatewayApplication application(*dialogs, QString::fromStdString(kibo::platform::programFolder()),
+                                             QCoreApplication::arguments().mid(1));
+        if (!application.start()) return application.ending() ? 0 : 1;
+        const int ended = QApplication::exec();
+        again = application.restartWanted();
+        return ended;
+    }();
+    // By now the profile is free for the next start.
+    if (again) startAgain(QCoreApplication::arguments().mid(1));
+    return status;
 }

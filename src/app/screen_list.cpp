@@ -6,6 +6,7 @@
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
 #include "screens/sent_screen.h"
+#include "screens/settings_screen.h"
 #include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/window_place.h"
@@ -29,6 +30,11 @@ std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
     return std::make_unique<SentScreen>(SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs});
 }
 
+std::unique_ptr<Screen> settingsScreen(const ScreenParts& p) {
+    return std::make_unique<SettingsScreen>(
+        SettingsScreen::Parts{p.state, p.dialogs, p.settingsFile, p.programFolder, p.restartProgram});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
@@ -38,10 +44,9 @@ constexpr const char* kReply = "frm_Send2_v2";
 
 /// Every screen. The main window's menus name the same ones.
 constexpr Entry kScreens[] = {
-    {"frm_element", elementScreen},
-    {"frm_Send1_v2", manualScreen<SendScreen>},
-    {kReply, manualScreen<ReplyScreen>},
-    {"frm_Sent", sentScreen},
+    {"frm_element", elementScreen},      {"frm_Send1_v2", manualScreen<SendScreen>},
+    {kReply, manualScreen<ReplyScreen>}, {"frm_Sent", sentScreen},
+    {"frm_Config", settingsScreen},
 };
 
 }  // namespace

@@ -32,6 +32,7 @@ struct ScreenParts {
     const Clock& clock;
     QString programFolder;
     std::function<void()> refreshOutbox;
+    std::function<void()> restartProgram;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.

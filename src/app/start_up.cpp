@@ -83,19 +83,14 @@ bool StartUp::openDatabase(Database& database, const Settings& settings) {
     if (opened) return true;
     const QString description = QString::fromStdString(opened.failure().text);
     log::error("app", QStringLiteral("the database can't be opened: ") + description);
-    const bool edit =
+    settingsAsked_ =
         dialogs_.showAndWait({QStringLiteral("Connection Error"),
                               QStringLiteral("Connection cannot be made, \n%1\n"
                                              "Please recheck the parameters of the server name, User ID and "
                                              "password entered.\nAre you want to Edit Config ?")
                                   .arg(description),
                               MessageBox::Icon::Critical, MessageBox::Buttons::YesNo});
-    if (!edit) return false;
-    dialogs_.showAndWait({kProgramName,
-                          QStringLiteral("The settings are in the file\n%1\n\nEdit it, then start Kibo again.")
-                              .arg(QDir::toNativeSeparators(settingsFile())),
-                          MessageBox::Icon::Information});
-    return true;
+    return settingsAsked_;
 }
 
 /// A server without our tables: the operator may have them made at once.

@@ -31,6 +31,8 @@ class StartUp {
     Settings prepareFolder();
     /// False: the operator chose to end the program. True with a closed database: the settings are to be mended.
     bool openDatabase(Database& database, const Settings& settings);
+    /// Whether the operator said so there: the window then opens with the settings screen.
+    bool settingsAsked() const { return settingsAsked_; }
     /// False: the program can't run without its element store.
     bool openElementStore(Database& elementStore);
 
@@ -42,6 +44,7 @@ class StartUp {
 
     StartDialogs& dialogs_;
     QString programFolder_;
+    bool settingsAsked_ = false;
 };
 
 }  // namespace kibo

@@ -35,6 +35,7 @@ struct FileBox {
     QString title;
     QList<Kind> kinds;      ///< one of them is shown at a time, at first the first one
     QString beside = {};    ///< a file whose folder it begins in
+    bool folder = false;    ///< a folder is asked for
     QString proposal = {};  ///< name for a file to be written, with its ending; empty: one that is there is asked for
 };
 

@@ -5,11 +5,13 @@
 namespace kibo {
 
 void InstanceStarter::mnmulti_Click() {
-    const auto say = [this](const QString& text) {
-        n_.dialogs.show({QStringLiteral("Info"), text, MessageBox::Icon::Information});
+    const auto say = [this](const QString& text, const std::function<void()>& then = {}) {
+        n_.dialogs.show({QStringLiteral("Info"), text, MessageBox::Icon::Information}, [then](bool) {
+            if (then) then();
+        });
     };
     if (!isYes(n_.settings.Multi)) {
-        say(QStringLiteral("Enable Multi Session must Enable before use this feature."));
+        say(QStringLiteral("Enable Multi Session must Enable before use this feature."), n_.openSettings);
         return;
     }
     if (!counter_) {

@@ -19,6 +19,7 @@ class InstanceStarter {
         const Settings& settings;
         Dialogs& dialogs;
         std::function<Result<void>(const QString& profile)> start;  ///< this program, for that profile
+        std::function<void()> openSettings = {};                    ///< the settings screen; may be empty
     };
     /// What it is given must outlive it.
     explicit InstanceStarter(Needs needs) : n_(std::move(needs)) {}

@@ -78,6 +78,10 @@ void QtDialogs::chooseFile(const FileBox& box, const Entered& chosen) {
     if (closed_) return;
     auto* files = new QFileDialog(windowBelow(), box.title);
     files->setFileMode(box.proposal.isEmpty() ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    if (box.folder) {
+        files->setFileMode(QFileDialog::Directory);
+        files->setOption(QFileDialog::ShowDirsOnly);
+    }
     if (!box.proposal.isEmpty()) {
         files->setAcceptMode(QFileDialog::AcceptSave);
         files->setDefaultSuffix(QFileInfo(box.proposal).suffix());

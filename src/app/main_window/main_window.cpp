@@ -183,6 +183,7 @@ void MainWindow::buildMenus() {
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
     add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
     add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
+    add(tools, "mnConfig", "Se&ttings…", screen("frm_Config"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
     add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
