@@ -59,7 +59,7 @@ void fillServer(test::MariaDbServer& server) {
 
 /// A search as the window does it: over a connection of its own, on a thread of its own.
 struct Search {
-    std::unique_ptr<FoundRows> rows = std::make_unique<FoundRows>(kSentColumns);
+    std::unique_ptr<FoundRows> rows = std::make_unique<FoundRows>();
     double firstMs = 0, allMs = 0;
 };
 Search searched(const StoreAddress& store, const SentQuery& query) {

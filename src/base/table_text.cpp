@@ -3,49 +3,31 @@
 #include <algorithm>
 
 namespace kibo {
-namespace {
 
-QString quotedIf(const QString& text, char16_t separator) {
-    const auto needsQuotes = [separator](QChar c) { return c == separator || c == u'"' || c == u'\n' || c == u'\r'; };
-    if (std::none_of(text.begin(), text.end(), needsQuotes)) return text;
-    QString inside = text;
-    return u'"' + inside.replace(u'"', QStringLiteral("\"\"")) + u'"';
-}
-
-}  // namespace
-
-QString quotedCell(const QString& text) {
-    return quotedIf(text, u'\t');
-}
-
-QString tabSeparated(const QStringList& cells) {
+QString tableLine(const RowSource& rows, int columns, int row) {
     QString line;
-    for (qsizetype i = 0; i < cells.size(); ++i) {
-        if (i > 0) line += u'\t';
-        line += quotedCell(cells[i]);
-    }
-    return line;
-}
-
-QString tabSeparated(const RowSource& rows, int columns, int first, int last) {
-    QString text;
-    for (int row = first; row <= last; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            if (column > 0) text += u'\t';
-            text += quotedCell(rows.text(row, column));
+    for (int column = 0; column < columns; ++column) {
+        if (column > 0) line += u'\t';
+        const QString text = rows.text(row, column);
+        const auto needsQuotes = [](QChar c) { return c == u'\t' || c == u'"' || c == u'\n' || c == u'\r'; };
+        if (std::none_of(text.begin(), text.end(), needsQuotes)) {
+            line += text;
+        } else {
+            line += u'"' + QString(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
         }
-        text += u'\n';
     }
-    return text;
+    return line + u'\n';
 }
 
-QString csvLine(const QStringList& cells) {
-    QString line;
-    for (qsizetype i = 0; i < cells.size(); ++i) {
-        if (i > 0) line += u',';
-        line += quotedIf(cells[i], u',');
+void appendCsvCell(std::string& line, QByteArrayView cell) {
+    const auto needsQuotes = [](char c) { return c == ',' || c == '"' || c == '\n' || c == '\r'; };
+    if (std::none_of(cell.begin(), cell.end(), needsQuotes)) {
+        line.append(cell.data(), static_cast<size_t>(cell.size()));
+        return;
     }
-    return line + QStringLiteral("\r\n");
+    line += '"';
+    for (const char c : cell) line.append(c == '"' ? 2 : 1, c);
+    line += '"';
 }
 
 }  // namespace kibo

@@ -1,10 +1,10 @@
 #include "screens/sent_records.h"
 
 #include <algorithm>
+#include <array>
 
 #include "base/log.h"
-#include "screens/sent_log.h"
-#include "store/query_rows.h"
+#include "store/row_reader.h"
 
 namespace kibo {
 namespace {
@@ -13,24 +13,18 @@ namespace {
 const QString kSelect = QStringLiteral(
     "select outbox_id, profil, ended, ticks, ticks_time, reason from kibo_message where source = '%1' and "
     "outbox_id %2 order by id");
-// A server's driver takes longer for a cell than the server for a row, so all stands in one.
-const QString kSelectInOne = QStringLiteral(
-    "select concat_ws('\t', outbox_id, profil, coalesce(ended, ''), coalesce(ticks, ''), coalesce(ticks_time, ''), "
-    "coalesce(reason, '')) from kibo_message where source = '%1' and outbox_id %2 order by id");
-constexpr int kSelected = 6;
 const QString kBetween = QStringLiteral("between ? and ?");
 const QString kAmong = QStringLiteral("in (%1)");
 const QString kSmallCache = QStringLiteral("PRAGMA cache_size=-2000");
 
-constexpr int kRecordCells = kSentColumns - static_cast<int>(SentColumn::Ended);
 /// Ids that lie so close together are read in one go, with those between them.
 constexpr qint64 kSpread = 8;
 constexpr size_t kIdsOfStatement = 500;
 
-QString ticksInWords(const QString& ticks) {
-    static const QStringList kWords{QStringLiteral("waiting"), QStringLiteral("sent"), QStringLiteral("delivered"),
-                                    QStringLiteral("read")};
-    return ticks.isEmpty() ? QString() : kWords.value(ticks.toInt());
+QByteArrayView ticksInWords(QByteArrayView ticks) {
+    static constexpr std::array<const char*, 4> kWords{"waiting", "sent", "delivered", "read"};
+    const size_t number = ticks.size() == 1 ? static_cast<size_t>(ticks.front() - '0') : kWords.size();
+    return number < kWords.size() ? QByteArrayView(kWords.at(number)) : QByteArrayView();
 }
 
 }  // namespace
@@ -41,19 +35,16 @@ SentRecords::Record* SentRecords::Records::of(qint64 id) {
 }
 
 void SentRecords::complete(std::vector<Line>& lines) {
-    const auto idOf = [](const Line& line) { return line.cells[static_cast<int>(SentColumn::Id)].toLongLong(); };
     Records records;
     for (const Line& line : lines)
-        if (const qint64 id = idOf(line); id > 0) records.ids.push_back(id);
+        if (line.id > 0) records.ids.push_back(line.id);
     std::sort(records.ids.begin(), records.ids.end());
     records.ids.erase(std::unique(records.ids.begin(), records.ids.end()), records.ids.end());
     records.found.resize(records.ids.size());
     if (!records.ids.empty() && open()) read(records);
-    static const QStringList kNothing(kRecordCells, QString());
     for (Line& line : lines) {
-        const Record* record = records.of(idOf(line));
-        const bool known = record && !record->cells.isEmpty() && record->profile == line.profile;
-        line.cells += known ? record->cells : kNothing;
+        const Record* record = records.of(line.id);
+        if (record && record->profile == line.profile) line.cells.append(record->cells);
     }
 }
 
@@ -85,15 +76,14 @@ void SentRecords::read(Records& records) {
 }
 
 bool SentRecords::readWhere(const QString& condition, const Database::Values& values, Records& records) {
-    const bool inOne = database_->kind() == DatabaseKind::MySql;
-    const QString sql =
-        (inOne ? kSelectInOne : kSelect).arg(multi_ ? QStringLiteral("multi") : QStringLiteral("outbox"), condition);
-    const Result<void> done = database_->readThrough(sql, values, [&](const CurrentRow& row) {
-        const QStringList parts = inOne ? row.text(0).split(u'\t') : QStringList();
-        if (inOne && parts.size() < kSelected) return true;
-        const auto cell = [&](int column) { return inOne ? parts[column] : row.text(column); };
-        if (Record* record = records.of(cell(0).toLongLong()))
-            *record = {multi_ ? cell(1) : QString(), {cell(2), ticksInWords(cell(3)), cell(4), cell(5)}};
+    const QString sql = kSelect.arg(multi_ ? QStringLiteral("multi") : QStringLiteral("outbox"), condition);
+    const Result<void> done = database_->readThrough(sql, values, [&](const RowReader& row) {
+        if (Record* record = records.of(row.cell(0).toLongLong())) {
+            *record = {};
+            if (multi_) record->profile = row.cell(1).toByteArray();
+            for (const QByteArrayView cell : {row.cell(2), ticksInWords(row.cell(3)), row.cell(4), row.cell(5)})
+                record->cells.append(cell);
+        }
         return true;
     });
     if (!done)

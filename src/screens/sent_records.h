@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QStringList>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "base/clock.h"
+#include "base/packed_row.h"
 #include "store/database.h"
 
 namespace kibo {
@@ -17,10 +17,11 @@ class SentRecords {
     SentRecords(StoreAddress store, bool multi) : store_(std::move(store)), multi_(multi) {}
 
     struct Line {
-        QStringList cells;  ///< in the order of SentColumn, up to the status
-        QString profile;    ///< in `multi`: of its row
+        qint64 id;           ///< 0: none that could be looked for
+        QByteArray profile;  ///< in `multi`: of its row
+        PackedRow cells;     ///< in the order of SentColumn, up to the status
     };
-    /// Adds the other cells to each line; empty ones where nothing is known.
+    /// Adds the other cells to each line of which something is known.
     void complete(std::vector<Line>& lines);
 
     /// False once a store has turned out to keep no such table.
@@ -28,8 +29,8 @@ class SentRecords {
 
  private:
     struct Record {
-        QString profile;
-        QStringList cells;
+        QByteArray profile;
+        PackedRow cells;
     };
     /// What is known of messages, by their ids, which rise.
     struct Records {

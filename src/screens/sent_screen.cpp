@@ -222,7 +222,7 @@ void SentScreen::search(const SentQuery& query, const QString& note) {
         return;
     }
     shown_ = query;
-    rows_ = std::make_shared<FoundRows>(kSentColumns);
+    rows_ = std::make_shared<FoundRows>();
     ms_->clearSelection();
     ms_->scrollToTop();
     lines_.setRows(rows_);

@@ -70,7 +70,7 @@ void copyRows(RowReading& reading, RowReading::What what, int columns, RowReadin
     auto copy = std::make_shared<Copy>();
     copy->lines.resize(what.chosen.size());
     const auto read = [copy, columns](const RowSource& rows, int row, size_t place) {
-        copy->lines[place] = tabSeparated(rows, columns, row, row);
+        copy->lines[place] = tableLine(rows, columns, row);
         copy->characters += copy->lines[place].size();
         return copy->characters <= kMostCopiedCharacters;
     };

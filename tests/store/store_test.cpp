@@ -3,6 +3,7 @@
 
 #include "store/database.h"
 #include "store/queue_writer.h"
+#include "store/transaction.h"
 #include "store_under_test.h"
 
 namespace kibo {
