@@ -18,11 +18,13 @@ class PackedRow {
     /// A null view is a NULL.
     void append(QByteArrayView cell) {
         const quint32 length = cell.isNull() ? kNull : static_cast<quint32>(cell.size());
-        if (bytes_.empty()) bytes_.reserve(kUsualBytes);
         bytes_.append(reinterpret_cast<const char*>(&length), sizeof length);
         bytes_.append(cell.data(), static_cast<size_t>(cell.size()));
     }
     void append(const PackedRow& cells) { bytes_.append(cells.bytes_); }
+    /// Its room stays.
+    void clear() { bytes_.clear(); }
+    void reserve(size_t bytes) { bytes_.reserve(bytes); }
     const std::string& bytes() const { return bytes_; }
 
     /// Gives its cells one after another, and null views behind the last one.
@@ -56,7 +58,6 @@ class PackedRow {
 
  private:
     static constexpr quint32 kNull = 0xFFFFFFFF;
-    static constexpr size_t kUsualBytes = 256;
 
     std::string bytes_;
 };

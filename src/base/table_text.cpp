@@ -1,6 +1,7 @@
 #include "base/table_text.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace kibo {
 
@@ -20,13 +21,20 @@ QString tableLine(const RowSource& rows, int columns, int row) {
 }
 
 void appendCsvCell(std::string& line, QByteArrayView cell) {
-    const auto needsQuotes = [](char c) { return c == ',' || c == '"' || c == '\n' || c == '\r'; };
-    if (std::none_of(cell.begin(), cell.end(), needsQuotes)) {
-        line.append(cell.data(), static_cast<size_t>(cell.size()));
+    const auto length = static_cast<size_t>(cell.size());
+    const auto holds = [&](char c) { return length > 0 && std::memchr(cell.data(), c, length) != nullptr; };
+    if (!holds(',') && !holds('"') && !holds('\n') && !holds('\r')) {
+        line.append(cell.data(), length);
         return;
     }
     line += '"';
-    for (const char c : cell) line.append(c == '"' ? 2 : 1, c);
+    for (QByteArrayView left = cell; !left.isEmpty();) {
+        const qsizetype quote = left.indexOf('"');
+        const qsizetype end = quote < 0 ? left.size() : quote + 1;
+        line.append(left.data(), static_cast<size_t>(end));
+        if (quote >= 0) line += '"';
+        left = left.sliced(end);
+    }
     line += '"';
 }
 

@@ -32,6 +32,7 @@ const QString kRowsInMulti = QStringLiteral(
 // The first lines are wanted at once, the others in larger pieces.
 constexpr size_t kFirstLines = 50;
 constexpr qsizetype kPieceBytes = 256 * 1024, kOtherBytes = 50;
+constexpr size_t kUsualBytes = 256;  // of a line
 constexpr qint64 kPieceMs = 100;
 constexpr int kStopLooks = 64;  // lines between two looks
 constexpr int kRowsOfStatement = 500;
@@ -90,11 +91,12 @@ class SentLog::Lines {
         if (++taken_ % kStopLooks == 0 && stop_.stop_requested()) return false;
         if (taken_ == 1) findColumns(row);
         SentRecords::Line line;
+        line.cells.reserve(kUsualBytes);
         for (size_t i = 0; i < columns_.size(); ++i) {
             const QByteArrayView cell = columns_[i] < 0 ? QByteArrayView() : row.cell(columns_[i]);
             switch (static_cast<SentColumn>(i)) {
                 case SentColumn::Id:
-                    line.id = cell.toLongLong();
+                    line.id = cell.isNull() ? 0 : row.number(columns_[i]);
                     line.cells.append(cell);
                     break;
                 case SentColumn::Time:

@@ -9,10 +9,11 @@
 namespace kibo {
 namespace {
 
-// A message that was taken several times has several rows, of which the last one tells.
+// A message that was taken several times has several rows, of which the last one tells. Sorting them takes the store
+// longer than finding them.
 const QString kSelect = QStringLiteral(
-    "select outbox_id, profil, ended, ticks, ticks_time, reason from kibo_message where source = '%1' and "
-    "outbox_id %2 order by id");
+    "select outbox_id, profil, ended, ticks, ticks_time, reason, id from kibo_message where source = '%1' and "
+    "outbox_id %2");
 const QString kBetween = QStringLiteral("between ? and ?");
 const QString kAmong = QStringLiteral("in (%1)");
 const QString kSmallCache = QStringLiteral("PRAGMA cache_size=-2000");
@@ -29,22 +30,23 @@ QByteArrayView ticksInWords(QByteArrayView ticks) {
 
 }  // namespace
 
-SentRecords::Record* SentRecords::Records::of(qint64 id) {
-    const auto at = std::lower_bound(ids.begin(), ids.end(), id);
-    return at != ids.end() && *at == id ? &found[static_cast<size_t>(at - ids.begin())] : nullptr;
+SentRecords::Record* SentRecords::of(qint64 id) {
+    const auto at = std::lower_bound(ids_.begin(), ids_.end(), id);
+    return at != ids_.end() && *at == id ? &found_[static_cast<size_t>(at - ids_.begin())] : nullptr;
 }
 
 void SentRecords::complete(std::vector<Line>& lines) {
-    Records records;
+    ids_.clear();
     for (const Line& line : lines)
-        if (line.id > 0) records.ids.push_back(line.id);
-    std::sort(records.ids.begin(), records.ids.end());
-    records.ids.erase(std::unique(records.ids.begin(), records.ids.end()), records.ids.end());
-    records.found.resize(records.ids.size());
-    if (!records.ids.empty() && open()) read(records);
+        if (line.id > 0) ids_.push_back(line.id);
+    std::sort(ids_.begin(), ids_.end());
+    ids_.erase(std::unique(ids_.begin(), ids_.end()), ids_.end());
+    for (Record& record : found_) record.id = 0;
+    found_.resize(std::max(found_.size(), ids_.size()));
+    if (!ids_.empty() && open()) read();
     for (Line& line : lines) {
-        const Record* record = records.of(line.id);
-        if (record && record->profile == line.profile) line.cells.append(record->cells);
+        const Record* record = of(line.id);
+        if (record && record->id > 0 && record->profile == line.profile) line.cells.append(record->cells);
     }
 }
 
@@ -60,30 +62,31 @@ bool SentRecords::open() {
     return areKept_;
 }
 
-void SentRecords::read(Records& records) {
-    const std::vector<qint64>& ids = records.ids;
-    if (ids.back() - ids.front() < kSpread * static_cast<qint64>(ids.size())) {
-        areKept_ = readWhere(kBetween, {ids.front(), ids.back()}, records);
+void SentRecords::read() {
+    if (ids_.back() - ids_.front() < kSpread * static_cast<qint64>(ids_.size())) {
+        areKept_ = readWhere(kBetween, {ids_.front(), ids_.back()});
         return;
     }
-    for (size_t first = 0; first < ids.size() && areKept_; first += kIdsOfStatement) {
-        const size_t last = std::min(first + kIdsOfStatement, ids.size());
+    for (size_t first = 0; first < ids_.size() && areKept_; first += kIdsOfStatement) {
+        const size_t last = std::min(first + kIdsOfStatement, ids_.size());
         Database::Values values;
-        for (size_t i = first; i < last; ++i) values.append(ids[i]);
+        for (size_t i = first; i < last; ++i) values.append(ids_[i]);
         const QString places = QStringList(values.size(), QStringLiteral("?")).join(QStringLiteral(", "));
-        areKept_ = readWhere(kAmong.arg(places), values, records);
+        areKept_ = readWhere(kAmong.arg(places), values);
     }
 }
 
-bool SentRecords::readWhere(const QString& condition, const Database::Values& values, Records& records) {
+bool SentRecords::readWhere(const QString& condition, const Database::Values& values) {
     const QString sql = kSelect.arg(multi_ ? QStringLiteral("multi") : QStringLiteral("outbox"), condition);
-    const Result<void> done = database_->readThrough(sql, values, [&](const RowReader& row) {
-        if (Record* record = records.of(row.cell(0).toLongLong())) {
-            *record = {};
-            if (multi_) record->profile = row.cell(1).toByteArray();
-            for (const QByteArrayView cell : {row.cell(2), ticksInWords(row.cell(3)), row.cell(4), row.cell(5)})
-                record->cells.append(cell);
-        }
+    const Result<void> done = database_->readThrough(sql, values, [this](const RowReader& row) {
+        Record* const record = of(row.number(0));
+        const qint64 id = row.number(6);
+        if (!record || id < record->id) return true;
+        record->id = id;
+        if (multi_) record->profile = row.cell(1).toByteArray();
+        record->cells.clear();
+        for (const QByteArrayView cell : {row.cell(2), ticksInWords(row.cell(3)), row.cell(4), row.cell(5)})
+            record->cells.append(cell);
         return true;
     });
     if (!done)

@@ -29,20 +29,16 @@ class SentRecords {
 
  private:
     struct Record {
+        qint64 id = 0;  // of its row; 0: none was found
         QByteArray profile;
         PackedRow cells;
     };
-    /// What is known of messages, by their ids, which rise.
-    struct Records {
-        std::vector<qint64> ids;
-        std::vector<Record> found;
-
-        Record* of(qint64 id);
-    };
 
     bool open();
-    void read(Records& records);
-    bool readWhere(const QString& condition, const Database::Values& values, Records& records);
+    /// What is known of a message; nullptr: it isn't asked for.
+    Record* of(qint64 id);
+    void read();
+    bool readWhere(const QString& condition, const Database::Values& values);
 
     const StoreAddress store_;
     const bool multi_;
@@ -50,6 +46,8 @@ class SentRecords {
     const SystemClock clock_;
     const ErrorPolicy policy_;
     std::optional<Database> database_;
+    std::vector<qint64> ids_;  // that are asked for; they rise
+    std::vector<Record> found_;
 };
 
 }  // namespace kibo

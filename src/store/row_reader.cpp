@@ -1,10 +1,27 @@
 #include "store/row_reader.h"
 
 #include <QSqlRecord>
+#include <cstring>
 
 #include "store/query_rows.h"
 
 namespace kibo {
+namespace {
+
+/// Most cells are, and short; asked here it costs less than a call.
+bool isAscii(QByteArrayView bytes) {
+    constexpr quint64 kHighBits = 0x8080808080808080;
+    quint64 all = 0, eight = 0;
+    qsizetype at = 0;
+    for (; at + qsizetype{sizeof eight} <= bytes.size(); at += sizeof eight) {
+        std::memcpy(&eight, bytes.data() + at, sizeof eight);
+        all |= eight;
+    }
+    for (; at < bytes.size(); ++at) all |= static_cast<unsigned char>(bytes[at]);
+    return (all & kHighBits) == 0;
+}
+
+}  // namespace
 
 QString RowReader::text(int column) const {
     const QByteArrayView bytes = column >= 0 && column < columnCount() ? cell(column) : QByteArrayView();
@@ -31,7 +48,7 @@ void RowReader::setColumns(const QStringList& names) {
 }
 
 QByteArrayView RowReader::readable(QByteArrayView bytes, int column) const {
-    return bytes.isValidUtf8() ? bytes : kept(QString::fromUtf8(bytes).toUtf8(), column);
+    return isAscii(bytes) || bytes.isValidUtf8() ? bytes : kept(QString::fromUtf8(bytes).toUtf8(), column);
 }
 
 QByteArrayView RowReader::kept(QByteArray bytes, int column) const {

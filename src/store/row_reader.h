@@ -26,6 +26,8 @@ class RowReader {
     /// stays until the next row is read.
     virtual QByteArrayView cell(int column) const = 0;
 
+    /// The same as a whole number, 0 for what is none.
+    virtual qint64 number(int column) const { return cell(column).toLongLong(); }
     /// The same as a text, null for a NULL and for a column that isn't there.
     QString text(int column) const;
     QStringList row() const;

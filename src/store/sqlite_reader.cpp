@@ -64,10 +64,15 @@ bool SqliteReader::next() {
 }
 
 QByteArrayView SqliteReader::cell(int column) const {
-    if (sqlite3_column_type(statement_, column) == SQLITE_NULL) return {};
     const unsigned char* const text = sqlite3_column_text(statement_, column);
-    const int bytes = sqlite3_column_bytes(statement_, column);
-    return text ? readable(QByteArrayView(text, bytes), column) : QByteArrayView("", qsizetype{0});
+    if (text) return readable(QByteArrayView(text, sqlite3_column_bytes(statement_, column)), column);
+    // Bytes that are none are no NULL.
+    const bool null = sqlite3_column_type(statement_, column) == SQLITE_NULL;
+    return null ? QByteArrayView() : QByteArrayView("", qsizetype{0});
+}
+
+qint64 SqliteReader::number(int column) const {
+    return sqlite3_column_int64(statement_, column);
 }
 
 bool SqliteReader::failed(int code) {

@@ -19,6 +19,7 @@ class SqliteReader : public RowReader {
 
     bool next() override;
     QByteArrayView cell(int column) const override;
+    qint64 number(int column) const override;
 
  private:
     /// Takes over what SQLite says; always false.
