@@ -48,12 +48,16 @@ class PackedRow {
     };
 
     /// Null for a NULL and for a cell that isn't there.
-    QString text(int column) const {
+    QByteArrayView cell(int column) const {
         Reader cells(*this);
         for (int before = 0; before < column; ++before) (void)cells.next();
-        const QByteArrayView cell = column < 0 ? QByteArrayView() : cells.next();
-        if (cell.isNull()) return {};
-        return cell.isEmpty() ? QStringLiteral("") : QString::fromUtf8(cell);
+        return column < 0 ? QByteArrayView() : cells.next();
+    }
+    /// The same as a text.
+    QString text(int column) const {
+        const QByteArrayView bytes = cell(column);
+        if (bytes.isNull()) return {};
+        return bytes.isEmpty() ? QStringLiteral("") : QString::fromUtf8(bytes);
     }
 
  private:

@@ -5,19 +5,18 @@
 
 namespace kibo {
 
-QString tableLine(const RowSource& rows, int columns, int row) {
-    QString line;
+void appendTableLine(QString& table, const RowSource& rows, int columns, int row) {
     for (int column = 0; column < columns; ++column) {
-        if (column > 0) line += u'\t';
+        if (column > 0) table += u'\t';
         const QString text = rows.text(row, column);
         const auto needsQuotes = [](QChar c) { return c == u'\t' || c == u'"' || c == u'\n' || c == u'\r'; };
         if (std::none_of(text.begin(), text.end(), needsQuotes)) {
-            line += text;
+            table += text;
         } else {
-            line += u'"' + QString(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
+            table += u'"' + QString(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
         }
     }
-    return line + u'\n';
+    table += u'\n';
 }
 
 void appendCsvCell(std::string& line, QByteArrayView cell) {

@@ -10,9 +10,9 @@ namespace kibo {
 
 // Cells as other programs take them over, such as spreadsheets: whole texts, whatever they hold.
 
-/// A row as a line of a table on the clipboard, with its end. Cells stand in double quotes, which are doubled inside,
+/// Appends a row as a line of a table on the clipboard, with its end. Cells stand in double quotes, which are doubled inside,
 /// where they hold what would end them, a tab or a line break, or what would be taken for such a quote.
-QString tableLine(const RowSource& rows, int columns, int row);
+void appendTableLine(QString& table, const RowSource& rows, int columns, int row);
 
 /// A cell in UTF-8 as one of a CSV file with commas, appended to `line`.
 void appendCsvCell(std::string& line, QByteArrayView cell);

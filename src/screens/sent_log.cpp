@@ -278,8 +278,8 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
     return outcome;
 }
 
-Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
-                         const SentLog::Course& course) {
+Result<void> exportLines(const FoundRows& rows, const std::vector<int>& lines, const QStringList& header,
+                         const QString& path, const SentLog::Course& course) {
     QSaveFile file(path);
     const auto refused = [&file, &path] {
         return Failure{FailureKind::Io, QStringLiteral("%1 can't be written: %2")
@@ -300,11 +300,12 @@ Result<void> exportLines(const FoundRows& rows, const QStringList& header, const
     }
     text += kCsvLineEnd;
     if (!written()) return refused();
-    const int all = rows.rowCount();
+    const int all = lines.empty() ? rows.rowCount() : static_cast<int>(lines.size());
     for (int first = 0; first < all; first += kExportedAtOnce) {
         if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
         course.lines = first;
-        const std::vector<PackedRow> block = rows.packed(first, kExportedAtOnce);
+        const std::vector<PackedRow> block =
+            lines.empty() ? rows.packed(first, kExportedAtOnce) : rows.packed(lines, first, kExportedAtOnce);
         if (static_cast<int>(block.size()) < qMin(kExportedAtOnce, all - first))
             return Failure{FailureKind::Io, "The found rows can't be read any more; search once more."};
         for (const PackedRow& row : block) {

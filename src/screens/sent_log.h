@@ -69,8 +69,9 @@ class SentLog {
     const QString profile_;
 };
 
-/// Writes `rows` to a CSV file, as many columns as `header` names: all of them or, stopped or after a failure, none.
-Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
-                         const SentLog::Course& course);
+/// Writes `rows` to a CSV file in the order of `lines`, which are all or none, then as they were found; as many columns
+/// as `header` names. All of them or, stopped or after a failure, none.
+Result<void> exportLines(const FoundRows& rows, const std::vector<int>& lines, const QStringList& header,
+                         const QString& path, const SentLog::Course& course);
 
 }  // namespace kibo

@@ -12,6 +12,7 @@
 #include "screens/background_work.h"
 #include "screens/screen.h"
 #include "screens/sent_log.h"
+#include "screens/sorted_lines.h"
 #include "widgets/row_reading.h"
 
 class QDateEdit;
@@ -39,6 +40,7 @@ class SentScreen : public Screen {
     };
 
     explicit SentScreen(Parts parts);
+    ~SentScreen() override;
 
     void open() override;
 
@@ -64,6 +66,9 @@ class SentScreen : public Screen {
     void search(const SentQuery& query, const QString& note = {});
     void searched(const Result<bool>& result);
     void showOutcomes(bool areKept);
+    void sort();
+    void sortedTo(const std::shared_ptr<const SortedLines>& sorted);
+    Lines found(Lines rows) const;
     void stop();
     void change(const ChangeWords& words, Step step);
     void beginChange(const ChangeWords& words, Step step, const Lines& lines);
@@ -75,7 +80,6 @@ class SentScreen : public Screen {
     void exportTo(const QString& file);
 
     SentQuery query() const;
-    Lines selectedLines() const;
     void begin(const QString& doing);
     void showProgress();
     void showButtons();
@@ -85,7 +89,10 @@ class SentScreen : public Screen {
     BackgroundWork work_;
     RowReading reading_;
     std::shared_ptr<FoundRows> rows_;  // of the last search; none before the first and while the window is closed
-    SentQuery shown_;                  // that found them
+    std::shared_ptr<const SortedLines> sorted_;  // as they are shown; none: as they were found
+    std::pair<int, Qt::SortOrder> sortedBy_{-1, Qt::AscendingOrder};
+    bool sorting_ = false;
+    SentQuery shown_;  // that found them
     Grid lines_;
     int columns_ = kSentColumns;  // that are shown, the first ones
     QString doing_;               // "Deleting %1 of 3 messages", empty while searching

@@ -72,6 +72,18 @@ std::vector<PackedRow> FoundRows::packed(int first, int rows) const {
     return read(first, rows);
 }
 
+std::vector<PackedRow> FoundRows::packed(const std::vector<int>& order, int first, int rows) const {
+    const std::lock_guard lock(mutex_);
+    std::vector<PackedRow> found;
+    const auto end = qMin(order.size(), static_cast<size_t>(first) + static_cast<size_t>(rows));
+    for (auto at = static_cast<size_t>(first); at < end; ++at) {
+        std::vector<PackedRow> one = read(order[at], 1);
+        if (one.empty()) break;
+        found.push_back(std::move(one.front()));
+    }
+    return found;
+}
+
 PackedRow FoundRows::packed(int row) const {
     const std::lock_guard lock(mutex_);
     if (row < 0 || row >= rowCount()) return {};

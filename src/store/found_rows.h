@@ -30,6 +30,8 @@ class FoundRows : public RowSource {
     PackedRow packed(int row) const;
     /// `rows` of them from `first` on, read at once.
     std::vector<PackedRow> packed(int first, int rows) const;
+    /// The same for rows that stand in `order`.
+    std::vector<PackedRow> packed(const std::vector<int>& order, int first, int rows) const;
     /// Bytes that the rows take.
     qint64 size() const;
 

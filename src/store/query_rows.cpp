@@ -65,18 +65,21 @@ SnapshotRows::~SnapshotRows() {
 
 void SnapshotRows::detach() {
     pages_.clear();
+    last_ = nullptr;
     running_.reset();
     if (!name_.isEmpty()) QSqlDatabase::removeDatabase(name_);
     name_.clear();
 }
 
 const SnapshotRows::Page& SnapshotRows::page(int number) const {
-    if (const auto known = pages_.find(number); known != pages_.end()) return known->second;
+    if (last_ && number == lastNumber_) return *last_;
+    lastNumber_ = number;
+    if (const auto known = pages_.find(number); known != pages_.end()) return *(last_ = &known->second);
     if (pages_.size() >= kPagesKept) {  // a grid scrolls on: what is farthest away goes
         const bool first = number - pages_.begin()->first > pages_.rbegin()->first - number;
         pages_.erase(first ? pages_.begin() : std::prev(pages_.end()));
     }
-    return pages_[number] = read(number);
+    return *(last_ = &(pages_[number] = read(number)));
 }
 
 SnapshotRows::Page SnapshotRows::read(int number) const {

@@ -78,6 +78,8 @@ class SnapshotRows : public QueryRows {
     QSqlError error_;
     int rowCount_ = 0;
     mutable std::map<int, Page> pages_;
+    mutable const Page* last_ = nullptr;  // that was asked for, number lastNumber_
+    mutable int lastNumber_ = 0;
     mutable std::unique_ptr<SqliteReader> running_;  // goes on to the end while pages are read one after another
     mutable int nextPage_ = -1;                      // the one after the page read last
     mutable bool runs_ = false;                      // running_ stands before nextPage_

@@ -7,6 +7,7 @@
 #include <QClipboard>
 #include <QDateEdit>
 #include <QFile>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -279,6 +280,49 @@ line 🚀	pic.jpg	http://x/doc.pdf)";
     if (form.server) expected = R"(1	623	{a|b} "x"\ttab\nline 🚀	pic.jpg	http://x/doc.pdf)";
     EXPECT_EQ(queue(), "other\t" + expected + "\nother\t1\t628\tnew\tpic.jpg\thttp://x/doc.pdf\n");
     EXPECT_EQ(left(), QStringLiteral("5")) << "they stay in the log";
+}
+
+TEST_P(SentScreenTest, HeaderSortsAllThatWasFoundAndButtonsActOnTheLinesShown) {
+    someRows();
+    sent(10, "'2026-11-20 02:00:00'", "'70'", "'first'", "''");
+    outside(QStringLiteral("insert into kibo_message (source, profil, outbox_id, ended) values "
+                           "('%1', 'other', 7, '2026-11-20 13:00:01'), ('%1', 'other', 10, '2026-11-20 02:00:01')")
+                .arg(form.multi ? QStringLiteral("multi") : QStringLiteral("outbox")));
+    open();
+    EXPECT_EQ(search(""), "3 4 2 7 10");
+    const auto sortedBy = [this](SentColumn column) {
+        const QHeaderView& header = *grid()->horizontalHeader();
+        const int section = static_cast<int>(column);
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                          QPoint(header.sectionViewportPosition(section) + 20, header.height() / 2));
+        EXPECT_TRUE(atRest());
+        return ids();
+    };
+    EXPECT_EQ(sortedBy(SentColumn::Id), "2 3 4 7 10");
+    EXPECT_EQ(sortedBy(SentColumn::Id), "10 7 4 3 2");
+    EXPECT_EQ(sortedBy(SentColumn::Id), "3 4 2 7 10") << "as they were found";
+    EXPECT_EQ(sortedBy(SentColumn::Time), "2 10 3 7 4");
+    EXPECT_EQ(sortedBy(SentColumn::Number), "7 10 2 3 4") << "numbers as numbers, nothing first";
+    EXPECT_EQ(sortedBy(SentColumn::Status), "2 7 10 3 4") << "those that are equal as they were found";
+    EXPECT_EQ(sortedBy(SentColumn::Ended), "3 4 2 10 7");
+    EXPECT_EQ(sortedBy(SentColumn::Ended), "7 10 3 4 2");
+
+    selectLast(2);
+    QTest::keyClick(grid(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().section(u'\t', 0, 0), QStringLiteral("4"));
+    const QString path = folder.filePath(QStringLiteral("sorted.csv"));
+    dialogs.texts = {path};
+    QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
+    ASSERT_TRUE(atRest());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains("\r\n7,2026-11-20 13:00:00,"));
+    dialogs.answers = {true};
+    grid()->setFocus();
+    QTest::keyClick(grid(), Qt::Key_Delete);
+    ASSERT_TRUE(atRest());
+    EXPECT_EQ(status(), "2 messages deleted.");
+    EXPECT_EQ(ids(), "7 10 3") << "sorted again";
 }
 
 TEST_P(SentScreenTest, StoreThatGoesAwayLeavesNothingHalfDone) {
