@@ -101,10 +101,10 @@ void GatewayApplication::buildEngine() {
     timers_ = std::make_unique<TimerRunner>(*edge_);
     page_ = std::make_unique<WebPage>(browser_, elements_, policy_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    screens_ = std::make_unique<ScreenList>(ScreenParts{elements_, elementStore_, *page_, state_, settings_,
-                                                        *guardedDialogs_, startUp_.settingsFile(),
-                                                        [this](const auto& step) { edge_->run(step); }, database_,
-                                                        clock_, programFolder_, [this] { refreshOutbox(); }});
+    screens_ = std::make_unique<ScreenList>(
+        ScreenParts{elements_, elementStore_, *page_, state_, settings_, *guardedDialogs_, startUp_.settingsFile(),
+                    [this](const auto& step) { edge_->run(step); }, database_, clock_, programFolder_,
+                    [this] { refreshOutbox(); }, [this](const auto& ids) { gateway_->unsent.queuedAgain(ids); }});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,

@@ -26,7 +26,8 @@ std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
 }
 
 std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
-    return std::make_unique<SentScreen>(SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs});
+    return std::make_unique<SentScreen>(
+        SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs, p.queuedAgain});
 }
 
 struct Entry {

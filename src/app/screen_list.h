@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/dialogs.h"
@@ -32,6 +33,7 @@ struct ScreenParts {
     const Clock& clock;
     QString programFolder;
     std::function<void()> refreshOutbox;
+    std::function<void(const std::vector<qint64>& ids)> queuedAgain;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.

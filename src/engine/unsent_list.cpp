@@ -91,6 +91,14 @@ void UnsentList::handled(const Ids& ids) {
     show();
 }
 
+void UnsentList::queuedAgain(const Ids& ids) {
+    const std::set<qint64> again(ids.begin(), ids.end());
+    Ids listed;
+    for (const QStringList& line : lines_)
+        if (const qint64 id = line[UnsentColumn::Id].toLongLong(); again.contains(id)) listed.push_back(id);
+    handled(listed);
+}
+
 void UnsentList::allHandled() {
     Ids ids;
     for (const QStringList& line : lines_) ids.push_back(line[UnsentColumn::Id].toLongLong());

@@ -267,6 +267,10 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
             }
             (*row)->used = true;
             messages.push_back((*row)->message);
+            const bool failed =
+                field(line, SentColumn::Status).compare(QStringLiteral("fail"), Qt::CaseInsensitive) == 0;
+            if (failed && (!multi_ || (*row)->message.profile == profile_))
+                outcome.failed.push_back((*row)->id.toLongLong());
         }
         course.lines += static_cast<int>(chosen.size());
     }

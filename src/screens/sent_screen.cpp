@@ -39,19 +39,6 @@ QString reason(const Failure& failure) {
     return QString::fromStdString(failure.text);
 }
 
-/// Runs `step` with a sent log over a connection that lives as long as the call.
-template <class T>
-Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool multi, const QString& profile,
-                            const std::function<Result<T>(SentLog& log)>& step) {
-    const SystemClock clock;
-    const ErrorPolicy policy;
-    Database database(clock, policy);
-    const Result<void> opened = onlyRead ? database.openToRead(address) : database.openSame(address);
-    if (!opened) return opened.failure();
-    SentLog log(database, multi, profile);
-    return step(log);
-}
-
 }  // namespace
 
 SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
@@ -400,7 +387,9 @@ void SentScreen::changed(const ChangeWords& words, const Result<SentLog::Outcome
     QString told = QStringLiteral("%1 %2.").arg(messages(outcome.done), words.done);
     if (outcome.gone > 0) told += QStringLiteral(" %1 no longer in the sent log.").arg(messages(outcome.gone));
     log::info("screens", QStringLiteral("sent log: %1").arg(told));
+    if (!outcome.failed.empty()) p_.queuedAgain(outcome.failed);
     tell(told);
+    sort();
     if (words.doing != QStringLiteral("Deleting") || isHidden()) return;
     scrollTo_ = ms_->verticalScrollBar()->value();
     search(shown_, told);

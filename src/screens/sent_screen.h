@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -37,6 +38,8 @@ class SentScreen : public Screen {
         const GatewayState& state;
         const Clock& clock;
         Dialogs& dialogs;
+        /// Hears of failed messages that were put into the outbox once more.
+        std::function<void(const std::vector<qint64>& ids)> queuedAgain;
     };
 
     explicit SentScreen(Parts parts);

@@ -16,6 +16,7 @@
 #include <QTest>
 
 #include "base/table_text.h"
+#include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/eventually.h"
 #include "support/manual_clock.h"
@@ -65,7 +66,9 @@ class SentScreenTest : public testing::TestWithParam<Form> {
         state.cb_Profil.text = QStringLiteral("shop");
         const Result<void> opened = database.OpenDatabase(settings, folder.path());
         ASSERT_TRUE(opened) << opened.failure().text;
-        screen = std::make_unique<SentScreen>(SentScreen::Parts{database, settings, state, clock, dialogs});
+        screen = std::make_unique<SentScreen>(
+            SentScreen::Parts{database, settings, state, clock, dialogs,
+                              [this](const std::vector<qint64>& ids) { unsent.queuedAgain(ids); }});
     }
     QString outside(const QString& sql) { return server ? server->run(sql) : sqlite(store(), sql); }
     QString store() const { return folder.filePath(QStringLiteral("kb.mdb")); }
@@ -153,6 +156,7 @@ line 🚀')",
     ErrorPolicy policy;
     Database database{clock, policy};
     AnsweringDialogs dialogs;
+    UnsentList unsent{state, settings, database, clock};
     std::unique_ptr<SentScreen> screen;
 };
 
@@ -270,6 +274,8 @@ TEST_P(SentScreenTest, ChangesTheRowsThatWereSelected) {
     EXPECT_EQ(status(), "2 messages deleted. 1 message no longer in the sent log.");
     EXPECT_EQ(ids(), "3 8") << "what is there now";
 
+    state.cb_Profil.text = QStringLiteral("other");
+    for (const char* id : {"3", "4"}) unsent.add({}, {}, {}, QLatin1String(id));
     selectLast(2);
     find<QPushButton>("Command4")->click();
     dialogs.answerOpen();
@@ -280,6 +286,8 @@ line 🚀	pic.jpg	http://x/doc.pdf)";
     if (form.server) expected = R"(1	623	{a|b} "x"\ttab\nline 🚀	pic.jpg	http://x/doc.pdf)";
     EXPECT_EQ(queue(), "other\t" + expected + "\nother\t1\t628\tnew\tpic.jpg\thttp://x/doc.pdf\n");
     EXPECT_EQ(left(), QStringLiteral("5")) << "they stay in the log";
+    ASSERT_EQ(state.ms2.rowCount(), 2) << "of the failed ones the one that was not queued again is left";
+    EXPECT_EQ(state.ms2.text(1, UnsentColumn::Id), QStringLiteral("4"));
 }
 
 TEST_P(SentScreenTest, HeaderSortsAllThatWasFoundAndButtonsActOnTheLinesShown) {
