@@ -20,7 +20,8 @@ constexpr int kRows = 1'000'000;
 constexpr int kRowsOfDay = 10'000;
 constexpr int kCopied = 100'000;
 constexpr int kSamples = 5;
-constexpr double kDayMs = 300, kTextMs = 3000, kGrowthMb = 50, kCopyTarget = 2;
+constexpr int kOutcomes = 100;
+constexpr double kOutcomeMs = 5, kDayMs = 300, kTextMs = 3000, kGrowthMb = 50, kCopyTarget = 2;
 const QDate kFirst(2026, 3, 1);
 
 // Rows as a campaign leaves them, a hundred days of ten thousand; one in ten thousand holds what is looked for.
@@ -88,7 +89,7 @@ Search searched(const StoreAddress& store, const SentQuery& query) {
     return search;
 }
 
-void compare(Table& table, const char* store, const Database& database, bool access, const QString& program,
+void compare(Table& table, const char* store, Database& database, bool access, const QString& program,
              const QStringList& arguments) {
     const StoreAddress address = database.address();
     const QDate last = kFirst.addDays(kRows / kRowsOfDay - 1);
@@ -108,6 +109,17 @@ void compare(Table& table, const char* store, const Database& database, bool acc
     }
     table.add({name + ": a day, first lines", "ms", median(day), kDayMs, 1, kSamples});
     table.add({name + ": a text, all lines", "ms", median(text), kTextMs, 1, kSamples});
+
+    // As a program asks that waits for its message.
+    std::vector<double> outcome;
+    for (int i = 1; i <= kOutcomes; ++i)
+        outcome.push_back(millisecondsOf([&] {
+            const Recordset told =
+                database.OpenRecordset(QStringLiteral("select state, final, reason from kibo_outcome where id = ?"),
+                                       {i * (kRows / kOutcomes)});
+            require(told.recordCount() == 1 && !told.field(QStringLiteral("state")).isEmpty(), "nothing is told");
+        }));
+    table.add({name + ": kibo_outcome of a message", "ms", median(outcome), kOutcomeMs, 1, kOutcomes});
 
     (void)malloc_trim(0);  // what was freed before is not there to grow into
     const double before = processFigures(getpid()).residentMb;
