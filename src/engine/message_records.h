@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 
 #include "base/clock.h"
@@ -36,8 +37,11 @@ class MessageRecords {
         QString reason = {};
     };
     static constexpr const char *kSent = "sent", *kFail = "fail", *kInDoubt = "in doubt", *kPutBack = "put back";
-    /// Completes the row. False when the store is away: it has to be tried again.
+    /// Completes the row. False when the store is away or refuses what it took before: it has to be tried again, which
+    /// is done once a minute, for an hour.
     bool ended(const QString& id, const End& end);
+    /// Whether that has to wait still.
+    bool isOwed(const QString& id) const { return !areKept() && owed_.contains(id); }
 
     /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
     void removeOld();
@@ -48,6 +52,7 @@ class MessageRecords {
         qint64 takenMs = 0;
         QDateTime typed, sent;
         QString pageId;
+        bool begun = false;  // its row, which has to be completed
     };
 
     bool multi() const { return isYes(settings_.Multi); }
@@ -60,7 +65,8 @@ class MessageRecords {
     Database& database_;
     const Clock& clock_;
     Moments current_;            // of the message that was taken last
-    bool tableIsThere_ = false;  // a row was begun there
+    QHash<QString, int> owed_;   // rows that could not be completed, and how often that was tried
+    bool tableIsThere_ = false;  // a row was begun there and can be completed
     qint64 keptAgainMs_ = 0;
     qint64 removeAgainMs_ = 0;
 };
