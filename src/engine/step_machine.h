@@ -65,6 +65,7 @@ class StepMachine {
     QString nothingToSend();
     QString pausedWords() const;
     bool storeRefuses();
+    void tryJournal();
     QString destination(const QString& written) const;
     QString nextLink() const;
     std::optional<QueuedRow> loadMessage();
@@ -78,6 +79,7 @@ class StepMachine {
     bool silentTooLong(const PageLook& look);
 
     Parts p_;
+    qint64 tryJournalMs_ = 0;
     std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;
     QueueForecast forecast_;
