@@ -41,7 +41,7 @@ QString reason(const Failure& failure) {
 
 }  // namespace
 
-SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
+SentScreen::SentScreen(Parts parts) : p_(std::move(parts)), work_(this), reading_(this) {
     setObjectName(QStringLiteral("frm_Sent"));
     setWindowTitle(QStringLiteral("Sent messages"));
     resize(1240, 640);
