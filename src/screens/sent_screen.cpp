@@ -274,15 +274,17 @@ void SentScreen::sort() {
     }
     begin(QStringLiteral("Sorting: %1 of ") + messages(rows_->rowCount()));
     sorting_ = true;
-    work_.start(
-        [column, order = header.sortIndicatorOrder(), rows = rows_, done = done_, this](const std::stop_token& stop) {
-            auto lines = sortLines(*rows, static_cast<SentColumn>(column), order, SentLog::Course{stop, *done});
-            auto sorted = lines ? std::make_shared<SortedLines>(rows, std::move(lines).value()) : nullptr;
-            return [why = lines ? QString() : reason(lines.failure()), sorted, this] {
-                sortedTo(sorted);
-                if (!sorted) tell(QStringLiteral("Nothing was sorted: ") + why);
-            };
-        });
+    work_.start([wanted, rows = rows_, done = done_, this](const std::stop_token& stop) {
+        Result<std::vector<int>> lines =
+            sortLines(*rows, static_cast<SentColumn>(wanted.first), wanted.second, SentLog::Course{stop, *done});
+        const QString why = lines ? QString() : reason(lines.failure());
+        std::shared_ptr<const SortedLines> sorted;
+        if (lines) sorted = std::make_shared<SortedLines>(rows, std::move(lines).value());
+        return [why, sorted, this] {
+            sortedTo(sorted);
+            if (!sorted) tell(QStringLiteral("Nothing was sorted: ") + why);
+        };
+    });
     showButtons();
 }
 
@@ -311,8 +313,7 @@ void SentScreen::sortedTo(const std::shared_ptr<const SortedLines>& sorted) {
 
 /// Where the rows of the grid stand in what was found.
 SentScreen::Lines SentScreen::found(Lines rows) const {
-    if (sorted_)
-        for (int& row : rows) row = sorted_->line(row);
+    for (int& row : rows) row = sorted_ ? sorted_->line(row) : row;
     return rows;
 }
 
