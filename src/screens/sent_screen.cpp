@@ -169,7 +169,7 @@ void SentScreen::addKeys() {
     key(Qt::Key_Escape, this, Qt::WindowShortcut,
         [this] { work_.isRunning() || reading_.isRunning() ? stop() : (void)close(); });
     key(Qt::Key_Delete, ms_, Qt::WidgetShortcut, [this] { Command5_->click(); });
-    key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(found(ms_->selectedRows())); });
+    key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(foundLines(sorted_.get(), ms_->selectedRows())); });
 }
 
 void SentScreen::open() {
@@ -311,12 +311,6 @@ void SentScreen::sortedTo(const std::shared_ptr<const SortedLines>& sorted) {
     showButtons();
 }
 
-/// Where the rows of the grid stand in what was found.
-SentScreen::Lines SentScreen::found(Lines rows) const {
-    for (int& row : rows) row = sorted_ ? sorted_->line(row) : row;
-    return rows;
-}
-
 /// A store without `kibo_message` has nothing to show in the last columns.
 void SentScreen::showOutcomes(bool areKept) {
     columns_ = areKept ? kSentColumns : kLoggedColumns;
@@ -343,7 +337,7 @@ void SentScreen::stop() {
 
 void SentScreen::change(const ChangeWords& words, Step step) {
     // The lines of this moment: what is found later has other rows.
-    const Lines lines = found(ms_->selectedRows());
+    const Lines lines = foundLines(sorted_.get(), ms_->selectedRows());
     if (lines.empty() || work_.isRunning()) return;
     const int number = static_cast<int>(lines.size());
     if (step == &SentLog::sendAgain && number > kMostSentAgain) {
@@ -408,7 +402,7 @@ void SentScreen::Command1_Click() {
     }
     Lines all(static_cast<size_t>(ms_->model()->rowCount()));
     std::iota(all.begin(), all.end(), 0);
-    copy(found(all), [this] {
+    copy(foundLines(sorted_.get(), all), [this] {
         p_.dialogs.show(
             {QStringLiteral("Info"), QStringLiteral("Copied to Clipboard.."), MessageBox::Icon::Information});
     });

@@ -71,7 +71,6 @@ class SentScreen : public Screen {
     void showOutcomes(bool areKept);
     void sort();
     void sortedTo(const std::shared_ptr<const SortedLines>& sorted);
-    Lines found(Lines rows) const;
     void stop();
     void change(const ChangeWords& words, Step step);
     void beginChange(const ChangeWords& words, Step step, const Lines& lines);

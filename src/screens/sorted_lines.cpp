@@ -54,6 +54,11 @@ Result<std::vector<int>> sorted(const FoundRows& rows, SentColumn column, Qt::So
 
 }  // namespace
 
+std::vector<int> foundLines(const SortedLines* sorted, std::vector<int> rows) {
+    for (int& row : rows) row = sorted ? sorted->line(row) : row;
+    return rows;
+}
+
 Result<std::vector<int>> sortLines(const FoundRows& rows, SentColumn column, Qt::SortOrder order,
                                    const SentLog::Course& course) {
     switch (column) {

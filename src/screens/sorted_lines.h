@@ -26,6 +26,9 @@ class SortedLines : public RowSource {
     const std::vector<int> lines_;
 };
 
+/// Where rows of the grid stand in what was found; nullptr: they are shown as they were found.
+std::vector<int> foundLines(const SortedLines* sorted, std::vector<int> rows);
+
 /// All lines of `rows` in the order of a column: numbers as numbers, times as times, those that are equal as they were
 /// found. Fails when it is stopped, and where the rows can't be read.
 Result<std::vector<int>> sortLines(const FoundRows& rows, SentColumn column, Qt::SortOrder order,
