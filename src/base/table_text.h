@@ -10,8 +10,8 @@ namespace kibo {
 
 // Cells as other programs take them over, such as spreadsheets: whole texts, whatever they hold.
 
-/// Appends a row as a line of a table on the clipboard, with its end. Cells stand in double quotes, which are doubled inside,
-/// where they hold what would end them, a tab or a line break, or what would be taken for such a quote.
+/// Appends a row as a line of a table on the clipboard, with its end. Cells stand in double quotes, which are doubled
+/// inside, where they hold what would end them, a tab or a line break, or what would be taken for such a quote.
 void appendTableLine(QString& table, const RowSource& rows, int columns, int row);
 
 /// A cell in UTF-8 as one of a CSV file with commas, appended to `line`.
