@@ -24,8 +24,12 @@ ElementTable elementsIn(const QString& folder, const Clock& clock, const ErrorPo
 }  // namespace
 
 void runQuietly(const QString& program, const QStringList& arguments) {
+    runInto(QProcess::nullDevice(), program, arguments);
+}
+
+void runInto(const QString& file, const QString& program, const QStringList& arguments) {
     QProcess process;
-    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(file);
     process.start(program, arguments);
     require(process.waitForFinished(60'000) && process.exitCode() == 0, program.toStdString() + " fails");
 }

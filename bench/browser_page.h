@@ -15,6 +15,8 @@ namespace kibo::bench {
 
 /// Runs a program to its end; what it prints goes nowhere. Throws std::runtime_error when it fails.
 void runQuietly(const QString& program, const QStringList& arguments);
+/// The same, with what it prints in `file`.
+void runInto(const QString& file, const QString& program, const QStringList& arguments);
 
 /// Makes the embedded store and the element store in `folder`.
 void createStores(const QString& folder);

@@ -18,6 +18,12 @@ if(NOT KIBO_QSQLITE)
     message(FATAL_ERROR "The Windows kit \"${KIBO_WINDOWS_KIT}\" has no SQLite driver; packaging/windows/build-kit adds it.")
 endif()
 
+# SQLite itself is inside the driver; its header is the same on every system.
+file(CREATE_LINK /usr/include/sqlite3.h "${headers}/sqlite3.h" SYMBOLIC)
+add_library(SQLite::SQLite3 INTERFACE IMPORTED)
+set_target_properties(SQLite::SQLite3 PROPERTIES
+    INTERFACE_INCLUDE_DIRECTORIES "${headers}" INTERFACE_LINK_LIBRARIES "${KIBO_QSQLITE};Qt6::Sql")
+
 set(KIBO_WINDOWS_PACKAGING "${CMAKE_SOURCE_DIR}/packaging/windows")
 set(plugin_source "${CMAKE_BINARY_DIR}/sqlite_plugin.cpp")
 file(CONFIGURE OUTPUT "${plugin_source}" CONTENT "#include <QtPlugin>\nQ_IMPORT_PLUGIN(QSQLiteDriverPlugin)\n")

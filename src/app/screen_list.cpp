@@ -27,7 +27,8 @@ std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
 }
 
 std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
-    return std::make_unique<SentScreen>(SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs});
+    return std::make_unique<SentScreen>(
+        SentScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs, p.queuedAgain});
 }
 
 std::unique_ptr<Screen> settingsScreen(const ScreenParts& p) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/dialogs.h"
@@ -33,6 +34,7 @@ struct ScreenParts {
     QString programFolder;
     std::function<void()> refreshOutbox;
     std::function<void()> restartProgram;
+    std::function<void(const std::vector<qint64>& ids)> queuedAgain;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.

@@ -35,8 +35,8 @@ struct FileBox {
     QString title;
     QList<Kind> kinds;      ///< one of them is shown at a time, at first the first one
     QString beside = {};    ///< a file whose folder it begins in
-    bool folder = false;    ///< a folder is asked for
     QString proposal = {};  ///< name for a file to be written, with its ending; empty: one that is there is asked for
+    bool folder = false;    ///< a folder is asked for
 };
 
 /// Every box of the running program is shown through this. None is waited for: what runs goes on, and the answer comes

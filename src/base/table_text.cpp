@@ -1,51 +1,40 @@
 #include "base/table_text.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace kibo {
-namespace {
 
-QString quotedIf(const QString& text, char16_t separator) {
-    const auto needsQuotes = [separator](QChar c) { return c == separator || c == u'"' || c == u'\n' || c == u'\r'; };
-    if (std::none_of(text.begin(), text.end(), needsQuotes)) return text;
-    QString inside = text;
-    return u'"' + inside.replace(u'"', QStringLiteral("\"\"")) + u'"';
-}
-
-}  // namespace
-
-QString quotedCell(const QString& text) {
-    return quotedIf(text, u'\t');
-}
-
-QString tabSeparated(const QStringList& cells) {
-    QString line;
-    for (qsizetype i = 0; i < cells.size(); ++i) {
-        if (i > 0) line += u'\t';
-        line += quotedCell(cells[i]);
-    }
-    return line;
-}
-
-QString tabSeparated(const RowSource& rows, int columns, int first, int last) {
-    QString text;
-    for (int row = first; row <= last; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            if (column > 0) text += u'\t';
-            text += quotedCell(rows.text(row, column));
+void appendTableLine(QString& table, const RowSource& rows, int columns, int row) {
+    for (int column = 0; column < columns; ++column) {
+        if (column > 0) table += u'\t';
+        const QString text = rows.text(row, column);
+        const auto needsQuotes = [](QChar c) { return c == u'\t' || c == u'"' || c == u'\n' || c == u'\r'; };
+        if (std::none_of(text.begin(), text.end(), needsQuotes)) {
+            table += text;
+        } else {
+            table += u'"' + QString(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
         }
-        text += u'\n';
     }
-    return text;
+    table += u'\n';
 }
 
-QString csvLine(const QStringList& cells) {
-    QString line;
-    for (qsizetype i = 0; i < cells.size(); ++i) {
-        if (i > 0) line += u',';
-        line += quotedIf(cells[i], u',');
+void appendCsvCell(std::string& line, QByteArrayView cell) {
+    const auto length = static_cast<size_t>(cell.size());
+    const auto holds = [&](char c) { return length > 0 && std::memchr(cell.data(), c, length) != nullptr; };
+    if (!holds(',') && !holds('"') && !holds('\n') && !holds('\r')) {
+        line.append(cell.data(), length);
+        return;
     }
-    return line + QStringLiteral("\r\n");
+    line += '"';
+    for (QByteArrayView left = cell; !left.isEmpty();) {
+        const qsizetype quote = left.indexOf('"');
+        const qsizetype end = quote < 0 ? left.size() : quote + 1;
+        line.append(left.data(), static_cast<size_t>(end));
+        if (quote >= 0) line += '"';
+        left = left.sliced(end);
+    }
+    line += '"';
 }
 
 }  // namespace kibo

@@ -1,6 +1,7 @@
 #include "browser/element_store.h"
 
 #include "base/log.h"
+#include "store/transaction.h"
 
 namespace kibo {
 

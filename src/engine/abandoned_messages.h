@@ -10,6 +10,7 @@
 #include "engine/gateway_state.h"
 #include "engine/send_journal.h"
 #include "store/database.h"
+#include "store/transaction.h"
 
 namespace kibo {
 

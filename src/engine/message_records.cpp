@@ -1,6 +1,7 @@
 #include "engine/message_records.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/log.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 const QString kBegin =
     QStringLiteral("insert into kibo_message (source, profil, outbox_id, taken, taken_by) values (?, ?, ?, ?, ?)");
+// Changes nothing, but is refused where a row could not be completed later.
+const QString kProve = QStringLiteral(
+    "update kibo_message set ended = null where outbox_id = ? and source = ? and profil = ? and ended is null");
 // The columns in the same order, so that the values are the same. An attempt of another instance is its own.
 const QString kComplete = QStringLiteral(
     "update kibo_message set typed = ?, sent = ?, ended = ?, result = ?, reason_code = ?, reason = ?, ms = ?, "
@@ -27,6 +31,7 @@ const QString kOldest = QStringLiteral("select min(id) as oldest from kibo_messa
 const QString kRemove = QStringLiteral("delete from kibo_message where id < ? and taken < ?");
 
 constexpr qint64 kLeftOffMs = 60'000;
+constexpr int kMostTries = 60;
 constexpr qint64 kRemoveEveryMs = 1'000, kLookForOldEveryMs = 3'600'000;
 constexpr qint64 kRemovedAtOnce = 500;
 constexpr int kDays = 90;
@@ -80,10 +85,11 @@ QString reasonCode(const QString& words) {
 Result<void> MessageRecords::taken(const QString& id) {
     current_ = {id, clock_.monotonicMs(), {}, {}, {}};
     const QString attempt = attemptAt(id);
-    const auto begun =
-        database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), storedTime(clock_.now()),
-                                   attempt.isEmpty() ? QVariant() : QVariant(attempt)});
-    tableIsThere_ = begun.ok();
+    const bool proven = std::exchange(tableIsThere_, false);
+    auto begun = database_.attempt(kBegin, {source(), state_.cb_Profil.text, id.toLongLong(), storedTime(clock_.now()),
+                                            attempt.isEmpty() ? QVariant() : QVariant(attempt)});
+    if (begun && !proven) begun = database_.attempt(kProve, {id.toLongLong(), source(), state_.cb_Profil.text});
+    tableIsThere_ = current_.begun = begun.ok();
     if (begun) return {};
     leaveOff(begun.failure());
     return begun.failure();
@@ -100,11 +106,18 @@ void MessageRecords::sent(const QString& id, const QString& pageId) {
 }
 
 bool MessageRecords::ended(const QString& id, const End& end) {
-    if (!areKept()) return true;
+    // No row is owed to a message that was taken while none were kept.
+    if (!areKept() && current_.id == id && current_.begun) owed_.insert(id, owed_.value(id));
+    if (!areKept()) return !owed_.contains(id);
     const Result<void> completed = complete(id, end);
-    if (completed) return true;
-    if (completed.failure().kind == FailureKind::ConnectionLost) return false;
-    leaveOff(completed.failure());
+    if (!completed && completed.failure().kind == FailureKind::ConnectionLost) return false;
+    const bool givenUp = !completed && ++owed_[id] >= kMostTries;
+    if (!completed) leaveOff(completed.failure());
+    if (givenUp)
+        log::warning("engine", QStringLiteral("what became of message %1 stays unknown in kibo_message").arg(id));
+    if (!completed && !givenUp) return false;
+    owed_.remove(id);
+    if (current_.id == id) current_.begun = false;
     return true;
 }
 
@@ -138,7 +151,7 @@ QString MessageRecords::attemptAt(const QString& id) const {
 }
 
 QString MessageRecords::begunAttempt(const QString& id) const {
-    return current_.id == id && tableIsThere_ ? attemptAt(id) : QString();
+    return current_.id == id && current_.begun ? attemptAt(id) : QString();
 }
 
 Result<bool> MessageRecords::claimBack(const QString& id) {
@@ -168,6 +181,7 @@ void MessageRecords::leaveOff(const Failure& failure) {
         log::warning("engine", QStringLiteral("what becomes of messages is not noted in kibo_message: %1")
                                    .arg(QString::fromStdString(failure.text)));
     keptAgainMs_ = clock_.monotonicMs() + kLeftOffMs;
+    tableIsThere_ = false;
 }
 
 void MessageRecords::removeOld() {

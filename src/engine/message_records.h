@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 #include <optional>
 
@@ -39,7 +40,8 @@ class MessageRecords {
         QString reason = {};
     };
     static constexpr const char *kSent = "sent", *kFail = "fail", *kInDoubt = "in doubt", *kPutBack = "put back";
-    /// Completes the row. False when the store is away: it has to be tried again.
+    /// Completes the row. False when the store is away or refuses what it took before: it has to be tried again, which
+    /// is done once a minute, for an hour.
     bool ended(const QString& id, const End& end);
     /// Whether the attempt that the journal knows of this message has been ended by another instance, which had taken
     /// over the profile; nothing when the store can't tell.
@@ -49,6 +51,8 @@ class MessageRecords {
     /// Ends the row of a message that goes back into the queue, inside the transaction that moves it. False when
     /// another instance has ended it: then the message is his. True also where there is no row.
     Result<bool> claimBack(const QString& id);
+    /// Whether that has to wait still.
+    bool isOwed(const QString& id) const { return !areKept() && owed_.contains(id); }
 
     /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
     void removeOld();
@@ -59,6 +63,7 @@ class MessageRecords {
         qint64 takenMs = 0;
         QDateTime typed, sent;
         QString pageId;
+        bool begun = false;  // its row, which has to be completed
     };
 
     bool multi() const { return isYes(settings_.Multi); }
@@ -73,7 +78,8 @@ class MessageRecords {
     const Clock& clock_;
     const SendJournal& journal_;
     Moments current_;            // of the message that was taken last
-    bool tableIsThere_ = false;  // a row was begun there
+    QHash<QString, int> owed_;   // rows that could not be completed, and how often that was tried
+    bool tableIsThere_ = false;  // a row was begun there and can be completed
     qint64 keptAgainMs_ = 0;
     qint64 removeAgainMs_ = 0;
 };

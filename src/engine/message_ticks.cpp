@@ -5,7 +5,8 @@
 
 #include "base/log.h"
 #include "engine/drawn_text.h"
-#include "store/query_rows.h"
+#include "store/row_reader.h"
+#include "store/transaction.h"
 
 namespace kibo {
 namespace {
@@ -107,14 +108,14 @@ void MessageTicks::write() {
 Result<void> MessageTicks::load() {
     if (loaded_) return {};
     qint64 newest = 0;
-    Result<void> read = database_.readThrough(kNewest, {}, [&newest](const CurrentRow& row) {
+    Result<void> read = database_.readThrough(kNewest, {}, [&newest](const RowReader& row) {
         newest = row.text(0).toLongLong();
         return true;
     });
     if (!read) return read;
     std::deque<Known> before;
     const Database::Values which{newest - static_cast<qint64>(kMostKnown), source(), state_.cb_Profil.text};
-    read = database_.readThrough(kBefore, which, [&](const CurrentRow& row) {
+    read = database_.readThrough(kBefore, which, [&](const RowReader& row) {
         const QString ticks = row.text(4);
         Known message{row.text(1), row.text(0).toLongLong(), row.text(2), {}, {}, {}};
         message.sent = QDateTime::fromString(row.text(3), kTimeFormat);
@@ -155,7 +156,7 @@ Result<void> MessageTicks::writeSeen() {
 
 Result<void> MessageTicks::findRow(Known& message) {
     const Database::Values which{message.id.toLongLong(), source(), state_.cb_Profil.text};
-    return database_.readThrough(kRow, which, [&message](const CurrentRow& row) {
+    return database_.readThrough(kRow, which, [&message](const RowReader& row) {
         message.row = row.text(0).toLongLong();
         return true;
     });

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "base/log.h"
+#include "store/transaction.h"
 
 namespace kibo {
 namespace queue_sql {

@@ -99,8 +99,18 @@ void SendJournal::close(const QString& id, const QJsonObject& record) {
     if (find(id) == entries_.end()) return;
     if (entries_.size() > 1 && write(record)) return;
     apply(record);
-    if (!entries_.empty()) return;
-    // With nothing open no text is kept.
+    if (entries_.empty()) empty();
+}
+
+bool SendJournal::takesAgain() {
+    constexpr int kBytes = 8192;
+    if (!write({{kText, QString(kBytes, u' ')}})) return false;
+    if (entries_.empty()) empty();
+    return true;
+}
+
+/// With nothing open no text is kept.
+void SendJournal::empty() {
     const Result<void> emptied = file_->replace(back_.isEmpty() ? std::string() : lineOf({{kDo, kBack}, {kId, back_}}));
     if (!emptied) log::error("engine", QStringLiteral("journal: ") + QString::fromStdString(emptied.failure().text));
 }

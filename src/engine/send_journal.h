@@ -53,6 +53,8 @@ class SendJournal {
     Result<void> taken(const QueuedRow& row, const QString& by = {});
     Result<void> typed(const QString& id, const QString& destination, const QString& text,
                        const QString& lastMessageId);
+    /// Whether it takes as much as a message again after it took none.
+    bool takesAgain();
     /// What has happened already counts even if it can't be written: the next start then has to find out by itself.
     void failed(const QString& id, const QString& reason);
     void sent(const QString& id);
@@ -70,6 +72,7 @@ class SendJournal {
 
  private:
     void close(const QString& id, const QJsonObject& record);
+    void empty();
     Result<void> write(const QJsonObject& record);
     void apply(const QJsonObject& record);
     std::vector<Entry>::iterator find(const QString& id);

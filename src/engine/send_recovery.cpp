@@ -40,6 +40,7 @@ bool SendRecovery::settleInStore() {
     bool settled = true;
     const std::vector<SendJournal::Entry> entries = journal_.entries();  // settling takes them out of the journal
     for (const SendJournal::Entry& entry : entries) {
+        if (records_.isOwed(entry.row.id)) continue;
         if (entry.stage == SendJournal::Stage::Taken) settled = settleTaken(entry) && settled;
         const bool noted =
             (entry.stage == SendJournal::Stage::Failed && queue_.markFailed(entry.row.id, entry.reason)) ||

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kAfterSendMs = 500;
 constexpr qint64 kRefusedPauseMs = 3'000;
+constexpr qint64 kTryJournalMs = 60'000;
 const QString kWaitingForStore = QStringLiteral("Waiting for the database to tell what became of the last message");
 const QString kWaitingForSecondLook = QStringLiteral("Looking again in a moment whether the last message was sent");
 constexpr qint64 kLongestSilenceMs = 60'000;
@@ -139,6 +140,7 @@ bool StepMachine::KIRIM_WA(const PageLook& look) {
         return false;
     }
     const bool settled = p_.recovery.settleInStore();
+    tryJournal();
     if (!p_.queue.hasNext() && !p_.recovery.needsPage()) {
         stopMeasuring();
         idle(nothingToSend());
@@ -241,6 +243,13 @@ bool StepMachine::storeRefuses() {
     if (p_.clock.monotonicMs() - *refusedAtMs_ >= kRefusedPauseMs) return false;
     idle(QStringLiteral("The database takes no message, trying again"));
     return true;
+}
+
+/// The next message finds out whether the journal can be written again; where none comes or may go, this does.
+void StepMachine::tryJournal() {
+    if (p_.state.journalProblem.isEmpty() || p_.clock.monotonicMs() < tryJournalMs_) return;
+    tryJournalMs_ = p_.clock.monotonicMs() + kTryJournalMs;
+    if (p_.journal.takesAgain()) p_.state.journalProblem.clear();
 }
 
 /// What stands in `wa_no` as a number as it is dialled, or as the name that it is.

@@ -67,6 +67,7 @@ class StepMachine {
     bool storeRefuses();
     bool standsBy();
     QString nextAttempt();
+    void tryJournal();
     QString destination(const QString& written) const;
     QString nextLink() const;
     std::optional<QueuedRow> loadMessage();
@@ -81,6 +82,7 @@ class StepMachine {
 
     Parts p_;
     int attempts_ = 0;                   // to send a message, since the program started
+    qint64 tryJournalMs_ = 0;
     std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;
     QueueForecast forecast_;

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "base/log.h"
-#include "store/query_rows.h"
+#include "store/row_reader.h"
 
 namespace kibo {
 namespace {
@@ -47,7 +47,7 @@ void UnsentList::fill() {
     std::set<QString> ids;
     for (const QStringList& line : lines_) ids.insert(line[UnsentColumn::Id]);
     std::vector<QStringList> earlier;
-    const auto take = [&](const CurrentRow& row) {
+    const auto take = [&](const RowReader& row) {
         QStringList line;
         for (int column = UnsentColumn::Number; column <= UnsentColumn::Id; ++column) line.append(row.text(column));
         line[UnsentColumn::Text].truncate(kTextCharacters);
@@ -56,7 +56,7 @@ void UnsentList::fill() {
         return std::ssize(lines_) + std::ssize(earlier) < kMostLines;
     };
     qint64 newest = 0;
-    Result<void> read = database_.readThrough(kNewest, {}, [&newest](const CurrentRow& row) {
+    Result<void> read = database_.readThrough(kNewest, {}, [&newest](const RowReader& row) {
         newest = row.text(0).toLongLong();
         return false;
     });
@@ -89,6 +89,14 @@ void UnsentList::handled(const Ids& ids) {
     for (const qint64 id : ids) gone.insert(QString::number(id));
     std::erase_if(lines_, [&gone](const QStringList& line) { return gone.contains(line[UnsentColumn::Id]); });
     show();
+}
+
+void UnsentList::queuedAgain(const Ids& ids) {
+    const std::set<qint64> again(ids.begin(), ids.end());
+    Ids listed;
+    for (const QStringList& line : lines_)
+        if (const qint64 id = line[UnsentColumn::Id].toLongLong(); again.contains(id)) listed.push_back(id);
+    handled(listed);
 }
 
 void UnsentList::allHandled() {

@@ -27,6 +27,8 @@ class UnsentList {
     void fill();
     /// The operator has dealt with these messages. Where the store can't note it, they come back with the next start.
     void handled(const Ids& ids);
+    /// The same for those of them that are listed.
+    void queuedAgain(const Ids& ids);
     /// The same for all that are listed.
     void allHandled();
 

@@ -11,8 +11,9 @@
 
 #include "base/table_text.h"
 #include "screens/sent_records.h"
-#include "store/query_rows.h"
 #include "store/queue_writer.h"
+#include "store/row_reader.h"
+#include "store/transaction.h"
 
 namespace kibo {
 namespace {
@@ -30,14 +31,16 @@ const QString kRowsInMulti = QStringLiteral(
 
 // The first lines are wanted at once, the others in larger pieces.
 constexpr size_t kFirstLines = 50;
-constexpr qsizetype kPieceCharacters = 256 * 1024, kOtherCharacters = 50;
+constexpr qsizetype kPieceBytes = 256 * 1024, kOtherBytes = 50;
+constexpr size_t kUsualBytes = 256;  // of a line
 constexpr qint64 kPieceMs = 100;
 constexpr int kStopLooks = 64;  // lines between two looks
 constexpr int kRowsOfStatement = 500;
 constexpr int kRowsOfPiece = 150'000;
+constexpr int kExportedAtOnce = 256;
 
-QString field(const QStringList& line, SentColumn column) {
-    return line.value(static_cast<int>(column));
+QString field(const PackedRow& line, SentColumn column) {
+    return line.text(static_cast<int>(column));
 }
 
 /// "yyyy-MM-dd HH:mm:ss", also where another program has written a time in another of the usual forms.
@@ -45,6 +48,11 @@ QString lineTime(const QString& stored) {
     if (stored.size() == 19 && stored[10] == u' ') return stored;
     const QDateTime time = QDateTime::fromString(stored, Qt::ISODate);
     return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : stored;
+}
+
+void appendTime(PackedRow& row, QByteArrayView stored) {
+    const bool usual = stored.isNull() || (stored.size() == 19 && stored[10] == ' ');
+    row.append(usual ? stored : lineTime(QString::fromUtf8(stored)).toUtf8());
 }
 
 /// Ids are numbers, and Access compares no number with a text.
@@ -79,19 +87,33 @@ class SentLog::Lines {
         piece_.start();
     }
 
-    bool take(const CurrentRow& row) {
+    bool take(const RowReader& row) {
         if (++taken_ % kStopLooks == 0 && stop_.stop_requested()) return false;
         if (taken_ == 1) findColumns(row);
         SentRecords::Line line;
-        line.cells.reserve(kSentColumns);
-        for (const int column : columns_) line.cells.append(column < 0 ? QString() : row.text(column));
-        if (multi_) line.profile = row.text(profileColumn_);
-        QString& time = line.cells[static_cast<int>(SentColumn::Time)];
-        time = lineTime(time);
-        pieceCharacters_ += line.cells[static_cast<int>(SentColumn::Text)].size() + kOtherCharacters;
+        line.cells.reserve(kUsualBytes);
+        for (size_t i = 0; i < columns_.size(); ++i) {
+            const QByteArrayView cell = columns_[i] < 0 ? QByteArrayView() : row.cell(columns_[i]);
+            switch (static_cast<SentColumn>(i)) {
+                case SentColumn::Id:
+                    line.id = cell.isNull() ? 0 : row.number(columns_[i]);
+                    line.cells.append(cell);
+                    break;
+                case SentColumn::Time:
+                    appendTime(line.cells, cell);
+                    break;
+                case SentColumn::Text:
+                    pieceBytes_ += cell.size();
+                    [[fallthrough]];
+                default:
+                    line.cells.append(cell);
+            }
+        }
+        if (multi_) line.profile = row.cell(profileColumn_).toByteArray();
+        pieceBytes_ += kOtherBytes;
         lines_.push_back(std::move(line));
         const bool first = rows_.rowCount() == 0 && lines_.size() >= kFirstLines;
-        if (first || pieceCharacters_ >= kPieceCharacters || piece_.elapsed() >= kPieceMs) flush();
+        if (first || pieceBytes_ >= kPieceBytes || piece_.elapsed() >= kPieceMs) flush();
         return kept_.ok();
     }
     int taken() const { return taken_; }
@@ -107,11 +129,11 @@ class SentLog::Lines {
         for (const SentRecords::Line& line : lines_) rows_.append(line.cells);
         kept_ = rows_.flush();
         lines_.clear();
-        pieceCharacters_ = 0;
+        pieceBytes_ = 0;
         piece_.restart();
     }
 
-    void findColumns(const CurrentRow& row) {
+    void findColumns(const RowReader& row) {
         const QString id = multi_ ? QStringLiteral("id_outbox") : QStringLiteral("id");
         const QStringList names{id,
                                 QStringLiteral("wa_time"),
@@ -132,14 +154,14 @@ class SentLog::Lines {
     int taken_ = 0;
     SentRecords records_;
     std::vector<SentRecords::Line> lines_;  // not given on yet
-    qsizetype pieceCharacters_ = 0;
+    qsizetype pieceBytes_ = 0;
     QElapsedTimer piece_;
     Result<void> kept_;
 };
 
 Result<bool> SentLog::search(const SentQuery& query, FoundRows& rows, const std::stop_token& stop) {
     Lines lines(database_, multi_, rows, stop);
-    const auto take = [&lines](const CurrentRow& row) { return lines.take(row); };
+    const auto take = [&lines](const RowReader& row) { return lines.take(row); };
     // Not every driver hands on a server's rows as they come: some hold all of a statement's. So they are asked for in
     // pieces, which one transaction keeps to one state of the table; but not where a text narrows them down, since a
     // server that is told a limit goes through the index of the days, which takes three times as long for all of them.
@@ -189,7 +211,7 @@ struct SentLog::Stored {
     NewMessage message;
     bool used = false;
 
-    bool isOf(const QStringList& line) const {
+    bool isOf(const PackedRow& line) const {
         return !used && time == field(line, SentColumn::Time) && message.number == field(line, SentColumn::Number) &&
                message.text == field(line, SentColumn::Text) && message.mode == field(line, SentColumn::Mode).toInt();
     }
@@ -202,7 +224,7 @@ Result<std::vector<SentLog::Stored>> SentLog::storedRows(const QStringList& ids)
     for (const QString& id : ids) values.append(idValue(id));
     const QString places = QStringList(ids.size(), QStringLiteral("?")).join(QStringLiteral(", "));
     const Result<void> read =
-        database_.readThrough((multi_ ? kRowsInMulti : kRows).arg(places), values, [&](const CurrentRow& row) {
+        database_.readThrough((multi_ ? kRowsInMulti : kRows).arg(places), values, [&](const RowReader& row) {
             const auto text = [&row](int column) { return row.text(column); };
             stored.push_back({text(0),
                               lineTime(text(6)),
@@ -224,10 +246,10 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
     for (auto first = lines.begin(); first != lines.end();) {
         if (course.stop.stop_requested()) return Outcome{.stopped = true};
         const auto last = first + std::min<std::ptrdiff_t>(kRowsOfStatement, lines.end() - first);
-        std::vector<QStringList> chosen;
+        std::vector<PackedRow> chosen;
         QStringList ids;
         for (; first != last; ++first) {
-            chosen.push_back(rows.row(*first));
+            chosen.push_back(rows.packed(*first));
             const QString id = field(chosen.back(), SentColumn::Id);
             if (!id.isEmpty()) ids.append(id);
         }
@@ -236,7 +258,7 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
         if (!read) return read.failure();
         QMultiHash<QString, Stored*> byId;
         for (Stored& one : read.value()) byId.insert(one.id, &one);
-        for (const QStringList& line : chosen) {
+        for (const PackedRow& line : chosen) {
             const auto [begin, end] = byId.equal_range(field(line, SentColumn::Id));
             const auto row = std::find_if(begin, end, [&line](const Stored* one) { return one->isOf(line); });
             if (row == end) {
@@ -245,6 +267,10 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
             }
             (*row)->used = true;
             messages.push_back((*row)->message);
+            const bool failed =
+                field(line, SentColumn::Status).compare(QStringLiteral("fail"), Qt::CaseInsensitive) == 0;
+            if (failed && (!multi_ || (*row)->message.profile == profile_))
+                outcome.failed.push_back((*row)->id.toLongLong());
         }
         course.lines += static_cast<int>(chosen.size());
     }
@@ -256,8 +282,8 @@ Result<SentLog::Outcome> SentLog::sendAgain(const FoundRows& rows, const std::ve
     return outcome;
 }
 
-Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
-                         const SentLog::Course& course) {
+Result<void> exportLines(const FoundRows& rows, const std::vector<int>& lines, const QStringList& header,
+                         const QString& path, const SentLog::Course& course) {
     QSaveFile file(path);
     const auto refused = [&file, &path] {
         return Failure{FailureKind::Io, QStringLiteral("%1 can't be written: %2")
@@ -265,17 +291,36 @@ Result<void> exportLines(const FoundRows& rows, const QStringList& header, const
                                             .toStdString()};
     };
     if (!file.open(QIODevice::WriteOnly)) return refused();
-    file.write(kCsvStart);
-    file.write(csvLine(header).toUtf8());
-    const int all = rows.rowCount();
-    for (int row = 0; row < all; ++row) {
-        if (row % kStopLooks == 0) {
-            if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
-            course.lines = row;
+    std::string text = kCsvStart;
+    const auto written = [&file, &text] {
+        const auto bytes = static_cast<qint64>(text.size());
+        const bool whole = file.write(text.data(), bytes) == bytes;
+        text.clear();
+        return whole;
+    };
+    for (const QString& name : header) {
+        if (&name != &header.front()) text += ',';
+        appendCsvCell(text, name.toUtf8());
+    }
+    text += kCsvLineEnd;
+    if (!written()) return refused();
+    const int all = lines.empty() ? rows.rowCount() : static_cast<int>(lines.size());
+    for (int first = 0; first < all; first += kExportedAtOnce) {
+        if (course.stop.stop_requested()) return Failure{FailureKind::InvalidArgument, "it was stopped."};
+        course.lines = first;
+        const std::vector<PackedRow> block =
+            lines.empty() ? rows.packed(first, kExportedAtOnce) : rows.packed(lines, first, kExportedAtOnce);
+        if (static_cast<int>(block.size()) < qMin(kExportedAtOnce, all - first))
+            return Failure{FailureKind::Io, "The found rows can't be read any more; search once more."};
+        for (const PackedRow& row : block) {
+            PackedRow::Reader cells(row);
+            for (qsizetype column = 0; column < header.size(); ++column) {
+                if (column > 0) text += ',';
+                appendCsvCell(text, cells.next());
+            }
+            text += kCsvLineEnd;
         }
-        QStringList cells = rows.row(row);
-        cells.resize(header.size());
-        if (file.write(csvLine(cells).toUtf8()) < 0) return refused();
+        if (!written()) return refused();
     }
     if (!file.commit()) return refused();
     return {};

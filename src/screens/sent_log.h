@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <atomic>
+#include <functional>
 #include <stop_token>
 #include <vector>
 
@@ -38,6 +39,8 @@ class SentLog {
         int done = 0;
         int gone = 0;          ///< lines whose row has been deleted or changed since it was found
         bool stopped = false;  ///< on demand: nothing was done
+        /// Of failed messages of this profile that were queued once more.
+        std::vector<qint64> failed = {};
     };
     /// A long work's manners: it looks whether it shall stop, and tells how far it is.
     struct Course {
@@ -69,8 +72,22 @@ class SentLog {
     const QString profile_;
 };
 
-/// Writes `rows` to a CSV file, as many columns as `header` names: all of them or, stopped or after a failure, none.
-Result<void> exportLines(const FoundRows& rows, const QStringList& header, const QString& path,
-                         const SentLog::Course& course);
+/// Runs `step` with a sent log over a connection that lives as long as the call.
+template <class T>
+Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool multi, const QString& profile,
+                            const std::function<Result<T>(SentLog& log)>& step) {
+    const SystemClock clock;
+    const ErrorPolicy policy;
+    Database database(clock, policy);
+    const Result<void> opened = onlyRead ? database.openToRead(address) : database.openSame(address);
+    if (!opened) return opened.failure();
+    SentLog log(database, multi, profile);
+    return step(log);
+}
+
+/// Writes `rows` to a CSV file in the order of `lines`, which are all or none, then as they were found; as many columns
+/// as `header` names. All of them or, stopped or after a failure, none.
+Result<void> exportLines(const FoundRows& rows, const std::vector<int>& lines, const QStringList& header,
+                         const QString& path, const SentLog::Course& course);
 
 }  // namespace kibo

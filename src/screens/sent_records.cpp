@@ -1,59 +1,52 @@
 #include "screens/sent_records.h"
 
 #include <algorithm>
+#include <array>
 
 #include "base/log.h"
-#include "screens/sent_log.h"
-#include "store/query_rows.h"
+#include "store/row_reader.h"
 
 namespace kibo {
 namespace {
 
-// A message that was taken several times has several rows, of which the last one tells.
+// A message that was taken several times has several rows, of which the last one tells. Sorting them takes the store
+// longer than finding them.
 const QString kSelect = QStringLiteral(
-    "select outbox_id, profil, ended, ticks, ticks_time, reason from kibo_message where source = '%1' and "
-    "outbox_id %2 order by id");
-// A server's driver takes longer for a cell than the server for a row, so all stands in one.
-const QString kSelectInOne = QStringLiteral(
-    "select concat_ws('\t', outbox_id, profil, coalesce(ended, ''), coalesce(ticks, ''), coalesce(ticks_time, ''), "
-    "coalesce(reason, '')) from kibo_message where source = '%1' and outbox_id %2 order by id");
-constexpr int kSelected = 6;
+    "select outbox_id, profil, ended, ticks, ticks_time, reason, id from kibo_message where source = '%1' and "
+    "outbox_id %2");
 const QString kBetween = QStringLiteral("between ? and ?");
 const QString kAmong = QStringLiteral("in (%1)");
 const QString kSmallCache = QStringLiteral("PRAGMA cache_size=-2000");
 
-constexpr int kRecordCells = kSentColumns - static_cast<int>(SentColumn::Ended);
 /// Ids that lie so close together are read in one go, with those between them.
 constexpr qint64 kSpread = 8;
 constexpr size_t kIdsOfStatement = 500;
 
-QString ticksInWords(const QString& ticks) {
-    static const QStringList kWords{QStringLiteral("waiting"), QStringLiteral("sent"), QStringLiteral("delivered"),
-                                    QStringLiteral("read")};
-    return ticks.isEmpty() ? QString() : kWords.value(ticks.toInt());
+QByteArrayView ticksInWords(QByteArrayView ticks) {
+    static constexpr std::array<const char*, 4> kWords{"waiting", "sent", "delivered", "read"};
+    const size_t number = ticks.size() == 1 ? static_cast<size_t>(ticks.front() - '0') : kWords.size();
+    return number < kWords.size() ? QByteArrayView(kWords.at(number)) : QByteArrayView();
 }
 
 }  // namespace
 
-SentRecords::Record* SentRecords::Records::of(qint64 id) {
-    const auto at = std::lower_bound(ids.begin(), ids.end(), id);
-    return at != ids.end() && *at == id ? &found[static_cast<size_t>(at - ids.begin())] : nullptr;
+SentRecords::Record* SentRecords::of(qint64 id) {
+    const auto at = std::lower_bound(ids_.begin(), ids_.end(), id);
+    return at != ids_.end() && *at == id ? &found_[static_cast<size_t>(at - ids_.begin())] : nullptr;
 }
 
 void SentRecords::complete(std::vector<Line>& lines) {
-    const auto idOf = [](const Line& line) { return line.cells[static_cast<int>(SentColumn::Id)].toLongLong(); };
-    Records records;
+    ids_.clear();
     for (const Line& line : lines)
-        if (const qint64 id = idOf(line); id > 0) records.ids.push_back(id);
-    std::sort(records.ids.begin(), records.ids.end());
-    records.ids.erase(std::unique(records.ids.begin(), records.ids.end()), records.ids.end());
-    records.found.resize(records.ids.size());
-    if (!records.ids.empty() && open()) read(records);
-    static const QStringList kNothing(kRecordCells, QString());
+        if (line.id > 0) ids_.push_back(line.id);
+    std::sort(ids_.begin(), ids_.end());
+    ids_.erase(std::unique(ids_.begin(), ids_.end()), ids_.end());
+    for (Record& record : found_) record.id = 0;
+    found_.resize(std::max(found_.size(), ids_.size()));
+    if (!ids_.empty() && open()) read();
     for (Line& line : lines) {
-        const Record* record = records.of(idOf(line));
-        const bool known = record && !record->cells.isEmpty() && record->profile == line.profile;
-        line.cells += known ? record->cells : kNothing;
+        const Record* record = of(line.id);
+        if (record && record->id > 0 && record->profile == line.profile) line.cells.append(record->cells);
     }
 }
 
@@ -69,31 +62,31 @@ bool SentRecords::open() {
     return areKept_;
 }
 
-void SentRecords::read(Records& records) {
-    const std::vector<qint64>& ids = records.ids;
-    if (ids.back() - ids.front() < kSpread * static_cast<qint64>(ids.size())) {
-        areKept_ = readWhere(kBetween, {ids.front(), ids.back()}, records);
+void SentRecords::read() {
+    if (ids_.back() - ids_.front() < kSpread * static_cast<qint64>(ids_.size())) {
+        areKept_ = readWhere(kBetween, {ids_.front(), ids_.back()});
         return;
     }
-    for (size_t first = 0; first < ids.size() && areKept_; first += kIdsOfStatement) {
-        const size_t last = std::min(first + kIdsOfStatement, ids.size());
+    for (size_t first = 0; first < ids_.size() && areKept_; first += kIdsOfStatement) {
+        const size_t last = std::min(first + kIdsOfStatement, ids_.size());
         Database::Values values;
-        for (size_t i = first; i < last; ++i) values.append(ids[i]);
+        for (size_t i = first; i < last; ++i) values.append(ids_[i]);
         const QString places = QStringList(values.size(), QStringLiteral("?")).join(QStringLiteral(", "));
-        areKept_ = readWhere(kAmong.arg(places), values, records);
+        areKept_ = readWhere(kAmong.arg(places), values);
     }
 }
 
-bool SentRecords::readWhere(const QString& condition, const Database::Values& values, Records& records) {
-    const bool inOne = database_->kind() == DatabaseKind::MySql;
-    const QString sql =
-        (inOne ? kSelectInOne : kSelect).arg(multi_ ? QStringLiteral("multi") : QStringLiteral("outbox"), condition);
-    const Result<void> done = database_->readThrough(sql, values, [&](const CurrentRow& row) {
-        const QStringList parts = inOne ? row.text(0).split(u'\t') : QStringList();
-        if (inOne && parts.size() < kSelected) return true;
-        const auto cell = [&](int column) { return inOne ? parts[column] : row.text(column); };
-        if (Record* record = records.of(cell(0).toLongLong()))
-            *record = {multi_ ? cell(1) : QString(), {cell(2), ticksInWords(cell(3)), cell(4), cell(5)}};
+bool SentRecords::readWhere(const QString& condition, const Database::Values& values) {
+    const QString sql = kSelect.arg(multi_ ? QStringLiteral("multi") : QStringLiteral("outbox"), condition);
+    const Result<void> done = database_->readThrough(sql, values, [this](const RowReader& row) {
+        Record* const record = of(row.number(0));
+        const qint64 id = row.number(6);
+        if (!record || id < record->id) return true;
+        record->id = id;
+        if (multi_) record->profile = row.cell(1).toByteArray();
+        record->cells.clear();
+        for (const QByteArrayView cell : {row.cell(2), ticksInWords(row.cell(3)), row.cell(4), row.cell(5)})
+            record->cells.append(cell);
         return true;
     });
     if (!done)

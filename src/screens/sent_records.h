@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QStringList>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "base/clock.h"
+#include "base/packed_row.h"
 #include "store/database.h"
 
 namespace kibo {
@@ -17,10 +17,11 @@ class SentRecords {
     SentRecords(StoreAddress store, bool multi) : store_(std::move(store)), multi_(multi) {}
 
     struct Line {
-        QStringList cells;  ///< in the order of SentColumn, up to the status
-        QString profile;    ///< in `multi`: of its row
+        qint64 id;           ///< 0: none that could be looked for
+        QByteArray profile;  ///< in `multi`: of its row
+        PackedRow cells;     ///< in the order of SentColumn, up to the status
     };
-    /// Adds the other cells to each line; empty ones where nothing is known.
+    /// Adds the other cells to each line of which something is known.
     void complete(std::vector<Line>& lines);
 
     /// False once a store has turned out to keep no such table.
@@ -28,20 +29,16 @@ class SentRecords {
 
  private:
     struct Record {
-        QString profile;
-        QStringList cells;
-    };
-    /// What is known of messages, by their ids, which rise.
-    struct Records {
-        std::vector<qint64> ids;
-        std::vector<Record> found;
-
-        Record* of(qint64 id);
+        qint64 id = 0;  // of its row; 0: none was found
+        QByteArray profile;
+        PackedRow cells;
     };
 
     bool open();
-    void read(Records& records);
-    bool readWhere(const QString& condition, const Database::Values& values, Records& records);
+    /// What is known of a message; nullptr: it isn't asked for.
+    Record* of(qint64 id);
+    void read();
+    bool readWhere(const QString& condition, const Database::Values& values);
 
     const StoreAddress store_;
     const bool multi_;
@@ -49,6 +46,8 @@ class SentRecords {
     const SystemClock clock_;
     const ErrorPolicy policy_;
     std::optional<Database> database_;
+    std::vector<qint64> ids_;  // that are asked for; they rise
+    std::vector<Record> found_;
 };
 
 }  // namespace kibo

@@ -8,9 +8,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <numeric>
 
@@ -37,22 +39,9 @@ QString reason(const Failure& failure) {
     return QString::fromStdString(failure.text);
 }
 
-/// Runs `step` with a sent log over a connection that lives as long as the call.
-template <class T>
-Result<T> overOwnConnection(const StoreAddress& address, bool onlyRead, bool multi, const QString& profile,
-                            const std::function<Result<T>(SentLog& log)>& step) {
-    const SystemClock clock;
-    const ErrorPolicy policy;
-    Database database(clock, policy);
-    const Result<void> opened = onlyRead ? database.openToRead(address) : database.openSame(address);
-    if (!opened) return opened.failure();
-    SentLog log(database, multi, profile);
-    return step(log);
-}
-
 }  // namespace
 
-SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
+SentScreen::SentScreen(Parts parts) : p_(std::move(parts)), work_(this), reading_(this) {
     setObjectName(QStringLiteral("frm_Sent"));
     setWindowTitle(QStringLiteral("Sent messages"));
     resize(1240, 640);
@@ -67,9 +56,13 @@ SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
     auto* column = new QVBoxLayout(this);
     column->addWidget(searchRow());
     ms_ = new QueueGrid(lines_, static_cast<int>(SentColumn::Text), -1, QString(), this);
-    // Its lines count as they were found, of which there may be a million.
+    // There may be a million lines, too many to be sorted in the event loop.
     ms_->setSortingEnabled(false);
-    ms_->horizontalHeader()->setSectionsClickable(false);
+    ms_->horizontalHeader()->setSectionsClickable(true);
+    ms_->horizontalHeader()->setSortIndicatorShown(true);
+    connect(ms_->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, &SentScreen::sort);
+    ms_->setContextMenuPolicy(Qt::ActionsContextMenu);
+    ms_->addAction(ms_->sortMenu(this)->menuAction());
     ms_->setObjectName(QStringLiteral("ms"));
     ms_->setAccessibleName(QStringLiteral("Sent messages"));
     ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -80,6 +73,11 @@ SentScreen::SentScreen(Parts parts) : p_(parts), work_(this), reading_(this) {
     connect(&progress_, &QTimer::timeout, this, &SentScreen::showProgress);
     addKeys();
     showButtons();
+}
+
+/// The grid asks for its header once more when it goes, and that is a member.
+SentScreen::~SentScreen() {
+    delete ms_;
 }
 
 QWidget* SentScreen::searchRow() {
@@ -171,7 +169,7 @@ void SentScreen::addKeys() {
     key(Qt::Key_Escape, this, Qt::WindowShortcut,
         [this] { work_.isRunning() || reading_.isRunning() ? stop() : (void)close(); });
     key(Qt::Key_Delete, ms_, Qt::WidgetShortcut, [this] { Command5_->click(); });
-    key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(selectedLines()); });
+    key(QKeySequence::Copy, ms_, Qt::WidgetShortcut, [this] { copy(foundLines(sorted_.get(), ms_->selectedRows())); });
 }
 
 void SentScreen::open() {
@@ -194,8 +192,9 @@ void SentScreen::open() {
 
 /// A search is abandoned, a change that goes on is asked to stop and tells its end; the found rows are let go.
 void SentScreen::closeEvent(QCloseEvent* event) {
-    stop();
     rows_.reset();
+    sorted_.reset();
+    stop();
     lines_.setRows(std::make_shared<ListRows>());
     ms_->clearSelection();
     ms_->refresh();
@@ -222,7 +221,10 @@ void SentScreen::search(const SentQuery& query, const QString& note) {
         return;
     }
     shown_ = query;
-    rows_ = std::make_shared<FoundRows>(kSentColumns);
+    rows_ = std::make_shared<FoundRows>();
+    sorted_.reset();
+    sortedBy_ = {-1, Qt::AscendingOrder};
+    sorting_ = false;
     ms_->clearSelection();
     ms_->scrollToTop();
     lines_.setRows(rows_);
@@ -255,6 +257,58 @@ void SentScreen::searched(const Result<bool>& result) {
     }
     if (scrollTo_ > 0) ms_->verticalScrollBar()->setValue(std::exchange(scrollTo_, 0));
     showButtons();
+    sort();
+}
+
+/// Brings the lines into the order that the header shows, as soon as no other work goes on.
+void SentScreen::sort() {
+    if (!rows_ || (work_.isRunning() && !sorting_)) return;
+    const QHeaderView& header = *ms_->horizontalHeader();
+    const int column = header.sortIndicatorSection();
+    const std::pair wanted(column, header.sortIndicatorOrder());
+    if (wanted == sortedBy_ || (column >= 0 && rows_->rowCount() < 2)) return;
+    sortedBy_ = wanted;
+    if (column < 0) {
+        if (sorting_) work_.abandon();
+        return sortedTo(nullptr);
+    }
+    begin(QStringLiteral("Sorting: %1 of ") + messages(rows_->rowCount()));
+    sorting_ = true;
+    work_.start([wanted, rows = rows_, done = done_, this](const std::stop_token& stop) {
+        Result<std::vector<int>> lines =
+            sortLines(*rows, static_cast<SentColumn>(wanted.first), wanted.second, SentLog::Course{stop, *done});
+        const QString why = lines ? QString() : reason(lines.failure());
+        std::shared_ptr<const SortedLines> sorted;
+        if (lines) sorted = std::make_shared<SortedLines>(rows, std::move(lines).value());
+        return [why, sorted, this] {
+            sortedTo(sorted);
+            if (!sorted) tell(QStringLiteral("Nothing was sorted: ") + why);
+        };
+    });
+    showButtons();
+}
+
+/// Shows the lines in another order, or as they were found, which the header tells then.
+void SentScreen::sortedTo(const std::shared_ptr<const SortedLines>& sorted) {
+    if (sorting_) {
+        sorting_ = false;
+        doing_.clear();
+        progress_.stop();
+        tell(note_);
+    }
+    if (!sorted) {
+        const QSignalBlocker quiet(ms_->horizontalHeader());
+        ms_->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+        sortedBy_ = {-1, Qt::AscendingOrder};
+    }
+    if (rows_ && (sorted || sorted_)) {
+        sorted_ = sorted;
+        ms_->selectionModel()->clear();
+        if (scrollTo_ == 0) ms_->scrollToTop();
+        lines_.setRows(sorted ? std::shared_ptr<const RowSource>(sorted) : rows_);
+        ms_->refresh();
+    }
+    showButtons();
 }
 
 /// A store without `kibo_message` has nothing to show in the last columns.
@@ -275,23 +329,15 @@ void SentScreen::stop() {
     progress_.stop();
     showProgress();
     ms_->setEmptyText(QStringLiteral("The search was stopped"));
-    tell(QStringLiteral("Stopped; there may be more."));
+    note_ = QStringLiteral("Stopped; there may be more.");
+    tell(note_);
     showButtons();
-}
-
-SentScreen::Lines SentScreen::selectedLines() const {
-    Lines lines;
-    const QItemSelection selection = ms_->selectionModel()->selection();
-    for (const QItemSelectionRange& range : selection)
-        for (int line = range.top(); line <= range.bottom(); ++line) lines.push_back(line);
-    std::sort(lines.begin(), lines.end());
-    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
-    return lines;
+    sort();
 }
 
 void SentScreen::change(const ChangeWords& words, Step step) {
     // The lines of this moment: what is found later has other rows.
-    const Lines lines = selectedLines();
+    const Lines lines = foundLines(sorted_.get(), ms_->selectedRows());
     if (lines.empty() || work_.isRunning()) return;
     const int number = static_cast<int>(lines.size());
     if (step == &SentLog::sendAgain && number > kMostSentAgain) {
@@ -336,7 +382,9 @@ void SentScreen::changed(const ChangeWords& words, const Result<SentLog::Outcome
     QString told = QStringLiteral("%1 %2.").arg(messages(outcome.done), words.done);
     if (outcome.gone > 0) told += QStringLiteral(" %1 no longer in the sent log.").arg(messages(outcome.gone));
     log::info("screens", QStringLiteral("sent log: %1").arg(told));
+    if (!outcome.failed.empty()) p_.queuedAgain(outcome.failed);
     tell(told);
+    sort();
     if (words.doing != QStringLiteral("Deleting") || isHidden()) return;
     scrollTo_ = ms_->verticalScrollBar()->value();
     search(shown_, told);
@@ -352,9 +400,9 @@ void SentScreen::Command1_Click() {
                          MessageBox::Icon::Information});
         return;
     }
-    Lines all(static_cast<size_t>(rows_->rowCount()));
+    Lines all(static_cast<size_t>(ms_->model()->rowCount()));
     std::iota(all.begin(), all.end(), 0);
-    copy(all, [this] {
+    copy(foundLines(sorted_.get(), all), [this] {
         p_.dialogs.show(
             {QStringLiteral("Info"), QStringLiteral("Copied to Clipboard.."), MessageBox::Icon::Information});
     });
@@ -392,17 +440,19 @@ void SentScreen::exportTo(const QString& file) {
     if (!rows_ || work_.isRunning()) return;
     const int all = rows_->rowCount();
     begin(QStringLiteral("Exporting %1 of ") + messages(all));
-    work_.start(
-        [=, rows = rows_, done = done_, header = lines_.header.mid(0, columns_), this](const std::stop_token& stop) {
-            const Result<void> written = exportLines(*rows, header, file, SentLog::Course{stop, *done});
-            return [=, this] {
-                doing_.clear();
-                progress_.stop();
-                showButtons();
-                tell(written ? QStringLiteral("%1 exported.").arg(messages(all))
-                             : QStringLiteral("Nothing was exported: ") + reason(written.failure()));
-            };
-        });
+    work_.start([=, rows = rows_, sorted = sorted_, done = done_, header = lines_.header.mid(0, columns_),
+                 this](const std::stop_token& stop) {
+        const Result<void> written =
+            exportLines(*rows, sorted ? sorted->lines() : Lines(), header, file, SentLog::Course{stop, *done});
+        return [=, this] {
+            doing_.clear();
+            progress_.stop();
+            showButtons();
+            sort();
+            tell(written ? QStringLiteral("%1 exported.").arg(messages(all))
+                         : QStringLiteral("Nothing was exported: ") + reason(written.failure()));
+        };
+    });
     showButtons();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "screens/background_work.h"
 #include "screens/screen.h"
 #include "screens/sent_log.h"
+#include "screens/sorted_lines.h"
 #include "widgets/row_reading.h"
 
 class QDateEdit;
@@ -36,9 +38,12 @@ class SentScreen : public Screen {
         const GatewayState& state;
         const Clock& clock;
         Dialogs& dialogs;
+        /// Hears of failed messages that were put into the outbox once more.
+        std::function<void(const std::vector<qint64>& ids)> queuedAgain;
     };
 
     explicit SentScreen(Parts parts);
+    ~SentScreen() override;
 
     void open() override;
 
@@ -64,6 +69,8 @@ class SentScreen : public Screen {
     void search(const SentQuery& query, const QString& note = {});
     void searched(const Result<bool>& result);
     void showOutcomes(bool areKept);
+    void sort();
+    void sortedTo(const std::shared_ptr<const SortedLines>& sorted);
     void stop();
     void change(const ChangeWords& words, Step step);
     void beginChange(const ChangeWords& words, Step step, const Lines& lines);
@@ -75,7 +82,6 @@ class SentScreen : public Screen {
     void exportTo(const QString& file);
 
     SentQuery query() const;
-    Lines selectedLines() const;
     void begin(const QString& doing);
     void showProgress();
     void showButtons();
@@ -85,7 +91,10 @@ class SentScreen : public Screen {
     BackgroundWork work_;
     RowReading reading_;
     std::shared_ptr<FoundRows> rows_;  // of the last search; none before the first and while the window is closed
-    SentQuery shown_;                  // that found them
+    std::shared_ptr<const SortedLines> sorted_;  // as they are shown; none: as they were found
+    std::pair<int, Qt::SortOrder> sortedBy_{-1, Qt::AscendingOrder};
+    bool sorting_ = false;
+    SentQuery shown_;  // that found them
     Grid lines_;
     int columns_ = kSentColumns;  // that are shown, the first ones
     QString doing_;               // "Deleting %1 of 3 messages", empty while searching

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "base/log.h"
+#include "store/transaction.h"
 
 namespace kibo {
 namespace {

@@ -1,7 +1,6 @@
 #include "store/database.h"
 
 #include <QDir>
-#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlRecord>
 #include <QUuid>
@@ -9,7 +8,7 @@
 #include "base/log.h"
 #include "platform/access_file.h"
 #include "store/local_store.h"
-#include "store/odbc_rows.h"
+#include "store/odbc_reader.h"
 #include "store/query_rows.h"
 #include "store/sql_failure.h"
 #include "store/sql_text.h"
@@ -64,22 +63,10 @@ QVariant plainValue(const QVariant& value, bool typedTimes) {
     return value;
 }
 
-class QueryRow : public CurrentRow {
- public:
-    explicit QueryRow(const QSqlQuery& query) : query_(query), record_(query.record()) {}
-
-    int columnOf(const QString& name) const override { return record_.indexOf(name); }
-    QString text(int column) const override { return fieldText(query_, column); }
-
- private:
-    const QSqlQuery& query_;
-    const QSqlRecord record_;
-};
-
 }  // namespace
 
 Database::Database(const Clock& clock, const ErrorPolicy& policy)
-    : clock_(clock), policy_(policy), name_(QUuid::createUuid().toString()) {}
+    : clock_(clock), policy_(policy), name_(QUuid::createUuid().toString()), texts_(OdbcTexts::Wide) {}
 
 Database::~Database() {
     close();
@@ -178,7 +165,10 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     const Result<void> connected =
         connect(QStringLiteral("QODBC"), serverConnection(request) + (onlyReads_ ? kRowByRow : QString()),
                 QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
-    if (connected) readTextsWhole();
+    if (connected) {
+        readTextsWhole();
+        texts_ = OdbcReader::textsOf(QSqlDatabase::database(name_, false));
+    }
     if (connected || !isNoAnswer(connected.failure())) return connected;
     const QString server = target.value(QStringLiteral("SERVER")), port = target.value(QStringLiteral("PORT"));
     const QString who = server.isEmpty() ? QStringLiteral("the data source ") + target.value(QStringLiteral("DSN"))
@@ -288,23 +278,44 @@ Result<void> Database::run(QSqlQuery& query, const QString& sql, const Values& v
     if (!open_) return notConnected();
     const qint64 start = clock_.monotonicMs();
     if (dialect_ != Dialect::MySql && onLocalStatement) onLocalStatement(sql, values);
-    const Values plainValues = plain(values);
-    bool done = false;
-    if (dialect_ == Dialect::MySql) {
-        done = query.exec(withMySqlValues(sql, plainValues));
-    } else if (dialect_ == Dialect::Access) {
-        done = query.exec(withAccessValues(sql, plainValues));
-    } else if (query.prepare(withSqliteDateLiterals(sql))) {
-        for (const QVariant& value : plainValues) query.addBindValue(value);
-        done = query.exec();
-    }
+    return ran(sql, start, runs(query, sql, plain(values)) ? QSqlError() : query.lastError());
+}
+
+bool Database::runs(QSqlQuery& query, const QString& sql, const Values& plainValues) {
+    if (dialect_ == Dialect::MySql) return query.exec(withMySqlValues(sql, plainValues));
+    if (dialect_ == Dialect::Access) return query.exec(withAccessValues(sql, plainValues));
+    if (!query.prepare(withSqliteDateLiterals(sql))) return false;
+    for (const QVariant& value : plainValues) query.addBindValue(value);
+    return query.exec();
+}
+
+Result<void> Database::ran(const QString& sql, qint64 start, const QSqlError& error) {
     const qint64 took = clock_.monotonicMs() - start;
     if (took > kSlowMs) log::info("app", QStringLiteral("%1 took %2 ms").arg(statementName(sql)).arg(took));
-    if (done) {
-        if (!surfacedMs_.isEmpty()) surfacedMs_.remove(sql);
-        return {};
+    if (error.isValid()) return noted(failureOf(error));
+    if (!surfacedMs_.isEmpty()) surfacedMs_.remove(sql);
+    return {};
+}
+
+Result<std::unique_ptr<RowReader>> Database::reader(const QString& sql, const Values& values, bool scrolls) {
+    if (!open_) return notConnected();
+    const qint64 start = clock_.monotonicMs();
+    const QSqlDatabase connection = QSqlDatabase::database(name_, false);
+    std::unique_ptr<RowReader> rows;
+    if (dialect_ == Dialect::MySql) {
+        rows = std::make_unique<OdbcReader>(connection, withMySqlValues(sql, plain(values)), texts_,
+                                            scrolls ? OdbcReader::Moves::Anywhere : OdbcReader::Moves::Forward);
+    } else if (dialect_ == Dialect::Sqlite) {
+        if (onLocalStatement) onLocalStatement(sql, values);
+        rows = std::make_unique<SqliteReader>(connection, withSqliteDateLiterals(sql), plain(values));
+    } else {
+        QSqlQuery query(connection);
+        query.setForwardOnly(!scrolls);
+        if (const Result<void> done = run(query, sql, values); !done) return done.failure();
+        return std::unique_ptr<RowReader>(std::make_unique<QueryReader>(std::move(query)));
     }
-    return noted(failureOf(query.lastError()));
+    const Result<void> done = ran(sql, start, rows->error());
+    return done ? Result(std::move(rows)) : done.failure();
 }
 
 Failure Database::noted(Failure failure) {
@@ -376,25 +387,15 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
 }
 
 Result<void> Database::readThrough(const QString& sql, const Values& values,
-                                   const std::function<bool(const CurrentRow& row)>& row) {
+                                   const std::function<bool(const RowReader& row)>& row) {
     if (!open_) openAgain();
-    if (dialect_ == Dialect::MySql && open_) {
-        OdbcRows rows(QSqlDatabase::database(name_, false).driver()->handle());
-        if (rows.usable()) {
-            bool wanted = rows.exec(withMySqlValues(sql, plain(values)));
-            while (wanted && rows.next()) wanted = row(rows);
-            if (rows.error().isValid()) return noted(failureOf(rows.error()));
-            return {};
-        }
-    }
-    QSqlQuery query(QSqlDatabase::database(name_, false));
-    query.setForwardOnly(true);
-    if (const Result<void> done = run(query, sql, values); !done) return done;
-    const QueryRow current(query);
-    while (query.next())
-        if (!row(current)) return {};
+    Result<std::unique_ptr<RowReader>> rows = reader(sql, values, false);
+    if (!rows) return rows.failure();
+    RowReader& reader = *rows.value();
+    while (reader.next())
+        if (!row(reader)) return {};
     // Also the end of rows that a lost connection has cut off.
-    if (query.lastError().isValid()) return noted(failureOf(query.lastError()));
+    if (reader.error().isValid()) return noted(failureOf(reader.error()));
     return {};
 }
 
@@ -442,20 +443,21 @@ Result<std::shared_ptr<const RowSource>> Database::openRows(const QString& sql, 
 Result<std::shared_ptr<const RowSource>> Database::rowsOf(const QString& sql, const Values& values) {
     if (!open_) openAgain();
     startLogOver();
-    QSqlQuery query(QSqlDatabase::database(name_, false));
-    query.setForwardOnly(dialect_ == Dialect::Sqlite);
-    if (const Result<void> done = run(query, sql, values); !done) return done.failure();
+    Result<std::unique_ptr<RowReader>> begun = reader(sql, values, true);
+    if (!begun) return begun.failure();
+    std::unique_ptr<RowReader> rows = std::move(begun).value();
     auto few = std::make_shared<ListRows>();
-    const int columns = query.record().count();
-    while (few->rowCount() < kRowsInMemory && query.next()) few->append(rowText(query, columns));
+    while (few->rowCount() < kRowsInMemory && rows->next()) few->append(rows->row());
+    if (rows->error().isValid()) return noted(failureOf(rows->error()));
     if (few->rowCount() < kRowsInMemory) return std::shared_ptr<const RowSource>(std::move(few));
     if (dialect_ != Dialect::Sqlite) {
+        std::unique_ptr<CursorReader> cursor(static_cast<CursorReader*>(rows.release()));
         // A driver that keeps the result on this side knows the count without being asked row by row.
-        const int known = query.numRowsAffected();
+        const int known = cursor->rowCount();
         const int count = known >= 0 ? known : countOf(sql, values);
-        return handOut(std::make_shared<CursorRows>(std::move(query), count));
+        return handOut(std::make_shared<CursorRows>(std::move(cursor), count));
     }
-    query.finish();
+    rows.reset();
     auto snapshot = std::make_shared<SnapshotRows>(sqliteUri(path_, true), withSqliteDateLiterals(sql), plain(values));
     if (snapshot->error().isValid()) return failureOf(snapshot->error());
     return handOut(std::move(snapshot));
@@ -489,46 +491,6 @@ std::shared_ptr<const RowSource> Database::handOut(std::shared_ptr<QueryRows> ro
     std::erase_if(handedOut_, [](const auto& old) { return old.expired(); });
     handedOut_.push_back(rows);
     return rows;
-}
-
-Result<Transaction> Transaction::begin(Database& database) {
-    if (!database.open_) database.openAgain();
-    Result<void> begun;
-    switch (database.dialect_) {
-        case Database::Dialect::MySql:
-            begun = database.runPlain(QStringLiteral("START TRANSACTION"));
-            break;
-        case Database::Dialect::Sqlite:
-            begun = database.runPlain(QStringLiteral("BEGIN IMMEDIATE"));
-            break;
-        case Database::Dialect::Access:
-            begun = database.throughDriver(&QSqlDatabase::transaction);
-            break;
-    }
-    if (!begun) return begun.failure();
-    database.inTransaction_ = true;
-    return Transaction(database);
-}
-
-Result<void> Transaction::commit() {
-    if (!database_) return Failure{FailureKind::InvalidArgument, "The transaction has ended."};
-    Result<void> done = database_->dialect_ == Database::Dialect::Access
-                            ? database_->throughDriver(&QSqlDatabase::commit)
-                            : database_->runPlain(QStringLiteral("COMMIT"));
-    if (done) std::exchange(database_, nullptr)->inTransaction_ = false;
-    return done;
-}
-
-Transaction::~Transaction() {
-    if (!database_) return;
-    database_->inTransaction_ = false;
-    if (!database_->isOpen()) return;
-    const Result<void> undone = database_->dialect_ == Database::Dialect::Access
-                                    ? database_->throughDriver(&QSqlDatabase::rollback)
-                                    : database_->runPlain(QStringLiteral("ROLLBACK"));
-    if (!undone)
-        log::warning("app", QStringLiteral("a transaction could not be undone: ") +
-                                QString::fromStdString(undone.failure().text));
 }
 
 }  // namespace kibo

@@ -21,8 +21,9 @@ namespace kibo {
 /// What a store is to the statements that exist in two forms: `UseMDB` "Y" or not.
 enum class DatabaseKind { Access, MySql };
 
-class CurrentRow;
 class QueryRows;
+class RowReader;
+enum class OdbcTexts;
 
 /// Where a store is and how it is reached: a value that another thread can open a connection of its own with.
 struct StoreAddress {
@@ -82,7 +83,7 @@ class Database {
     /// Runs a query whose rows may be too many to hold: each is given to `row`, which says whether to go on. The
     /// failure has not gone to the policy.
     Result<void> readThrough(const QString& sql, const Values& values,
-                             const std::function<bool(const CurrentRow& row)>& row);
+                             const std::function<bool(const RowReader& row)>& row);
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
     /// The same, giving the number of rows affected; nothing after a failure.
@@ -125,6 +126,11 @@ class Database {
     bool hasJustSurfaced(const QString& sql, const Failure& failure);
     /// Runs `sql` in `query` and reports a failure, but leaves the policy to the caller.
     Result<void> run(QSqlQuery& query, const QString& sql, const Values& values = {});
+    /// A reader of the rows that `sql` gives, by which it can be gone to and fro if it `scrolls`.
+    Result<std::unique_ptr<RowReader>> reader(const QString& sql, const Values& values, bool scrolls);
+    bool runs(QSqlQuery& query, const QString& sql, const Values& plainValues);
+    /// After a statement that began at `start`.
+    Result<void> ran(const QString& sql, qint64 start, const QSqlError& error);
     Values plain(const Values& values) const;
     Result<void> runPlain(const QString& sql);
     /// Begins or ends a transaction where no statement does (Access).
@@ -149,6 +155,7 @@ class Database {
     bool inTransaction_ = false;
     bool onlyReads_ = false;
     bool knownAsSqlite_ = false;
+    OdbcTexts texts_;
     qint64 openAgainMs_ = 0;  // when it may be tried
     QString problem_;
     bool lossSurfaced_ = false;
@@ -156,26 +163,6 @@ class Database {
     std::vector<std::weak_ptr<QueryRows>> handedOut_;
     quint64 rowsEnded_ = 0;
     qint64 startLogOverMs_ = 0;
-};
-
-/// Statements that take effect together. Undone when it goes without a successful commit. At most one at a time per
-/// database.
-class Transaction {
- public:
-    /// Takes the write lock at once where the store has one, so that it can't fail half-way for another writer.
-    static Result<Transaction> begin(Database& database);
-    Transaction(Transaction&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    Transaction& operator=(Transaction&&) = delete;
-    ~Transaction();
-
-    Result<void> commit();
-
- private:
-    explicit Transaction(Database& database) : database_(&database) {}
-
-    Database* database_;
 };
 
 }  // namespace kibo

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QByteArray>
 #include <QTemporaryFile>
 #include <atomic>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <vector>
 
+#include "base/packed_row.h"
 #include "base/row_source.h"
 #include "platform/result.h"
 
@@ -17,36 +18,34 @@ namespace kibo {
 /// read meanwhile; readers see a row once it has been flushed.
 class FoundRows : public RowSource {
  public:
-    explicit FoundRows(int columns);
-
     /// The folder of the file must take it; asked before the first row.
     Result<void> open();
-    void append(const QStringList& row);
+    void append(const PackedRow& row);
     /// Lets readers see what was appended. Fails where the disk is full; nothing can be appended any more then.
     Result<void> flush();
-    /// Rows appended and not flushed.
-    int waiting() const { return static_cast<int>(waitingLengths_.size()); }
-    qsizetype waitingBytes() const { return waitingBytes_.size(); }
 
     int rowCount() const override { return count_.load(std::memory_order_acquire); }
-    QString text(int row, int column) const override;
-    /// All cells of a row; empty texts where it can't be read.
-    QStringList row(int row) const;
-    /// Bytes that the rows take, about as many as their characters.
+    QString text(int row, int column) const override { return row < 0 ? QString() : packed(row).text(column); }
+    /// No cells where it can't be read.
+    PackedRow packed(int row) const;
+    /// `rows` of them from `first` on, read at once.
+    std::vector<PackedRow> packed(int first, int rows) const;
+    /// The same for rows that stand in `order`.
+    std::vector<PackedRow> packed(const std::vector<int>& order, int first, int rows) const;
+    /// Bytes that the rows take.
     qint64 size() const;
 
  private:
-    const QStringList& cached(int row) const;
+    std::vector<PackedRow> read(int first, int rows) const;
 
-    const int columns_;
-    QByteArray waitingBytes_;              // the appending thread's
+    std::string waitingBytes_;             // the appending thread's
     std::vector<quint32> waitingLengths_;  // the appending thread's
 
     mutable std::mutex mutex_;  // guards all below
     mutable QTemporaryFile file_;
     std::deque<qint64> ends_;  // of each row
     mutable int firstCached_ = -1;
-    mutable std::vector<QStringList> cache_;
+    mutable std::vector<PackedRow> cache_;
 
     std::atomic<int> count_ = 0;
 };

@@ -3,19 +3,12 @@
 #include <QDateTime>
 #include <QSqlRecord>
 #include <QUuid>
-#include <QVariant>
 
 namespace kibo {
 namespace {
 
 constexpr size_t kPageRows = 64;
 constexpr size_t kPagesKept = 8;
-
-bool run(QSqlQuery& query, const QString& sql, const QVariantList& values) {
-    if (!query.prepare(sql)) return false;
-    for (const QVariant& value : values) query.addBindValue(value);
-    return query.exec();
-}
 
 }  // namespace
 
@@ -46,10 +39,6 @@ QStringList rowText(const QSqlQuery& query, int columns) {
     return row;
 }
 
-QString CursorRows::text(int row, int column) const {
-    return query_.isActive() && query_.seek(row) ? fieldText(query_, column) : QString();
-}
-
 SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVariantList& values)
     : name_(QUuid::createUuid().toString()), sql_(sql), values_(values) {
     QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
@@ -59,13 +48,15 @@ SnapshotRows::SnapshotRows(const QString& uri, const QString& sql, const QVarian
         error_ = connection.lastError();
         return;
     }
-    QSqlQuery count(connection);
-    count.setForwardOnly(true);
+    QSqlQuery begin(connection);
     // The read transaction takes its state of the store with the first query and keeps it for all later ones.
-    if (count.exec(kSqliteCache) && count.exec(QStringLiteral("BEGIN")) &&
-        run(count, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')'), values_) && count.next())
-        rowCount_ = count.value(0).toInt();
-    error_ = count.lastError();
+    if (!begin.exec(kSqliteCache) || !begin.exec(QStringLiteral("BEGIN"))) {
+        error_ = begin.lastError();
+        return;
+    }
+    SqliteReader count(connection, QStringLiteral("select count(*) from (") + sql + QLatin1Char(')'), values_);
+    if (count.next()) rowCount_ = count.text(0).toInt();
+    error_ = count.error();
 }
 
 SnapshotRows::~SnapshotRows() {
@@ -74,18 +65,21 @@ SnapshotRows::~SnapshotRows() {
 
 void SnapshotRows::detach() {
     pages_.clear();
-    running_ = QSqlQuery();
+    last_ = nullptr;
+    running_.reset();
     if (!name_.isEmpty()) QSqlDatabase::removeDatabase(name_);
     name_.clear();
 }
 
 const SnapshotRows::Page& SnapshotRows::page(int number) const {
-    if (const auto known = pages_.find(number); known != pages_.end()) return known->second;
+    if (last_ && number == lastNumber_) return *last_;
+    lastNumber_ = number;
+    if (const auto known = pages_.find(number); known != pages_.end()) return *(last_ = &known->second);
     if (pages_.size() >= kPagesKept) {  // a grid scrolls on: what is farthest away goes
         const bool first = number - pages_.begin()->first > pages_.rbegin()->first - number;
         pages_.erase(first ? pages_.begin() : std::prev(pages_.end()));
     }
-    return pages_[number] = read(number);
+    return *(last_ = &(pages_[number] = read(number)));
 }
 
 SnapshotRows::Page SnapshotRows::read(int number) const {
@@ -93,18 +87,15 @@ SnapshotRows::Page SnapshotRows::read(int number) const {
     // last one announces many more, as when a grid is copied: one query then runs through all of them.
     const bool inTurn = number == nextPage_;
     if (!inTurn || !runs_) {
-        running_ = QSqlQuery(QSqlDatabase::database(name_, false));
-        running_.setForwardOnly(true);
-        run(running_,
-            sql_ + QStringLiteral(" limit %1 offset %2")
-                       .arg(inTurn ? -1 : static_cast<int>(kPageRows))
-                       .arg(static_cast<size_t>(number) * kPageRows),
-            values_);
+        running_ = std::make_unique<SqliteReader>(QSqlDatabase::database(name_, false),
+                                                  sql_ + QStringLiteral(" limit %1 offset %2")
+                                                             .arg(inTurn ? -1 : static_cast<int>(kPageRows))
+                                                             .arg(static_cast<size_t>(number) * kPageRows),
+                                                  values_);
         runs_ = inTurn;
     }
     Page page;
-    const int columns = running_.record().count();
-    while (page.size() < kPageRows && running_.next()) page.push_back(rowText(running_, columns));
+    while (page.size() < kPageRows && running_->next()) page.push_back(running_->row());
     nextPage_ = number + 1;
     return page;
 }

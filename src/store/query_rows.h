@@ -6,8 +6,11 @@
 #include <QStringList>
 #include <QVariant>
 #include <map>
+#include <memory>
 
 #include "base/row_source.h"
+#include "store/row_reader.h"
+#include "store/sqlite_reader.h"
 
 namespace kibo {
 
@@ -22,20 +25,6 @@ QString fieldText(const QSqlQuery& query, int column);
 /// The first `columns` fields of the current row.
 QStringList rowText(const QSqlQuery& query, int columns);
 
-/// The row at which a query stands that is read once.
-class CurrentRow {
- public:
-    CurrentRow() = default;
-    CurrentRow(const CurrentRow&) = delete;
-    CurrentRow& operator=(const CurrentRow&) = delete;
-    virtual ~CurrentRow() = default;
-
-    /// By name, without regard to case; -1 where there is none.
-    virtual int columnOf(const QString& name) const = 0;
-    /// As `fieldText` gives it.
-    virtual QString text(int column) const = 0;
-};
-
 /// Rows that are read from a connection when they are asked for.
 class QueryRows : public RowSource {
  public:
@@ -47,20 +36,18 @@ class QueryRows : public RowSource {
 /// other statements.
 class CursorRows : public QueryRows {
  public:
-    CursorRows(QSqlQuery query, int rowCount) : query_(std::move(query)), rowCount_(rowCount) {}
+    CursorRows(std::unique_ptr<CursorReader> reader, int rowCount) : reader_(std::move(reader)), rowCount_(rowCount) {}
 
     int rowCount() const override { return rowCount_; }
-    QString text(int row, int column) const override;
-    void detach() override {
-        query_ = QSqlQuery();
-        detached_ = true;
+    QString text(int row, int column) const override {
+        return reader_ && row >= 0 && reader_->seek(row) ? reader_->text(column) : QString();
     }
-    bool hasEnded() const override { return detached_; }
+    void detach() override { reader_.reset(); }
+    bool hasEnded() const override { return !reader_; }
 
  private:
-    mutable QSqlQuery query_;
+    std::unique_ptr<CursorReader> reader_;
     int rowCount_;
-    bool detached_ = false;
 };
 
 /// Rows of a SQLite query, read page by page over a read-only connection of their own. It stays inside one read
@@ -91,9 +78,11 @@ class SnapshotRows : public QueryRows {
     QSqlError error_;
     int rowCount_ = 0;
     mutable std::map<int, Page> pages_;
-    mutable QSqlQuery running_;  // goes on to the end of the rows while pages are read one after another
-    mutable int nextPage_ = -1;  // the one after the page read last
-    mutable bool runs_ = false;  // running_ stands before nextPage_
+    mutable const Page* last_ = nullptr;  // that was asked for, number lastNumber_
+    mutable int lastNumber_ = 0;
+    mutable std::unique_ptr<SqliteReader> running_;  // goes on to the end while pages are read one after another
+    mutable int nextPage_ = -1;                      // the one after the page read last
+    mutable bool runs_ = false;                      // running_ stands before nextPage_
 };
 
 }  // namespace kibo

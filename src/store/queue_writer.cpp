@@ -1,5 +1,7 @@
 #include "store/queue_writer.h"
 
+#include "store/transaction.h"
+
 #include <QStringList>
 
 namespace kibo {

@@ -13,16 +13,15 @@ namespace {
 /// Rows between two looks at the time; lines that are sorted at once before they are merged.
 constexpr int kRowsAtOnce = 64;
 constexpr size_t kRun = 1024;
-/// Of a text that lines are sorted by. Those that begin alike keep the source's order.
-constexpr int kKeyCharacters = 64;
-
-/// In the language "C" numbers within texts would not count as numbers.
-QLocale sortingLocale() {
-    const QLocale system;
-    return system.language() == QLocale::C ? QLocale(QLocale::English) : system;
-}
-
 }  // namespace
+
+QCollator sortingCollator() {
+    const QLocale system;
+    // In the language "C" numbers within texts would not count as numbers.
+    QCollator collator(system.language() == QLocale::C ? QLocale(QLocale::English) : system);
+    collator.setNumericMode(true);
+    return collator;
+}
 
 QStringList ArrangedRows::shownCells(int row) const {
     if (row < 0 || row >= rowCount()) return {};
@@ -35,11 +34,8 @@ Arranging::Arranging(std::shared_ptr<const RowSource> rows, int columns, int cha
       characters_(characters),
       arrangement_(std::move(arrangement)),
       count_(std::min(rows_->rowCount(), kMostRows)),
-      collator_(sortingLocale()),
-      run_(kRun) {
-    // Numbers within texts count as numbers: an id of 9 stands before one of 10.
-    collator_.setNumericMode(true);
-}
+      collator_(sortingCollator()),
+      run_(kRun) {}
 
 bool Arranging::workFor(int milliseconds) {
     QElapsedTimer time;
@@ -60,7 +56,7 @@ void Arranging::look() {
         for (int column = 0; column < columns_; ++column) {
             const QString text = rows_->text(next_, column);
             wanted = wanted || text.contains(arrangement_.filter, Qt::CaseInsensitive);
-            if (column == arrangement_.sortColumn) sortedBy = text.left(kKeyCharacters);
+            if (column == arrangement_.sortColumn) sortedBy = text.left(kSortedCharacters);
             cells.append(shownLine(text, characters_));
         }
         if (!wanted) continue;

@@ -11,6 +11,11 @@
 
 namespace kibo {
 
+/// How lists are sorted: numbers within texts count as numbers, an id of 9 stands before one of 10.
+QCollator sortingCollator();
+/// Of a text that lines are sorted by. Those that begin alike keep the order that they had.
+inline constexpr int kSortedCharacters = 64;
+
 /// What a grid shows of its rows when it is searched or sorted.
 struct Arrangement {
     QString filter;       ///< rows hold it in one of their columns, whatever its case; empty: all rows

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QHeaderView>
+#include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
@@ -211,6 +212,18 @@ void QueueGrid::sortBy(int column) {
     const bool again = header.sortIndicatorSection() == column;
     const bool descends = header.sortIndicatorOrder() == Qt::DescendingOrder;
     header.setSortIndicator(again && descends ? -1 : column, again ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+QMenu* QueueGrid::sortMenu(QWidget* parent) {
+    auto* menu = new QMenu(QStringLiteral("&Sort by"), parent);
+    for (int column = 0; column < model_.columnCount(); ++column) {
+        const QString name = model_.headerData(column, Qt::Horizontal).toString();
+        // The tenth answers to the key 0.
+        const QString number = column == 9 ? QStringLiteral("1&0") : QStringLiteral("&%1").arg(column + 1);
+        connect(menu->addAction(number + QStringLiteral("  ") + name), &QAction::triggered, this,
+                [this, column] { sortBy(column); });
+    }
+    return menu;
 }
 
 std::vector<int> QueueGrid::selectedRows() const {

@@ -7,6 +7,8 @@
 #include "widgets/grid_model.h"
 #include "widgets/row_reading.h"
 
+class QMenu;
+
 namespace kibo {
 
 /// A queue grid on screen: single-line rows of one height, whole rows selected (several with Shift and Ctrl). Columns
@@ -31,6 +33,8 @@ class QueueGrid : public QTableView {
 
     /// As a click on the header of a column does.
     void sortBy(int column);
+    /// A menu that does so for each column.
+    QMenu* sortMenu(QWidget* parent);
 
     /// The key of a row, which stays the same row whatever the queue does next; 0 for one that isn't there.
     qint64 key(int row) const { return model_.key(row).toLongLong(); }

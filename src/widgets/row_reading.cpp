@@ -63,26 +63,35 @@ void RowReading::end(End end) {
 }
 
 void copyRows(RowReading& reading, RowReading::What what, int columns, RowReading::Told told, RowReading::Ended ended) {
+    // Lines stand in the text in the order in which they are read; where others were chosen first, they are put
+    // together anew.
     struct Copy {
-        std::vector<QString> lines;
-        qsizetype characters = 0;
+        struct Line {
+            qsizetype begin = 0, length = 0;
+        };
+        QString text;
+        std::vector<Line> lines;
     };
     auto copy = std::make_shared<Copy>();
-    copy->lines.resize(what.chosen.size());
-    const auto read = [copy, columns](const RowSource& rows, int row, size_t place) {
-        copy->lines[place] = tabSeparated(rows, columns, row, row);
-        copy->characters += copy->lines[place].size();
-        return copy->characters <= kMostCopiedCharacters;
+    const bool inOrder = std::is_sorted(what.chosen.begin(), what.chosen.end());
+    if (!inOrder) copy->lines.resize(what.chosen.size());
+    const auto read = [copy, columns, inOrder](const RowSource& rows, int row, size_t place) {
+        const qsizetype begin = copy->text.size();
+        appendTableLine(copy->text, rows, columns, row);
+        if (!inOrder) copy->lines[place] = {begin, copy->text.size() - begin};
+        return copy->text.size() <= kMostCopiedCharacters;
     };
-    reading.start(std::move(what), read, std::move(told), [copy, ended = std::move(ended)](RowReading::End end) {
-        if (end == RowReading::End::Done) {
-            QString text;
-            text.reserve(copy->characters);
-            for (const QString& line : copy->lines) text += line;
-            QGuiApplication::clipboard()->setText(text);
-        }
-        ended(end);
-    });
+    reading.start(std::move(what), read, std::move(told),
+                  [copy, inOrder, ended = std::move(ended)](RowReading::End end) {
+                      if (end == RowReading::End::Done) {
+                          QString text;
+                          if (!inOrder) text.reserve(copy->text.size());
+                          for (const Copy::Line& line : copy->lines)
+                              text += QStringView(copy->text).mid(line.begin, line.length);
+                          QGuiApplication::clipboard()->setText(inOrder ? copy->text : text);
+                      }
+                      ended(end);
+                  });
 }
 
 }  // namespace kibo

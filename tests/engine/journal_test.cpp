@@ -318,6 +318,15 @@ TEST_F(Crash, WithoutAJournalNothingIsTaken) {
     ticks(5);
     EXPECT_EQ(count("outbox"), 1);
     EXPECT_TRUE(state.step.contains(u"journal"_qs)) << state.step.toStdString();
+    EXPECT_FALSE(state.journalProblem.isEmpty());
+
+    fromOutside(u"delete from outbox"_qs);
+    const QString file = folder.filePath(u"send.journal"_qs);
+    ASSERT_TRUE(journal.open(file).ok());
+    clock.wait(60'000);
+    ticks(2);
+    EXPECT_EQ(state.journalProblem.toStdString(), "") << "no message is needed to see it";
+    EXPECT_EQ(QFileInfo(file).size(), 0);
 }
 
 }  // namespace

@@ -47,17 +47,39 @@ TEST_F(Records, TellWhatBecameOfEachMessageAndWhen) {
 }
 
 TEST_F(Records, AMessageIsNoLessSentWhereTheyAreRefused) {
-    run("create trigger no before insert on kibo_message begin select raise(rollback, 'not here'); end");
-    const qint64 first = queue(kAni, QStringLiteral("a"));
-    runQueue();
-    EXPECT_EQ(outcome(first), "sent|1");
-    EXPECT_EQ(ask("select count(*) from kibo_message"), "0");
-    run("drop trigger no");
+    for (const char* refused : {"before insert on kibo_message begin select raise(rollback, 'not here')",
+                                "before update on kibo_message begin select raise(abort, 'not here')"}) {
+        run((std::string("create trigger no ") + refused + "; end").c_str());
+        const qint64 first = queue(kAni, QStringLiteral("a"));
+        clock.wait(60'000);
+        runQueue();
+        EXPECT_EQ(outcome(first), "sent|1");
+        EXPECT_EQ(ask("select count(*) from kibo_message"), "0") << "none is begun that could not be completed";
+        run("drop trigger no");
+    }
     queue(kAni, QStringLiteral("b"));
     clock.wait(60'000);
     runQueue();
-    EXPECT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(page.delivered.size(), 3u);
     EXPECT_EQ(ask("select result from kibo_message"), "sent") << "tried again after a while";
+}
+
+TEST_F(Records, AreCompletedLaterWhereTheStoreRefusesItForAWhile) {
+    queue(kAni, QStringLiteral("a"));
+    runQueue();
+    run("create trigger no before update on kibo_message begin select raise(abort, 'not now'); end");
+    const qint64 second = queue(kAni, QStringLiteral("b")), third = queue(kAni, QStringLiteral("c"));
+    for (int i = 0; i < 60 && page.delivered.size() < 3; ++i) tick();
+    EXPECT_EQ(page.delivered.size(), 3u);
+    EXPECT_EQ(outcome(second), "sending|0");
+    EXPECT_EQ(outcome(third), "sent|1") << "taken without a record meanwhile";
+    run("drop trigger no");
+    EXPECT_TRUE(gateway.recovery.settleInStore());
+    EXPECT_EQ(outcome(second), "sending|0") << "not before a minute";
+    clock.wait(60'000);
+    EXPECT_TRUE(gateway.recovery.settleInStore());
+    EXPECT_EQ(outcome(second), "sent|1");
+    EXPECT_TRUE(journal.entries().empty());
 }
 
 TEST_F(Records, AreCompletedLaterWhereTheStoreIsAwayAtTheEnd) {

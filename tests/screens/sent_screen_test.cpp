@@ -7,6 +7,7 @@
 #include <QClipboard>
 #include <QDateEdit>
 #include <QFile>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -15,6 +16,7 @@
 #include <QTest>
 
 #include "base/table_text.h"
+#include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/eventually.h"
 #include "support/manual_clock.h"
@@ -64,7 +66,9 @@ class SentScreenTest : public testing::TestWithParam<Form> {
         state.cb_Profil.text = QStringLiteral("shop");
         const Result<void> opened = database.OpenDatabase(settings, folder.path());
         ASSERT_TRUE(opened) << opened.failure().text;
-        screen = std::make_unique<SentScreen>(SentScreen::Parts{database, settings, state, clock, dialogs});
+        screen = std::make_unique<SentScreen>(
+            SentScreen::Parts{database, settings, state, clock, dialogs,
+                              [this](const std::vector<qint64>& ids) { unsent.queuedAgain(ids); }});
     }
     QString outside(const QString& sql) { return server ? server->run(sql) : sqlite(store(), sql); }
     QString store() const { return folder.filePath(QStringLiteral("kb.mdb")); }
@@ -152,6 +156,7 @@ line 🚀')",
     ErrorPolicy policy;
     Database database{clock, policy};
     AnsweringDialogs dialogs;
+    UnsentList unsent{state, settings, database, clock};
     std::unique_ptr<SentScreen> screen;
 };
 
@@ -269,6 +274,8 @@ TEST_P(SentScreenTest, ChangesTheRowsThatWereSelected) {
     EXPECT_EQ(status(), "2 messages deleted. 1 message no longer in the sent log.");
     EXPECT_EQ(ids(), "3 8") << "what is there now";
 
+    state.cb_Profil.text = QStringLiteral("other");
+    for (const char* id : {"3", "4"}) unsent.add({}, {}, {}, QLatin1String(id));
     selectLast(2);
     find<QPushButton>("Command4")->click();
     dialogs.answerOpen();
@@ -279,6 +286,51 @@ line 🚀	pic.jpg	http://x/doc.pdf)";
     if (form.server) expected = R"(1	623	{a|b} "x"\ttab\nline 🚀	pic.jpg	http://x/doc.pdf)";
     EXPECT_EQ(queue(), "other\t" + expected + "\nother\t1\t628\tnew\tpic.jpg\thttp://x/doc.pdf\n");
     EXPECT_EQ(left(), QStringLiteral("5")) << "they stay in the log";
+    ASSERT_EQ(state.ms2.rowCount(), 2) << "of the failed ones the one that was not queued again is left";
+    EXPECT_EQ(state.ms2.text(1, UnsentColumn::Id), QStringLiteral("4"));
+}
+
+TEST_P(SentScreenTest, HeaderSortsAllThatWasFoundAndButtonsActOnTheLinesShown) {
+    someRows();
+    sent(10, "'2026-11-20 02:00:00'", "'70'", "'first'", "''");
+    outside(QStringLiteral("insert into kibo_message (source, profil, outbox_id, ended) values "
+                           "('%1', 'other', 7, '2026-11-20 13:00:01'), ('%1', 'other', 10, '2026-11-20 02:00:01')")
+                .arg(form.multi ? QStringLiteral("multi") : QStringLiteral("outbox")));
+    open();
+    EXPECT_EQ(search(""), "3 4 2 7 10");
+    const auto sortedBy = [this](SentColumn column) {
+        const QHeaderView& header = *grid()->horizontalHeader();
+        const int section = static_cast<int>(column);
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                          QPoint(header.sectionViewportPosition(section) + 20, header.height() / 2));
+        EXPECT_TRUE(atRest());
+        return ids();
+    };
+    EXPECT_EQ(sortedBy(SentColumn::Id), "2 3 4 7 10");
+    EXPECT_EQ(sortedBy(SentColumn::Id), "10 7 4 3 2");
+    EXPECT_EQ(sortedBy(SentColumn::Id), "3 4 2 7 10") << "as they were found";
+    EXPECT_EQ(sortedBy(SentColumn::Time), "2 10 3 7 4");
+    EXPECT_EQ(sortedBy(SentColumn::Number), "7 10 2 3 4") << "numbers as numbers, nothing first";
+    EXPECT_EQ(sortedBy(SentColumn::Status), "2 7 10 3 4") << "those that are equal as they were found";
+    EXPECT_EQ(sortedBy(SentColumn::Ended), "3 4 2 10 7");
+    EXPECT_EQ(sortedBy(SentColumn::Ended), "7 10 3 4 2");
+
+    selectLast(2);
+    QTest::keyClick(grid(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().section(u'\t', 0, 0), QStringLiteral("4"));
+    const QString path = folder.filePath(QStringLiteral("sorted.csv"));
+    dialogs.texts = {path};
+    QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
+    ASSERT_TRUE(atRest());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains("\r\n7,2026-11-20 13:00:00,"));
+    dialogs.answers = {true};
+    grid()->setFocus();
+    QTest::keyClick(grid(), Qt::Key_Delete);
+    ASSERT_TRUE(atRest());
+    EXPECT_EQ(status(), "2 messages deleted.");
+    EXPECT_EQ(ids(), "7 10 3") << "sorted again";
 }
 
 TEST_P(SentScreenTest, StoreThatGoesAwayLeavesNothingHalfDone) {

@@ -3,6 +3,7 @@
 #include <QThread>
 
 #include "store/database.h"
+#include "store/transaction.h"
 #include "store_under_test.h"
 #include "support/mariadb_server.h"
 

@@ -3,6 +3,8 @@
 
 #include "store/database.h"
 #include "store/queue_writer.h"
+#include "store/row_reader.h"
+#include "store/transaction.h"
 #include "store_under_test.h"
 
 namespace kibo {
@@ -100,6 +102,46 @@ TEST_P(StoreTest, AnyTextComesBackAsItWasStored) {
         outside(QStringLiteral("select count(*) from inbox where SUB_NO = '' and wa_time = '2020-11-27 21:38:59'")),
         QString::number(texts.size()));
     EXPECT_EQ(outside(QStringLiteral("select wa_text from inbox where id = 4")), texts[3]);
+}
+
+TEST_P(StoreTest, ManyRowsComeWithAllThatTheyHold) {
+    struct Row {
+        QVariant text;
+        const char* time;
+    };
+    const Row kinds[] = {{QString(), "2020-11-27 21:38:59"},
+                         {QVariant(), "2020-11-27 00:00:00"},
+                         {QStringLiteral("a\"b\tc\r\n🚀é"), "0000-00-00 00:00:00"},
+                         {QStringLiteral("before") + QChar(0) + QStringLiteral("behind"), "2020-02-29 23:59:59"},
+                         {QStringLiteral("ქ🚀").repeated(20'000), "2020-11-27 21:38:59"},
+                         {QStringLiteral("x").repeated(65'000), "2020-11-27 21:38:59"},
+                         {QStringLiteral("short"), "2020-11-27 21:38:59"}};
+    constexpr int kRows = 7 * 50;
+    for (int row = 0; row < kRows; ++row) {
+        const Row& kind = kinds[row % 7];
+        ASSERT_TRUE(database_.execute(QStringLiteral("insert into inbox (wa_no, wa_text, wa_time) values (?, ?, ?)"),
+                                      {QString::number(row), kind.text, QLatin1String(kind.time)}));
+    }
+    const QString sql = QStringLiteral("select id, wa_text, wa_no, wa_time from inbox order by id");
+    const auto expectRow = [&](int row, const std::function<QString(int)>& cell) {
+        const Row& kind = kinds[row % 7];
+        EXPECT_EQ(cell(1).isNull(), !kind.text.isValid()) << row;
+        EXPECT_TRUE(cell(1) == kind.text.toString()) << row << ": " << cell(1).left(40).toStdString();
+        EXPECT_EQ(cell(2), QString::number(row));
+        EXPECT_EQ(cell(3).toStdString(), kind.time) << row;
+    };
+    int read = 0;
+    ASSERT_TRUE(database_.readThrough(sql, {}, [&](const RowReader& row) {
+        expectRow(read++, [&row](int column) { return row.text(column); });
+        EXPECT_EQ(row.columnOf(QStringLiteral("WA_TIME")), 3);
+        return true;
+    }));
+    EXPECT_EQ(read, kRows);
+    const auto rows = database_.openRows(sql).value();
+    ASSERT_EQ(rows->rowCount(), kRows);
+    for (const int step : {1, 101})
+        for (int row = 0, i = 0; i < kRows; ++i, row = (row + step) % kRows)
+            expectRow(row, [&](int column) { return rows->text(row, column); });
 }
 
 TEST_P(StoreTest, FailingStatementIsSkippedOrSurfacesAndAClosedStoreRefusesAll) {

@@ -128,16 +128,8 @@ void GridActions::addCopies(const List& list, QPushButton* button) {
     const auto copying = [this, list](bool all) -> Action { return [this, list, all] { copy(list, all); }; };
     add(list, {"mnCopySelected", "&Copy selected lines", nullptr, copying(false), QKeySequence::Copy});
     add(list, {"mnCopyAll", "Copy &all lines", button, copying(true)});
-    addSorting(list);
-}
-
-void GridActions::addSorting(const List& list) {
-    QMenu* sort = list.menu->addMenu(QStringLiteral("&Sort by"));
-    for (int column = 0; column < list.grid->model()->columnCount(); ++column) {
-        const QString name = list.grid->model()->headerData(column, Qt::Horizontal).toString();
-        connect(sort->addAction(QStringLiteral("&%1  %2").arg(column + 1).arg(name)), &QAction::triggered, list.grid,
-                [grid = list.grid, column] { grid->sortBy(column); });
-    }
+    QMenu* sort = list.grid->sortMenu(list.menu);
+    list.menu->addMenu(sort);
     list.grid->addAction(sort->menuAction());
 }
 

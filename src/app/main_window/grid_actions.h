@@ -47,7 +47,6 @@ class GridActions : public QObject {
     List list(QMenu* queues, const char* name, const char* title, QueueGrid* grid, QLineEdit* search);
     QAction* add(const List& list, const Entry& entry);
     void addCopies(const List& list, QPushButton* button);
-    void addSorting(const List& list);
     void copy(const List& list, bool all, int tries = 3);
     void copied(const List& list, bool all, int tries, RowReading::End end);
     void withSelected(QueueGrid* grid, const std::function<void(const std::vector<qint64>& ids)>& action);
