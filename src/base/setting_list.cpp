@@ -19,7 +19,7 @@ const std::vector<SettingEntry>& settingList() {
         {Database, kDb, "MySQL_WithoutDSN", "optMy", Mode, "A server without a data source name", "off",
          "On: the server is described by the next keys. Off: `dsn` names an ODBC data source."},
         {Database, kDb, "dsn", "txtDSN", Text, "Data source name", "none",
-         "An ODBC data source, where `MySQL_WithoutDSN` is not `Y`.", "", "DSN"},
+         "An ODBC data source; used where the server isn't described by the next keys.", "", "DSN"},
         {Database, kDb, "MySQL_Server", "txtServer", Text, "Server", "none",
          "Name or address of the server. Write `127.0.0.1` rather than `localhost` where it listens on TCP only."},
         {Database, kDb, "Port", "txtPORT", Port, "Port", "3306", "The server's port."},

@@ -26,9 +26,10 @@ QString plainHelp(const SettingEntry& entry) {
     QString help = QString::fromUtf8(entry.help);
     static const QRegularExpression kLink(QStringLiteral("\\[([^\\]]*)\\]\\([^)]*\\)"));
     help.replace(kLink, QStringLiteral("\\1")).remove(u'`').remove(u'*');
-    QString fallback = QString::fromUtf8(entry.fallback).remove(u'`');
-    return entry.kind == SettingKind::YesNo ? QStringLiteral("%1 Preset: %2.").arg(help, fallback)
-                                            : QStringLiteral("%1 Empty: %2.").arg(help, fallback);
+    const QString fallback = QString::fromUtf8(entry.fallback).remove(u'`');
+    if (fallback == QStringLiteral("none")) return help;
+    const bool yesNo = entry.kind == SettingKind::YesNo;
+    return (yesNo ? QStringLiteral("%1 Preset: %2.") : QStringLiteral("%1 Empty: %2.")).arg(help, fallback);
 }
 
 QLabel* plainLabel(const QString& text, QWidget* parent) {

@@ -62,6 +62,7 @@ QWidget* SettingsScreen::buildPages() {
     pages_->setObjectName(QStringLiteral("pages"));
     pages_->setAccessibleName(QStringLiteral("Pages"));
     pages_->setFixedWidth(kPagesWidth);
+    pages_->setSpacing(3);
     for (const SettingPage page :
          {SettingPage::Database, SettingPage::Browser, SettingPage::Sending, SettingPage::Files, SettingPage::Receiving,
           SettingPage::Instances, SettingPage::Program}) {
@@ -93,6 +94,7 @@ QWidget* SettingsScreen::buildPage(SettingPage page) {
     column->addStretch();
     auto* area = new QScrollArea(this);
     area->setWidgetResizable(true);
+    area->setFocusPolicy(Qt::NoFocus);  // the keyboard goes from control to control, and the page follows
     area->setWidget(content);
     return area;
 }
@@ -141,6 +143,7 @@ void SettingsScreen::buildButtons(QVBoxLayout* column) {
     auto* row = new QHBoxLayout(end);
     row->setContentsMargins(0, 0, 0, 0);
     auto* note = new QLabel(QStringLiteral("Each change is written at once, and counts from the next start on."), end);
+    note->setTextFormat(Qt::PlainText);
     note->setForegroundRole(QPalette::PlaceholderText);
     row->addWidget(note, 1);
     restart_ = addButton(end, "restart", QStringLiteral("&Restart Kibo"), [this] {
