@@ -18,6 +18,8 @@ void runQuietly(const QString& program, const QStringList& arguments);
 
 /// Makes the embedded store and the element store in `folder`.
 void createStores(const QString& folder);
+/// The same, and what the element store holds.
+ElementTable elementsIn(const QString& folder);
 
 /// Settings that run the browser without a window on the stand-in's page.
 Settings standInSettings(const standin::StandIn& standIn);

@@ -13,8 +13,8 @@ namespace {
 
 constexpr int kEntries = 300;
 constexpr int kPasses = 25;
-constexpr double kCommandsPerIdlePass = 5;
-constexpr double kPassTarget = 3;
+constexpr double kCommandsPerIdlePass = 1;
+constexpr double kPassTarget = 2;
 constexpr int kArrivals = 15;
 constexpr double kArrivalMs = 1200;
 constexpr double kDemandedMs = 100;  // before an opened chat is looked at; the timers' intervals count as measured

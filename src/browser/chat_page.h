@@ -118,11 +118,11 @@ struct ChatEntry {
 
 /// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.
 struct ChatListLook {
-    QList<ChatEntry> entries;
-    int nextOffset = -1;  ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
-    QString ownPicture;   ///< address of the account's own picture; empty when there is none
-    bool search = false;  ///< a search was left above the list, which shows its results only
-    int length = 0;       ///< length of the list's text
+    QList<ChatEntry> entries;  ///< in their order; empty ones for rows that were not asked for
+    int nextOffset = -1;       ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
+    QString ownPicture;        ///< address of the account's own picture; empty when there is none
+    bool search = false;       ///< a search was left above the list, which shows its results only
+    int length = 0;            ///< length of the list's text
 };
 
 /// A chat of the list as `listChats` finds it.
@@ -268,9 +268,9 @@ class ChatPage {
 
     /// Sets the browser window's title and glances at the chat list.
     virtual std::optional<ChatListGlance> watchChatList(const QString& title) = 0;
-    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be. New
-    /// messages show at the top, so leave the list there.
-    virtual std::optional<ChatListLook> readChatList(int offset) = 0;
+    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be: those
+    /// that may be unread, and that of the chat `title`. New messages show at the top, so leave the list there.
+    virtual std::optional<ChatListLook> readChatList(int offset, const QString& title = {}) = 0;
     /// The chats that the list holds at its present scroll position, read or not.
     virtual std::optional<QList<ListedChat>> listChats() = 0;
     /// Clicks the unread row that still shows exactly `entry`, wherever it stands by now.

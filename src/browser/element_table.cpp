@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 #include <array>
+#include <atomic>
 
 namespace kibo {
 namespace {
@@ -87,7 +88,9 @@ ElementTable::ElementTable(const LoadElement& loadElement) {
 }
 
 void ElementTable::set(const QString& name, const QString& value) {
+    static std::atomic<quint64> newest = 0;
     values_.insert(name, value.isEmpty() ? builtIn(name) : value);
+    revision_ = ++newest;
 }
 
 QStringList ElementTable::names() {

@@ -6,6 +6,7 @@
 #include "browser/browser.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
+#include "browser/page/page_module.h"
 #include "browser/page_probe.h"
 
 namespace kibo {
@@ -41,7 +42,7 @@ class WebPage : public ChatPage, public PageProbe {
     bool pressEscape() override;
     bool pressEscapeTwice(int milliseconds) override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;
-    std::optional<ChatListLook> readChatList(int offset) override;
+    std::optional<ChatListLook> readChatList(int offset, const QString& title = {}) override;
     std::optional<QList<ListedChat>> listChats() override;
     std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) override;
     std::optional<int> leaveSearch() override;
@@ -56,15 +57,17 @@ class WebPage : public ChatPage, public PageProbe {
     Result<Matches> outline(const QString& locator) override;
 
  private:
-    Result<QJsonValue> run(const QString& script, const QJsonArray& arguments, bool async = false);
-    std::optional<QJsonValue> runOrSkip(const char* step, const QString& script, const QJsonArray& arguments = {},
-                                        bool async = false);
+    Result<QJsonValue> call(const char* name, const QJsonArray& arguments = {});
+    std::optional<QJsonValue> callOrSkip(const char* step, const char* name, const QJsonArray& arguments = {});
     bool sendOrSkip(const char* step, const webdriver::Command& command);
+    OpenChat openChat(const QJsonValue& chat);
 
     Browser& browser_;
     const ElementTable& elements_;
     const ErrorPolicy& policy_;
-    QStringList reported_;  // locators that the browser does not understand
+    page_module::Heard heard_;
+    QStringList titles_, clicked_;  // the newest of those that were heard
+    QStringList reported_;          // locators that the browser does not understand
 };
 
 }  // namespace kibo

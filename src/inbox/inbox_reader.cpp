@@ -207,7 +207,7 @@ QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLo
 
 /// The row of an open chat shows its last message again, where before it showed a text left in the message box.
 QString InboxReader::textBehindDraft(const QString& title, const QString& draft) {
-    const auto list = p_.page.readChatList(0);
+    const auto list = p_.page.readChatList(0, title);
     if (!list) return draft;
     for (const ChatEntry& entry : list->entries) {
         const auto chat = entry.badge.isEmpty() ? readChat(entry) : unreadChat(entry);

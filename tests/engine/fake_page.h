@@ -262,7 +262,7 @@ class FakePage : public ChatPage {
             if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
         return ChatListGlance{chatListLength, unread, listTicks};
     }
-    std::optional<ChatListLook> readChatList(int offset) override {
+    std::optional<ChatListLook> readChatList(int offset, const QString& = {}) override {
         if (!answers("readChatList")) return std::nullopt;
         ChatListLook look;
         look.length = chatListLength;
