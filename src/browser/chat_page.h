@@ -25,22 +25,28 @@ struct OpenChat {
     int personClicks = 0;
 };
 
-/// A message of somebody else that the chat list doesn't mark as unread: it came in while its chat was open, or the
-/// chat was opened to write while it was unread. Only chats that were opened by a click of ours are listened to.
+/// A message of somebody else, as the open chat shows it.
 struct ArrivedMessage {
-    QString key;    ///< unlike that of any other message
-    QString title;  ///< of its chat
+    QString key;                ///< unlike that of any other message
+    QString title;              ///< of its chat
+    QString messageId, chatId;  ///< as the page names them; empty on a page that doesn't
     QString number;
     QString headerPicture;  ///< address of the chat's picture; empty when there is none
     bool inGroup = false;
     QString sender;  ///< in a group: who wrote, if that is known
-    QString text;    ///< in one line, as the chat shows it, or as the list does where it has none; may be empty
+    QString kind;    ///< "text", "photo", "voice" …; empty where only the list tells of the message
+    QString text;    ///< whole, with its line breaks; of other kinds their name in brackets, and the caption
+    QString time;    ///< the message's own, "yyyy-MM-dd HH:mm"; empty where the page doesn't tell
     int ageMs = 0;
-    /// For one whose mark the opening took away: the chat's row as it was before.
+    /// On a page without ids, for one whose mark the opening of its chat took away: the chat's row as it was before.
     QStringList lines;
     QString badge;
-    /// For one that came in while its chat was being opened: the text that the row showed before.
-    QString previewBefore;
+};
+
+/// The unread messages of a chat that was opened to read them.
+struct UnreadMessages {
+    bool hasIds = false;             ///< false: the page gives its messages no ids, and nothing is told of them
+    QList<ArrivedMessage> messages;  ///< oldest first
 };
 
 /// What one tick of the step machine needs to know, read in one command.
@@ -67,10 +73,13 @@ struct PageLook {
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
-    bool hasChatList = false;       ///< something matches XX_ChatList
-    bool hasBox = false;            ///< something matches XX_ChatBox
-    QStringList misunderstood;      ///< locators among these that the browser doesn't understand
-    QList<ArrivedMessage> arrived;  ///< until they are forgotten, again with each look
+    bool hasChatList = false;   ///< something matches XX_ChatList
+    bool hasBox = false;        ///< something matches XX_ChatBox
+    QStringList misunderstood;  ///< locators among these that the browser doesn't understand
+    /// What the chat list doesn't mark as unread: it came in while its chat was open, or the chat was opened to write
+    /// while it was unread. Only chats that were opened by a click of ours are listened to. Until they are forgotten,
+    /// again with each look.
+    QList<ArrivedMessage> arrived;
     OpenChat chat;
 };
 
@@ -225,6 +234,10 @@ class ChatPage {
 
     /// The messages of the open chat that the page holds, newest last.
     virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
+
+    /// The newest `count` messages of others in the open chat `title`, which was clicked in the list, without those
+    /// above the account's own last one; scrolled up to as far as needed. Empty while that chat isn't there.
+    virtual std::optional<UnreadMessages> readUnread(const QString& title, int count) = 0;
 
     /// The page need not keep these messages any more.
     virtual bool forgetArrived(const QStringList& keys) = 0;

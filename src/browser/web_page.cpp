@@ -33,14 +33,27 @@ QStringList strings(const QJsonValue& value) {
     return list;
 }
 
-QList<ArrivedMessage> arrivedMessages(const QJsonArray& messages) {
+QList<ArrivedMessage> arrivedMessages(const QJsonValue& messages) {
     QList<ArrivedMessage> arrived;
-    for (const QJsonValue& message : messages) {
-        const auto text = [&message](const char* name) { return message[QString::fromLatin1(name)].toString(); };
-        arrived.append({text("key"), text("title"), text("number"), text("picture"),
-                        message[QStringLiteral("inGroup")].toBool(), text("sender"), text("text"),
-                        message[QStringLiteral("ageMs")].toInt(), strings(message[QStringLiteral("lines")]),
-                        text("badge"), text("previewBefore")});
+    const QJsonArray array = messages.toArray();
+    for (const QJsonValue& json : array) {
+        const auto text = [&json](const char* name) { return json[QLatin1String(name)].toString(); };
+        ArrivedMessage message;
+        message.key = text("key");
+        message.title = text("title");
+        message.messageId = text("id");
+        message.chatId = text("chat");
+        message.number = text("number");
+        message.headerPicture = text("picture");
+        message.inGroup = json[QStringLiteral("inGroup")].toBool();
+        message.sender = text("sender");
+        message.kind = text("kind");
+        message.text = text("text");
+        message.time = text("time");
+        message.ageMs = json[QStringLiteral("ageMs")].toInt();
+        message.lines = strings(json[QStringLiteral("lines")]);
+        message.badge = text("badge");
+        arrived.append(message);
     }
     return arrived;
 }
@@ -185,7 +198,7 @@ PageLook WebPage::look(const QString& nextAddress) {
     look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
     look.notice = seen[QStringLiteral("notice")].toString();
     look.chat = openChat(seen[QStringLiteral("chat")]);
-    look.arrived = arrivedMessages(seen[QStringLiteral("arrived")].toArray());
+    look.arrived = arrivedMessages(seen[QStringLiteral("arrived")]);
     return look;
 }
 
@@ -232,6 +245,13 @@ std::optional<QList<ChatMessage>> WebPage::lastMessages() {
         messages.append({message[QStringLiteral("id")].toString(), message[QStringLiteral("own")].toBool(),
                          message[QStringLiteral("text")].toString()});
     return messages;
+}
+
+std::optional<UnreadMessages> WebPage::readUnread(const QString& title, int count) {
+    const auto answer = callOrSkip("read unread messages", "readUnread", {title, count, kLongestScriptWaitMs});
+    if (!answer || !answer->isObject()) return std::nullopt;
+    return UnreadMessages{(*answer)[QStringLiteral("hasIds")].toBool(),
+                          arrivedMessages((*answer)[QStringLiteral("messages")])};
 }
 
 bool WebPage::forgetArrived(const QStringList& keys) {

@@ -24,6 +24,7 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     std::optional<QList<ChatMessage>> lastMessages() override;
+    std::optional<UnreadMessages> readUnread(const QString& title, int count) override;
     bool forgetArrived(const QStringList& keys) override;
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString& text) override;

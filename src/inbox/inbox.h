@@ -43,6 +43,7 @@ struct Inbox {
 
     InboxTable table;
     InboxJournal journal;
+    StoredIds storedIds;
     InboxGrid grid;
     BotBrowser botBrowser;
     ReplyHandOff handOff;

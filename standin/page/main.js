@@ -14,7 +14,7 @@ import {Server} from './server.js';
 import {later} from './timing.js';
 
 /** Behaviours that show in the open chat. */
-const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle'];
+const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle', 'ornateEntries'];
 
 /** The page as a whole: which of its three faces is shown, and how its parts reach each other. */
 class App {

@@ -148,6 +148,11 @@ class FakePage : public ChatPage {
         if (!answers("lastMessages")) return std::nullopt;
         return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
     }
+    std::optional<UnreadMessages> readUnread(const QString&, int count) override {
+        if (!answers("readUnread")) return std::nullopt;
+        const qsizetype first = std::max<qsizetype>(conversation.size() - count, 0);
+        return UnreadMessages{!conversation.isEmpty(), conversation.mid(first)};
+    }
     bool forgetArrived(const QStringList& keys) override {
         if (!answers("forgetArrived")) return false;
         shown.arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
@@ -322,6 +327,7 @@ class FakePage : public ChatPage {
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
     QString headerPicture, namedNumber;  // of every open chat
+    QList<ArrivedMessage> conversation;  // the same; without any, messages have no ids
 
  private:
     bool answers(const char* command) {

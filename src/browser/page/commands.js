@@ -1,9 +1,9 @@
 // The only thing that the page could meet: one function, under a name that is new with each start of the program.
-const commands = {
-  look, plantLink, pointLink, clickLink, lookAtChat, lastMessages, forgetArrived, awaitBoxText, awaitSent, pasteText,
+const commands = () => ({
+  look, plantLink, pointLink, clickLink, lookAtChat, lastMessages, readUnread, forgetArrived, awaitBoxText, awaitSent, pasteText,
   emptyBox, fileInput, lookAtPreview, sendPreview, awaitFileSent, lookAtSearch, findEntry, watchChatList, readChatList,
   listChats, clickRow, focusSearch, chatListLength, clickQrReload, clickUseHere, outline
-};
+});
 let revision = 0;
 const takeLocators = (number, table) => {
   if (!revision) {
@@ -34,8 +34,10 @@ const run = (wanted, serial, clicks, name, ...given) => {
   if (name === 'leave') return leave();
   if (wanted !== revision) return 'locators';
   heard = {serial: serial, clicks: clicks};
-  const answer = commands[name](...given);
+  const answer = commands()[name](...given);
   return name === 'look' ? lean(answer) : answer;
 };
 const symbol = Symbol.for(key);
-if (!window[symbol]) Object.defineProperty(window, symbol, {value: run, configurable: true});
+const install = () => {
+  if (!window[symbol]) Object.defineProperty(window, symbol, {value: run, configurable: true});
+};

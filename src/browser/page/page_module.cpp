@@ -1,5 +1,6 @@
 #include "browser/page/page_module.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 
@@ -7,11 +8,6 @@ namespace kibo::page_module {
 namespace {
 
 using webdriver::ExecuteScript;
-
-// In the order in which they build on each other.
-constexpr const char* kFiles[] = {"finding",      "texts",       "chat_list", "ticks",   "conversation",
-                                  "arrivals",     "watch",       "link",      "boxes",   "files",
-                                  "list_reading", "list_search", "look",      "commands"};
 
 // A function that was never put into this document answers nothing at all, so its absence is told by the script itself.
 const QString kCall =
@@ -27,13 +23,16 @@ const QString& key() {
 QString joinedFiles() {
     // Frames inside the page have documents of their own.
     QString joined = QStringLiteral("((key) => {\nif (window !== window.top) return;\n");
-    for (const char* name : kFiles) {
-        QFile file(QStringLiteral(":/page/%1.js").arg(QLatin1String(name)));
+    // Their order doesn't matter: they define, and nothing runs before the end.
+    const QDir folder(QStringLiteral(":/page"));
+    const QStringList names = folder.entryList({QStringLiteral("*.js")}, QDir::Files, QDir::Name);
+    for (const QString& name : names) {
+        QFile file(folder.filePath(name));
         const bool isPartOfTheProgram = file.open(QIODevice::ReadOnly);
         Q_ASSERT(isPartOfTheProgram);
         joined += QString::fromUtf8(file.readAll());
     }
-    return joined + QStringLiteral("})('%1');").arg(key());
+    return joined + QStringLiteral("install();\n})('%1');").arg(key());
 }
 
 ExecuteScript command(const ElementTable& elements, const Heard& heard, const QString& name,

@@ -21,6 +21,7 @@ const updateWatch = () => {
   }
   watch.node = node;
   watch.title = cameUp ? title : node ? title || watch.title : '';
+  if (isOpening()) noteMarks();
   listen();
 };
 // `reading`: title of the chat whose unread message is in hand already.
