@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 namespace kibo {
@@ -241,6 +242,9 @@ class ChatPage {
 
     /// The page need not keep these messages any more.
     virtual bool forgetArrived(const QStringList& keys) = 0;
+    /// Gives the ids of the messages that were stored last. Each time the page is loaded it learns them, and what
+    /// stands below them in an opened chat is new. Empty: there are none.
+    virtual void goBy(std::function<QStringList()> storedIds) = 0;
 
     /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
     /// `milliseconds`, until it stands there.

@@ -123,9 +123,10 @@ Result<QJsonValue> WebPage::call(const char* name, const QJsonArray& arguments) 
         heard_ = {};  // another document, as far as is known
         titles_.clear();
         clicked_.clear();
-        Result<QJsonValue> prepared = missing == QLatin1String(page_module::kAbsent)
-                                          ? browser_.client().send(ExecuteScript{page_module::script()})
-                                          : browser_.client().send(page_module::handOver(elements_));
+        Result<QJsonValue> prepared =
+            missing == QLatin1String(page_module::kAbsent)
+                ? browser_.client().send(ExecuteScript{page_module::script()})
+                : browser_.client().send(page_module::handOver(elements_, storedIds_ ? storedIds_() : QStringList()));
         if (!prepared) return prepared;
     }
 }

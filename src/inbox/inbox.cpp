@@ -8,6 +8,9 @@
 namespace kibo {
 namespace {
 
+/// A page that is loaded gets so many.
+constexpr qsizetype kIdsForThePage = 500;
+
 /// The window stays alive meanwhile.
 Result<void> get(const QString& address, Clock& clock) {
     const Result<QByteArray> answer = httpGet(address, {}, [&clock] {
@@ -46,6 +49,16 @@ Inbox::Inbox(const Needs& n)
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
               table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds}),
-      chatLister(n.state, n.page) {}
+      chatLister(n.state, n.page),
+      page_(n.page) {
+    page_.goBy([this] {
+        (void)storedIds.open();  // whoever reads the inbox tells why not
+        return storedIds.newest(kIdsForThePage);
+    });
+}
+
+Inbox::~Inbox() {
+    page_.goBy({});
+}
 
 }  // namespace kibo

@@ -38,6 +38,7 @@ struct Inbox {
     };
 
     explicit Inbox(const Needs& needs);
+    ~Inbox();
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
 
@@ -50,6 +51,9 @@ struct Inbox {
     InboxReader reader;
     Arrivals arrivals;
     ChatLister chatLister;
+
+ private:
+    ChatPage& page_;
 };
 
 }  // namespace kibo

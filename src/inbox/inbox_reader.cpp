@@ -181,6 +181,11 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     p_.journal.setDoubtful(key, false);
 
     const auto look = awaitChat(chat.title, clicked->before);
+    if (!look && hasIds_) {  // it comes up later, with more than the list tells: it is opened once more
+        p_.journal.setDoubtful(key, true);
+        leave();
+        return Then::GoOn;
+    }
     const auto unread = look ? readMessages(chat.title, row.unread) : std::nullopt;
     if (unread && unread->hasIds) return storeMessages(key, chat, *unread, began);
 

@@ -30,7 +30,10 @@ Result<void> StoredIds::read(Part& part, const QString& path) {
     }
     for (const QByteArray& line : std::as_const(lines)) {
         const qsizetype blank = line.indexOf(' ');
-        if (blank > 0) part.likenesses.insert(QString::fromUtf8(line.mid(blank + 1)), line.left(blank));
+        if (blank <= 0) continue;
+        const QString id = QString::fromUtf8(line.mid(blank + 1));
+        part.likenesses.insert(id, line.left(blank));
+        part.order.append(id);
     }
     part.file = std::move(file).value();
     return {};
@@ -39,6 +42,11 @@ Result<void> StoredIds::read(Part& part, const QString& path) {
 bool StoredIds::contains(const QString& messageId) const {
     return !messageId.isEmpty() && std::any_of(parts_.begin(), parts_.end(),
                                                [&](const Part& part) { return part.likenesses.contains(messageId); });
+}
+
+QStringList StoredIds::newest(qsizetype count) const {
+    const QStringList all = parts_[1 - current_].order + parts_[current_].order;
+    return all.mid(std::max<qsizetype>(all.size() - count, 0));
 }
 
 int StoredIds::storedLike(const IncomingRow& row) const {
@@ -55,12 +63,15 @@ Result<void> StoredIds::add(const IncomingRow& row) {
         const std::size_t other = 1 - current_;
         if (auto emptied = parts_[other].file->replace({}); !emptied) return emptied;
         parts_[other].likenesses.clear();
+        parts_[other].order.clear();
         current_ = other;
     }
     Part& part = parts_[current_];
     const QByteArray likeness = row.likeness();
     const Result<void> written = part.file->append((likeness + ' ' + row.messageId.toUtf8() + '\n').toStdString());
-    if (written) part.likenesses.insert(row.messageId, likeness);
+    if (!written) return written;
+    part.likenesses.insert(row.messageId, likeness);
+    part.order.append(row.messageId);
     return written;
 }
 

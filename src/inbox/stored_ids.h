@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <QStringList>
 #include <array>
 #include <functional>
 #include <memory>
@@ -28,6 +29,8 @@ class StoredIds {
     Result<void> open();
 
     bool contains(const QString& messageId) const;
+    /// The newest ones, at most `count`, oldest first.
+    QStringList newest(qsizetype count) const;
     /// How many stored rows the table can't tell from `row`.
     int storedLike(const IncomingRow& row) const;
     /// Writes down that `row` is stored; does nothing for one without an id. Fails with Io.
@@ -37,6 +40,7 @@ class StoredIds {
     struct Part {
         std::unique_ptr<platform::DurableFile> file;
         QHash<QString, QByteArray> likenesses;  // by id
+        QStringList order;                      // the ids as they came
     };
     Result<void> read(Part& part, const QString& path);
 

@@ -186,6 +186,9 @@ class App {
         case 'mark':
             this.#chats.mark(action);
             break;
+        case 'read':
+            this.#chats.markRead(this.#chats.chat(action.number));
+            break;
         case 'typing':
             this.#chats.setTyping(action.number, action.typing ?? true);
             break;

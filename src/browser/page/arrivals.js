@@ -41,6 +41,15 @@ const tell = (what, row = null) => {
   told.push({key: key, at: performance.now(), row: row, looks: 0, title: watch.title, id: '', chat: '', inGroup: false,
              number: '', picture: '', sender: '', time: '', kind: '', text: '', lines: [], badge: '', ...what});
 };
+// What the program has stored from its chats, before this document was there.
+const takeStored = (ids) => {
+  for (const id of ids) {
+    const {chat} = idParts(id);
+    if (!chat) continue;
+    if (!chats.has(chat)) chats.set(chat, {title: '', clicks: -1, ids: new Set()});
+    chats.get(chat).ids.add(id);
+  }
+};
 const isMessage = (row) => !isOwn(row) && kindOf(row) !== 'call';
 const countOf = (badge) => Number((badge || '').replace(/\D/g, '')) || 0;
 
@@ -78,7 +87,7 @@ const newIn = (rows, record, first) => {
   if (!first) return [];  // somebody looks at what was long ago
   const count = countOf(opening.mark?.badge);
   if (count) return rows.slice(rows.findLastIndex(isOwn) + 1).filter(isMessage).slice(-count);
-  return opening.wasEmpty && !record ? cameSince(rows, opening.at) : [];
+  return opening.wasEmpty ? cameSince(rows, opening.at) : [];
 };
 const listen = () => {
   if (!watch.node || !watch.title) return;
@@ -101,7 +110,7 @@ const listen = () => {
   const record = chats.get(chat);
   const first = opening.chat !== chat;
   // A frame that is used again shows the messages of the chat before for a while, which keep its name.
-  const title = record && opening.redrawn && record.clicks !== ownClicks ? record.title : watch.title;
+  const title = record?.title && opening.redrawn && record.clicks !== ownClicks ? record.title : watch.title;
   const fresh = ours ? newIn(rows, record, first) : [];
   for (const row of fresh.filter(isMessage)) {
     const message = {...said(row), title: title};

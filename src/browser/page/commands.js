@@ -5,8 +5,9 @@ const commands = () => ({
   listChats, clickRow, focusSearch, chatListLength, clickQrReload, clickUseHere, outline
 });
 let revision = 0;
-const takeLocators = (number, table) => {
+const takeLocators = (number, table, stored) => {
   if (!revision) {
+    takeStored(stored);
     listeners.push(updateWatch);
     document.addEventListener('mousedown', onMouseDown, true);
     observer.observe(document, {childList: true, subtree: true, characterData: true, attributes: true});
@@ -30,7 +31,7 @@ const leave = () => {
 };
 // A command that would go by other locators than the caller's is refused before it has any effect.
 const run = (wanted, serial, clicks, name, ...given) => {
-  if (name === 'locators') return takeLocators(wanted, given[0]);
+  if (name === 'locators') return takeLocators(wanted, given[0], given[1]);
   if (name === 'leave') return leave();
   if (wanted !== revision) return 'locators';
   heard = {serial: serial, clicks: clicks};

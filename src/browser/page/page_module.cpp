@@ -57,14 +57,14 @@ ExecuteScript call(const ElementTable& elements, const Heard& heard, const QStri
     return command(elements, heard, name, arguments);
 }
 
-ExecuteScript handOver(const ElementTable& elements) {
+ExecuteScript handOver(const ElementTable& elements, const QStringList& storedIds) {
     QJsonObject locators;
     const QStringList names = ElementTable::names();
     for (const QString& name : names) {
         const QString locator = elements[name];
         if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty()) locators[name] = locatorJson(locator);
     }
-    return command(elements, {}, QStringLiteral("locators"), {locators});
+    return command(elements, {}, QStringLiteral("locators"), {locators, QJsonArray::fromStringList(storedIds)});
 }
 
 QJsonObject locatorJson(const QString& locator) {
