@@ -11,8 +11,12 @@ namespace {
 constexpr int kPollMs = 20;
 constexpr int kPolls = 500;
 
-ElementTable elementsIn(const QString& folder, const Clock& clock, const ErrorPolicy& policy) {
+}  // namespace
+
+ElementTable elementsIn(const QString& folder) {
     createStores(folder);
+    const SystemClock clock;
+    const ErrorPolicy policy;
     Database store(clock, policy);
     const auto opened = store.OpenElementStore(folder + QStringLiteral("/element.sys"));
     require(opened.ok(), "the element store can't be opened");
@@ -20,8 +24,6 @@ ElementTable elementsIn(const QString& folder, const Clock& clock, const ErrorPo
         return store.OpenRecordset(QStringLiteral("select isi from element where nama = ?"), {name}).field(0);
     });
 }
-
-}  // namespace
 
 void runQuietly(const QString& program, const QStringList& arguments) {
     runInto(QProcess::nullDevice(), program, arguments);
@@ -51,7 +53,7 @@ Settings standInSettings(const standin::StandIn& standIn) {
 
 BrowserPage::BrowserPage(Clock& clock)
     : settings(standInSettings(standIn)),
-      elements(elementsIn(folder.path(), clock, policy)),
+      elements(elementsIn(folder.path())),
       browser(folder.path(), clock),
       page(browser, elements, policy),
       clock_(clock) {

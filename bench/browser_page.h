@@ -20,6 +20,8 @@ void runInto(const QString& file, const QString& program, const QStringList& arg
 
 /// Makes the embedded store and the element store in `folder`.
 void createStores(const QString& folder);
+/// The same, and what the element store holds.
+ElementTable elementsIn(const QString& folder);
 
 /// Settings that run the browser without a window on the stand-in's page.
 Settings standInSettings(const standin::StandIn& standIn);

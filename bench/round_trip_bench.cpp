@@ -7,7 +7,7 @@
 #include "bench/measuring.h"
 #include "browser/driver_process.h"
 #include "browser/launch.h"
-#include "browser/page/page_scripts.h"
+#include "browser/page/page_module.h"
 #include "browser/webdriver/client.h"
 #include "browser/webdriver/curl_transport.h"
 
@@ -18,12 +18,16 @@ using namespace webdriver;
 
 constexpr int kSamples = 301;
 constexpr double kTarget = 1.10;
+constexpr double kLookTarget = 1.05;
+constexpr double kLookBytes = 1024;
+constexpr int kOpenedChats = 30;
 
-/// The bytes of one request.
+/// The bytes of one request and of its answer.
 struct Sent {
     Method method = Method::Get;
     QByteArray path;
     QByteArray body;
+    QByteArray answer = {};
 };
 
 /// Passes requests on and keeps the last one, so that it can be sent again by other means.
@@ -33,7 +37,9 @@ class RecordingTransport : public Transport {
 
     Result<HttpAnswer> send(Method method, const QByteArray& path, const QByteArray& body, int timeoutMs) override {
         last_ = {method, path, body};
-        return transport_.send(method, path, body, timeoutMs);
+        auto answer = transport_.send(method, path, body, timeoutMs);
+        if (answer) last_.answer = answer.value().body;
+        return answer;
     }
 
  private:
@@ -82,6 +88,40 @@ class BareCurl {
     QByteArray address_;
 };
 
+/// The look of every tick, on a page that has had its chats opened, beside a script that does nothing but answer the
+/// same.
+void measureLook(Table& table, Client& client, Sent& last, const ElementTable& elements, const QString& chatAddress) {
+    const auto call = [&](const char* name, const QJsonArray& arguments, const page_module::Heard& heard = {}) {
+        const auto answer = client.send(page_module::call(elements, heard, QLatin1String(name), arguments));
+        require(answer.ok() && !answer.value().isString(), std::string(name) + " is refused");
+        return answer.value();
+    };
+    require(client.send(ExecuteScript{page_module::script()}) && client.send(page_module::handOver(elements)),
+            "the page does not take its script");
+    for (int i = 0; i < kOpenedChats; ++i) {
+        const QString address = chatAddress + QString::number(6281234000000 + i);
+        call("plantLink", {address});
+        call("pointLink", {address});
+        call("clickLink", {address});
+        SystemClock().wait(20);
+    }
+    const QString next = chatAddress + QStringLiteral("6281200009999"), title = QStringLiteral("[1]");
+    const QJsonValue chat = call("look", {next, title})[QStringLiteral("chat")];
+    const page_module::Heard heard{chat[QStringLiteral("serial")].toInt(), chat[QStringLiteral("clicks")].toInt()};
+    require(heard.serial > 0 && heard.clicks == kOpenedChats, "no chat was opened");
+    const ExecuteScript same{QStringLiteral("return arguments[0]"), {call("look", {next, title}, heard)}};
+    const auto bytes = static_cast<double>(last.body.size() + last.answer.size());
+    const SideBySide times = sideBySide(
+        kSamples,
+        [&] {
+            call("look", {next, title}, heard);
+        },
+        [&] { require(client.send(same).ok(), "a command is refused"); });
+    table.add({"the look of every tick, over a bare script of the same answer", "ms", times.measured, times.reference,
+               kLookTarget, kSamples});
+    table.add({"the look of every tick: bytes there and back", "", bytes, kLookBytes, 1, 1});
+}
+
 }  // namespace
 
 void measureRoundTrips(Table& table) {
@@ -110,7 +150,6 @@ void measureRoundTrips(Table& table) {
         {"round trip: window handles", GetWindowHandles{}},
         {"round trip: title", GetTitle{}},
         {"round trip: a small script", ExecuteScript{QStringLiteral("return arguments[0] + 1;"), {1}}},
-        {"round trip: the look of every tick", ExecuteScript{scripts::look(), {QJsonObject{}}}},
     };
     BareCurl bare(address.value());
     for (const auto& [what, command] : commands) {
@@ -120,6 +159,7 @@ void measureRoundTrips(Table& table) {
             kSamples, [&] { require(client.send(command).ok(), "a command is refused"); }, [&] { bare.send(same); });
         table.add({what, "ms", times.measured, times.reference, kTarget, kSamples});
     }
+    measureLook(table, client, last, elementsIn(folder.path()), settings.ChatAddress);
 }
 
 }  // namespace kibo::bench

@@ -93,12 +93,13 @@ Result<void> World::act(const std::string& name, const json& details) {
         addIncoming(details);
         return {};
     }
-    const bool aboutChat = name == "mark" || name == "typing" || name == "delete" || name == "ticks";
+    const bool aboutChat = name == "mark" || name == "typing" || name == "delete" || name == "ticks" || name == "read";
     if (aboutChat && !isNumber(textOf(details, "number"))) return missing(name, R"("number", in digits)");
-    if (name == "mark" || name == "typing") {
+    if (name == "mark" || name == "typing" || name == "read") {
         const std::lock_guard lock(mutex_);
         json update = details;
         update["name"] = name;
+        if (name == "read") unread_.erase(textOf(details, "number"));
         if (name == "mark") marks_[textOf(details, "number")] = update;
         push(update);
         return {};

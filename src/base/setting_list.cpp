@@ -107,6 +107,8 @@ const std::vector<SettingEntry>& settingList() {
 
         {Receiving, kKibo, "DisableRead", "c_SendOnly", YesNo, "Send only", "off",
          "On: the inbox isn't read, and the contact's chat stays open after a message."},
+        {Receiving, kKibo, "InboxRead", "InboxRead", Choice, "Rows of a chat", "`every`",
+         "`every`: each unread message of a chat becomes a row. `last`: only the chat's last one.", "every last"},
         {Receiving, kKibo, "GetNumberInbox", "c_GetNumber", YesNo, "Look for the sender's number", "on",
          "In the opened chat. The first start leaves `Y` in the file."},
         {Receiving, kKibo, "DisableDoubleInbox", "c_DisableDoubleInbox", YesNo, "No double messages", "off",

@@ -13,7 +13,7 @@ QString nameOf(Section section) {
     return section == kDb ? QStringLiteral("DB") : QStringLiteral("kibo");
 }
 
-enum Kind { kText, kYesNo, kNumber, kLongText };
+enum Kind { kText, kYesNo, kNumber, kEveryOrLast, kLongText };
 
 struct Option {
     Section section;
@@ -74,6 +74,7 @@ const Option kOptions[] = {
     OPTION(kKibo, NoSandBox, kYesNo),
     OPTION(kKibo, UseIE, kYesNo),
     OPTION(kKibo, ShowIE, kYesNo),
+    OPTION(kKibo, InboxRead, kEveryOrLast),
     OPTION(kKibo, MaxFileMB, kNumber),
     OPTION(kKibo, MessageDays, kNumber),
     OPTION(kKibo, BrowserMaxMB, kNumber),
@@ -128,6 +129,9 @@ QString problemOf(const Option& option, const QString& value, const QString& fil
     if ((isLong ? isCutByReadLongIni : isCutByReadIni)(nameOf(option.section), key, file))
         return QStringLiteral("%1 is longer than %2 bytes and was cut").arg(key).arg(isLong ? 1023 : 49);
     if (option.kind == kYesNo && looksLikeYes(value)) return key + QStringLiteral(" is on with a capital Y only");
+    if (option.kind == kEveryOrLast && !value.isEmpty() && value != QStringLiteral("every") &&
+        value != QStringLiteral("last"))
+        return key + QStringLiteral(" is neither every nor last");
     bool isNumber = value.isEmpty();
     if (!isNumber) (void)value.toDouble(&isNumber);
     if (option.kind == kNumber && !isNumber) return key + QStringLiteral(" is no number");

@@ -29,9 +29,10 @@ struct Settings {
     QString Slow, Speed, NoAgent, LimitSelect, NoSandBox, UseIE, ShowIE;
 
     // Further keys of section kibo: the file need not have them and they are never written at start.
-    QString StartAddress;                   ///< page to open; empty: kDefaultStartAddress
-    QString ChatAddress;                    ///< click-to-chat address; empty: kDefaultChatAddress
-    QString MaxFileMB;                      ///< largest file that is sent, in megabytes; empty: 64
+    QString StartAddress;  ///< page to open; empty: kDefaultStartAddress
+    QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
+    QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
+    QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
     QString MessageDays;                    ///< how long `kibo_message` keeps what became of a message; empty: 90
     QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver

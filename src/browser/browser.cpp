@@ -53,6 +53,11 @@ Browser::~Browser() {
     quit();
 }
 
+void Browser::accompany(const QString& script, const webdriver::ExecuteScript& farewell) {
+    script_ = script;
+    farewell_ = farewell;
+}
+
 Result<void> Browser::open(const LaunchOptions& options) {
     quit();
     const Settings& settings = options.settings;
@@ -81,6 +86,10 @@ Result<void> Browser::open(const LaunchOptions& options) {
     if (const Result<void> started = start(*session_, options, profile.value()); !started) {
         quit();
         return started;
+    }
+    if (!script_.isEmpty()) {
+        attempt(client_, ChromeExecuteCdp{QStringLiteral("Page.addScriptToEvaluateOnNewDocument"),
+                                          {{QStringLiteral("source"), script_}}});
     }
     attempt(client_, NavigateTo{startAddress(settings)});
     if (isYes(settings.Multi)) {
@@ -156,6 +165,9 @@ void Browser::quit() {
 
 void Browser::end(Session& session) {
     if (!session.driver || session.driver->isRunning()) {
+        // A page that outlives the session shall be as it was.
+        if (!farewell_.script.isEmpty() && client_.isOpen() && client_.unansweredInARow() == 0)
+            attempt(client_, farewell_);
         // What fails here is made up for below.
         if (const auto ended = client_.quit(); !ended) {
             log::info(kLog, QString::fromStdString(ended.failure().text));

@@ -40,6 +40,10 @@ class Browser {
     /// one's own session if there is one. Blocks until the browser is up, not until the page is.
     /// The failure's text tells the operator what to mend; the step machine isn't armed then.
     Result<void> open(const LaunchOptions& options);
+    /// From the next `open` on `script` runs in each document before the page's own code, where the driver can do that,
+    /// and `farewell` in the last one before the session ends.
+    void accompany(const QString& script, const webdriver::ExecuteScript& farewell);
+
     /// A session was opened and not quit; it may be lost since.
     bool isOpen() const { return session_.has_value(); }
 
@@ -99,6 +103,8 @@ class Browser {
     QString programFolder_;
     const Clock& clock_;
     webdriver::Client client_;
+    QString script_;
+    webdriver::ExecuteScript farewell_;
     std::optional<Session> session_;
 };
 

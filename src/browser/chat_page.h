@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 namespace kibo {
@@ -25,22 +26,28 @@ struct OpenChat {
     int personClicks = 0;
 };
 
-/// A message of somebody else that the chat list doesn't mark as unread: it came in while its chat was open, or the
-/// chat was opened to write while it was unread. Only chats that were opened by a click of ours are listened to.
+/// A message of somebody else, as the open chat shows it.
 struct ArrivedMessage {
-    QString key;    ///< unlike that of any other message
-    QString title;  ///< of its chat
+    QString key;                ///< unlike that of any other message
+    QString title;              ///< of its chat
+    QString messageId, chatId;  ///< as the page names them; empty on a page that doesn't
     QString number;
     QString headerPicture;  ///< address of the chat's picture; empty when there is none
     bool inGroup = false;
     QString sender;  ///< in a group: who wrote, if that is known
-    QString text;    ///< in one line, as the chat shows it, or as the list does where it has none; may be empty
+    QString kind;    ///< "text", "photo", "voice" …; empty where only the list tells of the message
+    QString text;    ///< whole, with its line breaks; of other kinds their name in brackets, and the caption
+    QString time;    ///< the message's own, "yyyy-MM-dd HH:mm"; empty where the page doesn't tell
     int ageMs = 0;
-    /// For one whose mark the opening took away: the chat's row as it was before.
+    /// On a page without ids, for one whose mark the opening of its chat took away: the chat's row as it was before.
     QStringList lines;
     QString badge;
-    /// For one that came in while its chat was being opened: the text that the row showed before.
-    QString previewBefore;
+};
+
+/// The unread messages of a chat that was opened to read them.
+struct UnreadMessages {
+    bool hasIds = false;             ///< false: the page gives its messages no ids, and nothing is told of them
+    QList<ArrivedMessage> messages;  ///< oldest first
 };
 
 /// What one tick of the step machine needs to know, read in one command.
@@ -67,10 +74,13 @@ struct PageLook {
     QString ownPicture;      ///< address of the account's own picture; empty when there is none
     bool hasNotice = false;  ///< something matches XX_InvalidNumber
     QString notice;
-    bool hasChatList = false;       ///< something matches XX_ChatList
-    bool hasBox = false;            ///< something matches XX_ChatBox
-    QStringList misunderstood;      ///< locators among these that the browser doesn't understand
-    QList<ArrivedMessage> arrived;  ///< until they are forgotten, again with each look
+    bool hasChatList = false;   ///< something matches XX_ChatList
+    bool hasBox = false;        ///< something matches XX_ChatBox
+    QStringList misunderstood;  ///< locators among these that the browser doesn't understand
+    /// What the chat list doesn't mark as unread: it came in while its chat was open, or the chat was opened to write
+    /// while it was unread. Only chats that were opened by a click of ours are listened to. Until they are forgotten,
+    /// again with each look.
+    QList<ArrivedMessage> arrived;
     OpenChat chat;
 };
 
@@ -118,11 +128,11 @@ struct ChatEntry {
 
 /// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.
 struct ChatListLook {
-    QList<ChatEntry> entries;
-    int nextOffset = -1;  ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
-    QString ownPicture;   ///< address of the account's own picture; empty when there is none
-    bool search = false;  ///< a search was left above the list, which shows its results only
-    int length = 0;       ///< length of the list's text
+    QList<ChatEntry> entries;  ///< in their order; empty ones for rows that were not asked for
+    int nextOffset = -1;       ///< scroll position, in pixels, that shows the rows below; -1 at the end of the list
+    QString ownPicture;        ///< address of the account's own picture; empty when there is none
+    bool search = false;       ///< a search was left above the list, which shows its results only
+    int length = 0;            ///< length of the list's text
 };
 
 /// A chat of the list as `listChats` finds it.
@@ -226,8 +236,15 @@ class ChatPage {
     /// The messages of the open chat that the page holds, newest last.
     virtual std::optional<QList<ChatMessage>> lastMessages() = 0;
 
+    /// The newest `count` messages of others in the open chat `title`, which was clicked in the list, without those
+    /// above the account's own last one; scrolled up to as far as needed. Empty while that chat isn't there.
+    virtual std::optional<UnreadMessages> readUnread(const QString& title, int count) = 0;
+
     /// The page need not keep these messages any more.
     virtual bool forgetArrived(const QStringList& keys) = 0;
+    /// Gives the ids of the messages that were stored last. Each time the page is loaded it learns them, and what
+    /// stands below them in an opened chat is new. Empty: there are none.
+    virtual void goBy(std::function<QStringList()> storedIds) = 0;
 
     /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
     /// `milliseconds`, until it stands there.
@@ -268,9 +285,9 @@ class ChatPage {
 
     /// Sets the browser window's title and glances at the chat list.
     virtual std::optional<ChatListGlance> watchChatList(const QString& title) = 0;
-    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be. New
-    /// messages show at the top, so leave the list there.
-    virtual std::optional<ChatListLook> readChatList(int offset) = 0;
+    /// Reads the rows of the chat list at the scroll position `offset` in pixels, scrolling there if need be: those
+    /// that may be unread, and that of the chat `title`. New messages show at the top, so leave the list there.
+    virtual std::optional<ChatListLook> readChatList(int offset, const QString& title = {}) = 0;
     /// The chats that the list holds at its present scroll position, read or not.
     virtual std::optional<QList<ListedChat>> listChats() = 0;
     /// Clicks the unread row that still shows exactly `entry`, wherever it stands by now.

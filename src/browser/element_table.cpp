@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 #include <array>
+#include <atomic>
 
 namespace kibo {
 namespace {
@@ -60,6 +61,27 @@ constexpr std::array kElements{
     // The older layout's rows, for the list of chats on demand; today's are XX_ReadMessage.
     Element{"XX_ListedChat", "._2aBzC"},
     Element{"XX_UnreadBadge", ".//*[@data-testid='icon-unread-count' or contains(@aria-label,'unread')]"},
+    // Inside a message of the open chat: what makes it one of a kind, in the order in which it is asked; names of icons
+    // and structure, since words are in the page's language. A call is no message. What is answered is not the message.
+    Element{"XX_Quoted", ".//*[contains(@data-testid,'quoted') or contains(@class,'quoted')]"},
+    Element{"XX_KindCall",
+            ".//*[starts-with(@data-icon,'call-') or starts-with(@data-icon,'missed-') or "
+            "starts-with(@data-testid,'call-') or starts-with(@data-testid,'missed-')]"},
+    Element{"XX_KindDeleted", ".//*[starts-with(@data-icon,'recalled') or starts-with(@data-testid,'recalled')]"},
+    Element{"XX_KindPoll", ".//*[starts-with(@data-testid,'poll-') or starts-with(@data-icon,'poll-')]"},
+    Element{"XX_KindContact", ".//*[starts-with(@data-testid,'vcard') or starts-with(@data-testid,'contact-card')]"},
+    Element{"XX_KindLocation",
+            ".//*[starts-with(@data-testid,'location') or starts-with(@data-icon,'location')] | "
+            ".//img[contains(@src,'staticmap')]"},
+    Element{"XX_KindSticker", ".//img[contains(@class,'sticker')] | .//*[@data-testid='sticker']"},
+    Element{"XX_KindVoice",
+            ".//*[@data-icon='audio-play' or @data-testid='audio-play' or "
+            "@data-icon='ptt-status' or @data-testid='ptt-status']"},
+    Element{"XX_KindDocument", ".//*[starts-with(@data-icon,'document-') or starts-with(@data-testid,'document-')]"},
+    Element{"XX_KindVideo",
+            ".//video | .//*[@data-icon='media-play' or @data-testid='media-play' or "
+            "@data-icon='video-pip' or @data-testid='video-pip']"},
+    Element{"XX_KindPhoto", ".//img[starts-with(@src,'blob:')]"},
     // Inside a message of the open chat or a row of the chat list: what is drawn beside a message that was sent, by the
     // names of the icons, wherever the page puts them. Its newest ones don't mean what they say: "delivered" is one
     // tick, "read" is two, which are blue only if the message was read.
@@ -87,7 +109,9 @@ ElementTable::ElementTable(const LoadElement& loadElement) {
 }
 
 void ElementTable::set(const QString& name, const QString& value) {
+    static std::atomic<quint64> newest = 0;
     values_.insert(name, value.isEmpty() ? builtIn(name) : value);
+    revision_ = ++newest;
 }
 
 QStringList ElementTable::names() {

@@ -25,6 +25,9 @@ class ElementTable {
     /// Gives `name` another value for the rest of the run; an empty one means the built-in value again.
     void set(const QString& name, const QString& value);
 
+    /// Another number after each change, and in each table but a copy.
+    quint64 revision() const { return revision_; }
+
     static QStringList names();
     /// The value of `name` where there is no row; empty for most.
     static QString builtIn(const QString& name);
@@ -34,6 +37,7 @@ class ElementTable {
 
  private:
     QHash<QString, QString> values_;
+    quint64 revision_ = 0;
 };
 
 /// Whether a notice of the page is the one described by `wanted`: several texts separated by "|", "*" standing

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/log.h"
-#include "browser/page/page_scripts.h"
+#include "browser/page/page_module.h"
 #include "browser/webdriver/error.h"
 
 namespace kibo {
@@ -21,6 +21,10 @@ constexpr int kLongestScriptWaitMs = 2500;
 /// Two for each key pressed.
 constexpr qsizetype kKeyActionsAtATime = 200;
 constexpr int kOutlineMs = 2000;
+/// A new document takes two: the script, and the locators.
+constexpr int kMostPreparations = 3;
+/// So many conversations and clicks that have passed are told.
+constexpr qsizetype kMostPassed = 20;
 
 QStringList strings(const QJsonValue& value) {
     QStringList list;
@@ -29,28 +33,27 @@ QStringList strings(const QJsonValue& value) {
     return list;
 }
 
-OpenChat openChat(const QJsonObject& chat) {
-    OpenChat shown;
-    shown.serial = chat[QStringLiteral("serial")].toInt();
-    shown.open = chat[QStringLiteral("open")].toBool();
-    shown.title = chat[QStringLiteral("title")].toString();
-    shown.number = chat[QStringLiteral("number")].toString();
-    shown.lastMessageId = chat[QStringLiteral("lastMessageId")].toString();
-    shown.titles = strings(chat[QStringLiteral("titles")]);
-    shown.clicks = chat[QStringLiteral("clicks")].toInt();
-    shown.personClicks = chat[QStringLiteral("personClicks")].toInt();
-    shown.clicked = strings(chat[QStringLiteral("clicked")]);
-    return shown;
-}
-
-QList<ArrivedMessage> arrivedMessages(const QJsonArray& messages) {
+QList<ArrivedMessage> arrivedMessages(const QJsonValue& messages) {
     QList<ArrivedMessage> arrived;
-    for (const QJsonValue& message : messages) {
-        const auto text = [&message](const char* name) { return message[QString::fromLatin1(name)].toString(); };
-        arrived.append({text("key"), text("title"), text("number"), text("picture"),
-                        message[QStringLiteral("inGroup")].toBool(), text("sender"), text("text"),
-                        message[QStringLiteral("ageMs")].toInt(), strings(message[QStringLiteral("lines")]),
-                        text("badge"), text("previewBefore")});
+    const QJsonArray array = messages.toArray();
+    for (const QJsonValue& json : array) {
+        const auto text = [&json](const char* name) { return json[QLatin1String(name)].toString(); };
+        ArrivedMessage message;
+        message.key = text("key");
+        message.title = text("title");
+        message.messageId = text("id");
+        message.chatId = text("chat");
+        message.number = text("number");
+        message.headerPicture = text("picture");
+        message.inGroup = json[QStringLiteral("inGroup")].toBool();
+        message.sender = text("sender");
+        message.kind = text("kind");
+        message.text = text("text");
+        message.time = text("time");
+        message.ageMs = json[QStringLiteral("ageMs")].toInt();
+        message.lines = strings(json[QStringLiteral("lines")]);
+        message.badge = text("badge");
+        arrived.append(message);
     }
     return arrived;
 }
@@ -94,38 +97,62 @@ PerformActions keyPress(char16_t key, std::initializer_list<char16_t> modifiers 
     return keyActions(actions);
 }
 
-QJsonObject scriptLocator(const QString& locator) {
-    return {{QStringLiteral("xpath"), ElementTable::isXPath(locator)}, {QStringLiteral("text"), locator}};
-}
-
-/// The table of locators that every script gets.
-QJsonObject locatorsOf(const ElementTable& elements) {
-    QJsonObject locators;
-    const QStringList names = ElementTable::names();
-    for (const QString& name : names) {
-        const QString locator = elements[name];
-        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty()) locators[name] = scriptLocator(locator);
-    }
-    return locators;
+/// The newest of `newest`, which end at the `count`th of their kind; of them `known` ones stand in `all`.
+void joinNewest(QStringList& all, int known, const QStringList& newest, int count) {
+    const qsizetype kept = all.size() - std::max<qsizetype>(known - (count - newest.size()), 0);
+    all = all.mid(0, std::max<qsizetype>(kept, 0)) + newest;
+    if (all.size() > kMostPassed) all = all.mid(all.size() - kMostPassed);
 }
 
 }  // namespace
 
 WebPage::WebPage(Browser& browser, const ElementTable& elements, const ErrorPolicy& policy)
-    : browser_(browser), elements_(elements), policy_(policy) {}
-
-Result<QJsonValue> WebPage::run(const QString& script, const QJsonArray& arguments, bool async) {
-    QJsonArray all{locatorsOf(elements_)};
-    for (const QJsonValue& argument : arguments) all.append(argument);
-    return browser_.client().send(ExecuteScript{script, all, async});
+    : browser_(browser), elements_(elements), policy_(policy) {
+    browser_.accompany(page_module::script(), page_module::leave());
 }
 
-std::optional<QJsonValue> WebPage::runOrSkip(const char* step, const QString& script, const QJsonArray& arguments,
-                                             bool async) {
-    auto answer = run(script, arguments, async);
+// What the page lacks is found out before a command has any effect, so it is never carried out twice.
+Result<QJsonValue> WebPage::call(const char* name, const QJsonArray& arguments) {
+    const QString command = QLatin1String(name);
+    for (int attempt = 1;; ++attempt) {
+        auto answer = browser_.client().send(page_module::call(elements_, heard_, command, arguments));
+        const QString missing = answer ? answer.value().toString() : QString();
+        if (missing.isEmpty()) return answer;
+        if (attempt > kMostPreparations)
+            return Failure{FailureKind::Protocol, command.toStdString() + ": the page doesn't keep its script"};
+        heard_ = {};  // another document, as far as is known
+        titles_.clear();
+        clicked_.clear();
+        Result<QJsonValue> prepared =
+            missing == QLatin1String(page_module::kAbsent)
+                ? browser_.client().send(ExecuteScript{page_module::script()})
+                : browser_.client().send(page_module::handOver(elements_, storedIds_ ? storedIds_() : QStringList()));
+        if (!prepared) return prepared;
+    }
+}
+
+std::optional<QJsonValue> WebPage::callOrSkip(const char* step, const char* name, const QJsonArray& arguments) {
+    auto answer = call(name, arguments);
     if (answer) return std::move(answer).value();
     policy_.skip("browser", step, answer.failure());
     return std::nullopt;
+}
+
+OpenChat WebPage::openChat(const QJsonValue& chat) {
+    OpenChat shown;
+    shown.serial = chat[QStringLiteral("serial")].toInt();
+    shown.open = chat[QStringLiteral("open")].toBool();
+    shown.title = chat[QStringLiteral("title")].toString();
+    shown.number = chat[QStringLiteral("number")].toString();
+    shown.lastMessageId = chat[QStringLiteral("lastMessageId")].toString();
+    shown.clicks = chat[QStringLiteral("clicks")].toInt();
+    shown.personClicks = chat[QStringLiteral("personClicks")].toInt();
+    joinNewest(titles_, heard_.serial, strings(chat[QStringLiteral("titles")]), shown.serial);
+    joinNewest(clicked_, heard_.clicks, strings(chat[QStringLiteral("clicked")]), shown.clicks);
+    heard_ = {shown.serial, shown.clicks};
+    shown.titles = titles_;
+    shown.clicked = clicked_;
+    return shown;
 }
 
 bool WebPage::sendOrSkip(const char* step, const Command& command) {
@@ -136,8 +163,7 @@ bool WebPage::sendOrSkip(const char* step, const Command& command) {
 
 PageLook WebPage::look(const QString& nextAddress) {
     PageLook look;
-    static const QString script = scripts::look();
-    const auto answer = run(script, {nextAddress, browser_.pageTitle()});
+    const auto answer = call("look", {nextAddress, browser_.pageTitle()});
     if (!answer) {
         const bool gone = isSessionGone(answer.failure()) || !browser_.windowExists();
         look.presence = gone ? PageLook::Presence::Gone : PageLook::Presence::Silent;
@@ -172,33 +198,28 @@ PageLook WebPage::look(const QString& nextAddress) {
     look.ownPicture = seen[QStringLiteral("ownPicture")].toString();
     look.hasNotice = seen[QStringLiteral("hasNotice")].toBool();
     look.notice = seen[QStringLiteral("notice")].toString();
-    look.chat = openChat(seen[QStringLiteral("chat")].toObject());
-    look.arrived = arrivedMessages(seen[QStringLiteral("arrived")].toArray());
+    look.chat = openChat(seen[QStringLiteral("chat")]);
+    look.arrived = arrivedMessages(seen[QStringLiteral("arrived")]);
     return look;
 }
 
 bool WebPage::plantLink(const QString& address) {
-    static const QString script = scripts::plantLink();
-    return runOrSkip("plant the link", script, {address}).value_or(QJsonValue()).toBool();
+    return callOrSkip("plant the link", "plantLink", {address}).value_or(QJsonValue()).toBool();
 }
 
 bool WebPage::pointLink(const QString& address) {
-    static const QString script = scripts::pointLink();
-    return runOrSkip("point the link", script, {address}).value_or(QJsonValue()).toBool();
+    return callOrSkip("point the link", "pointLink", {address}).value_or(QJsonValue()).toBool();
 }
 
 std::optional<ClickedLink> WebPage::clickLink(const QString& address) {
-    static const QString script = scripts::clickLink();
-    const auto answer = runOrSkip("click the link", script, {address});
+    const auto answer = callOrSkip("click the link", "clickLink", {address});
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject clicked = answer->toObject();
-    return ClickedLink{openChat(clicked[QStringLiteral("before")].toObject()),
-                       clicked[QStringLiteral("chatListLength")].toInt()};
+    return ClickedLink{openChat(clicked[QStringLiteral("before")]), clicked[QStringLiteral("chatListLength")].toInt()};
 }
 
 std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
-    static const QString script = scripts::lookAtChat();
-    const auto answer = runOrSkip("look at the chat", script, {focusBox});
+    const auto answer = callOrSkip("look at the chat", "lookAtChat", {focusBox});
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     ChatLook look;
@@ -212,13 +233,12 @@ std::optional<ChatLook> WebPage::lookAtChat(bool focusBox) {
     const QJsonArray ticks = seen[QStringLiteral("ticks")].toArray();
     for (const QJsonValue& one : ticks)
         look.ticks.append({one[QStringLiteral("id")].toString(), one[QStringLiteral("ticks")].toInt()});
-    look.chat = openChat(seen[QStringLiteral("chat")].toObject());
+    look.chat = openChat(seen[QStringLiteral("chat")]);
     return look;
 }
 
 std::optional<QList<ChatMessage>> WebPage::lastMessages() {
-    static const QString script = scripts::lastMessages();
-    const auto answer = runOrSkip("read the chat's messages", script);
+    const auto answer = callOrSkip("read the chat's messages", "lastMessages");
     if (!answer) return std::nullopt;
     QList<ChatMessage> messages;
     const QJsonArray shown = answer->toArray();
@@ -228,9 +248,16 @@ std::optional<QList<ChatMessage>> WebPage::lastMessages() {
     return messages;
 }
 
+std::optional<UnreadMessages> WebPage::readUnread(const QString& title, int count) {
+    const auto answer = callOrSkip("read unread messages", "readUnread", {title, count, kLongestScriptWaitMs});
+    if (!answer || !answer->isObject()) return std::nullopt;
+    return UnreadMessages{(*answer)[QStringLiteral("hasIds")].toBool(),
+                          arrivedMessages((*answer)[QStringLiteral("messages")])};
+}
+
 bool WebPage::forgetArrived(const QStringList& keys) {
-    static const QString script = scripts::forgetArrived();
-    return runOrSkip("forget the messages that were taken", script, {QJsonValue(QJsonArray::fromStringList(keys))})
+    return callOrSkip("forget the messages that were taken", "forgetArrived",
+                      {QJsonValue(QJsonArray::fromStringList(keys))})
         .has_value();
 }
 
@@ -271,26 +298,22 @@ bool WebPage::pressPaste() {
 }
 
 std::optional<BoxLook> WebPage::pasteText(Box box, const QString& text, int chatSerial, int milliseconds) {
-    static const QString script = scripts::pasteText();
-    return boxLook(runOrSkip("paste a text", script,
-                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs), chatSerial}, true));
+    return boxLook(callOrSkip("paste a text", "pasteText",
+                              {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs), chatSerial}));
 }
 
 std::optional<BoxLook> WebPage::awaitBoxText(Box box, const QString& text, int milliseconds) {
-    static const QString script = scripts::awaitBoxText();
-    return boxLook(runOrSkip("await a box's text", script,
-                             {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}, true));
+    return boxLook(callOrSkip("await a box's text", "awaitBoxText",
+                              {elementName(box), text, std::min(milliseconds, kLongestScriptWaitMs)}));
 }
 
 std::optional<BoxLook> WebPage::awaitSent(const QString& nextAddress, int milliseconds) {
-    static const QString script = scripts::awaitSent();
     return boxLook(
-        runOrSkip("await the emptied box", script, {nextAddress, std::min(milliseconds, kLongestScriptWaitMs)}, true));
+        callOrSkip("await the emptied box", "awaitSent", {nextAddress, std::min(milliseconds, kLongestScriptWaitMs)}));
 }
 
 bool WebPage::clearBox(Box box) {
-    static const QString script = scripts::emptyBox();
-    const auto answer = runOrSkip("focus a box", script, {elementName(box)});
+    const auto answer = callOrSkip("focus a box", "emptyBox", {elementName(box)});
     if (!answer || !(*answer)[QStringLiteral("focused")].toBool()) return false;
     if ((*answer)[QStringLiteral("empty")].toBool()) return true;
     return sendOrSkip("select the box's text", keyPress(u'a', {kControl})) &&
@@ -298,17 +321,15 @@ bool WebPage::clearBox(Box box) {
 }
 
 bool WebPage::chooseFile(FileInput input, const QString& path) {
-    static const QString script = scripts::fileInput();
     // An input takes several paths in lines of their own.
     if (path.contains(QLatin1Char('\n'))) return false;
-    const auto found = runOrSkip("find the file input", script, {input == FileInput::Media}, true);
+    const auto found = callOrSkip("find the file input", "fileInput", {input == FileInput::Media});
     const auto element = found ? elementFrom(*found) : std::nullopt;
     return element && sendOrSkip("choose the file", ElementSendKeys{*element, path});
 }
 
 std::optional<PreviewLook> WebPage::lookAtPreview(bool focusCaption) {
-    static const QString script = scripts::lookAtPreview();
-    const auto answer = runOrSkip("look at the preview", script, {focusCaption});
+    const auto answer = callOrSkip("look at the preview", "lookAtPreview", {focusCaption});
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     return PreviewLook{seen[QStringLiteral("hasCaption")].toBool(), seen[QStringLiteral("hasSendButton")].toBool(),
@@ -316,14 +337,13 @@ std::optional<PreviewLook> WebPage::lookAtPreview(bool focusCaption) {
 }
 
 std::optional<bool> WebPage::sendPreview() {
-    static const QString script = scripts::sendPreview();
-    const auto answer = runOrSkip("send the preview", script);
+    const auto answer = callOrSkip("send the preview", "sendPreview");
     return answer ? std::optional(answer->toBool()) : std::nullopt;
 }
 
 std::optional<FileSentLook> WebPage::awaitFileSent(int milliseconds) {
-    static const QString script = scripts::awaitFileSent();
-    const auto answer = runOrSkip("await the sent file", script, {std::min(milliseconds, kLongestScriptWaitMs)}, true);
+    const auto answer =
+        callOrSkip("await the sent file", "awaitFileSent", {std::min(milliseconds, kLongestScriptWaitMs)});
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     return FileSentLook{seen[QStringLiteral("previewGone")].toBool(), seen[QStringLiteral("inChat")].toBool(),
@@ -331,8 +351,7 @@ std::optional<FileSentLook> WebPage::awaitFileSent(int milliseconds) {
 }
 
 std::optional<SearchLook> WebPage::lookAtSearch() {
-    static const QString script = scripts::lookAtSearch();
-    const auto answer = runOrSkip("look at the search", script, {}, true);
+    const auto answer = callOrSkip("look at the search", "lookAtSearch");
     if (!answer) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     return SearchLook{seen[QStringLiteral("hasBox")].toBool(), seen[QStringLiteral("text")].toString(),
@@ -341,14 +360,13 @@ std::optional<SearchLook> WebPage::lookAtSearch() {
 
 // A mouse click by the driver: the list's rows listen to the mouse, not to click events alone.
 std::optional<EntryClick> WebPage::clickEntry(const QString& title) {
-    static const QString script = scripts::findEntry();
-    const auto answer = runOrSkip("find the entry", script, {title}, true);
+    const auto answer = callOrSkip("find the entry", "findEntry", {title});
     if (!answer) return std::nullopt;
     const QJsonObject found = answer->toObject();
     const auto entry = elementFrom(found[QStringLiteral("entry")]);
     if (!entry) return EntryClick{};
     if (!sendOrSkip("click the entry", ElementClick{*entry})) return std::nullopt;
-    return EntryClick{true, openChat(found[QStringLiteral("before")].toObject())};
+    return EntryClick{true, openChat(found[QStringLiteral("before")])};
 }
 
 bool WebPage::pressEnter() {
@@ -368,8 +386,7 @@ bool WebPage::pressEscapeTwice(int milliseconds) {
 }
 
 std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
-    static const QString script = scripts::watchChatList();
-    const auto answer = runOrSkip("watch the chat list", script, {title});
+    const auto answer = callOrSkip("watch the chat list", "watchChatList", {title});
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject glance = answer->toObject();
     ChatListGlance seen{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString(), {}};
@@ -380,9 +397,8 @@ std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
     return seen;
 }
 
-std::optional<ChatListLook> WebPage::readChatList(int offset) {
-    static const QString script = scripts::readChatList();
-    const auto answer = runOrSkip("read the chat list", script, {offset}, true);
+std::optional<ChatListLook> WebPage::readChatList(int offset, const QString& title) {
+    const auto answer = callOrSkip("read the chat list", "readChatList", {offset, title});
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject seen = answer->toObject();
     ChatListLook look;
@@ -401,8 +417,7 @@ std::optional<ChatListLook> WebPage::readChatList(int offset) {
 }
 
 std::optional<QList<ListedChat>> WebPage::listChats() {
-    static const QString script = scripts::listChats();
-    const auto answer = runOrSkip("list the chats", script);
+    const auto answer = callOrSkip("list the chats", "listChats");
     if (!answer || !answer->isArray()) return std::nullopt;
     QList<ListedChat> chats;
     const QJsonArray rows = answer->toArray();
@@ -412,21 +427,17 @@ std::optional<QList<ListedChat>> WebPage::listChats() {
 }
 
 std::optional<ClickedEntry> WebPage::clickEntry(const ChatEntry& entry) {
-    static const QString script = scripts::clickEntry();
     const auto answer =
-        runOrSkip("click a chat", script, {entry.title, entry.badge, QJsonArray::fromStringList(entry.lines)});
+        callOrSkip("click a chat", "clickRow", {entry.title, entry.badge, QJsonArray::fromStringList(entry.lines)});
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject clicked = answer->toObject();
-    return ClickedEntry{clicked[QStringLiteral("found")].toBool(),
-                        openChat(clicked[QStringLiteral("before")].toObject())};
+    return ClickedEntry{clicked[QStringLiteral("found")].toBool(), openChat(clicked[QStringLiteral("before")])};
 }
 
 // The key is pressed only where it clears something: on an empty search box Escape would close the open chat.
 std::optional<int> WebPage::leaveSearch() {
-    static const QString script = scripts::focusSearch();
-    static const QString length = scripts::chatListLength();
-    if (runOrSkip("look at the search box", script).value_or(QJsonValue()).toBool()) pressEscape();
-    const auto answer = runOrSkip("measure the chat list", length);
+    if (callOrSkip("look at the search box", "focusSearch").value_or(QJsonValue()).toBool()) pressEscape();
+    const auto answer = callOrSkip("measure the chat list", "chatListLength");
     return answer ? std::optional(answer->toInt()) : std::nullopt;
 }
 
@@ -439,13 +450,11 @@ bool WebPage::openStartPage() {
 }
 
 bool WebPage::clickQrReload() {
-    static const QString script = scripts::clickQrReload();
-    return runOrSkip("reload the QR code", script).value_or(QJsonValue()).toBool();
+    return callOrSkip("reload the QR code", "clickQrReload").value_or(QJsonValue()).toBool();
 }
 
 bool WebPage::clickUseHere() {
-    static const QString script = scripts::clickUseHere();
-    return runOrSkip("use the account here", script).value_or(QJsonValue()).toBool();
+    return callOrSkip("use the account here", "clickUseHere").value_or(QJsonValue()).toBool();
 }
 
 QByteArray WebPage::qrPicture() {
@@ -473,8 +482,7 @@ void WebPage::end() {
 }
 
 Result<Matches> WebPage::outline(const QString& locator) {
-    static const QString script = scripts::outline();
-    const auto answer = run(script, {scriptLocator(locator), kOutlineMs});
+    const auto answer = call("outline", {page_module::locatorJson(locator), kOutlineMs});
     if (!answer) return answer.failure();
     const QJsonObject found = answer.value().toObject();
     return Matches{found[QStringLiteral("understood")].toBool(), found[QStringLiteral("count")].toInt(),

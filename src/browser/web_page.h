@@ -6,6 +6,7 @@
 #include "browser/browser.h"
 #include "browser/chat_page.h"
 #include "browser/element_table.h"
+#include "browser/page/page_module.h"
 #include "browser/page_probe.h"
 
 namespace kibo {
@@ -23,7 +24,9 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     std::optional<QList<ChatMessage>> lastMessages() override;
+    std::optional<UnreadMessages> readUnread(const QString& title, int count) override;
     bool forgetArrived(const QStringList& keys) override;
+    void goBy(std::function<QStringList()> storedIds) override { storedIds_ = std::move(storedIds); }
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString& text) override;
     bool typeKeys(const QString& text) override;
@@ -41,7 +44,7 @@ class WebPage : public ChatPage, public PageProbe {
     bool pressEscape() override;
     bool pressEscapeTwice(int milliseconds) override;
     std::optional<ChatListGlance> watchChatList(const QString& title) override;
-    std::optional<ChatListLook> readChatList(int offset) override;
+    std::optional<ChatListLook> readChatList(int offset, const QString& title = {}) override;
     std::optional<QList<ListedChat>> listChats() override;
     std::optional<ClickedEntry> clickEntry(const ChatEntry& entry) override;
     std::optional<int> leaveSearch() override;
@@ -56,15 +59,18 @@ class WebPage : public ChatPage, public PageProbe {
     Result<Matches> outline(const QString& locator) override;
 
  private:
-    Result<QJsonValue> run(const QString& script, const QJsonArray& arguments, bool async = false);
-    std::optional<QJsonValue> runOrSkip(const char* step, const QString& script, const QJsonArray& arguments = {},
-                                        bool async = false);
+    Result<QJsonValue> call(const char* name, const QJsonArray& arguments = {});
+    std::optional<QJsonValue> callOrSkip(const char* step, const char* name, const QJsonArray& arguments = {});
     bool sendOrSkip(const char* step, const webdriver::Command& command);
+    OpenChat openChat(const QJsonValue& chat);
 
     Browser& browser_;
     const ElementTable& elements_;
     const ErrorPolicy& policy_;
-    QStringList reported_;  // locators that the browser does not understand
+    std::function<QStringList()> storedIds_;
+    page_module::Heard heard_;
+    QStringList titles_, clicked_;  // the newest of those that were heard
+    QStringList reported_;          // locators that the browser does not understand
 };
 
 }  // namespace kibo

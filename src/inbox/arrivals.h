@@ -1,14 +1,12 @@
 #pragma once
 
 #include <QSet>
-#include <optional>
 
-#include "base/clock.h"
 #include "base/settings.h"
 #include "browser/chat_page.h"
-#include "browser/element_table.h"
-#include "engine/gateway_state.h"
 #include "inbox/inbox_journal.h"
+#include "inbox/incoming_rows.h"
+#include "inbox/stored_ids.h"
 
 namespace kibo {
 
@@ -25,18 +23,17 @@ class Arrivals {
         ChatPage& page;
         Clock& clock;
         InboxJournal& journal;
+        StoredIds& storedIds;
     };
-    explicit Arrivals(Parts parts) : p_(parts) {}
+    explicit Arrivals(Parts parts) : p_(parts), rows_(p_.state, p_.settings, p_.elements, p_.clock) {}
 
     /// Takes `arrived` and has the page forget it. What the journal refuses stays with the page and comes again. With
     /// `DisableRead` "Y" nothing is kept.
     void take(const QList<ArrivedMessage>& arrived);
 
  private:
-    std::optional<IncomingRow> rowOf(const ArrivedMessage& message) const;
-    bool isMessage(const QString& text) const;
-
     Parts p_;
+    IncomingRows rows_;
     QSet<QString> taken_;  // keys of the last call: a page that didn't answer gives them again
 };
 

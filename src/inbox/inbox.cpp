@@ -8,6 +8,9 @@
 namespace kibo {
 namespace {
 
+/// A page that is loaded gets so many.
+constexpr qsizetype kIdsForThePage = 500;
+
 /// The window stays alive meanwhile.
 Result<void> get(const QString& address, Clock& clock) {
     const Result<QByteArray> answer = httpGet(address, {}, [&clock] {
@@ -24,17 +27,19 @@ Result<void> start(const QString& program, const QString& argument) {
     return started ? Result<void>() : started.failure();
 }
 
-/// One for each profile: what another account received says nothing about this one's chats, and programs that share a
+/// One of each profile: what another account received says nothing about this one's chats, and programs that share a
 /// folder must not wait for each other.
-QString journalFile(const Inbox::Needs& needs) {
-    return QDir(needs.programFolder).filePath(QStringLiteral("inbox.%1.journal").arg(needs.state.cb_Profil.text));
+QString fileOfProfile(const Inbox::Needs& needs, const char* kind) {
+    const QString name = QStringLiteral("inbox.%1.%2").arg(needs.state.cb_Profil.text, QLatin1String(kind));
+    return QDir(needs.programFolder).filePath(name);
 }
 
 }  // namespace
 
 Inbox::Inbox(const Needs& n)
     : table(n.database),
-      journal([n] { return journalFile(n); }),
+      journal([n] { return fileOfProfile(n, "journal"); }),
+      storedIds([n] { return fileOfProfile(n, "ids"); }),
       grid(n.state, n.settings, n.database, n.clock),
       botBrowser(n.programFolder, n.settings, n.clock),
       handOff(n.settings, n.database,
@@ -42,8 +47,18 @@ Inbox::Inbox(const Needs& n)
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              table, journal, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
-      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}),
-      chatLister(n.state, n.page) {}
+              table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds}),
+      chatLister(n.state, n.page),
+      page_(n.page) {
+    page_.goBy([this] {
+        (void)storedIds.open();  // whoever reads the inbox tells why not
+        return storedIds.newest(kIdsForThePage);
+    });
+}
+
+Inbox::~Inbox() {
+    page_.goBy({});
+}
 
 }  // namespace kibo

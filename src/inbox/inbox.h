@@ -38,17 +38,22 @@ struct Inbox {
     };
 
     explicit Inbox(const Needs& needs);
+    ~Inbox();
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
 
     InboxTable table;
     InboxJournal journal;
+    StoredIds storedIds;
     InboxGrid grid;
     BotBrowser botBrowser;
     ReplyHandOff handOff;
     InboxReader reader;
     Arrivals arrivals;
     ChatLister chatLister;
+
+ private:
+    ChatPage& page_;
 };
 
 }  // namespace kibo

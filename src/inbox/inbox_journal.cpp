@@ -14,10 +14,11 @@ const QString kKey = QStringLiteral("key");
 const QString kRow = QStringLiteral("row");
 
 QJsonObject toJson(const IncomingRow& row) {
-    return {{QStringLiteral("multi"), row.multi}, {QStringLiteral("profil"), row.PROFIL},
-            {QStringLiteral("title"), row.title}, {QStringLiteral("no"), row.wa_no},
-            {QStringLiteral("sub"), row.SUB_NO},  {QStringLiteral("text"), row.wa_text},
-            {QStringLiteral("time"), row.wa_time}};
+    return {{QStringLiteral("multi"), row.multi},  {QStringLiteral("profil"), row.PROFIL},
+            {QStringLiteral("title"), row.title},  {QStringLiteral("no"), row.wa_no},
+            {QStringLiteral("sub"), row.SUB_NO},   {QStringLiteral("text"), row.wa_text},
+            {QStringLiteral("time"), row.wa_time}, {QStringLiteral("id"), row.messageId},
+            {QStringLiteral("chat"), row.chatId},  {QStringLiteral("unread"), row.unread}};
 }
 
 IncomingRow rowFrom(const QJsonObject& json) {
@@ -28,7 +29,10 @@ IncomingRow rowFrom(const QJsonObject& json) {
             text(QStringLiteral("no")),
             text(QStringLiteral("sub")),
             text(QStringLiteral("text")),
-            text(QStringLiteral("time"))};
+            text(QStringLiteral("time")),
+            text(QStringLiteral("id")),
+            text(QStringLiteral("chat")),
+            json[QStringLiteral("unread")].toInt()};
 }
 
 }  // namespace
@@ -77,6 +81,11 @@ void InboxJournal::change(quint64 key, const IncomingRow& row) {
     entry->row = row;
     // What can't be written is in the file as it was known before.
     (void)write({{kKey, static_cast<qint64>(key)}, {kRow, toJson(row)}});
+}
+
+bool InboxJournal::holds(const QString& messageId) const {
+    return !messageId.isEmpty() && std::any_of(entries_.begin(), entries_.end(),
+                                               [&](const Entry& entry) { return entry.row.messageId == messageId; });
 }
 
 void InboxJournal::setDoubtful(quint64 key, bool doubtful) {

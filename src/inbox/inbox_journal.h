@@ -41,6 +41,8 @@ class InboxJournal {
     /// The row is stored, or need not be.
     void settle(quint64 key);
 
+    /// Whether a row of this message is on its way.
+    bool holds(const QString& messageId) const;
     const std::vector<Entry>& entries() const { return entries_; }
     /// Why the file could not be opened, or written when it was last tried; empty: it could.
     const QString& problem() const { return problem_; }

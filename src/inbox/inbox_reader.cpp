@@ -14,6 +14,14 @@ constexpr qint64 kSettledMs = 2'000;
 constexpr qint64 kStoreAgainMs = 5'000;
 const QString kNothing = QStringLiteral(":");
 
+/// How many messages a mark counts: "7", "1,234"; of "99+" as many as are read at once.
+int countIn(const QString& badge) {
+    constexpr int kMostOfAChat = 500;
+    QString digits = badge;
+    digits.removeIf([](QChar c) { return !c.isDigit(); });
+    return badge.endsWith(u'+') ? kMostOfAChat : std::clamp(digits.toInt(), 1, kMostOfAChat);
+}
+
 }  // namespace
 
 void InboxReader::BACA_WA() {
@@ -56,9 +64,11 @@ bool InboxReader::mayRead() {
     // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
     const auto waits = [this](const auto& entry) { return !entry.doubtful && !refused_.contains(entry.key); };
     if (refused_.isFull() || std::any_of(waiting.begin(), waiting.end(), waits)) return false;
+    const Result<void> ids = p_.storedIds.open();
+    idsProblem_ = ids ? QString() : QString::fromStdString(ids.failure().text);
     const bool journal = p_.journal.open().ok();
     showNotice();
-    return journal;
+    return journal && ids;
 }
 
 /// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
@@ -107,18 +117,21 @@ bool InboxReader::mustGiveWay() const {
 InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     const UnreadChat chat = *unreadChat(entry);
     p_.state.waitread.visible = true;
-    if (isTyping(chat.text, p_.elements[QStringLiteral("XXTyping")])) {
-        leave();
-        return Then::EndPass;
+    if (isLeftTyping(chat)) {
+        p_.state.waitread.visible = false;
+        return Then::GoOn;
     }
     dropDoubtful(chat);
     const QString signature = chat.title + chat.text;
     meetings_ = signature == lastSignature_ ? meetings_ + 1 : 1;
-    if (meetings_ % kMostMeetings == 0) {
+    const bool keepsMark =
+        hasIds_ ? nothingNew_.value(chat.title) >= kMostMeetings - 1 : meetings_ % kMostMeetings == 0;
+    if (keepsMark) {
+        nothingNew_.remove(chat.title);
         recover();
         return Then::EndPass;
     }
-    if (meetings_ < kMostMeetings) return openAndStore(entry, chat);
+    if (hasIds_ || meetings_ < kMostMeetings) return openAndStore(entry, chat);
     // Its rows are stored; what is left is a chat to be rid of.
     p_.opener.awaitSettled(kSettledMs);
     if (const auto clicked = p_.page.clickEntry(entry); clicked && clicked->found) {
@@ -129,16 +142,24 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     return Then::GoOn;
 }
 
+/// The row will soon say more, and the others need not wait for that. With ids the chat itself tells what is new in it.
+bool InboxReader::isLeftTyping(const UnreadChat& chat) {
+    if (!rows_.showsTyping(chat.text)) {
+        typingSince_.remove(chat.title);
+        return false;
+    }
+    const qint64 now = p_.clock.monotonicMs();
+    if (!typingSince_.contains(chat.title)) {
+        typingSince_.insert(chat.title, now);
+        return true;
+    }
+    return !hasIds_ && now - typingSince_.value(chat.title) < kTypingMs;
+}
+
 InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const UnreadChat& chat) {
-    const GatewayState& s = p_.state;
     const qint64 began = p_.clock.monotonicMs();
-    IncomingRow row{isYes(p_.settings.Multi),
-                    s.cb_Profil.text,
-                    chat.title,
-                    numberOf(chat, std::nullopt),
-                    chat.sender,
-                    chat.text,
-                    p_.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))};
+    IncomingRow row = rows_.of(chat);
+    row.unread = everyMessage() ? countIn(entry.badge) : 1;
     const Result<quint64> written = p_.journal.add(row);
     if (!written) {  // the message is safe as long as its mark is on the page
         leave();
@@ -160,9 +181,17 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     p_.journal.setDoubtful(key, false);
 
     const auto look = awaitChat(chat.title, clicked->before);
-    const QString wanted = p_.elements[QStringLiteral("XXDraft")];
-    if (!wanted.isEmpty() && chat.text.startsWith(wanted)) row.wa_text = textBehindDraft(chat.title, chat.text);
-    row.wa_no = numberOf(chat, look);
+    if (!look && hasIds_) {  // it comes up later, with more than the list tells: it is opened once more
+        p_.journal.setDoubtful(key, true);
+        leave();
+        return Then::GoOn;
+    }
+    const auto unread = look ? readMessages(chat.title, row.unread) : std::nullopt;
+    if (unread && unread->hasIds) return storeMessages(key, chat, *unread, began);
+
+    if (rows_.showsDraft(chat.text)) row.wa_text = textBehindDraft(chat.title, chat.text);
+    if (look) row.wa_no = rows_.of(chat, look->headerPicture, look->chat.number).wa_no;
+    row.unread = 0;
     if (row.wa_text.trimmed() == kNothing) {
         p_.journal.settle(key);
         leave();
@@ -170,20 +199,94 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     }
     p_.journal.change(key, row);
     lastSignature_ = chat.title + chat.text;
-    Stored stored = Stored::NotNow;
-    try {
-        stored = store(key);
-    } catch (const SurfacedError&) {
-        leave();
-        throw;
+    return storeRows({key}, began);
+}
+
+/// What the page shows of the opened chat's unread messages; nothing where it doesn't show that chat.
+std::optional<UnreadMessages> InboxReader::readMessages(const QString& title, int count) {
+    constexpr int kLooks = 10;
+    std::optional<UnreadMessages> unread;
+    for (int i = 0; i < kLooks && !p_.clock.waitingStopped(); ++i) {
+        auto seen = p_.page.readUnread(title, count);
+        // A page that had ids so far draws its messages a moment after the chat's name.
+        if ((!seen || !seen->hasIds) && hasIds_) {
+            p_.pacing.WA_WAIT(kSmallWaitMs);
+            continue;
+        }
+        if (!seen || !seen->hasIds) break;
+        const bool grew = !unread || seen->messages.size() > unread->messages.size();
+        unread = std::move(seen);
+        if (!grew || unread->messages.size() >= count) break;  // else scrolling up has just begun
     }
-    log::info("inbox", QStringLiteral("message of %1 characters from %2 %3 after %4 ms")
-                           .arg(row.wa_text.size())
-                           .arg(log::maskedNumber(row.wa_no),
-                                stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
-                           .arg(p_.clock.monotonicMs() - began));
+    hasIds_ = unread.has_value();
+    return unread;
+}
+
+/// The opened chat's messages take the place of its entry in the journal.
+InboxReader::Then InboxReader::storeMessages(quint64 key, const UnreadChat& chat, const UnreadMessages& unread,
+                                             qint64 beganMs) {
+    const auto keys = addRows(chat, unread);
+    if (!keys) {
+        p_.journal.setDoubtful(key, true);  // the chat is opened once more
+        leave();
+        return Then::EndPass;
+    }
+    p_.journal.settle(key);
+    lastSignature_ = chat.title + chat.text;
+    if (keys->empty()) {
+        ++nothingNew_[chat.title];
+        leave();
+        return Then::GoOn;
+    }
+    nothingNew_.remove(chat.title);
+    return storeRows(*keys, beganMs);
+}
+
+/// Writes down what is new among them, that is below the last one that was stored, oldest first; nothing where the
+/// journal can't be written.
+std::optional<std::vector<quint64>> InboxReader::addRows(const UnreadChat& chat, const UnreadMessages& unread) {
+    const QList<ArrivedMessage>& messages = unread.messages;
+    const auto stored = std::find_if(messages.rbegin(), messages.rend(), [this](const ArrivedMessage& message) {
+        return p_.storedIds.contains(message.messageId);
+    });
+    std::vector<quint64> keys;
+    for (auto message = stored.base(); message != messages.end(); ++message) {
+        if (p_.journal.holds(message->messageId)) continue;
+        auto row = rows_.of(*message);
+        if (!row) continue;
+        if (&*message == &messages.back()) {
+            const bool isWhole = message->text.simplified() == chat.text.simplified();
+            const bool isMessage = !rows_.showsTyping(chat.text) && !rows_.showsDraft(chat.text);
+            if (isWhole || (!everyMessage() && isMessage)) row->wa_text = chat.text;
+            if (row->SUB_NO.isEmpty()) row->SUB_NO = chat.sender;
+        }
+        const Result<quint64> written = p_.journal.add(*row);
+        if (!written) return std::nullopt;
+        keys.push_back(written.value());
+    }
+    return keys;
+}
+
+InboxReader::Then InboxReader::storeRows(const std::vector<quint64>& keys, qint64 beganMs) {
+    Then then = Then::GoOn;
+    for (const quint64 key : keys) {
+        Stored stored = Stored::NotNow;
+        try {
+            stored = store(key);
+        } catch (const SurfacedError&) {
+            leave();
+            throw;
+        }
+        log::info("inbox", QStringLiteral("received message %1 %2 after %3 ms")
+                               .arg(key)
+                               .arg(stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                               .arg(p_.clock.monotonicMs() - beganMs));
+        if (stored != Stored::NotNow) continue;
+        then = Then::EndPass;
+        break;
+    }
     leave();
-    return stored == Stored::NotNow ? Then::EndPass : Then::GoOn;
+    return then;
 }
 
 /// Waits until the chat is there. Left before, it could come up after the dummy's chat and stay open.
@@ -200,14 +303,9 @@ std::optional<ChatLook> InboxReader::awaitChat(const QString& title, const OpenC
     return std::nullopt;
 }
 
-QString InboxReader::numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const {
-    if (!isYes(p_.settings.GetNumberInbox)) return chat.title;
-    return look ? senderNumber(chat, look->headerPicture, look->chat.number) : senderNumber(chat, {}, {});
-}
-
 /// The row of an open chat shows its last message again, where before it showed a text left in the message box.
 QString InboxReader::textBehindDraft(const QString& title, const QString& draft) {
-    const auto list = p_.page.readChatList(0);
+    const auto list = p_.page.readChatList(0, title);
     if (!list) return draft;
     for (const ChatEntry& entry : list->entries) {
         const auto chat = entry.badge.isEmpty() ? readChat(entry) : unreadChat(entry);
@@ -235,13 +333,31 @@ InboxReader::Stored InboxReader::store(quint64 key) {
         p_.table.report(row, line.failure());
         return rowRefused ? Stored::Refused : Stored::NotNow;
     }
-    p_.journal.settle(key);
+    settle(key, row);
     p_.grid.append(line.value());
     auto& received = p_.state.received;
     const QDate today = p_.clock.now().date();
     received = {today, received.on == today ? received.count + 1 : 1};
     p_.handOff.fire(row.wa_no, row.wa_text, row.PROFIL);
     return Stored::Yes;
+}
+
+/// Should its id not get onto the disk, the row stays in the journal, and is found in the table.
+void InboxReader::settle(quint64 key, const IncomingRow& row) {
+    const Result<void> noted = p_.storedIds.add(row);
+    if (noted)
+        p_.journal.settle(key);
+    else
+        log::error("inbox", QStringLiteral("ids: ") + QString::fromStdString(noted.failure().text));
+}
+
+/// Whether the row is in the table, put there by an earlier run or by a statement that seemed to fail; nothing when
+/// that can't be said. The same text may have come twice within a second: then those count that have ids.
+std::optional<bool> InboxReader::isStored(const InboxJournal::Entry& entry) {
+    if (p_.storedIds.contains(entry.row.messageId)) return true;
+    if (!entry.maybeStored) return false;
+    const auto rows = p_.table.countLike(entry.row);
+    return rows ? std::optional(*rows > p_.storedIds.storedLike(entry.row)) : std::nullopt;
 }
 
 void InboxReader::storeWaiting() {
@@ -258,10 +374,10 @@ void InboxReader::storeUndoubted() {
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries) {
         if (entry.doubtful || refused_.holds(entry.key)) continue;
-        const std::optional<bool> held = entry.maybeStored ? p_.table.holds(entry.row) : false;
-        if (!held) return;
-        if (*held) {
-            p_.journal.settle(entry.key);
+        const std::optional<bool> stored = isStored(entry);
+        if (!stored) return;
+        if (*stored) {
+            settle(entry.key, entry.row);
         } else if (store(entry.key) == Stored::NotNow) {
             return;
         }
@@ -275,8 +391,9 @@ void InboxReader::showNotice() {
     });
     QString& notice = p_.state.inboxNotice;
     notice.clear();
-    if (!p_.journal.problem().isEmpty()) {
-        notice = QStringLiteral("The inbox is not read: ") + p_.journal.problem();
+    const QString& problem = p_.journal.problem().isEmpty() ? idsProblem_ : p_.journal.problem();
+    if (!problem.isEmpty()) {
+        notice = QStringLiteral("The inbox is not read: ") + problem;
     } else if (refused_.count() > 0) {
         notice = refused_.count() == 1 ? QStringLiteral("1 received message is")
                                        : QStringLiteral("%1 received messages are").arg(refused_.count());
@@ -296,8 +413,25 @@ void InboxReader::dropDoubtful(const UnreadChat& chat) {
 void InboxReader::settleDoubtful() {
     const std::vector<InboxJournal::Entry> entries = p_.journal.entries();
     for (const InboxJournal::Entry& entry : entries)
-        if (entry.doubtful) p_.journal.setDoubtful(entry.key, false);
+        if (entry.doubtful && (entry.row.unread == 0 || !readAnew(entry))) p_.journal.setDoubtful(entry.key, false);
     storeUndoubted();
+}
+
+/// Opens a chat again whose unread messages were not written down before its mark went away. False where it can't be
+/// opened, or shows no ids: what its row in the list said is all that is known.
+bool InboxReader::readAnew(const InboxJournal::Entry& entry) {
+    const QString& title = entry.row.title;
+    p_.opener.awaitSettled(kSettledMs);
+    const auto click = p_.page.clickEntry(title);
+    if (!click || !click->happened) return false;
+    p_.opener.clickedName(title, click->before);
+    const auto unread = awaitChat(title, click->before) ? readMessages(title, entry.row.unread) : std::nullopt;
+    if (unread && unread->hasIds) {
+        storeMessages(entry.key, {title, entry.row.wa_text, entry.row.SUB_NO}, *unread, p_.clock.monotonicMs());
+        return true;
+    }
+    leave();
+    return false;
 }
 
 /// A chat whose mark does not go away is left to a page that is loaded anew.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <functional>
 #include <optional>
@@ -16,17 +17,21 @@
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
 #include "inbox/inbox_table.h"
+#include "inbox/incoming_rows.h"
 #include "inbox/reply_hand_off.h"
+#include "inbox/stored_ids.h"
 #include "inbox/unread_chat.h"
 
 namespace kibo {
 
-/// Reads the chat list: each chat with unread messages is opened, which takes its mark away, its last message becomes a
-/// row of the inbox and goes to the reply bots, and the dummy contact's chat is opened, so that the next message in
-/// that chat is marked again.
+/// Reads the chat list: each chat with unread messages is opened, which takes its mark away, they become rows of the
+/// inbox and go to the reply bots, oldest first, and the dummy contact's chat is opened, so that the next message in
+/// that chat is marked again. On a page that gives its messages no ids only the chat's last one does, as the list shows
+/// it.
 ///
-/// A message is stored once, whatever happens on the way: it stands in the journal from before the click until its row
-/// is there. After a crash the page tells whether the click took place.
+/// A message is stored once, whatever happens on the way: its chat stands in the journal from before the click until
+/// the rows follow, and these until they are stored. After a crash the page tells whether the click took place, and
+/// what has an id that was stored is known.
 class InboxReader {
  public:
     /// What the reader works on; all of it must outlive it.
@@ -41,12 +46,14 @@ class InboxReader {
         MessageTicks& ticks;
         InboxTable& table;
         InboxJournal& journal;
+        StoredIds& storedIds;
         InboxGrid& grid;
         ReplyHandOff& handOff;
         std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
         std::function<void()> BACA_PROFIL = {};  ///< refreshes `settings` from the profile's row; may be empty
     };
-    explicit InboxReader(Parts parts) : p_(std::move(parts)), refused_(p_.clock) {}
+    explicit InboxReader(Parts parts)
+        : p_(std::move(parts)), rows_(p_.state, p_.settings, p_.elements, p_.clock), refused_(p_.clock) {}
 
     /// One pass over the chat list. Returns at once while something else goes on; a pass that reached its end counts in
     /// `readPasses`. `Timer2` is off meanwhile.
@@ -58,8 +65,10 @@ class InboxReader {
     /// With messages to send, a pass ends after this time, so that both directions take turns.
     static constexpr qint64 kLongestPassMs = 5'000;
     /// A chat that shows the same message on so many passes in a row doesn't lose its mark: the page is loaded anew.
-    /// Met again after that, it is opened but not stored.
+    /// Met again after that, it is opened but not stored. With ids the same goes for openings that brought nothing new.
     static constexpr int kMostMeetings = 4;
+    /// A row that says that somebody types is left alone for so long; then it is taken for a message.
+    static constexpr qint64 kTypingMs = 60'000;
 
  private:
     enum class Then { GoOn, EndPass };
@@ -80,7 +89,15 @@ class InboxReader {
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
-    QString numberOf(const UnreadChat& chat, const std::optional<ChatLook>& look) const;
+    std::optional<UnreadMessages> readMessages(const QString& title, int count);
+    Then storeMessages(quint64 key, const UnreadChat& chat, const UnreadMessages& unread, qint64 beganMs);
+    std::optional<std::vector<quint64>> addRows(const UnreadChat& chat, const UnreadMessages& unread);
+    Then storeRows(const std::vector<quint64>& keys, qint64 beganMs);
+    bool everyMessage() const { return p_.settings.InboxRead != QStringLiteral("last"); }
+    bool isLeftTyping(const UnreadChat& chat);
+    bool readAnew(const InboxJournal::Entry& entry);
+    void settle(quint64 key, const IncomingRow& row);
+    std::optional<bool> isStored(const InboxJournal::Entry& entry);
     QString textBehindDraft(const QString& title, const QString& draft);
     Stored store(quint64 key);
     void storeUndoubted();
@@ -91,9 +108,14 @@ class InboxReader {
     void leave();
 
     Parts p_;
+    IncomingRows rows_;
     QString ownPicture_;
     QString lastSignature_;
-    int meetings_ = 0;  // passes in a row that met lastSignature_
+    int meetings_ = 0;                    // passes in a row that met lastSignature_
+    bool hasIds_ = false;                 // so had the messages that were read last
+    QHash<QString, int> nothingNew_;      // by title: openings in a row that brought nothing new
+    QHash<QString, qint64> typingSince_;  // by title
+    QString idsProblem_;
     int scanFrom_ = 0;  // scroll position from which unread rows may be anywhere; -1: nowhere
     qint64 passBeganMs_ = 0;
     qint64 storeAgainAtMs_ = 0;

@@ -39,13 +39,13 @@ void InboxTable::report(const IncomingRow& row, const Failure& failure) const {
     database_.report(row.multi ? QStringLiteral("insert into multi") : QStringLiteral("insert into inbox"), failure);
 }
 
-std::optional<bool> InboxTable::holds(const IncomingRow& row) {
+std::optional<int> InboxTable::countLike(const IncomingRow& row) {
     Database::Values values{QVariant::fromValue(StoredTime{row.wa_time}), row.wa_text, row.SUB_NO, row.wa_no,
                             row.title};
     if (row.multi) values.prepend(row.PROFIL);
     const Recordset count = database_.OpenRecordset(row.multi ? kCountMulti : kCountInbox, values);
     if (count.eof()) return std::nullopt;
-    return count.field(0).toInt() > 0;
+    return count.field(0).toInt();
 }
 
 QString InboxTable::gridTime(const QString& storedTime) {

@@ -17,8 +17,8 @@ class InboxTable {
     /// says. The caller reports a failure, having noted it.
     Result<QStringList> insert(const IncomingRow& row);
     void report(const IncomingRow& row, const Failure& failure) const;
-    /// Whether the message is stored already, under its chat's title or its number; nothing when that can't be said.
-    std::optional<bool> holds(const IncomingRow& row);
+    /// How many rows say what this one does, under the chat's title or its number; nothing when that can't be said.
+    std::optional<int> countLike(const IncomingRow& row);
 
     /// A line of the grid: number, text, time as "d/m/yy hh:mm", status.
     static QString gridTime(const QString& storedTime);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace kibo {
@@ -12,7 +13,13 @@ struct IncomingRow {
     QString wa_no;   ///< the chat's title, or the number found for it
     QString SUB_NO;  ///< in a group: who wrote
     QString wa_text;
-    QString wa_time;  ///< local time of the reading, "yyyy-MM-dd HH:mm:ss"
+    QString wa_time;                      ///< local time of the reading, "yyyy-MM-dd HH:mm:ss"
+    QString messageId = {}, chatId = {};  ///< as the page names them; not stored, and empty on a page that doesn't
+    /// Of a chat that was opened to read it: how many messages it had unread; its rows follow. Not stored.
+    int unread = 0;
+
+    /// The same for rows that the table can't tell apart.
+    QByteArray likeness() const;
 };
 
 }  // namespace kibo

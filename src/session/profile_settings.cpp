@@ -16,6 +16,8 @@ void ProfileSettings::BACA_PROFIL() {
     QString number;
     if (!row.eof()) {
         settings_.DisableRead = row.field(QStringLiteral("disable_read"));
+        const QString read = row.field(QStringLiteral("inbox_read"));
+        if (!read.isEmpty()) settings_.InboxRead = read;
         number = row.field(QStringLiteral("wa_no")).trimmed();
     }
     if (number.isEmpty()) number = settings_.DummyContact;

@@ -16,10 +16,10 @@ class ProfileSettings {
     ProfileSettings(GatewayState& state, Settings& settings, Database& database)
         : state_(state), settings_(settings), database_(database) {}
 
-    /// Takes `DisableRead` and the dummy contact's number over from the profile's row; a row without a number, or no
-    /// row, means the `DummyContact` of the settings. The number goes into the window when it has changed, so what the
-    /// operator types there stands until then. Does nothing with a single session or a local store, and while the
-    /// database doesn't answer.
+    /// Takes `DisableRead`, `InboxRead`, where the table has such a column, and the dummy contact's number over from
+    /// the profile's row; a row without a number, or no row, means the `DummyContact` of the settings. The number goes
+    /// into the window when it has changed, so what the operator types there stands until then. Does nothing with a
+    /// single session or a local store, and while the database doesn't answer.
     void BACA_PROFIL();
 
  private:

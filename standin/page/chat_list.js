@@ -1,5 +1,5 @@
 import {lastMessage} from './chats.js';
-import {el} from './dom.js';
+import {drawn, el} from './dom.js';
 import {icon} from './icons.js';
 import {clockTime, colourOf} from './numbers.js';
 import {tickMark} from './ticks.js';
@@ -137,7 +137,8 @@ function preview(chat, open) {
     if (!message) return '';
     if (message.kind === 'text') return oneLine(message.text);
     if (message.kind === 'deleted') return 'This message was deleted';
-    return message.caption || {image: 'Photo', video: 'Video', sticker: 'Sticker'}[message.kind] || message.fileName;
+    const named = {image: 'Photo', video: 'Video', sticker: 'Sticker', voice: '0:12', location: 'Location', call: 'Missed voice call'};
+    return message.caption || named[message.kind] || message.fileName;
 }
 
 const oneLine = (text) => text.replace(/\s+/g, ' ').slice(0, 120);
@@ -148,12 +149,6 @@ const rowsThatAreNoChats = (role) => [
     ['All', 'Unread', '3', 'Groups', '2'],
     ['Archived', '12'],
 ].map((lines) => el('div', {role, class: 'extra-row'}, ...lines.map((line) => el('div', {}, line))));
-
-/** A text as the children of its element, its emoji as pictures if asked for. */
-const drawn = (text, ornateEntries) => (ornateEntries
-    ? text.split(/(\p{Extended_Pictographic})/u).filter((part) => part)
-        .map((part, i) => (/\p{Extended_Pictographic}/u.test(part) ? el('img', {alt: part, src: '/page/file/picture.svg', class: 'emoji'}) : part))
-    : [text]);
 
 /** One row element that shows one chat after another. */
 class Row {

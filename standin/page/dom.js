@@ -8,3 +8,9 @@ export function el(tag, attributes = {}, ...children) {
     element.append(...children.filter((child) => child !== null && child !== false && child !== ''));
     return element;
 }
+
+/** A text as the children of its element, its emoji as pictures if asked for. */
+export const drawn = (text, ornate) => (ornate
+    ? text.split(/(\p{Extended_Pictographic})/u).filter((part) => part)
+        .map((part, i) => (/\p{Extended_Pictographic}/u.test(part) ? el('img', {alt: part, src: '/page/file/picture.svg', class: 'emoji'}) : part))
+    : [text]);

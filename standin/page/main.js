@@ -14,7 +14,7 @@ import {Server} from './server.js';
 import {later} from './timing.js';
 
 /** Behaviours that show in the open chat. */
-const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle'];
+const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle', 'ornateEntries'];
 
 /** The page as a whole: which of its three faces is shown, and how its parts reach each other. */
 class App {
@@ -185,6 +185,9 @@ class App {
             break;
         case 'mark':
             this.#chats.mark(action);
+            break;
+        case 'read':
+            this.#chats.markRead(this.#chats.chat(action.number));
             break;
         case 'typing':
             this.#chats.setTyping(action.number, action.typing ?? true);

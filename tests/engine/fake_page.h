@@ -148,11 +148,17 @@ class FakePage : public ChatPage {
         if (!answers("lastMessages")) return std::nullopt;
         return hideHistory ? QList<ChatMessage>() : history_.value(openNumber_);
     }
+    std::optional<UnreadMessages> readUnread(const QString&, int count) override {
+        if (!answers("readUnread")) return std::nullopt;
+        const qsizetype first = std::max<qsizetype>(conversation.size() - count, 0);
+        return UnreadMessages{!conversation.isEmpty(), conversation.mid(first)};
+    }
     bool forgetArrived(const QStringList& keys) override {
         if (!answers("forgetArrived")) return false;
         shown.arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
         return true;
     }
+    void goBy(std::function<QStringList()>) override {}
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
         if (!answers("pasteText")) return std::nullopt;
         if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;
@@ -262,7 +268,7 @@ class FakePage : public ChatPage {
             if (!entry.badge.isEmpty()) unread += entry.lines.join(QLatin1Char('\n'));
         return ChatListGlance{chatListLength, unread, listTicks};
     }
-    std::optional<ChatListLook> readChatList(int offset) override {
+    std::optional<ChatListLook> readChatList(int offset, const QString& = {}) override {
         if (!answers("readChatList")) return std::nullopt;
         ChatListLook look;
         look.length = chatListLength;
@@ -322,6 +328,7 @@ class FakePage : public ChatPage {
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
     QString headerPicture, namedNumber;  // of every open chat
+    QList<ArrivedMessage> conversation;  // the same; without any, messages have no ids
 
  private:
     bool answers(const char* command) {

@@ -18,9 +18,11 @@ class Inbox : public Engine {
     void begin() {
         reader.reset();
         journal.reset();
+        storedIds.reset();
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
+        storedIds.emplace([this] { return folder.filePath(u"inbox.ids"_qs); });
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
-                                          gateway.ticks, table, *journal, grid, handOff});
+                                          gateway.ticks, table, *journal, *storedIds, grid, handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
@@ -58,6 +60,7 @@ class Inbox : public Engine {
                           },
                           [] { return 0.25; }}};
     std::optional<InboxJournal> journal;
+    std::optional<StoredIds> storedIds;
     std::optional<InboxReader> reader;
 };
 

@@ -14,6 +14,15 @@ const QString kAni = u"Ani"_qs;
 
 class Reader : public test::Inbox {
  protected:
+    static ArrivedMessage message(const char* id, const QString& text) {
+        ArrivedMessage message;
+        message.key = message.messageId = QString::fromLatin1(id);
+        message.title = kAni;
+        message.number = u"62811"_qs;
+        message.text = text;
+        message.ageMs = 4'000;
+        return message;
+    }
     /// Reads; then the inbox holds these texts, one in each line.
     void read(const QString& texts) {
         reader->BACA_WA();
@@ -301,27 +310,57 @@ TEST_F(Reader, AfterACrashEachMessageIsThereOnce) {
     readAfterRestart(u"one\ntwo"_qs);
 }
 
+TEST_F(Reader, EachUnreadMessageIsARowOnceAlsoAfterACrash) {
+    page.conversation = {message("1", u"read long ago"_qs), message("2", u"two\nlines"_qs), message("3", u"1"_qs),
+                         message("4", u"1"_qs)};
+    unread(kAni, u"1"_qs, {}, u"3"_qs);
+    refuse("insert on inbox when (select count(*) from inbox) = 2");  // a crash between two rows
+    read(u"two\nlines\n1"_qs);
+    execute("drop trigger refuse");
+    EXPECT_TRUE(storedIds->contains(u"3"_qs) && journal->holds(u"4"_qs));
+    begin();
+    EXPECT_TRUE(storedIds->open().ok() && storedIds->contains(u"3"_qs));
+    clock.wait(RefusedRows<quint64>::kPauseMs);
+    read(u"two\nlines\n1\n1"_qs);
+    EXPECT_TRUE(journal->entries().empty());
+
+    // Its mark stays, and nothing new is in it.
+    unread(kAni, u"1"_qs, {}, u"3"_qs);
+    page.stickyBadges = 100;
+    for (int pass = 0; pass < 4; ++pass) read(u"two\nlines\n1\n1"_qs);
+    EXPECT_EQ(page.commands.count(u"refresh"_qs), 1);
+    page.conversation.append(message("5", u"1"_qs));
+    read(u"two\nlines\n1\n1\n1"_qs);
+
+    settings.InboxRead = u"last"_qs;
+    page.conversation.append({message("6", u"six"_qs), message("7", u"a long text with its end"_qs)});
+    page.list[0].lines[2] = u"a long text"_qs;
+    read(u"two\nlines\n1\n1\n1\na long text"_qs);
+}
+
+TEST_F(Reader, RowOfSomebodyWhoTypesWaitsForAMinuteAndHoldsUpNoOther) {
+    unread(u"Budi"_qs, u"hello"_qs);
+    unread(kAni, u"typing error?"_qs);
+    read(u"hello"_qs);
+    clock.wait(InboxReader::kTypingMs);
+    read(u"hello\ntyping error?"_qs);
+}
+
 /// What came in while its chat was open, as the watch in the page tells it.
 TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
-    Arrivals arrivals({state, settings, elements, page, clock, *journal});
-    const auto arrived = [](const char* key, const QString& text) {
-        return ArrivedMessage{QString::fromLatin1(key), kAni, u"62811"_qs, {}, false, {}, text, 4'000, {}, {}, {}};
-    };
-    page.shown.arrived = {arrived("1", u"one"_qs), arrived("2", u"typing…"_qs), arrived("3", u"after typing"_qs),
-                          arrived("4", QString())};
+    Arrivals arrivals({state, settings, elements, page, clock, *journal, *storedIds});
+    page.shown.arrived = {message("1", u"one"_qs), message("2", QString()), message("3", u"typing error?"_qs)};
     page.shown.arrived[1].badge = u"2"_qs;  // what the list showed over an unread message when its chat was opened
     page.shown.arrived[1].lines = QStringList{kAni, u"15:09"_qs, u"typing…"_qs, u"2"_qs};
-    page.shown.arrived[1].text = u"two"_qs;
-    page.shown.arrived[2].previewBefore = u"typing…"_qs;
     page.silent = true;  // it doesn't forget them
     arrivals.take(page.shown.arrived);
     arrivals.take(page.shown.arrived);
     page.silent = false;
     reader->BACA_WA();
-    EXPECT_EQ(rows("wa_no, wa_text"), u"62811|one\n62811|two\n62811|(media)"_qs);
+    EXPECT_EQ(rows("wa_no, wa_text"), u"62811|one\n62811|(media)\n62811|typing error?"_qs);
     EXPECT_EQ(rows("wa_time", "inbox where id = 1"), u"2026-03-14 15:09:22"_qs);
     settings.DisableRead = u"Y"_qs;
-    page.shown.arrived = {arrived("5", u"five"_qs)};
+    page.shown.arrived = {message("5", u"five"_qs)};
     arrivals.take(page.shown.arrived);
     EXPECT_TRUE(page.shown.arrived.isEmpty() && journal->entries().empty());
 }

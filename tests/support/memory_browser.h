@@ -32,7 +32,9 @@ class MemoryBrowser final : public ChatBrowser, private ChatPage, private PagePr
     std::optional<ClickedLink> clickLink(const QString& address) override;
     std::optional<ChatLook> lookAtChat(bool focusBox) override;
     std::optional<QList<ChatMessage>> lastMessages() override;
+    std::optional<UnreadMessages> readUnread(const QString&, int) override { return std::nullopt; }
     bool forgetArrived(const QStringList&) override { return true; }
+    void goBy(std::function<QStringList()>) override {}
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString&) override { return false; }
     bool typeKeys(const QString&) override { return false; }
@@ -50,7 +52,7 @@ class MemoryBrowser final : public ChatBrowser, private ChatPage, private PagePr
     bool pressEscape() override { return isOpen(); }
     bool pressEscapeTwice(int) override { return isOpen(); }
     std::optional<ChatListGlance> watchChatList(const QString&) override { return ChatListGlance{}; }
-    std::optional<ChatListLook> readChatList(int) override { return ChatListLook{}; }
+    std::optional<ChatListLook> readChatList(int, const QString&) override { return ChatListLook{}; }
     std::optional<QList<ListedChat>> listChats() override { return QList<ListedChat>(); }
     std::optional<ClickedEntry> clickEntry(const ChatEntry&) override { return ClickedEntry{}; }
     std::optional<int> leaveSearch() override { return 0; }

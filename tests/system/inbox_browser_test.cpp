@@ -1,3 +1,6 @@
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include "browser/raw_server.h"
 #include "inbox/inbox.h"
 #include "real_gateway.h"
@@ -67,6 +70,58 @@ class InboxBrowser : public test::OnRealGateway<10> {
         return static_cast<int>(
             std::count_if(events.begin(), events.end(), [=](const auto& event) { return event.kind == kind; }));
     }
+    /// `in` and `kind` let a message come in, `open` opens a chat as for sending, `person` as a person does.
+    static void play(const QString& step) {
+        const QString name = step.section(u' ', 0, 0), who = step.section(u' ', 1, 1);
+        const QString rest = step.section(u' ', 2), kind = step.section(u' ', 2, 2);
+        const bool inGroup = who.startsWith(u"120363"_qs);
+        QJsonObject details{{u"number"_qs, who}};
+        if (inGroup) details[u"member"_qs] = u"Budi"_qs;
+        const auto happens = [&](const char* action) {
+            act(action, QJsonDocument(details).toJson().constData());
+            pageKnows();
+        };
+        if (name == u"name"_qs) {
+            real->standIn.addContact(who.toStdString(), rest.toStdString());
+        } else if (name == u"in"_qs) {
+            details[u"text"_qs] = QString(rest).replace(u"\\n"_qs, u"\n"_qs);
+            happens("incoming");
+        } else if (name == u"kind"_qs) {
+            const bool captioned = kind == u"video"_qs;
+            details[u"kind"_qs] = kind;
+            details[captioned ? u"text"_qs : u"fileName"_qs] = step.section(u' ', 3);
+            happens("incoming");
+        } else if (name == u"before"_qs) {
+            play(u"in "_qs + who + u' ' + rest);
+            happens("read");
+        } else if (name == u"behave"_qs) {
+            real->behave(step.section(u' ', 1).toUtf8().constData());
+        } else if (name == u"typing"_qs || name == u"delete"_qs) {
+            happens(name.toLatin1().constData());
+        } else if (name == u"open"_qs) {
+            const auto serial = [] { return real->page->lookAtChat(false).value_or(ChatLook()).chat.serial; };
+            const int before = serial();
+            const bool isNumber = who.front().isDigit();
+            EXPECT_TRUE(isNumber ? real->gateway->opener.GOTONOMOR(who) : real->gateway->opener.openEntry(who));
+            EXPECT_TRUE(eventually([&] { return serial() > before; }));
+        } else if (name == u"person"_qs) {
+            const webdriver::FindElement find{{webdriver::Using::Css, u"#pane-side span[title]"_qs}};
+            const auto entry = webdriver::elementFrom(real->browser.client().send(find).valueOr({}));
+            ASSERT_TRUE(entry);
+            EXPECT_TRUE(real->browser.client().send(webdriver::ElementClick{*entry}).ok());
+        } else if (name == u"reload"_qs) {
+            ticks(1);
+            real->page->refresh();
+            EXPECT_TRUE(eventually([] {
+                const PageLook look = real->page->look();
+                return look.newChatControls == 1 && !look.chat.open;
+            }));
+            ticks(1);
+        } else {
+            EXPECT_EQ(name, u"read"_qs);
+            ticks(4);
+        }
+    }
     static void pageKnows() { ASSERT_TRUE(real->standIn.waitUntilPageKnows(std::chrono::seconds(5))); }
     /// Sends a message, and has `then` happen as soon as the page reports `event` once more.
     static void sendAnd(const char* event, const std::function<void()>& then, const char* to = "6281111111111") {
@@ -102,12 +157,12 @@ TEST_F(InboxBrowser, ReadsWhatChatsShowAndNothingElse) {
     act("typing", R"({"number": "628111"})");
     pageKnows();
     ticks(4);
-    EXPECT_EQ(stored(), 0) << "not while somebody types";
+    EXPECT_EQ(stored(), 4) << "all but the one whose writer types";
     act("typing", R"({"number": "628111", "typing": false})");
     ASSERT_TRUE(stores(5)) << rows();
     EXPECT_EQ(rows(),
-              "Ayu||on top 😀👍\n6284444444||This message was deleted\n6283333333||Photo\nClub 🎉|Budi|hi all\n"
-              "6282222222||12345");
+              "6284444444||This message was deleted\n6283333333||Photo\nClub 🎉|Budi|hi all\n6282222222||12345\n"
+              "Ayu||on top 😀👍");
     ticks(5);
     EXPECT_EQ(stored(), 5) << "once each";
     EXPECT_EQ(happened("read"), 5);
@@ -164,8 +219,8 @@ TEST_F(InboxBrowser, WhatComesInWhileItsChatIsOpenIsStoredOnce) {
     ASSERT_TRUE(stores(9));
     ticks(10);
     EXPECT_EQ(rows(),
-              "6281111111111||unread before\n6281111111111||while open in two lines\n6281111111111||while opening\n"
-              "Club|Budi|hello\nClub|Budi|hello\nClub|Budi|Photo\n"
+              "6281111111111||unread before\n6281111111111||while open\nin two lines\n6281111111111||while opening\n"
+              "Club|Budi|hello\nClub|Budi|hello\nClub|Budi|(photo)\n"
               "6281111111111||marked\n6281111111111||while read\n6281111111111||in an old frame");
     EXPECT_TRUE(real->page->look().arrived.isEmpty());
 }
@@ -189,6 +244,96 @@ TEST_F(InboxBrowser, MessagesThatWereReadAreNotStoredAgain) {
     ASSERT_TRUE(stores(3));
     ticks(20);
     EXPECT_EQ(rows(), "6281111111111||read long ago\n6281111111111||unread\n6281111111111||late");
+}
+
+/// Steps of a conversation, and what must be stored: each message once.
+struct Story {
+    const char* what;
+    const char* steps;  ///< a line each, see `play`
+    const char* rows;
+};
+
+const Story kStories[] = {
+    {"a voice note, emoji pictures in the name",
+     "name 628111 Ani 🎉\nbehave {\"ornateEntries\": true}\nopen 628111\nkind 628111 voice 0:12",
+     "628111||(voice message 0:12)"},
+    {"the beginning of the next message", "in 628111 Hi\nread\nopen 628111\nin 628111 Hi\nin 628111 Hi, are you there?",
+     "628111||Hi\n628111||Hi\n628111||Hi, are you there?"},
+    {"somebody typed before",
+     "in 628111 old\nread\ntyping 628111\nopen 628111\nin 628111 hello\nin 628111 typing error?",
+     "628111||old\n628111||hello\n628111||typing error?"},
+    {"the first message of an empty chat", "open 628111\nin 628111 first\nin 628111 second",
+     "628111||first\n628111||second"},
+    {"two chats whose marks stay", "behave {\"stickyBadges\": 100}\nin 628111 A\nin 628222 B\nread\nread\nread",
+     "628222||B\n628111||A"},
+    {"a menu's user", "in 628111 1\nread\nin 628111 1\nread\nin 628111 1\nread\nin 628111 1\nread\nin 628111 1",
+     "628111||1\n628111||1\n628111||1\n628111||1\n628111||1"},
+    {"several unread, and a draft in the list", "in 628111 one\nin 628111 two\\nlines\nin 628111 three",
+     "628111||one\n628111||two\nlines\n628111||three"},
+    {"unread when a message is written to them",
+     "name 628111 Ani\nbefore 628111 read on the phone\nin 628111 one\nin 628111 two\nopen 628111",
+     "628111||one\n628111||two"},
+    {"two chats of one title",
+     "name 628111 Ayu\nname 628222 Ayu\nin 628222 old\nread\nopen 628111\nin 628111 mine\nread\nin 628222 other",
+     "628222||old\n628111||mine\n628222||other"},
+    {"a group",
+     "name 120363000000000001 Club\nin 120363000000000001 hello\nread\nopen Club\nkind 120363000000000001 image\nin "
+     "120363000000000001 hello",
+     "Club|Budi|hello\nClub|Budi|(photo)\nClub|Budi|hello"},
+    {"no ids",
+     "behave {\"messageIds\": \"none\"}\nin 628111 marked\nopen 628111\nopen 628222\nread\nin 628111 in the list",
+     "+62 811-1||marked\n+62 811-1||in the list"},
+    {"a person's chat",
+     "in 628111 old\nread\nperson 628111\nin 628111 for the person\nopen 628222\nopen 628111\nin 628111 for the bot",
+     "628111||old\n628111||for the bot"},
+    {"the page is loaded anew", "open 628111\nin 628111 one\nreload\nopen 628111\nin 628111 two",
+     "628111||one\n628111||two"},
+    {"lost with a page that ended", "in 628111 one\nread\nreload\nbefore 628111 in the open chat\nopen 628111",
+     "628111||one\n628111||in the open chat"},
+    {"what is no text",
+     "kind 628111 image\nkind 628111 video see this\nkind 628111 sticker\nkind 628111 document offer.pdf\nkind 628111 "
+     "location Jl. Mawar 7\n"
+     "kind 628111 contact Budi\nkind 628111 poll Lunch?\nkind 628111 call\nin 628111 and a text\nin 628111 "
+     "regretted\ndelete 628111",
+     "628111||(photo)\n628111||(video) see this\n628111||(sticker)\n628111||(document offer.pdf)\n628111||(location "
+     "Jl. Mawar 7)\n"
+     "628111||(contact Budi)\n628111||(poll Lunch?)\n628111||and a text\n628111||(deleted)"},
+};
+
+TEST_F(InboxBrowser, EachMessageIsStoredOnceWhateverTheListShows) {
+    for (const Story& story : kStories) {
+        SCOPED_TRACE(story.what);
+        SetUp();
+        if (HasFatalFailure()) return;
+        for (const QString& step : QString::fromUtf8(story.steps).split(u'\n')) play(step);
+        EXPECT_TRUE(eventually(
+            [&] {
+                ticks(2);
+                return rows() == story.rows;
+            },
+            5'000))
+            << rows();
+        ticks(3);
+        EXPECT_EQ(rows(), story.rows);
+    }
+}
+
+TEST_F(InboxBrowser, MoreUnreadMessagesThanThePageDrawsAreReadByScrollingUp) {
+    std::string expected;
+    for (int i = 1; i <= 150; ++i) {
+        incoming((R"({"number": "628111", "text": "message )" + std::to_string(i) + "\"}").c_str());
+        expected += (i > 1 ? "\n" : "") + ("628111||message " + std::to_string(i));
+    }
+    pageKnows();
+    ASSERT_TRUE(stores(150)) << stored();
+    EXPECT_EQ(rows(), expected);
+    real->settings.InboxRead = u"last"_qs;
+    play(u"in 628111 a"_qs);
+    play(u"in 628111 b"_qs);
+    ASSERT_TRUE(stores(151));
+    ticks(3);
+    EXPECT_EQ(rows(), expected + "\n628111||b");
+    real->settings.InboxRead.clear();
 }
 
 TEST_F(InboxBrowser, BothBotsAreAskedAndDeadOnesCostNothingElse) {

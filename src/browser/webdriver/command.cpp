@@ -59,7 +59,7 @@ class RequestBuilder {
                      {QStringLiteral("height"), c.height}});
     }
     Request operator()(const ExecuteScript& c) const {
-        return post("ExecuteScript", c.async ? "/execute/async" : "/execute/sync",
+        return post("ExecuteScript", "/execute/sync",
                     {{QStringLiteral("script"), c.script}, {QStringLiteral("args"), c.arguments}});
     }
     Request operator()(const FindElement& c) const { return find("FindElement", "/element", c.locator, c.within); }

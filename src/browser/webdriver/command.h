@@ -53,12 +53,10 @@ struct CloseWindow {};
 struct SetWindowRect {
     int x = 0, y = 0, width = 0, height = 0;
 };
-/// The script is a function body; its `arguments` are `arguments`. With `async` the last argument is the callback
-/// that ends it.
+/// The script is a function body; its `arguments` are `arguments`. A promise that it returns is waited for.
 struct ExecuteScript {
     QString script;
     QJsonArray arguments = {};
-    bool async = false;
 };
 /// Without `within` the whole page is searched.
 struct FindElement {
