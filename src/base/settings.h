@@ -31,6 +31,7 @@ struct Settings {
     // Further keys of section kibo: the file need not have them and they are never written at start.
     QString StartAddress;                   ///< page to open; empty: kDefaultStartAddress
     QString ChatAddress;                    ///< click-to-chat address; empty: kDefaultChatAddress
+    QString PageLanguage;                   ///< language that the page is asked for; empty: "en"
     QString MaxFileMB;                      ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
     QString MessageDays;                    ///< how long `kibo_message` keeps what became of a message; empty: 90
