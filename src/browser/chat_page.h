@@ -110,10 +110,10 @@ struct ChatMessage {
 /// A row of the chat list as the page shows it.
 struct ChatEntry {
     QString title;      ///< the chat's name; empty for a row that is no chat (archive, filters, notices)
-    QString badge;      ///< text of the unread mark; empty when there is none
+    QString badge;      ///< the count of unread messages, which is the last line then; empty when there is none
     QStringList lines;  ///< visible text, without blank lines, outer blanks and direction marks
 
-    // Title and badge are read only where the last line begins with a digit, as that of an unread chat does.
+    // Title and badge are read only where the last line is a number, as that of an unread chat is.
 };
 
 /// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.

@@ -461,7 +461,7 @@ void WebPage::end() {
 }
 
 Result<Matches> WebPage::outline(const QString& locator) {
-    const auto answer = call("outline", {page_module::locatorJson(locator), kOutlineMs});
+    const auto answer = call("outline", {page_module::locatorJson(elements_, locator), kOutlineMs});
     if (!answer) return answer.failure();
     const QJsonObject found = answer.value().toObject();
     return Matches{found[QStringLiteral("understood")].toBool(), found[QStringLiteral("count")].toInt(),

@@ -53,10 +53,10 @@ std::optional<IncomingRow> Arrivals::rowOf(const ArrivedMessage& message) const 
 
 /// Whether what a chat's row shows is a message: not that somebody types, nor a text left in the message box.
 bool Arrivals::isMessage(const QString& text) const {
-    const QString draft = p_.elements[QStringLiteral("XXDraft")];
     const QString trimmed = text.trimmed();
     return !trimmed.isEmpty() && trimmed != QStringLiteral(":") &&
-           !isTyping(text, p_.elements[QStringLiteral("XXTyping")]) && (draft.isEmpty() || !text.startsWith(draft));
+           !isTyping(text, p_.elements[QStringLiteral("XXTyping")]) &&
+           !isDraft(text, p_.elements[QStringLiteral("XXDraft")]);
 }
 
 }  // namespace kibo

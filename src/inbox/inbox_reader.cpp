@@ -160,8 +160,8 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     p_.journal.setDoubtful(key, false);
 
     const auto look = awaitChat(chat.title, clicked->before);
-    const QString wanted = p_.elements[QStringLiteral("XXDraft")];
-    if (!wanted.isEmpty() && chat.text.startsWith(wanted)) row.wa_text = textBehindDraft(chat.title, chat.text);
+    if (isDraft(chat.text, p_.elements[QStringLiteral("XXDraft")]))
+        row.wa_text = textBehindDraft(chat.title, chat.text);
     row.wa_no = numberOf(chat, look);
     if (row.wa_text.trimmed() == kNothing) {
         p_.journal.settle(key);

@@ -220,6 +220,19 @@ TEST_F(ElementScreenTest, SaveStoresAllOrNothing) {
     EXPECT_FALSE(screen->isVisible());
 }
 
+TEST_F(ElementScreenTest, AnOlderStoreGetsTodaysRowsButForThoseThatWereEdited) {
+    const QString today = outside("select nama, isi from element order by nama");
+    outside("update element set isi = 'typing' where nama = 'XXTyping'");
+    outside("delete from element where nama = 'XXUseHereText'");
+    store.complete();
+    EXPECT_EQ(outside("select nama, isi from element order by nama"), today);
+    outside("update element set isi = 'mengetik' where nama = 'XXTyping'");
+    outside("update element set isi = '' where nama = 'XXUseHereText'");
+    const QString edited = outside("select nama, isi from element order by nama");
+    store.complete();
+    EXPECT_EQ(outside("select nama, isi from element order by nama"), edited);
+}
+
 TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) {
     open({});
     state.stepRunning = true;

@@ -20,11 +20,8 @@ class RealPage : public test::OnRealGateway<10> {
         const ExecuteScript command{QString::fromUtf8(script)};
         return real->browser.client().send(command).valueOr(u"(failed)"_qs).toString().toStdString();
     }
-    static bool becomes(const QString& name, std::size_t count) {
-        return eventually([&] {
-            const FindElements find{{Using::XPath, real->elements[name]}};
-            return elementsFrom(real->browser.client().send(find).valueOr({})).size() == count;
-        });
+    static bool becomes(const QString& name, int count) {
+        return eventually([&] { return real->page->outline(real->elements[name]).valueOr({}).count == count; });
     }
     /// The locators among `names` that don't find exactly one element.
     static std::string notOnce(const char* names) {

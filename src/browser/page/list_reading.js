@@ -10,8 +10,7 @@ let ticksAt = null;
 const watchChatList = (title) => {
   updateWatch();
   document.title = title;
-  const unread = chatRows().map((row) => ({row: row, lines: linesOf(row)}))
-      .filter(({row, lines}) => endsInCount(lines) && badgeOf(row)).map(({lines}) => lines.join('\n')).join('\n');
+  const unread = chatRows().map(contentOf).filter(({badge}) => badge).map(({lines}) => lines.join('\n')).join('\n');
   // A list that somebody has scrolled doesn't show what is new. He is given some time.
   const scrolledMs = 10000;
   const pane = one('XX_ChatList');
@@ -45,7 +44,7 @@ const readChatList = async (offset, title) => {
   return {
     entries: chatRows().map((row) => {
       const lines = linesOf(row);
-      if (endsInCount(lines)) return {title: titleOf(row), badge: badgeOf(row), lines: lines};
+      if (endsInCount(lines)) return {title: titleOf(row), badge: badgeOf(row, lines), lines: lines};
       return title && lines[0] === title ? {lines: lines} : 0;
     }),
     nextOffset: below < pane.scrollHeight - 1 ? Math.round(Math.max(below - overlap, offset + 1)) : -1,
@@ -64,8 +63,10 @@ const listChats = () => {
 // any of the events of a click.
 const clickRow = (title, badge, lines) => {
   const shown = JSON.stringify(lines);
-  const row = chatRows().find(
-      (row) => JSON.stringify(linesOf(row)) === shown && titleOf(row) === title && badgeOf(row) === badge);
+  const row = chatRows().find((row) => {
+    const lines = linesOf(row);
+    return JSON.stringify(lines) === shown && titleOf(row) === title && badgeOf(row, lines) === badge;
+  });
   const clicked = {found: !!row, before: openChat()};
   if (!row) return clicked;
   beforeClick(title);
