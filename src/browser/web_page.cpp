@@ -369,6 +369,11 @@ std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject glance = answer->toObject();
     ChatListGlance seen{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString(), {}};
+    if (const QJsonValue signs = glance[QStringLiteral("signs")]; signs.isObject()) {
+        const auto number = [&signs](const char* name) { return signs[QLatin1String(name)].toInt(); };
+        seen.signs = {number("filled"), number("titled"),          number("counted"),
+                      number("marked"), number("markedElsewhere"), number("lines")};
+    }
     const QJsonArray ticks = glance[QStringLiteral("ticks")].toArray();
     for (const QJsonValue& one : ticks)
         seen.ticks.append({one[QStringLiteral("title")].toString(), one[QStringLiteral("preview")].toString(),
@@ -390,7 +395,7 @@ std::optional<ChatListLook> WebPage::readChatList(int offset, const QString& tit
     for (const QJsonValue& value : entries) {
         const QJsonObject entry = value.toObject();
         look.entries.append({entry[QStringLiteral("title")].toString(), entry[QStringLiteral("badge")].toString(),
-                             strings(entry[QStringLiteral("lines")])});
+                             strings(entry[QStringLiteral("lines")]), entry[QStringLiteral("marked")].toBool()});
     }
     return look;
 }

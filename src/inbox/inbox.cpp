@@ -42,7 +42,7 @@ Inbox::Inbox(const Needs& n)
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              table, journal, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+              n.gateway.reading, table, journal, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal}),
       chatLister(n.state, n.page) {}
 

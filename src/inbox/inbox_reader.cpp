@@ -51,6 +51,7 @@ bool InboxReader::mayRead() {
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
     if (s.l_disableread.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
+    if (p_.reading.readingIsHeld()) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
     // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
@@ -115,6 +116,7 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
     const QString signature = chat.title + chat.text;
     meetings_ = signature == lastSignature_ ? meetings_ + 1 : 1;
     if (meetings_ % kMostMeetings == 0) {
+        if (meetings_ > kMostMeetings && !entry.marked) p_.reading.staysUnread();
         recover();
         return Then::EndPass;
     }

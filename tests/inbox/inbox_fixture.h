@@ -20,7 +20,7 @@ class Inbox : public Engine {
         journal.reset();
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
-                                          gateway.ticks, table, *journal, grid, handOff});
+                                          gateway.ticks, gateway.reading, table, *journal, grid, handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {

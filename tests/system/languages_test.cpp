@@ -153,5 +153,32 @@ TEST_F(Languages, NoSingleSignIsNeeded) {
     }
 }
 
+/// Messages go out meanwhile, and what came in is read as soon as the locator is right again.
+TEST_F(Languages, AListThatCantBeReadIsToldAndLeftAlone) {
+    begin(R"({"language": "en"})");
+    for (const auto& [name, wrong] :
+         {std::pair(u"XX_EntryTitle"_qs, u".//b"_qs), std::pair(u"XX_ReadMessage"_qs, u"//*[@id='pane-side']"_qs)}) {
+        const QString right = real->elements[name];
+        real->elements.set(name, wrong);
+        for (int i = 0; i < 5; ++i) incoming(("628222222222" + std::to_string(i)).c_str(), R"("text": "unread")");
+        const auto isTold = [&, name = name] {
+            passes(1);
+            return real->state.readingChanged == name;
+        };
+        EXPECT_TRUE(eventually(isTold)) << real->state.readingChanged.toStdString();
+        EXPECT_EQ(rows(), "");
+        real->queue(QLatin1String(kAni), u"hello"_qs);
+        real->runQueue(200);
+        EXPECT_EQ(real->standIn.received().back().text, "hello");
+        real->elements.set(name, right);
+        EXPECT_TRUE(eventually([&] {
+            passes(1);
+            return real->count("select count(*) from inbox") == 5;
+        })) << rows();
+        EXPECT_EQ(real->state.readingChanged, QString());
+        ASSERT_TRUE(real->database.Execute(u"delete from inbox"_qs));
+    }
+}
+
 }  // namespace
 }  // namespace kibo
