@@ -465,6 +465,12 @@ void WebPage::end() {
     browser_.quit();
 }
 
+Result<QString> WebPage::report() {
+    const auto answer = call("report");
+    if (!answer) return answer.failure();
+    return strings(answer.value()[QStringLiteral("lines")]).join(u'\n');
+}
+
 Result<Matches> WebPage::outline(const QString& locator) {
     const auto answer = call("outline", {page_module::locatorJson(elements_, locator), kOutlineMs});
     if (!answer) return answer.failure();

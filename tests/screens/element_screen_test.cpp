@@ -13,6 +13,7 @@
 #include "base/settings_file.h"
 #include "browser/raw_server.h"
 #include "support/answering_dialogs.h"
+#include "support/files.h"
 #include "support/stores.h"
 
 namespace kibo::test {
@@ -54,6 +55,10 @@ class PreparedPage : public PageProbe {
         if (closed) return Failure{FailureKind::ConnectionLost, "no session"};
         if (whileAsked) whileAsked();
         return matches;
+    }
+    Result<QString> report() override {
+        if (closed) return Failure{FailureKind::ConnectionLost, "no session"};
+        return QStringLiteral("body");
     }
     Matches matches;
     bool closed = false;
@@ -243,8 +248,12 @@ TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) 
     page.closed = true;
     for (const char* test : {"test_To", "test_Info1"})
         EXPECT_EQ(boxAfter(test).text, QStringLiteral("Please Connect first to test.."));
+    EXPECT_TRUE(boxAfter("cmd_Report").text.startsWith(QStringLiteral("Please Connect first")));
     EXPECT_FALSE(screen->pageInUse());
     page.closed = false;
+    const QString written = folder.filePath(QStringLiteral("page-report.txt"));
+    EXPECT_TRUE(boxAfter("cmd_Report").text.contains(written));
+    EXPECT_EQ(contentOf(written), "body\n");
 
     const std::pair<Matches, const char*> cases[] = {{{true, 3, 3, {}}, "3 matches"},
                                                      {{true, 1, 0, {}}, "1 match, not visible"},

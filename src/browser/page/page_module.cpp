@@ -10,9 +10,9 @@ namespace {
 using webdriver::ExecuteScript;
 
 // In the order in which they build on each other.
-constexpr const char* kFiles[] = {"finding",      "texts",       "chat_list", "ticks",   "conversation",
-                                  "arrivals",     "watch",       "link",      "boxes",   "files",
-                                  "list_reading", "list_search", "look",      "commands"};
+constexpr const char* kFiles[] = {"finding",      "texts",       "chat_list", "ticks",  "conversation",
+                                  "arrivals",     "watch",       "link",      "boxes",  "files",
+                                  "list_reading", "list_search", "look",      "report", "commands"};
 
 // A function that was never put into this document answers nothing at all, so its absence is told by the script itself.
 const QString kCall =
