@@ -42,6 +42,9 @@ struct Behaviour {
     int reloadAfterOpen = 0;         ///< counter: openings in whose middle the page reloads
 
     // What the page shows
+    std::string language = "en";       ///< of twelve, or "browser": the one that the browser asks for
+    bool testIds = true;               ///< elements bear data-testid
+    bool labels = true;                ///< elements bear labels that nobody sees
     std::string banner;                ///< connection banner; empty: none
     bool emptyBannerSlot = false;      ///< an empty banner element stands there while there is no banner
     bool updateNotice = false;         ///< the banner slot offers "Refresh", which reloads the page

@@ -82,6 +82,7 @@ bool GatewayApplication::start() {
     if (ending()) return false;
     if (!startUp_.openDatabase(database_, settings_)) return false;
     if (!startUp_.openElementStore(elementDatabase_)) return false;
+    elementStore_.complete();
     elements_ = ElementTable([this](const QString& name) { return elementStore_.LoadElement(name); });
     state_.dboff = {!database_.isOpen(), database_.problem()};
     const StoreName store = storeName(database_.address().request);

@@ -55,6 +55,8 @@ const std::vector<SettingEntry>& settingList() {
          "Path of ChromeDriver, or the `http://…` address of one that runs already."},
         {Browser, kKibo, "StartAddress", "StartAddress", Address, "Start page", "`https://web.whatsapp.com/`",
          "The page to open."},
+        {Browser, kKibo, "PageLanguage", "PageLanguage", Text, "Language of the page", "`en`",
+         "The language that the page is asked for, as `id` or `pt-BR`."},
         {Browser, kKibo, "ChatAddress", "ChatAddress", Address, "Chat address", "`https://wa.me/`",
          "Beginning of the addresses that open a chat, the number follows; letters, digits and `:/.-_?=%~` only."},
         {Browser, kKibo, "BrowserMaxMB", "BrowserMaxMB", Number, "Largest browser, MB", "1500",

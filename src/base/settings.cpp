@@ -81,6 +81,7 @@ const Option kOptions[] = {
     OPTION(kKibo, BrowserMaxHours, kNumber),
     OPTION(kKibo, StartAddress, kLongText),
     OPTION(kKibo, ChatAddress, kLongText),
+    OPTION(kKibo, PageLanguage),
     OPTION(kKibo, ChromeDriver, kLongText),
     OPTION(kKibo, ElementServer, kLongText),
 };

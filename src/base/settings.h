@@ -31,6 +31,7 @@ struct Settings {
     // Further keys of section kibo: the file need not have them and they are never written at start.
     QString StartAddress;  ///< page to open; empty: kDefaultStartAddress
     QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
+    QString PageLanguage;  ///< language that the page is asked for; empty: "en"
     QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
     QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24

@@ -119,11 +119,12 @@ struct ChatMessage {
 
 /// A row of the chat list as the page shows it.
 struct ChatEntry {
-    QString title;      ///< the chat's name; empty for a row that is no chat (archive, filters, notices)
-    QString badge;      ///< text of the unread mark; empty when there is none
-    QStringList lines;  ///< visible text, without blank lines, outer blanks and direction marks
+    QString title;       ///< the chat's name; empty for a row that is no chat (archive, filters, notices)
+    QString badge;       ///< the count of unread messages, which is the last line then; empty when there is none
+    QStringList lines;   ///< visible text, without blank lines, outer blanks and direction marks
+    bool marked = true;  ///< the badge is marked as such, not told by its place alone
 
-    // Title and badge are read only where the last line begins with a digit, as that of an unread chat does.
+    // Title and badge are read only where the last line is a number, as that of an unread chat is.
 };
 
 /// The rows of the chat list that exist at one scroll position: the page holds only those near the ones in sight.
@@ -141,11 +142,22 @@ struct ListedChat {
     QString picture;  ///< address of its picture where that names the number; else empty
 };
 
+/// What can be read in the first rows of the chat list, and by which signs they look unread.
+struct ListSigns {
+    int filled = 0;           ///< rows of several lines
+    int titled = 0;           ///< rows with a title
+    int counted = 0;          ///< rows that look unread by their last line
+    int marked = 0;           ///< those of them that bear a mark with this number
+    int markedElsewhere = 0;  ///< rows with a mark that is not their last line
+    int lines = 0;            ///< of the list's whole text, where no row has a title
+};
+
 /// What tells whether the chat list deserves a look.
 struct ChatListGlance {
-    int length = 0;          ///< length of the list's text
-    QString unread;          ///< differs whenever the unread rows do; empty when none is unread
-    QList<EntryTick> ticks;  ///< every few seconds; empty otherwise
+    int length = 0;                       ///< length of the list's text
+    QString unread;                       ///< differs whenever the unread rows do; empty when none is unread
+    QList<EntryTick> ticks;               ///< every few seconds; empty otherwise
+    std::optional<ListSigns> signs = {};  ///< likewise, unless something is searched
 };
 
 /// The page at the moment of a click on a row of the chat list.

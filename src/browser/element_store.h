@@ -20,6 +20,9 @@ class ElementStore {
     bool SaveElement(const QString& name, const QString& locator);
     /// Replaces the rows of all these names, or of none when one can't be written: a crash in between loses no row.
     bool saveAll(const QList<std::pair<QString, QString>>& locators);
+    /// Gives the rows that still are as an earlier program shipped them the values that are shipped today, and adds
+    /// those that it didn't know. What an operator has edited stays.
+    void complete();
 
  private:
     Database& database_;

@@ -53,8 +53,12 @@ constexpr std::array kElements{
     Element{"XX_MessageResults",
             "//*[@id='pane-side']//*[not(*)][normalize-space(.)='Messages'][not(ancestor::*[@role='row'][.//"
             "span[@title]])]"},
+    Element{"XXMessagesText", "Messages"},
+    // The word on the button of XX_Update.
+    Element{"XXUpdateText", "Refresh"},
     // "WhatsApp is open in another window", and pages in place of the application.
     Element{"XX_UseHere", "//*[@role='dialog']//button[contains(.,'Use here') or contains(.,'Use Here')]"},
+    Element{"XXUseHereText", "Use here"},
     Element{"XX_ErrorPage", "#main-frame-error"},
     // Inside a row of the chat list.
     Element{"XX_EntryTitle", ".//span[@title]"},

@@ -32,7 +32,9 @@ class ElementTable {
     /// The value of `name` where there is no row; empty for most.
     static QString builtIn(const QString& name);
 
-    /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath.
+    /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath. Behind a locator
+    /// may stand the name of a text between braces, as in "//button {XXUseHereText}": of what it finds, those count whose
+    /// text is described by that row.
     static bool isXPath(const QString& locator);
 
  private:

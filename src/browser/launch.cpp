@@ -14,6 +14,12 @@ bool isFolderName(const QString& name) {
                         [](QChar c) { return c == u'/' || c == u'\\' || c == u':' || c.unicode() < u' '; });
 }
 
+/// The language that the page is asked for.
+QString pageLanguage(const Settings& settings) {
+    const QString wanted = settings.PageLanguage.trimmed();
+    return wanted.isEmpty() ? QStringLiteral("en") : wanted;
+}
+
 }  // namespace
 
 Result<QString> profileFolder(const QString& programFolder, const QString& name) {
@@ -46,6 +52,7 @@ QStringList launchArguments(const Settings& settings, const QString& profileFold
         arguments << QStringLiteral("--no-sandbox") << QStringLiteral("--disable-gpu");
     }
     if (!isYes(settings.Incognito)) arguments << QStringLiteral("--user-data-dir=") + profileFolder;
+    arguments << QStringLiteral("--lang=") + pageLanguage(settings);
     if (sandbox) {
         arguments.removeAll(QStringLiteral("--no-sandbox"));
         arguments.removeAll(QStringLiteral("--disable-setuid-sandbox"));
@@ -55,7 +62,10 @@ QStringList launchArguments(const Settings& settings, const QString& profileFold
 
 QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder, bool sandbox) {
     QJsonObject options{
-        {QStringLiteral("args"), QJsonArray::fromStringList(launchArguments(settings, profileFolder, sandbox))}};
+        {QStringLiteral("args"), QJsonArray::fromStringList(launchArguments(settings, profileFolder, sandbox))},
+        // A profile that has been used remembers languages of its own, which win over the argument.
+        {QStringLiteral("prefs"), QJsonObject{{QStringLiteral("intl.accept_languages"), pageLanguage(settings)},
+                                              {QStringLiteral("intl.selected_languages"), pageLanguage(settings)}}}};
     // Else ChromeDriver looks for Chrome, then Chromium, where they are usually installed.
     if (isYes(settings.ChromePortable)) options.insert(QStringLiteral("binary"), settings.ChromeBinary);
     return {{QStringLiteral("browserName"), QStringLiteral("chrome")},

@@ -27,6 +27,9 @@ class PageProbe {
     /// Counts what `locator` matches and frames it on the page for two seconds.
     /// Fails with ConnectionLost when no browser session is open.
     virtual Result<Matches> outline(const QString& locator) = 0;
+    /// The open page's structure and how often each locator matches, without any text, name, number or address that the
+    /// page shows. Fails likewise.
+    virtual Result<QString> report() = 0;
 };
 
 }  // namespace kibo

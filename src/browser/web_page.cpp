@@ -390,6 +390,11 @@ std::optional<ChatListGlance> WebPage::watchChatList(const QString& title) {
     if (!answer || !answer->isObject()) return std::nullopt;
     const QJsonObject glance = answer->toObject();
     ChatListGlance seen{glance[QStringLiteral("length")].toInt(), glance[QStringLiteral("unread")].toString(), {}};
+    if (const QJsonValue signs = glance[QStringLiteral("signs")]; signs.isObject()) {
+        const auto number = [&signs](const char* name) { return signs[QLatin1String(name)].toInt(); };
+        seen.signs = {number("filled"), number("titled"),          number("counted"),
+                      number("marked"), number("markedElsewhere"), number("lines")};
+    }
     const QJsonArray ticks = glance[QStringLiteral("ticks")].toArray();
     for (const QJsonValue& one : ticks)
         seen.ticks.append({one[QStringLiteral("title")].toString(), one[QStringLiteral("preview")].toString(),
@@ -411,7 +416,7 @@ std::optional<ChatListLook> WebPage::readChatList(int offset, const QString& tit
     for (const QJsonValue& value : entries) {
         const QJsonObject entry = value.toObject();
         look.entries.append({entry[QStringLiteral("title")].toString(), entry[QStringLiteral("badge")].toString(),
-                             strings(entry[QStringLiteral("lines")])});
+                             strings(entry[QStringLiteral("lines")]), entry[QStringLiteral("marked")].toBool()});
     }
     return look;
 }
@@ -481,8 +486,14 @@ void WebPage::end() {
     browser_.quit();
 }
 
+Result<QString> WebPage::report() {
+    const auto answer = call("report");
+    if (!answer) return answer.failure();
+    return strings(answer.value()[QStringLiteral("lines")]).join(u'\n');
+}
+
 Result<Matches> WebPage::outline(const QString& locator) {
-    const auto answer = call("outline", {page_module::locatorJson(locator), kOutlineMs});
+    const auto answer = call("outline", {page_module::locatorJson(elements_, locator), kOutlineMs});
     if (!answer) return answer.failure();
     const QJsonObject found = answer.value().toObject();
     return Matches{found[QStringLiteral("understood")].toBool(), found[QStringLiteral("count")].toInt(),

@@ -57,6 +57,7 @@ class WebPage : public ChatPage, public PageProbe {
     int closeStrayTabs() override;
     void end() override;
     Result<Matches> outline(const QString& locator) override;
+    Result<QString> report() override;
 
  private:
     Result<QJsonValue> call(const char* name, const QJsonArray& arguments = {});

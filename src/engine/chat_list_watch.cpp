@@ -3,8 +3,8 @@
 namespace kibo {
 
 ChatListWatch::ChatListWatch(GatewayState& state, ChatPage& page, Clock& clock, MessageTicks& ticks,
-                             std::function<void()> BACA_WA)
-    : state_(state), page_(page), clock_(clock), ticks_(ticks), BACA_WA_(std::move(BACA_WA)) {}
+                             ReadingCheck& reading, std::function<void()> BACA_WA)
+    : state_(state), page_(page), clock_(clock), ticks_(ticks), reading_(reading), BACA_WA_(std::move(BACA_WA)) {}
 
 void ChatListWatch::Timer2_Timer() {
     // While a message is being sent the page is not to be touched, and a change noticed now would be forgotten.
@@ -12,6 +12,8 @@ void ChatListWatch::Timer2_Timer() {
     const auto glance = page_.watchChatList(QStringLiteral("[%1]").arg(state_.cb_Profil.text));
     if (!glance) return;
     ticks_.see(glance->ticks);
+    if (glance->signs) reading_.observe(*glance->signs);
+    if (reading_.readingIsHeld()) return;
     // Unread rows count even if the length is known already: what comes in while a chat is left is within the length
     // that was stored then. Those that the last pass has met are not worth another one at once; but a chat that was
     // read and says the same again looks just like one that was not read.

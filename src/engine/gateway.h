@@ -18,6 +18,7 @@
 #include "engine/message_ticks.h"
 #include "engine/outbox_queue.h"
 #include "engine/pacing.h"
+#include "engine/reading_check.h"
 #include "engine/send_journal.h"
 #include "engine/send_recovery.h"
 #include "engine/step_machine.h"
@@ -59,6 +60,7 @@ struct Gateway {
           ticks(n.state, n.settings, n.database, n.clock),
           held(n.state, n.settings, n.database, n.clock),
           locators(n.state, n.clock),
+          reading(n.state, n.clock),
           target(n.state, n.page, n.elements, n.clock, pacing, opener, locators, ticks),
           typer(n.state, n.settings, n.page, n.clock, pacing, n.clipboard),
           files(n.settings, n.fetchMedia, n.releaseMedia),
@@ -72,7 +74,7 @@ struct Gateway {
           login(n.state, n.settings, n.database, n.page, n.clock, n.programFolder),
           machine({n.state, n.settings, n.elements, n.page, n.clock, pacing, opener, queue, locators, files, sender,
                    n.journal, recovery, login, n.random, n.pageInUse, n.takeArrived}),
-          chatListWatch(n.state, n.page, n.clock, ticks, n.BACA_WA),
+          chatListWatch(n.state, n.page, n.clock, ticks, reading, n.BACA_WA),
           waitingReason(n.state, n.settings, n.database, queue, n.clock) {}
     Gateway(const Gateway&) = delete;
     Gateway& operator=(const Gateway&) = delete;
@@ -84,6 +86,7 @@ struct Gateway {
     MessageTicks ticks;
     HeldRows held;
     LocatorCheck locators;
+    ReadingCheck reading;
     ChatTarget target;
     TextTyper typer;
     MessageFiles files;

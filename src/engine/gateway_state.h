@@ -38,6 +38,7 @@ struct GatewayState {
     QString inboxNotice;     ///< what keeps received messages out of the database, in words; empty: nothing
     QString journalProblem;  ///< why the journal can't be written, in words; nothing is sent then
     QString pageChanged;     ///< the locator that matches nothing any more; sending is held while it is set
+    QString readingChanged;  ///< the locator by which the chat list can't be read; reading is held while it is set
     /// So many messages got no second tick one after another, while earlier ones did.
     static constexpr int kUndelivered = 20;
     bool notDelivered = false;

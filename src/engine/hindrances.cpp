@@ -33,6 +33,12 @@ std::vector<Hindrance> hindrances(const GatewayState& s, const Settings& setting
                            "under Elements.")
                 .arg(s.pageChanged),
             Remedy::Elements);
+    if (!s.readingChanged.isEmpty())
+        add(Ends::WhenSomeoneActs,
+            QStringLiteral("Page changed: %1. The chats can't be read any more; unread ones stay unread, and messages "
+                           "are sent all the same. Correct it under Elements.")
+                .arg(s.readingChanged),
+            Remedy::Elements);
     for (const SettingProblem& problem : settings.problems)
         add(Ends::WhenSomeoneActs, sentence(problem.text) + QStringLiteral(" Correct kibo.ini, then start again."),
             Remedy::ProgramFolder);

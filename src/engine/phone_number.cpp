@@ -19,10 +19,11 @@ QString withoutLeadingZeros(QString digits) {
 
 }  // namespace
 
+// Pages in some languages write numbers in the digits of their own script.
 QString digitsIn(const QString& text) {
     QString digits;
     for (const QChar c : text) {
-        if (isAsciiDigit(c)) digits += c;
+        if (c.isDigit()) digits += QChar(u'0' + c.digitValue());
     }
     return digits;
 }
@@ -58,7 +59,7 @@ bool looksLikeNumber(const QString& title) {
                c == QLatin1Char('(') || c == QLatin1Char(')') || c.category() == QChar::Other_Format;
     };
     return digitsIn(title).size() >= kShortestNational &&
-           std::all_of(title.begin(), title.end(), [&](QChar c) { return isAsciiDigit(c) || isFormatting(c); });
+           std::all_of(title.begin(), title.end(), [&](QChar c) { return c.isDigit() || isFormatting(c); });
 }
 
 bool sameSubscriber(const QString& one, const QString& other) {

@@ -13,7 +13,7 @@ QString destinationNumber(const QString& number, const QString& trunkPrefix, con
 /// Digits only, and greater than 0.
 bool isPositiveNumber(const QString& cleaned);
 
-/// The ASCII digits of a text, joined.
+/// The digits of a text, of any script, as ASCII ones, joined.
 QString digitsIn(const QString& text);
 
 /// The number that the address of a contact's picture names between "&u=" and "%40"; empty when it names none.

@@ -186,6 +186,8 @@ bool StepMachine::standsBy() {
 QString StepMachine::nothingToSend() {
     if (p_.locators.sendingIsHeld()) return QStringLiteral("Page changed: ") + p_.state.pageChanged;
     if (p_.pacing.isPaused() || p_.pacing.isBreak()) return pausedWords();
+    if (!p_.state.readingChanged.isEmpty())
+        return QStringLiteral("Page changed: %1, the inbox is not read").arg(p_.state.readingChanged);
     const auto next = p_.queue.nextDue();
     if (!next)
         return p_.queue.refusedCount() > 0 ? QStringLiteral("Trying again in a while") : QStringLiteral("Queue empty");

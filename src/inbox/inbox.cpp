@@ -47,7 +47,7 @@ Inbox::Inbox(const Needs& n)
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+              n.gateway.reading, table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds}),
       chatLister(n.state, n.page),
       page_(n.page) {

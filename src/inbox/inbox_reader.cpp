@@ -17,9 +17,10 @@ const QString kNothing = QStringLiteral(":");
 /// How many messages a mark counts: "7", "1,234"; of "99+" as many as are read at once.
 int countIn(const QString& badge) {
     constexpr int kMostOfAChat = 500;
-    QString digits = badge;
-    digits.removeIf([](QChar c) { return !c.isDigit(); });
-    return badge.endsWith(u'+') ? kMostOfAChat : std::clamp(digits.toInt(), 1, kMostOfAChat);
+    int count = 0;
+    for (const QChar c : badge)
+        if (c.isDigit()) count = std::min(10 * count + c.digitValue(), kMostOfAChat);  // of whatever script
+    return badge.endsWith(u'+') ? kMostOfAChat : std::max(count, 1);
 }
 
 }  // namespace
@@ -59,6 +60,7 @@ bool InboxReader::mayRead() {
     if (p_.BACA_PROFIL) p_.BACA_PROFIL();
     s.l_disableread.visible = isYes(p_.settings.DisableRead);
     if (s.l_disableread.visible || s.standby.visible || s.dboff.visible || s.pageIsTaken() || s.busy) return false;
+    if (p_.reading.readingIsHeld()) return false;
     storeWaiting();
     const auto& waiting = p_.journal.entries();
     // As long as the database takes none, messages are safest as unread ones. Single ones that it refuses wait apart.
@@ -128,6 +130,7 @@ InboxReader::Then InboxReader::readEntry(const ChatEntry& entry) {
         hasIds_ ? nothingNew_.value(chat.title) >= kMostMeetings - 1 : meetings_ % kMostMeetings == 0;
     if (keepsMark) {
         nothingNew_.remove(chat.title);
+        if (meetings_ > kMostMeetings && !entry.marked) p_.reading.staysUnread();
         recover();
         return Then::EndPass;
     }

@@ -13,6 +13,7 @@
 #include "engine/gateway_state.h"
 #include "engine/message_ticks.h"
 #include "engine/pacing.h"
+#include "engine/reading_check.h"
 #include "engine/refused_rows.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
@@ -44,6 +45,7 @@ class InboxReader {
         Pacing& pacing;
         ChatOpener& opener;
         MessageTicks& ticks;
+        ReadingCheck& reading;
         InboxTable& table;
         InboxJournal& journal;
         StoredIds& storedIds;

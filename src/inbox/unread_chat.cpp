@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "browser/element_table.h"
 #include "engine/phone_number.h"
 
 namespace kibo {
@@ -11,11 +12,11 @@ constexpr qsizetype kFewestLines = 4;
 constexpr qsizetype kTypingCharacters = 6;
 const QString kGroupMark = QStringLiteral(":");
 
-/// "7", and of very many "99+" or "1,234".
+/// "7", and of very many "99+" or "1,234"; in the digits of any script.
 bool isCount(const QString& line) {
-    return !line.isEmpty() && line.front().isDigit() && std::all_of(line.begin(), line.end(), [](QChar c) {
-        return c.isDigit() || c == u'+' || c == u',' || c == u'.';
-    });
+    static const QString kBetween = QStringLiteral("+,.\u066b\u066c");
+    return !line.isEmpty() && line.front().isDigit() &&
+           std::all_of(line.begin(), line.end(), [](QChar c) { return c.isDigit() || kBetween.contains(c); });
 }
 
 }  // namespace
@@ -46,7 +47,17 @@ QString senderNumber(const UnreadChat& chat, const QString& headerPicture, const
 }
 
 bool isTyping(const QString& text, const QString& typing) {
+    if (typing.contains(u'|') || typing.contains(u'*')) {
+        QString shown = text;
+        return matchesNotice(typing, shown.replace(QStringLiteral("..."), QStringLiteral("…")));
+    }
     return !typing.isEmpty() && text.left(kTypingCharacters).toUpper() == typing.left(kTypingCharacters).toUpper();
+}
+
+bool isDraft(const QString& text, const QString& draft) {
+    const QStringList beginnings = draft.split(u'|', Qt::SkipEmptyParts);
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&text](const QString& beginning) { return text.startsWith(beginning); });
 }
 
 }  // namespace kibo

@@ -15,8 +15,8 @@ struct UnreadChat {
 };
 
 /// Reads a row: title, time, in a group the member and ":", the text, and last the number of unread messages. Empty
-/// for a row that is no chat or has nothing unread. A row's last line may be a message that is a number itself, so the
-/// unread mark must be there too.
+/// for a row that is no chat or has nothing unread. In a group the last line may be a message that is a number itself;
+/// the page has told such a line from the count.
 std::optional<UnreadChat> unreadChat(const ChatEntry& entry);
 
 /// The same for a row whose messages are read: its last line is the text.
@@ -26,8 +26,12 @@ std::optional<UnreadChat> readChat(ChatEntry entry);
 /// which its messages name it; in a group, and where nothing names it, the chat's title.
 QString senderNumber(const UnreadChat& chat, const QString& headerPicture, const QString& namedNumber);
 
-/// Whether the row shows that somebody types instead of a message. `typing` is the page's word for it, of which the
-/// first six characters count, in any case.
+/// Whether the row shows that somebody types instead of a message. `typing`: the page's texts for it as `matchesNotice`
+/// takes them; of a single one without "*" the first six characters count, in any case.
 bool isTyping(const QString& text, const QString& typing);
+
+/// Whether the row shows a text that was left in the chat's message box. `draft`: what stands before it, several
+/// separated by "|".
+bool isDraft(const QString& text, const QString& draft);
 
 }  // namespace kibo

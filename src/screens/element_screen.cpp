@@ -2,9 +2,11 @@
 
 #include <QCloseEvent>
 #include <QDir>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSaveFile>
 #include <QShortcut>
 
 #include "base/log.h"
@@ -20,6 +22,7 @@ constexpr int kLookPauseMs = 500;
 constexpr int kLooksForNotice = 40;
 
 const QString kTesting = QStringLiteral("Test"), kTested = QStringLiteral("Ready");
+const QString kReport = QStringLiteral("Page report");
 const QString kAccessCode = QStringLiteral("qtrwz");
 
 /// In the order in which the service is asked.
@@ -92,10 +95,13 @@ void ElementScreen::buildButtons(QWidget* row) {
     };
     QPushButton* fetch = add("cmd_Fetch", "&Fetch", "Fill the boxes with the element service's values");
     QPushButton* upload = add("cmd_Upload", "&Upload…", "Give the boxes' values to the element service");
+    QPushButton* report =
+        add("cmd_Report", "Page &report", "Write the open page's structure into a file, without its texts");
     QPushButton* save = add("cmd_Save", "&Save", "Store all boxes");
     QPushButton* close = add("cmd_Close", "&Close", "Close this window");
     connect(fetch, &QPushButton::clicked, this, &ElementScreen::cmd_Fetch_Click);
     connect(upload, &QPushButton::clicked, this, &ElementScreen::cmd_Upload_Click);
+    connect(report, &QPushButton::clicked, this, &ElementScreen::cmd_Report_Click);
     connect(save, &QPushButton::clicked, this, [this] { p_.guarded([this] { cmd_Save_Click(); }); });
     connect(close, &QPushButton::clicked, this, &QWidget::close);
 }
@@ -267,6 +273,30 @@ void ElementScreen::test(const QString& name) {
     } else {
         testLocator(name);
     }
+}
+
+void ElementScreen::cmd_Report_Click() {
+    if (busy() || pageIsBusy()) return;
+    const Result<QString> report = p_.page.report();
+    if (!report && report.failure().kind == FailureKind::ConnectionLost) {
+        inform(kReport, QStringLiteral("Please Connect first, the report is about the open page."));
+        return;
+    }
+    if (!report) {
+        complain(kReport, QString::fromStdString(report.failure().text));
+        return;
+    }
+    const QString path = QFileInfo(p_.settingsFile).dir().filePath(QStringLiteral("page-report.txt"));
+    QSaveFile file(path);
+    const QByteArray content = report.value().toUtf8() + '\n';
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
+        complain(kReport,
+                 QStringLiteral("%1 can't be written: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        return;
+    }
+    log::info("screens", QStringLiteral("page report of %1 bytes written").arg(content.size()));
+    inform(kReport, QStringLiteral("Written to %1\nIt holds no text, name or number of the page.")
+                        .arg(QDir::toNativeSeparators(path)));
 }
 
 bool ElementScreen::pageIsBusy() {

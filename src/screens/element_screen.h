@@ -71,6 +71,7 @@ class ElementScreen : public Screen {
     void cmd_Fetch_Click();
     void cmd_Save_Click();
     void cmd_Upload_Click();
+    void cmd_Report_Click();
     void upload();
     bool serviceIsOff();
     void transfer(Transfer transfer);

@@ -105,7 +105,7 @@ Database::Values InstanceReport::told() {
             failed > 0 ? cut(s.ms2.text(failed, UnsentColumn::Reason)) : QStringLiteral(""),
             ageMs > 0 ? storedTime(browserSince_) : QVariant(),
             megabytes_,
-            cut(s.pageChanged),
+            cut(s.pageChanged.isEmpty() ? s.readingChanged : s.pageChanged),
             s.received.on == now.date() ? s.received.count : 0};
 }
 

@@ -34,6 +34,17 @@ QStringList statementsOf(const QString& script) {
     return statements;
 }
 
+QHash<QString, QString> elementsOf(const QString& script) {
+    static const QRegularExpression kRow(QStringLiteral("^INSERT INTO element VALUES \\('(\\w+)', '(.*)'\\);$"));
+    QHash<QString, QString> elements;
+    const QStringList statements = statementsOf(script);
+    for (const QString& statement : statements) {
+        const auto row = kRow.match(statement.trimmed());
+        if (row.hasMatch()) elements[row.captured(1)] = row.captured(2).replace(QStringLiteral("''"), QChar(u'\''));
+    }
+    return elements;
+}
+
 /// What gives a table the columns that its statement names and that it lacks: those that came later, of which each may
 /// be empty. A column has a line of its own.
 QStringList missingColumns(const QSqlDatabase& connection, const QString& table, const QString& statement) {
@@ -167,6 +178,14 @@ Result<LocalFormat> makeInPlace(const QString& file, StoreContent content) {
 Result<void> makeServerTables(const Settings& settings) {
     return run(QStringLiteral("QODBC"), serverConnection(mainStoreRequest(settings, {})),
                statementsOf(QStringLiteral("mysql.sql")), true);
+}
+
+QHash<QString, QString> shippedElements() {
+    return elementsOf(QStringLiteral("elements.sql"));
+}
+
+QHash<QString, QString> formerElements() {
+    return elementsOf(QStringLiteral("elements_former.sql"));
 }
 
 Result<void> completeLocalStore(const QString& file) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 
 #include "base/settings.h"
@@ -16,6 +17,11 @@ enum class StoreContent { Main, Elements };
 /// when it is complete; one that another process has made meanwhile stays. Only its owner can read it, where the system
 /// has such rights.
 Result<LocalFormat> makeStore(const QString& file, StoreContent content);
+
+/// The page's elements by name: those that a new store gets, and for names that an earlier program shipped otherwise
+/// what that was, empty for a name that it did not know.
+QHash<QString, QString> shippedElements();
+QHash<QString, QString> formerElements();
 
 /// Makes the tables and views that an older program's main store in the SQLite file `file` lacks. Those that are there
 /// stay as they are; so does a file of another kind.

@@ -1,6 +1,7 @@
 import {Composer} from './composer.js';
 import {el} from './dom.js';
 import {icon} from './icons.js';
+import {say, written} from './languages.js';
 import {wait} from './timing.js';
 
 const sorts = [
@@ -77,7 +78,7 @@ export class Attachments {
     #showPreview(files, kind) {
         this.closePreview();
         const box = el('div', {contenteditable: 'true', role: 'textbox', 'data-tab': '11', 'data-lexical-editor': 'true',
-                               'aria-label': 'Add a caption', 'aria-placeholder': 'Add a caption', class: 'box'});
+                               'aria-label': say('caption'), 'aria-placeholder': say('caption'), class: 'box'});
         let sending = false;
         const send = async () => {
             if (sending) return;
@@ -90,12 +91,12 @@ export class Attachments {
         };
         const preview = el('div', {class: 'preview', 'data-testid': 'media-editor'},
             el('div', {class: 'preview-head'},
-                el('button', {type: 'button', 'aria-label': 'Close', onClick: () => this.closePreview()}, icon('x')),
+                el('button', {type: 'button', 'aria-label': say('close'), onClick: () => this.closePreview()}, icon('x')),
                 files.map((file) => file.name).join(', ')),
             el('div', {class: 'preview-body'}, ...files.map(picture)),
             el('div', {class: 'preview-foot'},
                 el('div', {'data-testid': 'media-caption-input-container', class: 'caption'}, box),
-                el('div', {role: 'button', tabindex: '0', 'aria-label': `Send ${files.length} selected`, class: 'send-file',
+                el('div', {role: 'button', tabindex: '0', 'aria-label': say('sendFile', written(files.length)), class: 'send-file',
                            onClick: send}, icon('wds-ic-send-filled'))));
         this.#preview = preview;
         this.#layer.append(preview);

@@ -1,7 +1,8 @@
 import {lastMessage} from './chats.js';
 import {drawn, el} from './dom.js';
 import {icon} from './icons.js';
-import {clockTime, colourOf} from './numbers.js';
+import {clockTime, say, says, written} from './languages.js';
+import {colourOf, isGroup} from './numbers.js';
 import {tickMark} from './ticks.js';
 import {later} from './timing.js';
 
@@ -26,11 +27,11 @@ export class ChatList {
         this.#behaviour = behaviour;
         this.#onChoose = onChoose;
         this.search = el('input', {
-            type: 'text', 'data-tab': '3', role: 'textbox', 'aria-label': 'Search input textbox',
-            placeholder: 'Search or start a new chat', onInput: () => this.#searched(),
+            type: 'text', 'data-tab': '3', role: 'textbox', 'aria-label': say('search'),
+            placeholder: say('search'), onInput: () => this.#searched(),
             onKeydown: (event) => this.#onKey(event),
         });
-        this.#canvas = el('div', {role: 'grid', 'aria-label': 'Chat list', class: 'chat-rows'});
+        this.#canvas = el('div', {role: 'grid', 'aria-label': say('chats'), class: 'chat-rows'});
         this.#pane = el('div', {id: 'pane-side', class: 'pane', onScroll: () => this.refresh()}, this.#extra, this.#canvas);
         this.element = el('div', {id: 'side', class: 'side'},
             el('div', {class: 'search'}, icon('search'), this.search), this.#pane);
@@ -81,7 +82,7 @@ export class ChatList {
                                                        (digits && chat.number.includes(digits)));
         const messages = this.#chats.all.flatMap((chat) => chat.messages
             .filter((message) => message.text?.toLowerCase().includes(wanted)).map((message) => ({chat, message})));
-        if (messages.length > 0) messages.unshift({heading: 'Messages'});
+        if (messages.length > 0) messages.unshift({heading: say('messages')});
         return [...chats.map((chat) => ({chat})), ...messages];
     }
 
@@ -131,14 +132,15 @@ export class ChatList {
 }
 
 function preview(chat, open) {
-    if (chat.typing) return 'typing…';
-    if (chat.draft && !open) return `Draft: ${oneLine(chat.draft)}`;
+    const {member} = lastMessage(chat) ?? {};
+    if (chat.typing) return member && isGroup(chat.number) ? say('memberTyping', member) : say('typing');
+    if (chat.draft && !open) return `${say('draft')} ${oneLine(chat.draft)}`;
     const message = lastMessage(chat);
     if (!message) return '';
     if (message.kind === 'text') return oneLine(message.text);
-    if (message.kind === 'deleted') return 'This message was deleted';
-    const named = {image: 'Photo', video: 'Video', sticker: 'Sticker', voice: '0:12', location: 'Location', call: 'Missed voice call'};
-    return message.caption || named[message.kind] || message.fileName;
+    if (message.kind === 'deleted') return say('deleted');
+    if (message.kind === 'voice') return '0:12';
+    return message.caption || (says(message.kind) ? say(message.kind) : message.fileName);
 }
 
 const oneLine = (text) => text.replace(/\s+/g, ' ').slice(0, 120);
@@ -195,7 +197,7 @@ class Row {
                 entry.muted && icon('muted'),
                 entry.pinned && icon('pinned'),
                 entry.unread > 0 && el('span', {
-                    'aria-label': `${entry.unread} unread message${entry.unread > 1 ? 's' : ''}`,
-                    'data-testid': 'icon-unread-count', class: 'badge'}, String(entry.unread))));
+                    'aria-label': say('unread', written(entry.unread)),
+                    'data-testid': 'icon-unread-count', class: 'badge'}, written(entry.unread))));
     }
 }

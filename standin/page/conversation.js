@@ -1,6 +1,7 @@
 import {Composer} from './composer.js';
 import {el} from './dom.js';
 import {icon} from './icons.js';
+import {say} from './languages.js';
 import {keepPicture, MessageView, newMessageId} from './messages.js';
 import {colourOf, pictureAddress} from './numbers.js';
 import {pending, sent} from './ticks.js';
@@ -108,14 +109,14 @@ export class Conversation {
         const {renameBox} = this.#behaviour();
         const box = el(renameBox ? 'section' : 'div', {
             contenteditable: 'true', role: 'textbox', 'data-tab': '10', 'data-lexical-editor': 'true', spellcheck: 'false',
-            'aria-label': 'Type a message', 'aria-placeholder': 'Type a message', class: 'box'});
+            'aria-label': say('typeMessage'), 'aria-placeholder': say('typeMessage'), class: 'box'});
         this.#view = new MessageView(this.#behaviour());
         this.#parts = {
             header: el('header', {class: 'conversation-header'}),
             action: el('div', {class: 'footer-action'}),
             link: el('div', {class: 'link-preview', hidden: true}),
         };
-        const attach = el('button', {type: 'button', 'aria-label': 'Attach', onClick: () => this.#onAttach(attach)},
+        const attach = el('button', {type: 'button', 'aria-label': say('attach'), onClick: () => this.#onAttach(attach)},
             icon('plus-rounded'));
         this.#main = el('div', {id: 'main', class: 'main'}, this.#parts.header, this.#view.element,
             el('footer', {class: 'footer'}, this.#parts.link,
@@ -152,8 +153,8 @@ export class Conversation {
         if (!this.#parts.action.firstChild || filled !== this.#parts.filled) {
             this.#parts.filled = filled;
             this.#parts.action.replaceChildren(filled
-                ? el('button', {type: 'button', 'aria-label': 'Send', onClick: () => this.#sendText()}, icon('wds-ic-send-filled'))
-                : el('button', {type: 'button', 'aria-label': 'Voice message'}, icon('mic-outlined')));
+                ? el('button', {type: 'button', 'aria-label': say('send'), onClick: () => this.#sendText()}, icon('wds-ic-send-filled'))
+                : el('button', {type: 'button', 'aria-label': say('voice'), class: 'voice'}, icon('mic-outlined')));
         }
         this.#lookForLink();
     }

@@ -1,4 +1,5 @@
 import {el} from './dom.js';
+import {inOwnDigits, say} from './languages.js';
 import {formatNumber} from './numbers.js';
 
 /** The popups over the page: one at a time of each sort. */
@@ -13,7 +14,7 @@ export class Dialogs {
 
     showStarting(onCancel) {
         this.closeStarting();
-        this.#starting = this.#show('starting-popup', 'Starting chat', 'Cancel', () => {
+        this.#starting = this.#show('starting-popup', say('starting'), say('cancel'), () => {
             this.closeStarting();
             onCancel();
         });
@@ -26,9 +27,8 @@ export class Dialogs {
 
     showNotice(number, wording) {
         this.#closeNotice();
-        const text = wording === 'old' ? 'Phone number shared via url is invalid.'
-                                       : `The number ${formatNumber(number)} isn't on WhatsApp.`;
-        this.#notice = this.#show('confirm-popup', text, 'OK', () => this.#closeNotice());
+        const text = wording === 'old' ? say('unknownOld') : say('unknown', inOwnDigits(formatNumber(number)));
+        this.#notice = this.#show('confirm-popup', text, say('ok'), () => this.#closeNotice());
     }
 
     /** Closes the uppermost popup; false when none is open. */

@@ -5,8 +5,9 @@ import {Chats} from './chats.js';
 import {Conversation} from './conversation.js';
 import {Dialogs} from './dialogs.js';
 import {Disturbances} from './disturbances.js';
-import {el} from './dom.js';
+import {bearSigns, el} from './dom.js';
 import {icon} from './icons.js';
+import {say, says, speak} from './languages.js';
 import {LoginPage} from './login.js';
 import {colourOf, isGroup, pictureAddress} from './numbers.js';
 import {Openings} from './openings.js';
@@ -15,6 +16,9 @@ import {later} from './timing.js';
 
 /** Behaviours that show in the open chat. */
 const conversationKeys = ['renameBox', 'pictureNumber', 'messageIds', 'tickStyle', 'ornateEntries'];
+
+/** Behaviours that show everywhere. */
+const wholePageKeys = ['language', 'testIds', 'labels'];
 
 /** The page as a whole: which of its three faces is shown, and how its parts reach each other. */
 class App {
@@ -37,6 +41,8 @@ class App {
     async start() {
         const state = await this.#server.load();
         this.#current = new Behaviour(this.#server, state.behaviour);
+        speak(state.behaviour.language);
+        bearSigns(state.behaviour);
         this.#chats.load(state, state.behaviour.ownTicks);
         this.#build();
         this.#listen();
@@ -64,8 +70,8 @@ class App {
         }});
         this.#layout = el('div', {class: 'layout'}, this.#nav,
             el('div', {class: 'left'},
-                el('header', {class: 'left-header'}, el('h1', {}, 'Chats'),
-                    el('button', {type: 'button', 'aria-label': 'New chat'}, icon('new-chat-outline'))),
+                el('header', {class: 'left-header'}, el('h1', {}, say('chats')),
+                    el('button', {type: 'button', 'aria-label': say('newChat')}, icon('new-chat-outline'))),
                 this.#banner, this.#list.element),
             el('div', {class: 'right'}, this.#conversation.element, this.#attachments.element));
     }
@@ -140,9 +146,9 @@ class App {
             this.#followLogin();
         };
         return el('div', {class: 'dialogs'}, el('div', {role: 'dialog', 'data-testid': 'confirm-popup', class: 'dialog'},
-            el('div', {class: 'dialog-text'}, 'The app is open in another window. Click “Use here” to use it in this window.'),
-            el('div', {class: 'dialog-buttons'}, el('button', {type: 'button'}, 'Close'),
-               el('button', {type: 'button', onClick: useHere}, 'Use here'))));
+            el('div', {class: 'dialog-text'}, say('elsewhere')),
+            el('div', {class: 'dialog-buttons'}, el('button', {type: 'button'}, say('close')),
+               el('button', {type: 'button', onClick: useHere}, say('useHere')))));
     }
 
     #show(phase, ...elements) {
@@ -158,6 +164,10 @@ class App {
     #takeBehaviour(values) {
         const before = this.#current.values;
         this.#current.update(values);
+        if (wholePageKeys.some((key) => values[key] !== before[key])) {
+            location.reload();
+            return;
+        }
         if (values.loggedIn !== before.loggedIn || values.openElsewhere && this.#phase !== 'elsewhere') {
             this.#openings.cancelAll();
             this.#dialogs.closeStarting();
@@ -221,16 +231,16 @@ class App {
         const photo = el('img', {src: pictureAddress(ownNumber, pictureNumber), alt: '', class: 'avatar small'});
         photo.style.background = colourOf(ownNumber);
         this.#nav.replaceChildren(
-            el('button', {type: 'button', 'aria-label': 'Chats', class: 'active'}, icon('chats')),
+            el('button', {type: 'button', 'aria-label': say('chats'), class: 'active'}, icon('chats')),
             el('div', {class: 'nav-gap'}),
             el('button', {type: 'button', 'aria-label': 'Settings'}, icon('settings')),
             el('button', {type: 'button', 'aria-label': 'You', 'data-testid': 'navbar-item-profile-photo'}, photo));
 
-        const text = updateNotice ? 'A new version is here.' : banner;
+        const text = updateNotice ? say('newVersion') : says(banner) ? say(banner) : banner;
         this.#banner.replaceChildren();
         if (!text && !emptyBannerSlot) return;
         this.#banner.append(el('div', {'data-testid': 'chat-butterbar', class: text ? 'banner' : ''}, text,
-            updateNotice && el('button', {type: 'button', onClick: () => this.#refreshPage()}, 'Refresh')));
+            updateNotice && el('button', {type: 'button', onClick: () => this.#refreshPage()}, say('refresh'))));
     }
 
     async #refreshPage() {

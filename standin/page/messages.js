@@ -1,6 +1,7 @@
 import {drawn, el} from './dom.js';
 import {icon} from './icons.js';
-import {chatId, clockTime} from './numbers.js';
+import {clockTime, say} from './languages.js';
+import {chatId} from './numbers.js';
 import {tickMark} from './ticks.js';
 
 /** A long chat shows its newest messages only. */
@@ -80,7 +81,7 @@ export class MessageView {
 }
 
 const textOf = (message) =>
-    ({text: message.text, deleted: 'This message was deleted', call: 'Missed voice call'})[message.kind] ?? message.caption;
+    ({text: message.text, deleted: say('deleted'), call: say('call')})[message.kind] ?? message.caption;
 
 const stamp = (message) =>
     `[${clockTime(message.timeMs)}, ${new Date(message.timeMs).toLocaleDateString('en-US')}] ${message.incoming ? message.member || message.number : 'You'}: `;

@@ -1,3 +1,5 @@
+import {phoneNumber} from './languages.js';
+
 // Country codes by length: those of one and two digits; all others have three.
 const oneDigit = /^[17]/;
 const twoDigits = /^(2[07]|3[0-469]|4[013-9]|5[1-8]|6[0-6]|8[1246]|9[0-58])/;
@@ -7,7 +9,7 @@ export function formatNumber(digits) {
     const code = oneDigit.test(digits) ? 1 : twoDigits.test(digits) ? 2 : 3;
     const rest = digits.slice(code);
     const groups = [rest.slice(0, 3), rest.slice(3, 7), rest.slice(7)].filter((group) => group);
-    return `+${digits.slice(0, code)} ${groups.join('-')}`;
+    return phoneNumber(`+${digits.slice(0, code)} ${groups.join('-')}`);
 }
 
 /** Groups have ids of their own in place of numbers. */
@@ -31,6 +33,3 @@ export function chatId(digits, style) {
     if (style !== 'lid') return `${digits}@c.us`;
     return `${('9' + [...digits].reverse().join('')).padEnd(15, '7').slice(0, 15)}@lid`;
 }
-
-export const clockTime = (ms) =>
-    new Date(ms).toLocaleTimeString('en-GB', {hour: '2-digit', minute: '2-digit'});

@@ -1,4 +1,4 @@
-import {el} from './dom.js';
+import {bears, el} from './dom.js';
 import {icon} from './icons.js';
 
 /** How far a message has got: a clock, one tick, two, two blue ones. */
@@ -22,6 +22,6 @@ const labels = [' Tertunda ', ' Terkirim ', ' Tersampaikan ', ' Dibaca '];
 /** `place`: "msg" or "status", in the chat list. `style`: as in the behaviour tickStyle. */
 export function tickMark(ticks, place, style) {
     const drawn = icon(names[style](place)[ticks], shapes[ticks], style !== 'title');
-    drawn.setAttribute('aria-label', labels[ticks]);
+    if (bears('aria-label')) drawn.setAttribute('aria-label', labels[ticks]);
     return el('span', {class: ticks === read ? 'tick read' : 'tick'}, drawn);
 }

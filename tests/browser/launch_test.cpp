@@ -16,6 +16,7 @@ TEST(Launch, OnlyTheFirstOfTwoOptionsTakesTheSandboxAwayAndOnlyWhereItNeedNotSta
     QStringList kept = arguments();
     kept.removeIf([](const QString& argument) { return argument.endsWith(QStringLiteral("-sandbox")); });
     EXPECT_EQ(arguments(true), kept) << "nothing else changes";
+    EXPECT_EQ(arguments().last(), QStringLiteral("--lang=en"));
 }
 
 TEST(Launch, AProfileStaysInItsFolder) {

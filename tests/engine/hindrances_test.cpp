@@ -17,6 +17,9 @@ TEST(Hindrances, NameCauseAndRemedyWithThoseFirstThatNeedAPerson) {
     const auto found = hindrances(state, settings);
     ASSERT_EQ(found.size(), 3U);
     EXPECT_EQ(found[0].remedy, Hindrance::Remedy::Elements);
+    state.readingChanged = QStringLiteral("XX_EntryTitle");
+    EXPECT_TRUE(hindrances(state, settings)[1].text.startsWith(QStringLiteral("Page changed: XX_EntryTitle.")));
+    state.readingChanged.clear();
     EXPECT_TRUE(found[0].text.contains(state.pageChanged)) << found[0].text.toStdString();
     EXPECT_EQ(found[1].remedy, Hindrance::Remedy::Continue);
     EXPECT_EQ(found[2].ends, Hindrance::Ends::ByItself);

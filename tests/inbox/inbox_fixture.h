@@ -22,7 +22,7 @@ class Inbox : public Engine {
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
         storedIds.emplace([this] { return folder.filePath(u"inbox.ids"_qs); });
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
-                                          gateway.ticks, table, *journal, *storedIds, grid, handOff});
+                                          gateway.ticks, gateway.reading, table, *journal, *storedIds, grid, handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {

@@ -92,6 +92,22 @@ TEST_F(Reader, ChatThatKeepsItsMarkIsStoredThreeTimesThenThePageIsLoadedAnew) {
     EXPECT_EQ(rows("wa_no"), u"Ani\nAni\nAni\nBudi"_qs) << "no fourth copy, and the others are read";
 }
 
+/// A number that counts nothing, in a chat that the page has not marked.
+TEST_F(Reader, NumberThatStaysWithoutAMarkEndsTheReadingUntilItIsGone) {
+    unread(kAni, u"4711"_qs);
+    page.list[0].marked = false;
+    page.stickyBadges = 100;
+    for (int pass = 0; pass < 8; ++pass) reader->BACA_WA();
+    EXPECT_EQ(rows("wa_no"), u"Ani\nAni\nAni"_qs);
+    EXPECT_EQ(state.readingChanged, u"XX_UnreadBadge"_qs);
+    unread(u"Budi"_qs, u"hi"_qs);
+    gateway.reading.observe({.filled = 2, .titled = 2, .counted = 2, .marked = 1});
+    read(u"4711\n4711\n4711"_qs);
+    page.list.removeLast();
+    gateway.reading.observe({.filled = 1, .titled = 1, .counted = 1, .marked = 1});
+    read(u"4711\n4711\n4711\nhi"_qs);
+}
+
 TEST_F(Reader, NothingIsReadWhileSomethingElseGoesOn) {
     unread(kAni, u"hello"_qs);
     const auto reads = [this] {
@@ -127,7 +143,7 @@ TEST_F(Reader, ReadsWhileTheFilesOfAMessageAreFetched) {
     page.openDelay = [](const QString& number) { return number == kDummy ? 1500 : 0; };
     page.previewDelay = 3000;
     tick();
-    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, gateway.reading, [this] { reader->BACA_WA(); });
     fetch = [&](const QString&) -> Result<QString> {
         unread(kAni, u"hello"_qs);
         watch.Timer2_Timer();
@@ -147,7 +163,7 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
     for (int i = 0; i < 13; ++i)
         page.list.append({QString::number(i), QString(), {QString::number(i), u"15:09"_qs, u"old"_qs}});
     page.list[11] = {kAni, u"1"_qs, {kAni, u"Friday"_qs, u"waited"_qs, u"1"_qs}};
-    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, gateway.reading, [this] { reader->BACA_WA(); });
     state.len1.text = QString::number(page.chatListLength);
     watch.Timer2_Timer();
     EXPECT_EQ(rows("wa_text"), u"waited"_qs) << "whatever the length";
@@ -164,7 +180,7 @@ TEST_F(Reader, ListIsReadToItsEndAtTheStartAndUnderUnreadRowsLater) {
 }
 
 TEST_F(Reader, PassGivesWayToMessagesThatWait) {
-    ChatListWatch watch(state, page, clock, gateway.ticks, [this] { reader->BACA_WA(); });
+    ChatListWatch watch(state, page, clock, gateway.ticks, gateway.reading, [this] { reader->BACA_WA(); });
     watch.Timer2_Timer();
     for (int i = 0; i < 20; ++i) unread(QString::number(i), u"hello"_qs);
     queue(u"6281234567890"_qs, u"x"_qs);

@@ -13,6 +13,7 @@
 #include "base/settings_file.h"
 #include "browser/raw_server.h"
 #include "support/answering_dialogs.h"
+#include "support/files.h"
 #include "support/stores.h"
 
 namespace kibo::test {
@@ -54,6 +55,10 @@ class PreparedPage : public PageProbe {
         if (closed) return Failure{FailureKind::ConnectionLost, "no session"};
         if (whileAsked) whileAsked();
         return matches;
+    }
+    Result<QString> report() override {
+        if (closed) return Failure{FailureKind::ConnectionLost, "no session"};
+        return QStringLiteral("body");
     }
     Matches matches;
     bool closed = false;
@@ -220,6 +225,19 @@ TEST_F(ElementScreenTest, SaveStoresAllOrNothing) {
     EXPECT_FALSE(screen->isVisible());
 }
 
+TEST_F(ElementScreenTest, AnOlderStoreGetsTodaysRowsButForThoseThatWereEdited) {
+    const QString today = outside("select nama, isi from element order by nama");
+    outside("update element set isi = 'typing' where nama = 'XXTyping'");
+    outside("delete from element where nama = 'XXUseHereText'");
+    store.complete();
+    EXPECT_EQ(outside("select nama, isi from element order by nama"), today);
+    outside("update element set isi = 'mengetik' where nama = 'XXTyping'");
+    outside("update element set isi = '' where nama = 'XXUseHereText'");
+    const QString edited = outside("select nama, isi from element order by nama");
+    store.complete();
+    EXPECT_EQ(outside("select nama, isi from element order by nama"), edited);
+}
+
 TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) {
     open({});
     state.stepRunning = true;
@@ -230,8 +248,12 @@ TEST_F(ElementScreenTest, TestsTellWhatTheBoxFindsAndLeaveARunningMessageAlone) 
     page.closed = true;
     for (const char* test : {"test_To", "test_Info1"})
         EXPECT_EQ(boxAfter(test).text, QStringLiteral("Please Connect first to test.."));
+    EXPECT_TRUE(boxAfter("cmd_Report").text.startsWith(QStringLiteral("Please Connect first")));
     EXPECT_FALSE(screen->pageInUse());
     page.closed = false;
+    const QString written = folder.filePath(QStringLiteral("page-report.txt"));
+    EXPECT_TRUE(boxAfter("cmd_Report").text.contains(written));
+    EXPECT_EQ(contentOf(written), "body\n");
 
     const std::pair<Matches, const char*> cases[] = {{{true, 3, 3, {}}, "3 matches"},
                                                      {{true, 1, 0, {}}, "1 match, not visible"},

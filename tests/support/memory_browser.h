@@ -65,6 +65,7 @@ class MemoryBrowser final : public ChatBrowser, private ChatPage, private PagePr
     int closeStrayTabs() override { return 0; }
     void end() override { quit(); }
     Result<Matches> outline(const QString&) override { return Matches{}; }
+    Result<QString> report() override { return QString(); }
 
     OpenChat chat() const;
     QList<ChatMessage> messages() const;

@@ -20,11 +20,8 @@ class RealPage : public test::OnRealGateway<10> {
         const ExecuteScript command{QString::fromUtf8(script)};
         return real->browser.client().send(command).valueOr(u"(failed)"_qs).toString().toStdString();
     }
-    static bool becomes(const QString& name, std::size_t count) {
-        return eventually([&] {
-            const FindElements find{{Using::XPath, real->elements[name]}};
-            return elementsFrom(real->browser.client().send(find).valueOr({})).size() == count;
-        });
+    static bool becomes(const QString& name, int count) {
+        return eventually([&] { return real->page->outline(real->elements[name]).valueOr({}).count == count; });
     }
     /// The locators among `names` that don't find exactly one element.
     static std::string notOnce(const char* names) {
@@ -71,6 +68,34 @@ TEST_F(RealPage, WhatRunsInThePageIsHiddenPutBackWhereItLacksAndLeavesNothing) {
     EXPECT_TRUE(real->browser.client().send(page_module::leave()).ok());
     EXPECT_EQ(traces(), "0 0 0");
     EXPECT_EQ(look().newChatControls, 1) << "and back again";
+}
+
+TEST_F(RealPage, ReportHoldsTheStructureAndNothingThatThePageSays) {
+    real->standIn.addContact("628155551234", "Zaenab Secret");
+    real->standIn.addContact("120363000000000001", "Secret Club");
+    for (const char* message : {R"({"number": "628155551234", "text": "a secret 46464646"})",
+                                R"({"number": "120363000000000001", "member": "Budi Secret", "text": "secret"})",
+                                R"({"number": "628777767890", "text": "https://secret.example/46464646"})"})
+        ASSERT_TRUE(real->standIn.act("incoming", message));
+    const QString address = real->settings.ChatAddress + u"628155551234"_qs;
+    ASSERT_TRUE(eventually([] { return real->page->listChats().value_or(QList<ListedChat>()).size() == 3; }));
+    EXPECT_TRUE(real->page->plantLink(address) && real->page->clickLink(address));
+    ASSERT_TRUE(becomes(u"XX_ChatBox"_qs, 1));
+    EXPECT_TRUE(real->page->lookAtChat(true) && real->page->typeText(u"my secret"_qs));
+    run("document.querySelector('#pane-side').insertAdjacentHTML('beforeend', '<div role=\"Secret\" id=\"s46464646\" "
+        "class=\"secret\" data-testid=\"secret 1\" data-icon=\"chat 628155551234\" data-46464646=\"46464646\" "
+        "data-n=\"46464646\" style=\"background: url(/secret)\" onclick=\"secret()\" lang=\"secret\"><img "
+        "alt=\"Secret\" src=\"https://p/secret?u=628155551234\" title=\"Secret\" aria-label=\"Secret 46464646\">"
+        "<input value=\"secret\" placeholder=\"Secret\"><!-- secret 46464646 --><script>\"secret\"</script></div>')");
+    const Result<QString> report = real->page->report();
+    ASSERT_TRUE(report.ok()) << report.failure().text;
+    const QString text = report.value();
+    for (const char* known :
+         {"secret", "zaenab", "budi", "46464646", "628155551234", "55551234", "5555-1234", "767890"})
+        EXPECT_FALSE(text.contains(QLatin1String(known), Qt::CaseInsensitive)) << known << '\n' << text.toStdString();
+    for (const char* part : {"\nXX_ReadMessage 3\n", "\nXX_EntryTitle 3\n", "data-testid=icon-unread-count",
+                             "data-icon=new-chat-outline", "title=text(13)", "\"number(", "alt=text(6) src=address("})
+        EXPECT_TRUE(text.contains(QLatin1String(part))) << part << '\n' << text.toStdString();
 }
 
 TEST_F(RealPage, ChatsInSightAreListedInEitherLayout) {

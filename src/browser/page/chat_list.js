@@ -18,13 +18,23 @@ const chatRows = () => list().rows;
 const chatListLength = () => list().length ??= visibleText(one('XX_ChatList')).length;
 const textOfRow = (row) => list().withEmoji.has(row) ? drawnText(row) : visibleText(row);
 const linesOf = (row) => textOfRow(row).split('\n').map((line) => line.trim()).filter(Boolean);
+// A number in the digits of any script; of very many "99+" or "1,234".
+const isCount = (line) => /^\p{Nd}[\p{Nd}+.,\u066b\u066c]*$/u.test(line);
+const fewestLines = 4;
 // Looking inside a row costs more than reading its text, so only those are looked into that can be unread.
-const endsInCount = (lines) => /^\d/.test(lines[lines.length - 1] || '');
-const badgeOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
+const endsInCount = (lines) => lines.length >= fewestLines && isCount(lines[lines.length - 1]);
+const markOf = (row) => visibleText(one('XX_UnreadBadge', row)).trim();
 const titleOf = (row) => plain(one('XX_EntryTitle', row)?.getAttribute('title') || '').trim();
+// The page counts unread messages in the last of a row's lines, whatever it calls the mark. A number right below a group's
+// colon is a message that was read, unless it is the mark. What has no title is no chat.
+const badgeOf = (row, lines) => {
+  const last = lines[lines.length - 1];
+  if (!endsInCount(lines) || !titleOf(row)) return '';
+  return lines[lines.length - 2] !== ':' || markOf(row) === last ? last : '';
+};
 const contentOf = (row) => {
   const lines = linesOf(row);
-  return {lines: lines, badge: endsInCount(lines) ? badgeOf(row) : ''};
+  return {lines: lines, badge: badgeOf(row, lines)};
 };
 // Without the single messages that a search lists below its chats.
 const listedChats = () => {

@@ -28,19 +28,26 @@ const sendPreview = () => {
   const button = one('XX_SendFileButton');
   if (!button) return false;
   updateWatch();
-  watch.beforeFile = {title: watch.title, ids: new Set(all('XX_MessageRow').map((row) => row.dataset.id))};
+  const rows = all('XX_MessageRow');
+  watch.beforeFile = {title: watch.title, ids: new Set(rows.map((row) => row.dataset.id)), rows: new Set(rows),
+                      own: rows.filter(isOwn).length};
   button.click();
   return true;
 };
-// Ours is an outgoing message below the last one that stood there: older ones may still be loaded above.
+// Ours is an outgoing message below the last one that stood there: older ones may still be loaded above. Where messages
+// have no ids, it is one more than before, drawn since.
+const stoodBefore = (row, before) => row.dataset.id ? before.ids.has(row.dataset.id) : before.rows.has(row);
+const ownBelow = (rows, before) => {
+  const below = rows.slice(rows.findLastIndex((row) => stoodBefore(row, before)) + 1);
+  return below.some(isOwn) && (!!below[0].dataset.id || rows.filter(isOwn).length > before.own);
+};
 const awaitFileSent = async (milliseconds) => {
   const end = performance.now() + milliseconds;
   for (;;) {
     updateWatch();
     const before = watch.beforeFile;
     const rows = all('XX_MessageRow');
-    const last = before ? rows.findLastIndex((row) => before.ids.has(row.dataset.id)) : rows.length;
-    const inChat = !!before && watch.title === before.title && rows.slice(last + 1).some(isOwn);
+    const inChat = !!before && watch.title === before.title && ownBelow(rows, before);
     const previewGone = !one('XX_Caption') && !one('XX_SendFileButton');
     if ((previewGone && inChat) || performance.now() >= end)
       return {previewGone: previewGone, inChat: inChat, chatSerial: watch.serial, lastMessageId: newestId()};

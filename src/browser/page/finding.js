@@ -3,10 +3,16 @@
 let locators = {};
 let found = new Map();
 const misunderstood = [];
-const find = (locator, root = document) => {
-  if (!locator.xpath) return Array.from(root.querySelectorAll(locator.text));
-  const matches = document.evaluate(locator.text, root, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
+const findAll = ({xpath, text}, root) => {
+  if (!xpath) return Array.from(root.querySelectorAll(text));
+  const matches = document.evaluate(text, root, null, XPathResult.ORDERED_NODE_SNAPSHOT_TYPE, null);
   return Array.from({length: matches.snapshotLength}, (_, i) => matches.snapshotItem(i));
+};
+// `words` describes the texts of those that count: what looks alike may be told by its text alone.
+const find = (locator, root = document) => {
+  if (locator.words === undefined) return findAll(locator, root);
+  locator.pattern ??= patternOf(locator.words);
+  return findAll(locator, root).filter((node) => locator.pattern.test(oneLine(visibleText(node))));
 };
 // What `read` gives, read once for each state of the page.
 const once = (name, read) => {

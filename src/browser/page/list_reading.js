@@ -4,14 +4,29 @@ const isSearching = () => {
   const box = searchBox();
   return !!box && (box.value ?? visibleText(box)).trim() !== '';
 };
+// What can be read of the rows at the top, and by which signs they look unread.
+const signsOfList = () => {
+  const rows = chatRows().slice(0, 40).map((row) => {
+    const {lines, badge} = contentOf(row);
+    const mark = markOf(row);
+    return {filled: lines.length > 2, titled: !!titleOf(row), counted: !!badge, marked: !!badge && mark === badge,
+            markedElsewhere: isCount(mark) && mark !== lines[lines.length - 1]};
+  });
+  const count = (sign) => rows.filter((row) => row[sign]).length;
+  const titled = count('titled');
+  return lean({
+    filled: count('filled'), titled: titled, counted: count('counted'), marked: count('marked'),
+    markedElsewhere: count('markedElsewhere'),
+    lines: titled ? 0 : visibleText(one('XX_ChatList')).split('\n').filter((line) => line.trim()).length
+  });
+};
 let scrolledAt = null;
 let ticksAt = null;
 // The length alone would miss a message that makes up for the one before it: "hello" read, then "hey" with its badge.
 const watchChatList = (title) => {
   updateWatch();
   document.title = title;
-  const unread = chatRows().map((row) => ({row: row, lines: linesOf(row)}))
-      .filter(({row, lines}) => endsInCount(lines) && badgeOf(row)).map(({lines}) => lines.join('\n')).join('\n');
+  const unread = chatRows().map(contentOf).filter(({badge}) => badge).map(({lines}) => lines.join('\n')).join('\n');
   // A list that somebody has scrolled doesn't show what is new. He is given some time.
   const scrolledMs = 10000;
   const pane = one('XX_ChatList');
@@ -20,8 +35,10 @@ const watchChatList = (title) => {
   // Ticks of the last messages, where they are ours. Two chats of one name can't be told apart.
   const ticksEveryMs = 3000;
   let ticks = [];
+  let signs = null;
   if (ticksAt === null || performance.now() - ticksAt >= ticksEveryMs) {
     ticksAt = performance.now();
+    if (pane && !isSearching()) signs = signsOfList();
     const titles = chatRows().map(titleOf);
     ticks = chatRows().map((row, i) => ({row: row, title: titles[i], ticks: ticksIn(row)}))
         .filter(({title, ticks}) => ticks !== null && title && titles.indexOf(title) === titles.lastIndexOf(title))
@@ -29,7 +46,7 @@ const watchChatList = (title) => {
   }
   let digest = 0;
   for (let i = 0; i < unread.length; ++i) digest = (digest * 31 + unread.charCodeAt(i)) | 0;
-  return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : '', ticks: ticks};
+  return {length: chatListLength(), unread: unread ? unread.length + ':' + digest : '', ticks: ticks, signs: signs};
 };
 // Of rows that can't be unread, but for those of the chat `title`, only the place is told: a list has hundreds of them.
 const readChatList = async (offset, title) => {
@@ -45,7 +62,7 @@ const readChatList = async (offset, title) => {
   return {
     entries: chatRows().map((row) => {
       const lines = linesOf(row);
-      if (endsInCount(lines)) return {title: titleOf(row), badge: badgeOf(row), lines: lines};
+      if (endsInCount(lines)) return {title: titleOf(row), badge: badgeOf(row, lines), lines: lines, marked: !!markOf(row)};
       return title && lines[0] === title ? {lines: lines} : 0;
     }),
     nextOffset: below < pane.scrollHeight - 1 ? Math.round(Math.max(below - overlap, offset + 1)) : -1,
@@ -64,8 +81,10 @@ const listChats = () => {
 // any of the events of a click.
 const clickRow = (title, badge, lines) => {
   const shown = JSON.stringify(lines);
-  const row = chatRows().find(
-      (row) => JSON.stringify(linesOf(row)) === shown && titleOf(row) === title && badgeOf(row) === badge);
+  const row = chatRows().find((row) => {
+    const lines = linesOf(row);
+    return JSON.stringify(lines) === shown && titleOf(row) === title && badgeOf(row, lines) === badge;
+  });
   const clicked = {found: !!row, before: openChat()};
   if (!row) return clicked;
   beforeClick(title);

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 
 namespace kibo::page_module {
 namespace {
@@ -62,13 +63,20 @@ ExecuteScript handOver(const ElementTable& elements, const QStringList& storedId
     const QStringList names = ElementTable::names();
     for (const QString& name : names) {
         const QString locator = elements[name];
-        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty()) locators[name] = locatorJson(locator);
+        if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty())
+            locators[name] = locatorJson(elements, locator);
     }
     return command(elements, {}, QStringLiteral("locators"), {locators, QJsonArray::fromStringList(storedIds)});
 }
 
-QJsonObject locatorJson(const QString& locator) {
-    return {{QStringLiteral("xpath"), ElementTable::isXPath(locator)}, {QStringLiteral("text"), locator}};
+QJsonObject locatorJson(const ElementTable& elements, const QString& locator) {
+    static const QRegularExpression kWithWords(QStringLiteral("^(.*\\S)\\s*\\{(XX\\w+)\\}\\s*$"),
+                                               QRegularExpression::DotMatchesEverythingOption);
+    const auto match = kWithWords.match(locator);
+    const QString place = match.hasMatch() ? match.captured(1) : locator;
+    QJsonObject json{{QStringLiteral("xpath"), ElementTable::isXPath(place)}, {QStringLiteral("text"), place}};
+    if (match.hasMatch()) json[QStringLiteral("words")] = elements[match.captured(2)];
+    return json;
 }
 
 }  // namespace kibo::page_module

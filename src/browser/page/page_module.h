@@ -30,7 +30,8 @@ webdriver::ExecuteScript handOver(const ElementTable& elements, const QStringLis
 inline constexpr const char* kAbsent = "absent";
 inline constexpr const char* kOtherLocators = "locators";
 
-/// A locator as commands take it: {xpath: bool, text: string}.
-QJsonObject locatorJson(const QString& locator);
+/// A locator as commands take it: {xpath: bool, text: string}, and for one that ends in the name of a text between
+/// braces that text, as "words".
+QJsonObject locatorJson(const ElementTable& elements, const QString& locator);
 
 }  // namespace kibo::page_module

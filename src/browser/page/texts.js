@@ -1,6 +1,12 @@
 // Texts as a person sees them. Direction marks surround names and numbers and say nothing to the reader.
-const plain = (text) => text.replace(/[\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, '').replace(/\u00a0/g, ' ');
+const plain = (text) => text.replace(/[\u061c\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, '').replace(/[\u00a0\u202f]/g, ' ');
 const visibleText = (node) => node ? plain(node.innerText ?? node.textContent ?? '') : '';
+// What the element store says of a text: several, separated by "|", "*" for anything, in any case.
+const patternOf = (described) => {
+  const texts = described.split('|').filter(Boolean)
+      .map((text) => text.split('*').map((part) => part.replace(/[.+?^${}()[\]\\/]/g, '\\$&')).join('.*'));
+  return texts.length ? new RegExp(`^(?:${texts.join('|')})$`, 'isu') : /(?!)/;
+};
 const oneLine = (text) => text.replace(/\s+/g, ' ').trim();
 
 // An emoji may be drawn as a picture, which innerText passes over. So where there are pictures the text is gathered here,

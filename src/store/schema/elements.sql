@@ -1,40 +1,46 @@
 -- Locators and texts of WhatsApp Web as shipped. The page changes often: the element screen edits these rows.
--- Locators hold no double quote, since the element screen stores its values between double quotes.
+-- Locators hold no double quote, since the element screen stores its values between double quotes. One that ends in the
+-- name of a text between braces finds what has such a text.
 
-INSERT INTO element VALUES ('XX_InvalidNumber', '//*[@data-testid=''confirm-popup'' or @role=''dialog''][contains(.,''on WhatsApp'') or contains(.,''url is invalid'')]');
+INSERT INTO element VALUES ('XX_InvalidNumber', '(//*[@data-testid=''confirm-popup'' or @role=''dialog''])[last()]');
 INSERT INTO element VALUES ('XX_NewChat', '//*[@data-icon=''new-chat-outline'' or @data-testid=''new-chat-outline'']');
 INSERT INTO element VALUES ('XX_ChatBox', '//*[@id=''main'']//footer//div[@contenteditable=''true'']');
 INSERT INTO element VALUES ('XX_To', '(//*[@id=''main'']//header//span[@dir=''auto''])[1]');
 INSERT INTO element VALUES ('XX_PP', '//*[@id=''main'']//header//img');
 INSERT INTO element VALUES ('XX_QR', '//div[@data-ref]');
 INSERT INTO element VALUES ('XX_QRReload', '//*[@data-ref]//button');
-INSERT INTO element VALUES ('XX_Info', '//*[@data-testid=''chat-butterbar'']');
+INSERT INTO element VALUES ('XX_Info', '//*[@data-testid=''chat-butterbar''] | //*[@id=''side''][not(//*[@data-testid=''chat-butterbar''])]/preceding-sibling::*[not(self::header)][normalize-space(.)!='''']');
 INSERT INTO element VALUES ('XX_ReadMessage', '//*[@id=''pane-side'']//*[@role=''row'' or @role=''listitem''][not(ancestor::*[@role=''row'' or @role=''listitem''])]');
-INSERT INTO element VALUES ('XX_Update', '//*[@data-testid=''chat-butterbar'']//button[contains(.,''Refresh'')]');
-INSERT INTO element VALUES ('XX_SendFileButton', '(//div[@role=''button''][starts-with(@aria-label,''Send'')][.//*[@data-icon=''wds-ic-send-filled'' or @data-testid=''wds-ic-send-filled'']])[last()]');
+INSERT INTO element VALUES ('XX_Update', '(//*[@data-testid=''chat-butterbar''] | //*[@id=''side'']/preceding-sibling::*)//*[self::button or @role=''button''] {XXUpdateText}');
+INSERT INTO element VALUES ('XX_SendFileButton', '(//*[self::button or @role=''button''][.//*[@data-icon=''wds-ic-send-filled'' or @data-testid=''wds-ic-send-filled'']][not(ancestor::footer[ancestor::*[@id=''main'']])])[last()]');
 INSERT INTO element VALUES ('XX_SendButton', '//*[@id=''main'']//footer//*[@data-icon=''wds-ic-send-filled'' or @data-testid=''wds-ic-send-filled'' or @data-icon=''send'']/ancestor-or-self::*[self::button or @role=''button''][1]');
 
--- Texts searched in the page: several patterns, separated by a bar, with * for any characters.
-INSERT INTO element VALUES ('XXInfo1', 'Phone not connected*|*Trying to reach phone*');
-INSERT INTO element VALUES ('XXInfo2', 'Computer not connected*|*No internet*|Connecting*');
-INSERT INTO element VALUES ('XXInfo3', 'Phone number shared via url is invalid.*|*isn''t on WhatsApp*|*isn’t on WhatsApp*');
-INSERT INTO element VALUES ('XXTyping', 'typing');
-INSERT INTO element VALUES ('XXDraft', 'Draft:');
+-- Texts searched in the page: several patterns, separated by a bar, with * for any characters. The page speaks the
+-- language of its account or browser: English, Indonesian, Malay, Portuguese, Spanish, Hindi, Arabic, Turkish, German,
+-- French, Italian and Russian are here.
+INSERT INTO element VALUES ('XXInfo1', 'Phone not connected*|*Trying to reach phone*|Telepon tidak terhubung*|Ponsel tidak terhubung*|*Mencoba menghubungi telepon*|Telefon tidak disambungkan*|Telefon tidak bersambung*|Telefone não conectado*|Celular não conectado*|Celular desconectado*|Telemóvel não ligado*|Teléfono no conectado*|Teléfono sin conexión*|*Intentando conectar con el teléfono*|फ़ोन कनेक्ट नहीं है*|फ़ोन कनेक्टेड नहीं है*|الهاتف غير متصل*|*محاولة الوصول إلى الهاتف*|Telefon bağlı değil*|Telefon nicht verbunden*|Téléphone non connecté*|Telefono non connesso*|Телефон не подключён*|Телефон не подключен*');
+INSERT INTO element VALUES ('XXInfo2', 'Computer not connected*|*No internet*|Connecting*|Komputer tidak terhubung*|*Tidak ada internet*|Tidak ada koneksi internet*|Menghubungkan*|Komputer tidak disambungkan*|Komputer tidak bersambung*|*Tiada internet*|Tiada sambungan internet*|Menyambung*|Computador não conectado*|Computador sem conexão*|*Sem internet*|Conectando*|Computadora no conectada*|Ordenador no conectado*|Ordenador sin conexión*|*Sin internet*|*Sin conexión a internet*|कंप्यूटर कनेक्ट नहीं है*|कंप्यूटर कनेक्टेड नहीं है*|*इंटरनेट नहीं है*|कनेक्ट हो रहा है*|الكمبيوتر غير متصل*|الحاسوب غير متصل*|*لا يوجد اتصال بالإنترنت*|*لا يوجد إنترنت*|جارٍ الاتصال*|جار الاتصال*|Bilgisayar bağlı değil*|*İnternet yok*|*İnternet bağlantısı yok*|Bağlanıyor*|Computer nicht verbunden*|*Kein Internet*|*Keine Internetverbindung*|Verbinden…*|Verbindung wird hergestellt*|Ordinateur non connecté*|*Pas d’Internet*|*Pas d''Internet*|*Pas de connexion Internet*|*Aucune connexion Internet*|Connexion…*|Connexion en cours*|Computer non connesso*|*Nessuna connessione a Internet*|*Nessuna connessione Internet*|Connessione in corso*|Компьютер не подключён*|Компьютер не подключен*|*Нет подключения к Интернету*|*Нет интернета*|Подключение…*');
+INSERT INTO element VALUES ('XXInfo3', 'Phone number shared via url is invalid.*|*isn''t on WhatsApp*|*isn’t on WhatsApp*|Nomor telepon yang dibagikan via url tidak valid.*|Nomor telepon yang dibagikan melalui url tidak valid.*|*tidak terdaftar di WhatsApp*|*tidak ada di WhatsApp*|Nombor telefon yang dikongsi melalui url tidak sah.*|*tiada di WhatsApp*|*tidak berdaftar di WhatsApp*|O número de telefone compartilhado por url é inválido.*|O número de telefone compartilhado via url é inválido.*|*não está no WhatsApp*|El número de teléfono compartido a través de la dirección URL no es válido.*|El número de teléfono compartido a través de la URL no es válido.*|*no está en WhatsApp*|URL के ज़रिए शेयर किया गया फ़ोन नंबर अमान्य है*|*WhatsApp पर नहीं है*|رقم الهاتف الذي تمت مشاركته عبر الرابط غير صالح*|رقم الهاتف الذي تمت مشاركته عبر عنوان URL غير صالح*|*غير مسجل في واتساب*|*غير مسجَّل في واتساب*|*غير مسجل على واتساب*|*ليس على واتساب*|*ليس لديه حساب واتساب*|*غير مسجل في WhatsApp*|*ليس على WhatsApp*|URL üzerinden paylaşılan telefon numarası geçersiz.*|URL ile paylaşılan telefon numarası geçersiz.*|*WhatsApp''ta değil*|*WhatsApp’ta değil*|*WhatsApp''ta kayıtlı değil*|*WhatsApp’ta kayıtlı değil*|Die per URL geteilte Telefonnummer ist ungültig.*|Die über URL geteilte Telefonnummer ist ungültig.*|*ist nicht auf WhatsApp*|*ist nicht bei WhatsApp*|Le numéro de téléphone partagé via l’URL n’est pas valide.*|Le numéro de téléphone partagé via URL est invalide.*|*n''est pas sur WhatsApp*|*n’est pas sur WhatsApp*|Il numero di telefono condiviso tramite URL non è valido.*|Il numero di telefono condiviso tramite url non è valido.*|*non è su WhatsApp*|Номер телефона, переданный через URL, недействителен*|Номер телефона, отправленный по ссылке, недействителен*|*не зарегистрирован в WhatsApp*|*нет в WhatsApp*');
+INSERT INTO element VALUES ('XXTyping', 'typing*|* is typing…|recording audio…|sedang mengetik…|mengetik…|* sedang mengetik…|merekam audio…|sedang menaip…|menaip…|* sedang menaip…|digitando…|* está digitando…|gravando áudio…|a escrever…|escribiendo…|* está escribiendo…|grabando audio…|टाइप कर रहे हैं…|टाइप कर रहा है…|टाइप कर रही है…|टाइपिंग…|* टाइप कर रहे हैं…|* टाइप कर रहा है…|* टाइप कर रही है…|يكتب…|يكتب الآن…|جارٍ الكتابة…|* يكتب…|* يكتب الآن…|yazıyor…|* yazıyor…|ses kaydediyor…|schreibt…|tippt…|* schreibt…|nimmt Audio auf…|écrit…|en train d’écrire…|en train d''écrire…|* écrit…|* est en train d’écrire…|enregistre un audio…|sta scrivendo…|* sta scrivendo…|sta registrando un audio…|печатает…|* печатает…|записывает аудио…');
+INSERT INTO element VALUES ('XXDraft', 'Draft:|Draf:|Konsep:|Rascunho:|Borrador:|ड्राफ़्ट:|ड्राफ्ट:|مسودة:|مسوَّدة:|Taslak:|Entwurf:|Brouillon :|Brouillon:|Bozza:|Черновик:');
+INSERT INTO element VALUES ('XXUseHereText', 'Use here|Gunakan di sini|Guna di sini|Usar aqui|Usar aquí|यहाँ इस्तेमाल करें|यहां इस्तेमाल करें|यहाँ उपयोग करें|استخدام هنا|الاستخدام هنا|استخدم هنا|Burada kullan|Hier verwenden|Utiliser ici|Usa qui|Использовать здесь');
+INSERT INTO element VALUES ('XXUpdateText', 'Refresh|Update|Segarkan|Muat ulang|Perbarui|Muat semula|Kemas kini|Atualizar|Recarregar|Actualizar|Recargar|रीफ़्रेश करें|रिफ़्रेश करें|अपडेट करें|تحديث|إعادة تحميل|Yenile|Güncelle|Aktualisieren|Neu laden|Actualiser|Rafraîchir|Aggiorna|Ricarica|Обновить');
+INSERT INTO element VALUES ('XXMessagesText', 'Messages|Pesan|Mesej|Mensagens|Mensajes|मैसेज|संदेश|الرسائل|رسائل|Mesajlar|Nachrichten|Messaggi|Сообщения');
 
 -- Further places of the page that the sender and the inbox reader use.
 INSERT INTO element VALUES ('XX_OwnPicture', '//*[@data-testid=''navbar-item-profile-photo'']//img');
 INSERT INTO element VALUES ('XX_ChatList', '//*[@id=''pane-side'']');
 INSERT INTO element VALUES ('XX_Conversation', '//*[@id=''main'']');
 INSERT INTO element VALUES ('XX_HeaderPicture', '//*[@id=''main'']//header//img');
-INSERT INTO element VALUES ('XX_MessageRow', '//*[@id=''main'']//*[@data-id]');
+INSERT INTO element VALUES ('XX_MessageRow', '//*[@id=''main'']//*[@data-id] | //*[@id=''main''][not(.//*[@data-id])]//*[contains(concat('' '', @class, '' ''), '' message-in '') or contains(concat('' '', @class, '' ''), '' message-out '')]');
 INSERT INTO element VALUES ('XX_MessageText', './/span[contains(concat('' '', @class, '' ''), '' selectable-text '')]');
 INSERT INTO element VALUES ('XX_AttachMenu', '//*[@id=''main'']//footer//*[@data-testid=''plus-rounded'' or @data-icon=''plus-rounded'' or @data-icon=''attach-menu-plus'']/ancestor-or-self::*[self::button or @role=''button'' or self::span][1]');
 INSERT INTO element VALUES ('XX_MediaInput', '//input[@type=''file''][contains(@accept,''image/'') and contains(@accept,''video/'')]');
 INSERT INTO element VALUES ('XX_DocumentInput', '//input[@type=''file''][@accept=''*'' or not(@accept)]');
 INSERT INTO element VALUES ('XX_Caption', '//*[@data-testid=''media-caption-input-container'']/descendant-or-self::*[@contenteditable=''true''] | //*[@contenteditable=''true''][@data-tab=''10'' or @data-tab=''11''][not(ancestor::footer)]');
 INSERT INTO element VALUES ('XX_SearchBox', '//*[@id=''side'']//*[self::input or @contenteditable=''true''][@data-tab=''3'']');
-INSERT INTO element VALUES ('XX_MessageResults', '//*[@id=''pane-side'']//*[not(*)][translate(normalize-space(.),''MESAG'',''mesag'')=''messages''][not(ancestor::*[@role=''row'' or @role=''listitem''][.//span[@title]])]');
-INSERT INTO element VALUES ('XX_UseHere', '(//*[@data-testid=''confirm-popup'' or @role=''dialog'']//*[self::button or @role=''button''][contains(.,''Use here'') or contains(.,''Use Here'')])[1]');
+INSERT INTO element VALUES ('XX_MessageResults', '//*[@id=''pane-side'']//*[not(*)][not(ancestor::*[@role=''row'' or @role=''listitem''][.//span[@title]])] {XXMessagesText}');
+INSERT INTO element VALUES ('XX_UseHere', '//*[@data-testid=''confirm-popup'' or @role=''dialog'']//*[self::button or @role=''button''] {XXUseHereText}');
 INSERT INTO element VALUES ('XX_ErrorPage', '//*[@id=''main-frame-error''] | //h1[contains(.,''Server Error'') or contains(.,''Bad Gateway'') or contains(.,''Service Unavailable'') or contains(.,''Gateway Time'') or contains(.,''Not Found'')] | //h1[contains(.,''works with'')][contains(.,''Chrome'')]');
 INSERT INTO element VALUES ('XX_EntryTitle', './/span[@title]');
-INSERT INTO element VALUES ('XX_UnreadBadge', './/*[@data-testid=''icon-unread-count'' or contains(@aria-label,''unread'')]');
+INSERT INTO element VALUES ('XX_UnreadBadge', './/*[@data-testid=''icon-unread-count'' or contains(@aria-label,''unread'')] | .//*[@aria-label][not(*)][normalize-space(.)!=''''][translate(.,''0123456789٠١٢٣٤٥٦٧٨٩۰۱۲۳۴۵۶۷۸۹०१२३४५६७८९.,'','''')='''']');
