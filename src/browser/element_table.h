@@ -33,8 +33,8 @@ class ElementTable {
     static QString builtIn(const QString& name);
 
     /// XPath and CSS are told apart by the first characters: "/", "(", "./" and "../" begin an XPath. Behind a locator
-    /// may stand the name of a text between braces, as in "//button {XXUseHereText}": of what it finds, those count whose
-    /// text is described by that row.
+    /// may stand the name of a text between braces, as in "//button {XXUseHereText}": of what it finds, those count
+    /// whose text is described by that row.
     static bool isXPath(const QString& locator);
 
  private:
