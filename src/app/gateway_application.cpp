@@ -103,11 +103,10 @@ void GatewayApplication::buildEngine() {
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
     timers_ = std::make_unique<TimerRunner>(*edge_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
-    screens_ = std::make_unique<ScreenList>(
-        ScreenParts{elements_, elementStore_, browser_->probe(), state_, settings_, *guardedDialogs_,
-                    startUp_.settingsFile(), [this](const auto& step) { edge_->run(step); }, database_, clock_,
-                    programFolder_, [this] { refreshOutbox(); }, [this] { restartProgram(); },
-                    [this](const auto& ids) { gateway_->unsent.queuedAgain(ids); }});
+    screens_ = std::make_unique<ScreenList>(ScreenParts{
+        elements_, elementStore_, browser_->probe(), state_, settings_, *guardedDialogs_, startUp_.settingsFile(),
+        [this](const auto& step) { edge_->run(step); }, database_, clock_, programFolder_, [this] { refreshOutbox(); },
+        [this] { restartProgram(); }, [this](const auto& ids) { gateway_->unsent.queuedAgain(ids); }});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,

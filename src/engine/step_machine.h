@@ -81,7 +81,7 @@ class StepMachine {
     bool silentTooLong(const PageLook& look);
 
     Parts p_;
-    int attempts_ = 0;                   // to send a message, since the program started
+    int attempts_ = 0;  // to send a message, since the program started
     qint64 tryJournalMs_ = 0;
     std::optional<qint64> refusedAtMs_;  // when the store last took no message
     std::optional<qint64> silentSinceMs_;

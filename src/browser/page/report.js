@@ -3,7 +3,7 @@
 const mostLines = 20000;
 const namingAttributes = ['role', 'data-icon', 'data-testid', 'id', 'type', 'dir', 'contenteditable'];
 const isWord = (text) => /^[a-z]{1,20}(?:-[a-z]{1,20})*$/.test(text);
-const kindOf = (text) => {
+const kindOfText = (text) => {
   const kind = /^[a-z][a-z0-9+.-]*:|^(?:www\.|\/)/i.test(text) ? 'address' : /^[^\p{L}]*\p{Nd}[^\p{L}]*$/u.test(text) ? 'number' : 'text';
   return `${kind}(${text.length})`;
 };
@@ -14,14 +14,14 @@ const attributeIn = ({name, value}) => {
     const words = value.split(/\s+/).filter((word) => word.includes('-') && isWord(word));
     return words.length ? `class=${words.join('.')}` : '';
   }
-  return namingAttributes.includes(name) && isWord(value) ? `${shown}=${value}` : `${shown}=${kindOf(value.trim())}`;
+  return namingAttributes.includes(name) && isWord(value) ? `${shown}=${value}` : `${shown}=${kindOfText(value.trim())}`;
 };
 const skeleton = () => {
   const lines = [];
   const walk = (node, depth) => {
     if (lines.length >= mostLines) return;
     const indent = ' '.repeat(depth);
-    if (node.nodeType === Node.TEXT_NODE && node.data.trim()) lines.push(`${indent}"${kindOf(node.data.trim())}"`);
+    if (node.nodeType === Node.TEXT_NODE && node.data.trim()) lines.push(`${indent}"${kindOfText(node.data.trim())}"`);
     if (node.nodeType !== Node.ELEMENT_NODE || /^(script|style)$/.test(node.localName)) return;
     const attributes = Array.from(node.attributes, attributeIn).filter(Boolean);
     lines.push(indent + [node.localName, ...attributes].join(' '));
