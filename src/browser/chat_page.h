@@ -46,7 +46,7 @@ struct ArrivedMessage {
 
 /// The unread messages of a chat that was opened to read them.
 struct UnreadMessages {
-    bool hasIds = false;             ///< false: the page gives its messages no ids, and nothing is told of them
+    bool hasIds = false;             ///< false: the page gives its messages no ids, and the newest one is told at most
     QList<ArrivedMessage> messages;  ///< oldest first
 };
 

@@ -193,6 +193,9 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     if (unread && unread->hasIds) return storeMessages(key, chat, *unread, began);
 
     if (rows_.showsDraft(chat.text)) row.wa_text = textBehindDraft(chat.title, chat.text);
+    // Opened because the page had ids so far.
+    if (rows_.showsTyping(chat.text) && unread && !unread->messages.isEmpty())
+        row.wa_text = unread->messages.back().text;
     if (look) row.wa_no = rows_.of(chat, look->headerPicture, look->chat.number).wa_no;
     row.unread = 0;
     if (row.wa_text.trimmed() == kNothing) {
@@ -208,21 +211,22 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
 /// What the page shows of the opened chat's unread messages; nothing where it doesn't show that chat.
 std::optional<UnreadMessages> InboxReader::readMessages(const QString& title, int count) {
     constexpr int kLooks = 10;
-    std::optional<UnreadMessages> unread;
+    std::optional<UnreadMessages> unread, withoutIds;
     for (int i = 0; i < kLooks && !p_.clock.waitingStopped(); ++i) {
         auto seen = p_.page.readUnread(title, count);
         // A page that had ids so far draws its messages a moment after the chat's name.
-        if ((!seen || !seen->hasIds) && hasIds_) {
+        if (!seen || !seen->hasIds) {
+            withoutIds = std::move(seen);
+            if (!hasIds_) break;
             p_.pacing.WA_WAIT(kSmallWaitMs);
             continue;
         }
-        if (!seen || !seen->hasIds) break;
         const bool grew = !unread || seen->messages.size() > unread->messages.size();
         unread = std::move(seen);
         if (!grew || unread->messages.size() >= count) break;  // else scrolling up has just begun
     }
     hasIds_ = unread.has_value();
-    return unread;
+    return unread ? unread : withoutIds;
 }
 
 /// The opened chat's messages take the place of its entry in the journal.

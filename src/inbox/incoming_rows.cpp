@@ -43,8 +43,7 @@ bool IncomingRows::showsTyping(const QString& text) const {
 }
 
 bool IncomingRows::showsDraft(const QString& text) const {
-    const QString draft = elements_[QStringLiteral("XXDraft")];
-    return !draft.isEmpty() && text.startsWith(draft);
+    return isDraft(text, elements_[QStringLiteral("XXDraft")]);
 }
 
 }  // namespace kibo

@@ -142,7 +142,7 @@ const takeable = () => {
   return told.filter(isReady).map(({row, at, looks, ...message}) => ({...lean(message), ageMs: Math.round(performance.now() - at)}));
 };
 // The unread messages of the chat in hand, oldest first: `count` of them, none above our own last one, scrolled up to as far
-// as needed. Null while the chat isn't there; without ids nothing is told.
+// as needed. Null while the chat isn't there; without ids the newest one at most.
 const readUnread = async (title, count, milliseconds) => {
   updateWatch();
   if (!watch.node || watch.title !== title) return null;
@@ -150,7 +150,7 @@ const readUnread = async (title, count, milliseconds) => {
   const serial = watch.serial;
   const rows = all('XX_MessageRow');
   const last = rows.length ? idOf(rows[rows.length - 1]) : '';
-  if (!last) return {};
+  if (!last) return {messages: rows.filter(isMessage).slice(-1).map((row) => lean({...said(row), title: title}))};
   if (opening.chat !== (idParts(last).chat || watch.title)) return null;
   const newest = opening.unread.length ? opening.unread[opening.unread.length - 1].id : idOf(rows.findLast(isMessage) || rows[0]);
   for (;;) {
