@@ -9,7 +9,6 @@
 #include <iostream>
 
 #include "app/gateway_application.h"
-#include "base/settings_file.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
 #include "support/mariadb_server.h"
@@ -120,16 +119,7 @@ class Pictures {
             QStringLiteral("insert into kibo_instance (profil, host, process, holds, held_since, beat, status) values "
                            "('1', 'office-pc', "
                            "4711, 1, concat(current_date, ' 07:58'), now() + interval 1 hour, 'Ready')"));
-        const QString ini = home_.filePath(QStringLiteral("kibo.ini"));
-        const Settings store = server.settings(false);
-        for (const auto& [key, value] : {std::pair{"UseMDB", store.UseMDB},
-                                         {"user", store.user},
-                                         {"password", store.password},
-                                         {"MySQL_WithoutDSN", store.MySQL_WithoutDSN},
-                                         {"MySQL_Server", store.MySQL_Server},
-                                         {"MySQL_DB", store.MySQL_DB},
-                                         {"Port", store.Port}})
-            WriteIni(QStringLiteral("DB"), QLatin1String(key), value, ini);
+        test::useStore(home_.filePath(QStringLiteral("kibo.ini")), server.settings(false));
         behave(R"({"renameBox": false})");
         gateway_.reset();
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());

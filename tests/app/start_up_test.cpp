@@ -80,8 +80,8 @@ TEST_F(StartUpTest, asksWhetherToGoOnWithoutADatabase) {
     EXPECT_TRUE(application.start());
     EXPECT_EQ(dialogs.shown.size(), 2U);
     const QWidgetList windows = QApplication::topLevelWidgets();
-    EXPECT_TRUE(std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
-        return window->objectName() == QStringLiteral("frm_Config") && window->isVisible();
+    EXPECT_TRUE(std::any_of(windows.begin(), windows.end(), [](const QWidget* one) {
+        return one->objectName() == QStringLiteral("frm_Config") && one->isVisible();
     })) << "Yes leads to the settings";
     EXPECT_TRUE(application.state().dboff.visible);
     EXPECT_FALSE(QFile::exists(file("kb.mdb"))) << "a missing store is never made up";

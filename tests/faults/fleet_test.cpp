@@ -41,11 +41,13 @@ class Fleet : public ::testing::Test {
     void queueMessages() {
         for (int profile = 1; profile <= kProfiles; ++profile) {
             const QString where = u"select count(*) from multi where tipe = 'O' and profil = '%1'"_qs.arg(profile);
-            for (int waiting = server.run(where).toInt(); waiting < 3; ++waiting)
+            for (int waiting = server.run(where).toInt(); waiting < 3; ++waiting) {
+                ++queued;
                 server.run(u"insert into multi (profil, wa_no, wa_text) values ('%1', '6287700000%2', 'text %3.')"_qs
                                .arg(profile)
                                .arg(queued % 5)
-                               .arg(++queued));
+                               .arg(queued));
+            }
         }
     }
     /// As a service manager does: an instance that starts while the server is away ends by itself.

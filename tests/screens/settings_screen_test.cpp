@@ -56,11 +56,9 @@ TEST_F(SettingsScreenTest, everyControlWritesItsKeyAtOnceAndShowsWhatTheFileHold
         ASSERT_TRUE(control) << entry.key;
         EXPECT_FALSE(control->accessibleName().isEmpty() || control->accessibleDescription().isEmpty()) << entry.key;
         if (auto* box = qobject_cast<QCheckBox*>(control)) {
-            const QString before = field->value();
             for (const char* value : {"Y", "N", "Y"}) {
                 box->setChecked(*value == 'Y');
-                if (field->value() != before || *value == 'N')
-                    EXPECT_EQ(stored(entry.section, written), QLatin1String(value)) << entry.key;
+                EXPECT_EQ(stored(entry.section, written), QLatin1String(value)) << entry.key;
             }
         } else {
             const QString value = u"v %1 \"a\" ü [x];=1"_qs.arg(QLatin1String(entry.key)).left(30);

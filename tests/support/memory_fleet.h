@@ -22,15 +22,7 @@ class MemoryInstance {
     MemoryInstance(const MariaDbServer& server, QString profile, QString account)
         : profile_(std::move(profile)), account_(std::move(account)) {
         createStores(home.path());
-        const Settings store = server.settings(false);
-        for (const auto& [key, value] : {std::pair{"UseMDB", store.UseMDB},
-                                         {"user", store.user},
-                                         {"password", store.password},
-                                         {"MySQL_WithoutDSN", store.MySQL_WithoutDSN},
-                                         {"MySQL_Server", store.MySQL_Server},
-                                         {"MySQL_DB", store.MySQL_DB},
-                                         {"Port", store.Port}})
-            set("DB", key, value);
+        useStore(home.filePath(QStringLiteral("kibo.ini")), server.settings(false));
         for (const auto& [key, value] : {std::pair{"Multi", "Y"}, {"AutoStart", "Y"}, {"Speed", "NORMAL"}})
             set("kibo", key, QLatin1String(value));
     }

@@ -40,15 +40,7 @@ class RunningProgram {
         WriteIni(QLatin1String(section), QLatin1String(key), value, home.filePath(QStringLiteral("kibo.ini")));
     }
     /// Makes `store` the main store.
-    void use(const Settings& store) {
-        set("DB", "UseMDB", store.UseMDB);
-        set("DB", "user", store.user);
-        set("DB", "password", store.password);
-        set("DB", "MySQL_WithoutDSN", store.MySQL_WithoutDSN);
-        set("DB", "MySQL_Server", store.MySQL_Server);
-        set("DB", "MySQL_DB", store.MySQL_DB);
-        set("DB", "Port", store.Port);
-    }
+    void use(const Settings& store) { useStore(home.filePath(QStringLiteral("kibo.ini")), store); }
     /// `variables` are added to the environment, which names no display.
     bool start(const QProcessEnvironment& variables = {}) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -4,6 +4,9 @@
 #include <QStringList>
 #include <stdexcept>
 
+#include "base/settings.h"
+#include "base/settings_file.h"
+
 namespace kibo::test {
 
 /// Runs a program to its end with `input` and gives its output; throws std::runtime_error when it fails.
@@ -28,6 +31,18 @@ inline QString sqlite(const QString& file, const QString& sql) {
                     {QStringLiteral("-bail"), QStringLiteral("-tabs"), QStringLiteral("-cmd"),
                      QStringLiteral(".timeout 5000"), file},
                     sql);
+}
+
+/// Makes `store` the main store of the program folder with this settings file.
+inline void useStore(const QString& settingsFile, const Settings& store) {
+    for (const auto& [key, value] : {std::pair{"UseMDB", store.UseMDB},
+                                     {"user", store.user},
+                                     {"password", store.password},
+                                     {"MySQL_WithoutDSN", store.MySQL_WithoutDSN},
+                                     {"MySQL_Server", store.MySQL_Server},
+                                     {"MySQL_DB", store.MySQL_DB},
+                                     {"Port", store.Port}})
+        WriteIni(QStringLiteral("DB"), QLatin1String(key), value, settingsFile);
 }
 
 }  // namespace kibo::test
