@@ -111,8 +111,10 @@ bool MessageRecords::ended(const QString& id, const End& end) {
     if (!areKept()) return !owed_.contains(id);
     const Result<void> completed = complete(id, end);
     if (!completed && completed.failure().kind == FailureKind::ConnectionLost) return false;
-    const bool givenUp = !completed && ++owed_[id] >= kMostTries;
     if (!completed) leaveOff(completed.failure());
+    // Nothing is owed to what goes on: the next attempt has a row of its own.
+    if (!completed && QLatin1String(end.result) == QLatin1String(kPutBack)) return true;
+    const bool givenUp = !completed && ++owed_[id] >= kMostTries;
     if (givenUp)
         log::warning("engine", QStringLiteral("what became of message %1 stays unknown in kibo_message").arg(id));
     if (!completed && !givenUp) return false;

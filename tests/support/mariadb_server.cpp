@@ -46,7 +46,7 @@ MariaDbServer& MariaDbServer::shared() {
 MariaDbServer::MariaDbServer() : port_(freePort()) {
     const QString data = QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data"));
     outputOf(QStringLiteral("mariadb-install-db"),
-             QStringList{QStringLiteral("--no-defaults"), data, QStringLiteral("--skip-test-db"),
+             QStringList{QStringLiteral("--no-defaults"), data, temporary(), QStringLiteral("--skip-test-db"),
                          QStringLiteral("--auth-root-authentication-method=normal")} +
                  asThisUser());
     start();
@@ -77,7 +77,7 @@ void MariaDbServer::start() {
     server_.start(QStringLiteral("setpriv"),
                   arguments.arg(port_).split(u' ') +
                       QStringList{QStringLiteral("--datadir=") + folder_.filePath(QStringLiteral("data")),
-                                  QStringLiteral("--socket=") + socket()} +
+                                  QStringLiteral("--socket=") + socket(), temporary()} +
                       asThisUser());
     for (const QDeadlineTimer limit(60'000); !limit.hasExpired() && server_.state() != QProcess::NotRunning;) {
         QProcess ping;

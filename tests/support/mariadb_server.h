@@ -39,6 +39,8 @@ class MariaDbServer {
     static QString password();
 
  private:
+    /// A server that starts removes the temporary tables of others from a folder that it shares with them.
+    QString temporary() const { return QStringLiteral("--tmpdir=") + folder_.path(); }
     QString socket() const { return folder_.filePath(QStringLiteral("s")); }
     /// How client programs reach the server.
     QStringList client() const {
