@@ -99,7 +99,8 @@ void SettingField::read() {
 
 void SettingField::show(const QString& value) {
     const QSignalBlocker quiet(box_ ? static_cast<QObject*>(box_) : list_ ? static_cast<QObject*>(list_) : edit_);
-    if (box_) box_->setChecked(value == kYes);
+    const bool preset = QLatin1String(entry_.fallback) == QLatin1String("on");
+    if (box_) box_->setChecked(value.isEmpty() ? preset : value == kYes);
     if (list_) list_->setCurrentText(value);
     if (edit_ && edit_->text() != value) edit_->setText(value);
     judge();
