@@ -105,13 +105,15 @@ void compare(Table& table, const char* store, LoadedQueue& queue, const QString&
     const SideBySide times = sideBySide(kSamples, refresh, [&] { runQuietly(program, arguments); });
     const QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("client"));
+    QString copied;
     const SideBySide copy = sideBySide(
         kCopySamples,
         [&] {
             refresh();
-            require(queue.copied().count(u'\n') == kRows, "not all rows are copied");
+            copied = queue.copied();
         },
         [&] { runInto(file, program, arguments); });
+    require(copied.count(u'\n') == kRows, "not all rows are copied");
     const std::string name = std::string("queue of 100,000 rows, ") + store;
     table.add({name + ": refresh", "ms", times.measured, times.reference, kTimeTarget, kSamples});
     table.add({name + ": growth at its peak", "MB", growth, kGrowthLimitMb, 1, 1});

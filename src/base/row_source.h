@@ -18,6 +18,13 @@ class RowSource {
     virtual int rowCount() const = 0;
     /// Empty for a NULL, and for a row that can no longer be read.
     virtual QString text(int row, int column) const = 0;
+    /// The first `columns` cells of a row, for those who take all of them; at least as many, where it has them.
+    virtual QStringList cells(int row, int columns) const {
+        QStringList cells;
+        cells.reserve(columns);
+        for (int column = 0; column < columns; ++column) cells.append(text(row, column));
+        return cells;
+    }
     /// Whether rows can't be read any more that could be before: what shows them has to get new ones.
     virtual bool hasEnded() const { return false; }
 };

@@ -6,10 +6,15 @@
 namespace kibo {
 
 void appendTableLine(QString& table, const RowSource& rows, int columns, int row) {
+    const QStringList cells = rows.cells(row, columns);
     for (int column = 0; column < columns; ++column) {
         if (column > 0) table += u'\t';
-        const QString text = rows.text(row, column);
-        const auto needsQuotes = [](QChar c) { return c == u'\t' || c == u'"' || c == u'\n' || c == u'\r'; };
+        if (column >= cells.size()) continue;
+        const QString& text = cells[column];
+        // All of them stand below the letters, so that most characters cost one comparison.
+        const auto needsQuotes = [](QChar c) {
+            return c <= u'"' && (c == u'"' || c == u'\t' || c == u'\n' || c == u'\r');
+        };
         if (std::none_of(text.begin(), text.end(), needsQuotes)) {
             table += text;
         } else {

@@ -115,6 +115,12 @@ class QueueRows : public RowSource {
         QString text = rows_->text(row, column);
         return column == OutboxQueue::Text ? text.replace(QLatin1Char('\t'), QLatin1Char(' ')) : text;
     }
+    QStringList cells(int row, int columns) const override {
+        QStringList cells = rows_->cells(row, columns);
+        if (cells.value(OutboxQueue::Text).contains(QLatin1Char('\t')))
+            cells[OutboxQueue::Text].replace(QLatin1Char('\t'), QLatin1Char(' '));
+        return cells;
+    }
     bool hasEnded() const override { return rows_->hasEnded(); }
 
  private:

@@ -100,11 +100,11 @@ SnapshotRows::Page SnapshotRows::read(int number) const {
     return page;
 }
 
-QString SnapshotRows::text(int row, int column) const {
+QStringList SnapshotRows::cells(int row, int) const {
     if (name_.isEmpty() || row < 0 || row >= rowCount_) return {};
     const Page& rows = page(row / static_cast<int>(kPageRows));
     const auto at = static_cast<size_t>(row) % kPageRows;
-    return at < rows.size() ? rows[at].value(column) : QString();
+    return at < rows.size() ? rows[at] : QStringList();
 }
 
 }  // namespace kibo

@@ -62,7 +62,8 @@ class SnapshotRows : public QueryRows {
 
     const QSqlError& error() const { return error_; }
     int rowCount() const override { return rowCount_; }
-    QString text(int row, int column) const override;
+    QString text(int row, int column) const override { return cells(row, 0).value(column); }
+    QStringList cells(int row, int columns) const override;
     void detach() override;
     bool hasEnded() const override { return name_.isEmpty(); }
 

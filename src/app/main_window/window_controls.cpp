@@ -113,6 +113,9 @@ class OutboxRows : public RowSource {
         const QString text = held_->text(behind, column);
         return column == OutboxQueue::Mode && !text.isEmpty() ? kHeld : text;
     }
+    QStringList cells(int row, int columns) const override {
+        return row < waiting_->rowCount() ? waiting_->cells(row, columns) : RowSource::cells(row, columns);
+    }
     bool hasEnded() const override { return waiting_->hasEnded() || held_->hasEnded(); }
 
  private:
