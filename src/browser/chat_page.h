@@ -17,6 +17,9 @@ struct OpenChat {
     QString title;          ///< the contact's name, or the number as the page formats it
     QString number;         ///< digits that the open chat's own messages or picture name; empty when nothing names them
     QString lastMessageId;  ///< of the newest message; empty when the chat shows none, or none with an id
+    /// Some of its messages wait to be taken, see `PageLook::arrived`; the newest one above them, if there is any.
+    bool untaken = false;
+    QString takenId;
     /// Titles of the newest conversations that came up, this one included, oldest first.
     QStringList titles;
     /// How often the planted link was clicked since the page was loaded, and the newest addresses, oldest first.
@@ -42,6 +45,19 @@ struct ArrivedMessage {
     /// On a page without ids, for one whose mark the opening of its chat took away: the chat's row as it was before.
     QStringList lines;
     QString badge;
+};
+
+/// A chat that was open on a page which has gone.
+struct LostChat {
+    QString title;
+    QString takenId;        ///< what stands below this message came in since; empty: what came in since it was opened
+    qint64 openedAtMs = 0;  ///< since 1970
+};
+
+/// What was known before the page was loaded.
+struct KnownMessages {
+    QStringList storedIds;   ///< of the messages that were stored last, oldest first
+    QList<LostChat> opened;  ///< where something may have come in that nobody was told of
 };
 
 /// The unread messages of a chat that was opened to read them.
@@ -254,9 +270,9 @@ class ChatPage {
 
     /// The page need not keep these messages any more.
     virtual bool forgetArrived(const QStringList& keys) = 0;
-    /// Gives the ids of the messages that were stored last. Each time the page is loaded it learns them, and what
-    /// stands below them in an opened chat is new. Empty: there are none.
-    virtual void goBy(std::function<QStringList()> storedIds) = 0;
+    /// Each time the page is loaded it learns what `known` gives, and what stands below that in an opened chat is new.
+    /// May be empty.
+    virtual void goBy(std::function<KnownMessages()> known) = 0;
 
     /// Pastes `text` into `box` by an event, provided that the conversation is still `chatSerial`, and waits, at most
     /// `milliseconds`, until it stands there.

@@ -126,7 +126,7 @@ Result<QJsonValue> WebPage::call(const char* name, const QJsonArray& arguments) 
         Result<QJsonValue> prepared =
             missing == QLatin1String(page_module::kAbsent)
                 ? browser_.client().send(ExecuteScript{page_module::script()})
-                : browser_.client().send(page_module::handOver(elements_, storedIds_ ? storedIds_() : QStringList()));
+                : browser_.client().send(page_module::handOver(elements_, known_ ? known_() : KnownMessages()));
         if (!prepared) return prepared;
     }
 }
@@ -145,6 +145,8 @@ OpenChat WebPage::openChat(const QJsonValue& chat) {
     shown.title = chat[QStringLiteral("title")].toString();
     shown.number = chat[QStringLiteral("number")].toString();
     shown.lastMessageId = chat[QStringLiteral("lastMessageId")].toString();
+    shown.untaken = chat[QStringLiteral("untaken")].toBool();
+    shown.takenId = chat[QStringLiteral("takenId")].toString();
     shown.clicks = chat[QStringLiteral("clicks")].toInt();
     shown.personClicks = chat[QStringLiteral("personClicks")].toInt();
     joinNewest(titles_, heard_.serial, strings(chat[QStringLiteral("titles")]), shown.serial);

@@ -26,7 +26,7 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<QList<ChatMessage>> lastMessages() override;
     std::optional<UnreadMessages> readUnread(const QString& title, int count) override;
     bool forgetArrived(const QStringList& keys) override;
-    void goBy(std::function<QStringList()> storedIds) override { storedIds_ = std::move(storedIds); }
+    void goBy(std::function<KnownMessages()> known) override { known_ = std::move(known); }
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString& text) override;
     bool typeKeys(const QString& text) override;
@@ -68,7 +68,7 @@ class WebPage : public ChatPage, public PageProbe {
     Browser& browser_;
     const ElementTable& elements_;
     const ErrorPolicy& policy_;
-    std::function<QStringList()> storedIds_;
+    std::function<KnownMessages()> known_;
     page_module::Heard heard_;
     QStringList titles_, clicked_;  // the newest of those that were heard
     QStringList reported_;          // locators that the browser does not understand

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "base/clock.h"
 #include "base/settings.h"
@@ -54,7 +55,10 @@ class ChatOpener {
     void observe(const OpenChat& chat, const QString& linkText) {
         ledger_.observe(chat, clock_.monotonicMs());
         linkText_ = linkText;
+        if (onSeen_) onSeen_(chat);
     }
+    /// Passes each of these on. May be empty.
+    void tell(std::function<void(const OpenChat&)> onSeen) { onSeen_ = std::move(onSeen); }
     /// The chat with this title was clicked in the chat list.
     void clickedName(const QString& title, const OpenChat& before) {
         ledger_.clickedName(title, before, clock_.monotonicMs());
@@ -98,6 +102,7 @@ class ChatOpener {
     Pacing& pacing_;
     OpenLedger ledger_;
     QString openedDummy_;
+    std::function<void(const OpenChat&)> onSeen_;
     QString linkText_;  // of the link as far as it is known; empty: there is none
 };
 

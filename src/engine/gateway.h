@@ -43,7 +43,8 @@ struct Gateway {
         RandomSource random;
         std::function<void()> BACA_WA = {};    ///< reads the inbox; may be empty
         std::function<bool()> pageInUse = {};  ///< whether another screen drives the page; may be empty
-        /// Takes messages that came in while their chat was open; may be empty.
+        /// Takes messages that came in while their chat was open, those of each tick, also if there are none; may be
+        /// empty.
         std::function<void(const QList<ArrivedMessage>&)> takeArrived = {};
         FetchMedia fetchMedia = {};      ///< fetches files given by address; may be empty
         ReleaseMedia releaseMedia = {};  ///< lets go of them; may be empty

@@ -43,7 +43,7 @@ void StepMachine::Timer_KIBO_Timer() {
         browserHasGone();
     }
     p_.opener.observe(look.chat, look.linkText);
-    if (!look.arrived.isEmpty() && p_.takeArrived) p_.takeArrived(look.arrived);
+    if (look.presence == PageLook::Presence::Here && p_.takeArrived) p_.takeArrived(look.arrived);
     s.newChatCount = look.newChatControls;
     s.pageNotice = look.hasUpdate ? QStringLiteral("WhatsApp offers an update: press Refresh on its page") : QString();
     const bool chatsShown = look.newChatControls > 0 && look.useHereButtons == 0;

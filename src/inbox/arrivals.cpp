@@ -5,10 +5,15 @@
 namespace kibo {
 
 void Arrivals::take(const QList<ArrivedMessage>& arrived) {
+    if (arrived.isEmpty()) {
+        taken_.clear();
+        p_.opened.allTaken();
+        return;
+    }
     QStringList done;
     const bool disabled = isYes(p_.settings.DisableRead);
     // What was stored must be known before anything counts as new.
-    if (!arrived.isEmpty() && !disabled && !(p_.storedIds.open() && p_.journal.open())) return;
+    if (!disabled && !(p_.storedIds.open() && p_.journal.open())) return;
     for (const ArrivedMessage& message : arrived) {
         const bool known = taken_.contains(message.key) || p_.storedIds.contains(message.messageId) ||
                            p_.journal.holds(message.messageId);
@@ -22,6 +27,7 @@ void Arrivals::take(const QList<ArrivedMessage>& arrived) {
         done.append(message.key);
     }
     taken_ = {done.begin(), done.end()};
+    if (done.size() == arrived.size()) p_.opened.allTaken();
     if (!done.isEmpty()) p_.page.forgetArrived(done);
 }
 

@@ -6,6 +6,7 @@
 #include "browser/chat_page.h"
 #include "inbox/inbox_journal.h"
 #include "inbox/incoming_rows.h"
+#include "inbox/opened_chats.h"
 #include "inbox/stored_ids.h"
 
 namespace kibo {
@@ -24,6 +25,7 @@ class Arrivals {
         Clock& clock;
         InboxJournal& journal;
         StoredIds& storedIds;
+        OpenedChats& opened;
     };
     explicit Arrivals(Parts parts) : p_(parts), rows_(p_.state, p_.settings, p_.elements, p_.clock) {}
 

@@ -40,6 +40,7 @@ Inbox::Inbox(const Needs& n)
     : table(n.database),
       journal([n] { return fileOfProfile(n, "journal"); }),
       storedIds([n] { return fileOfProfile(n, "ids"); }),
+      opened([n] { return fileOfProfile(n, "opened"); }, n.clock),
       grid(n.state, n.settings, n.database, n.clock),
       botBrowser(n.programFolder, n.settings, n.clock),
       handOff(n.settings, n.database,
@@ -47,18 +48,23 @@ Inbox::Inbox(const Needs& n)
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              n.gateway.reading, table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
-      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds}),
+              n.gateway.reading, table, journal, storedIds, opened, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+      arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds, opened}),
       chatLister(n.state, n.page),
-      page_(n.page) {
-    page_.goBy([this] {
+      page_(n.page),
+      opener_(n.gateway.opener) {
+    page_.goBy([this, &state = n.state] {
         (void)storedIds.open();  // whoever reads the inbox tells why not
-        return storedIds.newest(kIdsForThePage);
+        KnownMessages known{storedIds.newest(kIdsForThePage), opened.pageIsNew()};
+        if (!known.opened.isEmpty()) state.readAgain = true;
+        return known;
     });
+    opener_.tell([this](const OpenChat& chat) { opened.see(chat); });
 }
 
 Inbox::~Inbox() {
     page_.goBy({});
+    opener_.tell({});
 }
 
 }  // namespace kibo

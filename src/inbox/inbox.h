@@ -15,6 +15,7 @@
 #include "inbox/inbox_journal.h"
 #include "inbox/inbox_reader.h"
 #include "inbox/inbox_table.h"
+#include "inbox/opened_chats.h"
 #include "inbox/reply_hand_off.h"
 #include "store/database.h"
 
@@ -45,6 +46,7 @@ struct Inbox {
     InboxTable table;
     InboxJournal journal;
     StoredIds storedIds;
+    OpenedChats opened;
     InboxGrid grid;
     BotBrowser botBrowser;
     ReplyHandOff handOff;
@@ -54,6 +56,7 @@ struct Inbox {
 
  private:
     ChatPage& page_;
+    ChatOpener& opener_;
 };
 
 }  // namespace kibo

@@ -45,6 +45,7 @@ void InboxReader::BACA_WA() {
     } const pass(s);
     passBeganMs_ = p_.clock.monotonicMs();
     s.readAgain = true;  // unless it reaches its end
+    if (looksIntoLost()) return;
     const auto list = readList();
     if (!list) return;
     s.readAgain = false;
@@ -71,6 +72,28 @@ bool InboxReader::mayRead() {
     const bool journal = p_.journal.open().ok();
     showNotice();
     return journal && ids;
+}
+
+/// Opens chats in which something may have come in that only a page knew which has gone: the present one tells it at
+/// the next tick, before anything newer is read. False where none was opened.
+bool InboxReader::looksIntoLost() {
+    constexpr int kLooks = 10;
+    bool opened = false;
+    const QList<LostChat> lost = p_.opened.lost();
+    for (const LostChat& chat : lost) {
+        const auto before = openByTitle(chat.title);
+        opened = opened || before;
+        auto look = before ? awaitChat(chat.title, *before) : std::nullopt;
+        for (int i = 0; look && look->chat.lastMessageId.isEmpty() && i < kLooks; ++i) {
+            p_.pacing.WA_WAIT(kSmallWaitMs);
+            look = p_.page.lookAtChat(false);
+            if (look) p_.opener.observe(look->chat, look->linkText);
+        }
+        if (p_.clock.waitingStopped()) return true;
+        p_.opened.lookedInto(chat.title);
+    }
+    if (opened) leave();
+    return opened;
 }
 
 /// The list as it was at last; nothing when it was not read to the end that this pass was to reach.
@@ -206,6 +229,25 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     p_.journal.change(key, row);
     lastSignature_ = chat.title + chat.text;
     return storeRows({key}, began);
+}
+
+/// Clicks the row of a chat, read or not. Gives what was open before, or nothing where there is no such row.
+std::optional<OpenChat> InboxReader::openByTitle(const QString& title) {
+    p_.opener.awaitSettled(kSettledMs);
+    const auto list = p_.page.readChatList(0, title);
+    for (ChatEntry entry : list ? list->entries : QList<ChatEntry>()) {
+        if (entry.lines.value(0) != title) continue;
+        entry.title = title;
+        const auto clicked = p_.page.clickEntry(entry);
+        if (!clicked || !clicked->found) break;
+        p_.opener.clickedName(title, clicked->before);
+        return clicked->before;
+    }
+    // It may stand below the rows that the page holds.
+    const auto click = p_.page.clickEntry(title);
+    if (!click || !click->happened) return std::nullopt;
+    p_.opener.clickedName(title, click->before);
+    return click->before;
 }
 
 /// What the page shows of the opened chat's unread messages; nothing where it doesn't show that chat.
@@ -428,11 +470,9 @@ void InboxReader::settleDoubtful() {
 /// opened, or shows no ids: what its row in the list said is all that is known.
 bool InboxReader::readAnew(const InboxJournal::Entry& entry) {
     const QString& title = entry.row.title;
-    p_.opener.awaitSettled(kSettledMs);
-    const auto click = p_.page.clickEntry(title);
-    if (!click || !click->happened) return false;
-    p_.opener.clickedName(title, click->before);
-    const auto unread = awaitChat(title, click->before) ? readMessages(title, entry.row.unread) : std::nullopt;
+    const auto before = openByTitle(title);
+    if (!before) return false;
+    const auto unread = awaitChat(title, *before) ? readMessages(title, entry.row.unread) : std::nullopt;
     if (unread && unread->hasIds) {
         storeMessages(entry.key, {title, entry.row.wa_text, entry.row.SUB_NO}, *unread, p_.clock.monotonicMs());
         return true;

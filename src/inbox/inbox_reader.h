@@ -19,6 +19,7 @@
 #include "inbox/inbox_journal.h"
 #include "inbox/inbox_table.h"
 #include "inbox/incoming_rows.h"
+#include "inbox/opened_chats.h"
 #include "inbox/reply_hand_off.h"
 #include "inbox/stored_ids.h"
 #include "inbox/unread_chat.h"
@@ -49,6 +50,7 @@ class InboxReader {
         InboxTable& table;
         InboxJournal& journal;
         StoredIds& storedIds;
+        OpenedChats& opened;
         InboxGrid& grid;
         ReplyHandOff& handOff;
         std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
@@ -85,11 +87,13 @@ class InboxReader {
     };
 
     bool mayRead();
+    bool looksIntoLost();
     std::optional<ChatListLook> readList();
     std::optional<Rows> readRows(int offset);
     bool mustGiveWay() const;
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
+    std::optional<OpenChat> openByTitle(const QString& title);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
     std::optional<UnreadMessages> readMessages(const QString& title, int count);
     Then storeMessages(quint64 key, const UnreadChat& chat, const UnreadMessages& unread, qint64 beganMs);

@@ -158,7 +158,7 @@ class FakePage : public ChatPage {
         shown.arrived.removeIf([&](const ArrivedMessage& message) { return keys.contains(message.key); });
         return true;
     }
-    void goBy(std::function<QStringList()>) override {}
+    void goBy(std::function<KnownMessages()>) override {}
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override {
         if (!answers("pasteText")) return std::nullopt;
         if (chatSerial == serial_ && loseTexts-- <= 0) boxes_[box] += text;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QThread>
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <random>
@@ -15,14 +16,17 @@ using test::eventually;
 
 constexpr int kConnectMs = 90'000;
 constexpr int kNextMessageMs = 120'000;
+constexpr int kIncomingPerKill = 5;
+/// Those that are written to, and as many others.
+constexpr int kChats = 10;
 
 int kills() {
     const int wanted = qEnvironmentVariableIntValue("KIBO_TEST_KILLS");
     return wanted > 0 ? wanted : 20;
 }
 
-/// The program on MariaDB with a queue that never gets empty, while one after the other of its helpers, or itself, is
-/// ended with SIGKILL somewhere in the middle of a message.
+/// The program on MariaDB with a queue that never gets empty and messages that keep coming in, also into the chats that
+/// are written to, while one after the other of its helpers, or itself, is ended with SIGKILL somewhere in the middle.
 class Faults : public ::testing::Test {
  protected:
     enum Victim { Gateway, Browser, Driver, Server };
@@ -33,12 +37,33 @@ class Faults : public ::testing::Test {
         behaviour.acknowledgedSend = true;
         program.standIn.setBehaviour(behaviour);
         program.use(server.settings(false));
+        program.set("kibo", "GetNumberInbox", u"Y"_qs);
     }
 
+    static QString chat(int number) { return u"6287700000%1"_qs.arg(number, 2, 10, QLatin1Char('0')); }
     void queueMessage() {
-        const QString number = u"62877000000%1"_qs.arg(queued % 5);
-        server.run(
-            u"insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')"_qs.arg(number).arg(++queued));
+        server.run(u"insert into outbox (wa_mode, wa_no, wa_text) values (0, '%1', 'text %2.')"_qs
+                       .arg(chat(queued % (kChats / 2)))
+                       .arg(queued + 1));
+        ++queued;
+    }
+    void letOneComeIn() {
+        const QString number = chat(static_cast<int>(pick(0, kChats - 1)));
+        const QString text = u"in %1."_qs.arg(++cameIn);
+        sentTo[text] = number;
+        const QString details = u"{\"number\": \"%1\", \"text\": \"%2\"}"_qs.arg(number, text);
+        ASSERT_TRUE(program.standIn.act("incoming", details.toStdString()).ok());
+    }
+    /// For so long, with messages that come in at any moment of it.
+    void wait(unsigned milliseconds) {
+        std::vector<unsigned> moments{milliseconds};
+        for (int i = 0; i < kIncomingPerKill - 1; ++i) moments.push_back(pick(0, milliseconds));
+        std::sort(moments.begin(), moments.end());
+        unsigned now = 0;
+        for (const unsigned moment : moments) {
+            QThread::msleep(moment - std::exchange(now, moment));
+            letOneComeIn();
+        }
     }
     int waiting() { return server.run(u"select count(*) from outbox"_qs).toInt(); }
 
@@ -104,13 +129,33 @@ class Faults : public ::testing::Test {
                   << " marked as failed, of which " << both << " arrived\n";
     }
 
+    /// Every text that came in is one row, under the number that it came from, and in each chat they stand in their
+    /// order.
+    void expectEachReceivedOnce() {
+        std::map<QString, int> rows;
+        std::map<QString, int> newest;  // of each chat
+        int late = 0;
+        const QString all = server.run(QStringLiteral("select wa_no, wa_text from inbox order by id"));
+        for (const QString& line : all.split(u'\n', Qt::SkipEmptyParts)) {
+            const QString number = line.section(u'\t', 0, 0), text = line.section(u'\t', 1);
+            ++rows[text];
+            EXPECT_EQ(number, sentTo[text]) << text.toStdString();
+            const int place = text.section(u' ', 1).chopped(1).toInt();
+            if (place < std::exchange(newest[number], place)) ++late;
+        }
+        for (const auto& [text, number] : sentTo) EXPECT_EQ(rows[text], 1) << text.toStdString();
+        EXPECT_EQ(rows.size(), sentTo.size());
+        std::cout << "  " << cameIn << " came in, " << late << " of them stored behind a later one\n";
+    }
+
     test::MariaDbServer& server = test::MariaDbServer::shared();
     test::RunningProgram program;
-    int queued = 0;
+    int queued = 0, cameIn = 0;
+    std::map<QString, QString> sentTo;  // by text: the chat that a received message came from
     std::mt19937 random{static_cast<unsigned>(qEnvironmentVariableIntValue("KIBO_TEST_SEED") + 1)};
 };
 
-TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarked) {
+TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarkedInBothDirections) {
     ASSERT_TRUE(program.start());
     std::map<Victim, int> ended;
     for (int i = 0; i < kills() && !HasFatalFailure(); ++i) {
@@ -121,9 +166,9 @@ TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarked) {
         // A send takes about two seconds. Every third time close to Enter, where it matters most.
         if (i % 3 == 0) {
             eventually([this] { return program.journal().contains("\"typed\""); }, 3000);
-            QThread::msleep(pick(0, 40));
+            wait(pick(0, 40));
         } else {
-            QThread::msleep(pick(0, 2300));
+            wait(pick(0, 2300));
         }
         const auto victim = static_cast<Victim>(pick(Gateway, Server));
         ++ended[victim];
@@ -139,6 +184,9 @@ TEST_F(Faults, EveryMessageArrivesOnceOrStandsMarked) {
     std::cout << "  ended: gateway " << ended[Gateway] << ", browser " << ended[Browser] << ", driver " << ended[Driver]
               << ", database " << ended[Server] << '\n';
     expectNothingLostAndNothingTwice();
+    const auto allRead = [this] { return server.run(QStringLiteral("select count(*) from inbox")).toInt() >= cameIn; };
+    EXPECT_TRUE(eventually(allRead, 60'000)) << program.log().right(3000).toStdString();
+    expectEachReceivedOnce();
 }
 
 }  // namespace

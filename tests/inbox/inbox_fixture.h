@@ -19,10 +19,13 @@ class Inbox : public Engine {
         reader.reset();
         journal.reset();
         storedIds.reset();
+        opened.reset();
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
         storedIds.emplace([this] { return folder.filePath(u"inbox.ids"_qs); });
+        opened.emplace([this] { return folder.filePath(u"inbox.opened"_qs); }, clock);
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
-                                          gateway.ticks, gateway.reading, table, *journal, *storedIds, grid, handOff});
+                                          gateway.ticks, gateway.reading, table, *journal, *storedIds, *opened, grid,
+                                          handOff});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
@@ -61,6 +64,7 @@ class Inbox : public Engine {
                           [] { return 0.25; }}};
     std::optional<InboxJournal> journal;
     std::optional<StoredIds> storedIds;
+    std::optional<OpenedChats> opened;
     std::optional<InboxReader> reader;
 };
 

@@ -364,7 +364,7 @@ TEST_F(Reader, RowOfSomebodyWhoTypesWaitsForAMinuteAndHoldsUpNoOther) {
 
 /// What came in while its chat was open, as the watch in the page tells it.
 TEST_F(Reader, MessagesTheListDoesNotTellOfBecomeRowsOnce) {
-    Arrivals arrivals({state, settings, elements, page, clock, *journal, *storedIds});
+    Arrivals arrivals({state, settings, elements, page, clock, *journal, *storedIds, *opened});
     page.shown.arrived = {message("1", u"one"_qs), message("2", QString()), message("3", u"typing error?"_qs)};
     page.shown.arrived[1].badge = u"2"_qs;  // what the list showed over an unread message when its chat was opened
     page.shown.arrived[1].lines = QStringList{kAni, u"15:09"_qs, u"typing…"_qs, u"2"_qs};

@@ -34,7 +34,7 @@ class MemoryBrowser final : public ChatBrowser, private ChatPage, private PagePr
     std::optional<QList<ChatMessage>> lastMessages() override;
     std::optional<UnreadMessages> readUnread(const QString&, int) override { return std::nullopt; }
     bool forgetArrived(const QStringList&) override { return true; }
-    void goBy(std::function<QStringList()>) override {}
+    void goBy(std::function<KnownMessages()>) override {}
     std::optional<BoxLook> pasteText(Box box, const QString& text, int chatSerial, int milliseconds) override;
     bool typeText(const QString&) override { return false; }
     bool typeKeys(const QString&) override { return false; }

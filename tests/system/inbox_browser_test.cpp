@@ -35,6 +35,7 @@ class InboxBrowser : public test::OnRealGateway<10> {
         r.behave(R"({"chatOpenDelayMs": {"min": 0, "max": 40}, "readyDelayMs": 0})");
         ASSERT_TRUE(eventually([&] { return r.page->look().newChatControls == 1; }));
         for (int i = 0; i < 3; ++i) r.tick();  // plants the link again
+        inbox->reader.BACA_WA();               // none of the chats is left that were open before
     }
 
     static void act(const char* name, const char* json) {
@@ -109,8 +110,8 @@ class InboxBrowser : public test::OnRealGateway<10> {
             const auto entry = webdriver::elementFrom(real->browser.client().send(find).valueOr({}));
             ASSERT_TRUE(entry);
             EXPECT_TRUE(real->browser.client().send(webdriver::ElementClick{*entry}).ok());
-        } else if (name == u"reload"_qs) {
-            ticks(1);
+        } else if (name == u"reload"_qs || name == u"lose"_qs) {
+            if (name == u"reload"_qs) ticks(1);
             real->page->refresh();
             EXPECT_TRUE(eventually([] {
                 const PageLook look = real->page->look();
@@ -290,6 +291,9 @@ const Story kStories[] = {
      "628111||one\n628111||two"},
     {"lost with a page that ended", "in 628111 one\nread\nreload\nbefore 628111 in the open chat\nopen 628111",
      "628111||one\n628111||in the open chat"},
+    {"a page that ends before it was asked",
+     "in 628111 old\nread\nopen 628111\nread\nin 628111 one\nin 628111 two\nlose\nin 628222 newer",
+     "628111||old\n628111||one\n628111||two\n628222||newer"},
     {"what is no text",
      "kind 628111 image\nkind 628111 video see this\nkind 628111 sticker\nkind 628111 document offer.pdf\nkind 628111 "
      "location Jl. Mawar 7\n"

@@ -32,7 +32,7 @@ const rememberRows = (reading) => {
   marks = new Map();
   noteMarks();
   for (const title of inHand.keys()) if (!marks.get(title)) inHand.delete(title);
-  if (reading) inHand.set(reading, JSON.stringify(marks.get(reading)));
+  if (reading && !lost.has(reading)) inHand.set(reading, JSON.stringify(marks.get(reading)));
 };
 
 const tell = (what, row = null) => {
@@ -41,8 +41,11 @@ const tell = (what, row = null) => {
   told.push({key: key, at: performance.now(), row: row, looks: 0, title: watch.title, id: '', chat: '', inGroup: false,
              number: '', picture: '', sender: '', time: '', kind: '', text: '', lines: [], badge: '', ...what});
 };
-// What the program has stored from its chats, before this document was there.
-const takeStored = (ids) => {
+// What the program has stored from its chats, before this document was there, and which of them were open then: by
+// title, the last message above which all was taken, and when the chat was opened.
+const lost = new Map();
+const takeKnown = (ids, opened) => {
+  for (const chat of opened) lost.set(chat.title, chat);
   for (const id of ids) {
     const {chat} = idParts(id);
     if (!chat) continue;
@@ -81,7 +84,17 @@ const cameSince = (rows, since) => {
   const fresh = rows.slice(rows.findLastIndex(isOld) + 1);
   return fresh.some((row) => timeOf(row)) || rows.length === 1 ? fresh : [];
 };
+// What came in while the chat was open on a document that has gone. An answer of ours may stand below it.
+const cameUnseen = (rows, {id, at}) => {
+  const last = id ? rows.findLastIndex((row) => idOf(row) === id) : -1;
+  return last >= 0 ? rows.slice(last + 1) : cameSince(rows, at);
+};
 const newIn = (rows, record, first) => {
+  const opened = first ? lost.get(watch.title) : null;
+  if (opened) {
+    lost.delete(watch.title);
+    return cameUnseen(rows, opened);
+  }
   const last = record ? rows.findLastIndex((row) => record.ids.has(idOf(row))) : -1;
   if (last >= 0) return rows.slice(first ? Math.max(last, rows.findLastIndex(isOwn)) + 1 : last + 1);
   if (!first) return [];  // somebody looks at what was long ago
@@ -124,6 +137,14 @@ const listen = () => {
   chats.delete(chat);
   chats.set(chat, {title: title, clicks: ownClicks, ids: new Set(rows.map(idOf))});
   if (chats.size > mostChats) chats.delete(chats.keys().next().value);
+};
+// Where in the open chat, whose newest message is `newest`, something waits to be taken: the message above it.
+const untakenIn = (newest) => {
+  const ids = new Set([...told, ...opening.unread].map(({id}) => id).filter(Boolean));
+  if (!newest || !ids.size) return {};
+  const rows = all('XX_MessageRow');
+  const first = rows.findIndex((row) => ids.has(idOf(row)));
+  return first < 0 ? {} : {untaken: true, takenId: first > 0 ? idOf(rows[first - 1]) : ''};
 };
 // A message may be drawn in several steps, so it is read once more; one that says nothing yet is given a look's time. One
 // without an id that the list marks as unread all the same is read from there.

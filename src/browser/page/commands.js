@@ -5,9 +5,9 @@ const commands = () => ({
   listChats, clickRow, focusSearch, chatListLength, clickQrReload, clickUseHere, outline, report
 });
 let revision = 0;
-const takeLocators = (number, table, stored) => {
+const takeLocators = (number, table, stored, opened) => {
   if (!revision) {
-    takeStored(stored);
+    takeKnown(stored, opened);
     listeners.push(updateWatch);
     document.addEventListener('mousedown', onMouseDown, true);
     observer.observe(document, {childList: true, subtree: true, characterData: true, attributes: true});
@@ -31,7 +31,7 @@ const leave = () => {
 };
 // A command that would go by other locators than the caller's is refused before it has any effect.
 const run = (wanted, serial, clicks, name, ...given) => {
-  if (name === 'locators') return takeLocators(wanted, given[0], given[1]);
+  if (name === 'locators') return takeLocators(wanted, given[0], given[1], given[2]);
   if (name === 'leave') return leave();
   if (wanted !== revision) return 'locators';
   heard = {serial: serial, clicks: clicks};

@@ -58,7 +58,7 @@ ExecuteScript call(const ElementTable& elements, const Heard& heard, const QStri
     return command(elements, heard, name, arguments);
 }
 
-ExecuteScript handOver(const ElementTable& elements, const QStringList& storedIds) {
+ExecuteScript handOver(const ElementTable& elements, const KnownMessages& known) {
     QJsonObject locators;
     const QStringList names = ElementTable::names();
     for (const QString& name : names) {
@@ -66,7 +66,13 @@ ExecuteScript handOver(const ElementTable& elements, const QStringList& storedId
         if (name.startsWith(QStringLiteral("XX_")) && !locator.isEmpty())
             locators[name] = locatorJson(elements, locator);
     }
-    return command(elements, {}, QStringLiteral("locators"), {locators, QJsonArray::fromStringList(storedIds)});
+    QJsonArray opened;
+    for (const LostChat& chat : known.opened)
+        opened.append(QJsonObject{{QStringLiteral("title"), chat.title},
+                                  {QStringLiteral("id"), chat.takenId},
+                                  {QStringLiteral("at"), chat.openedAtMs}});
+    return command(elements, {}, QStringLiteral("locators"),
+                   {locators, QJsonArray::fromStringList(known.storedIds), opened});
 }
 
 QJsonObject locatorJson(const ElementTable& elements, const QString& locator) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "browser/chat_page.h"
 #include "browser/element_table.h"
 #include "browser/webdriver/command.h"
 
@@ -24,8 +25,8 @@ struct Heard {
 /// Calls the command of this name. The answer is `kAbsent` or `kOtherLocators` where it was not carried out.
 webdriver::ExecuteScript call(const ElementTable& elements, const Heard& heard, const QString& name,
                               const QJsonArray& arguments = {});
-/// Hands the locators over, which calls go by from then on, and to a new document the ids of messages that are stored.
-webdriver::ExecuteScript handOver(const ElementTable& elements, const QStringList& storedIds = {});
+/// Hands the locators over, which calls go by from then on, and to a new document what is known of messages.
+webdriver::ExecuteScript handOver(const ElementTable& elements, const KnownMessages& known = {});
 
 inline constexpr const char* kAbsent = "absent";
 inline constexpr const char* kOtherLocators = "locators";

@@ -41,6 +41,7 @@ const openChat = () => {
     title: watch.title,
     number: watch.node ? namedNumber(id) : '',
     lastMessageId: id,
+    ...untakenIn(id),
     titles: since(watch.titles, watch.serial, Math.min(heard.serial, watch.serial - 1)),
     clicks: watch.clicks,
     clicked: since(watch.clicked, watch.clicks, heard.clicks),
