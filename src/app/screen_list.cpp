@@ -1,5 +1,6 @@
 #include "app/screen_list.h"
 
+#include <QAction>
 #include <algorithm>
 
 #include "screens/element_screen.h"
@@ -81,6 +82,7 @@ Screen* ScreenList::made(const QString& name) {
         screen = entry->make(parts_);
         screen->setWindowIcon(applicationIcon());
         setAccessibleRole(screen.get(), QAccessible::Window);
+        QObject::connect(screen->help(), &QAction::triggered, screen.get(), [this, name] { parts_.openHelp(name); });
         WindowPlace::remember(screen.get(), parts_.settingsFile);
     }
     return screen.get();

@@ -99,6 +99,9 @@ void ElementScreen::buildButtons(QWidget* row) {
         add("cmd_Report", "Page &report", "Write the open page's structure into a file, without its texts");
     QPushButton* save = add("cmd_Save", "&Save", "Store all boxes");
     QPushButton* close = add("cmd_Close", "&Close", "Close this window");
+    QPushButton* help = helpButton(row);
+    help->setMinimumSize(close->minimumSize());
+    line->addWidget(help);
     connect(fetch, &QPushButton::clicked, this, &ElementScreen::cmd_Fetch_Click);
     connect(upload, &QPushButton::clicked, this, &ElementScreen::cmd_Upload_Click);
     connect(report, &QPushButton::clicked, this, &ElementScreen::cmd_Report_Click);

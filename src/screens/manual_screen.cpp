@@ -149,13 +149,15 @@ QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
     send_ = button("cmd_Send", sendText, QStringLiteral("Put the message into the queue (Ctrl+Enter)"));
     QPushButton* close = button("cmd_Close", QStringLiteral("&Close"),
                                 QStringLiteral("Close this window (Escape); what is typed stays"));
-    for (QPushButton* one : {send_, close}) one->setMinimumSize(96, 32);
+    QPushButton* help = helpButton(this);
+    for (QPushButton* one : {send_, close, help}) one->setMinimumSize(96, 32);
     connect(send_, &QPushButton::clicked, this, &ManualScreen::cmd_Send_Click);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
     auto* line = new QHBoxLayout;
     line->addWidget(status_, 1);
     line->addWidget(send_);
     line->addWidget(close);
+    line->addWidget(help);
     return line;
 }
 

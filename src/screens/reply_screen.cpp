@@ -66,10 +66,10 @@ ReplyScreen::ReplyScreen(Parts parts)
     auto* page = new QVBoxLayout(this);
     page->addLayout(form, 1);
     page->addLayout(lastLine(QStringLiteral("&Queue")));
-    QWidget* const order[] = {txtNo_, txtProfil_, chat_, txtMsg_, findChild<QWidget*>(QStringLiteral("Command2")),
-                              send_};
-    for (std::size_t i = 1; i < std::size(order); ++i) setTabOrder(order[i - 1], order[i]);
-    setTabOrder(send_, findChild<QWidget*>(QStringLiteral("cmd_Close")));
+    QList<QWidget*> order{txtNo_, txtProfil_, chat_, txtMsg_};
+    for (const char* name : {"Command2", "cmd_Send", "cmd_Close", "cmd_Help"})
+        order.append(findChild<QWidget*>(QLatin1String(name)));
+    for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
     resize(620, 560);
     setMinimumSize(480, 420);
 }

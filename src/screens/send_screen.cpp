@@ -164,7 +164,7 @@ void SendScreen::setTabOrders() {
     QList<QWidget*> order;
     for (QAbstractButton* mode : modes_->buttons()) order.append(mode);
     for (const char* name : {"txtNo", "txtProfil", "txtMsg", "Command2", "Command5", "txtMedia", "Command3", "txtFile",
-                             "Command4", "dpDATE", "calendar", "cmd_Send", "cmd_Close"})
+                             "Command4", "dpDATE", "calendar", "cmd_Send", "cmd_Close", "cmd_Help"})
         order.append(findChild<QWidget*>(QLatin1String(name)));
     for (QPlainTextEdit* preview : previews_) order.append(preview);
     for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);

@@ -135,6 +135,9 @@ QWidget* SentScreen::buttonRow() {
     Command1_ = button("Command1", "&Copy", "Copy all lines; Ctrl+C copies the selected ones", row, row);
     export_ = button("cmd_Export", "E&xport…", "Save all lines as a CSV file", row, row);
     close_ = button("cmd_Close", "C&lose", "Close this window (Esc)", row, row);
+    QPushButton* help = helpButton(row);
+    help->setMinimumSize(close_->minimumSize());
+    line->addWidget(help);
     connect(Command4_, &QPushButton::clicked, this, [this] {
         change({QStringLiteral("Send again"), QStringLiteral("Put %1 into the outbox once more?"),
                 QStringLiteral("Queueing"), QStringLiteral("put into the outbox")},

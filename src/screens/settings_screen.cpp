@@ -1,7 +1,7 @@
 #include "screens/settings_screen.h"
 
+#include <QAction>
 #include <QDir>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -136,7 +136,7 @@ void SettingsScreen::buildButtons(QVBoxLayout* column) {
     static_cast<QHBoxLayout*>(tries->layout())->addStretch();
     addButton(tries, "cmd_Edit", QStringLiteral("Edit &file"), [this] { openFile(); });
     addButton(tries, "cmd_API", QStringLiteral("A&PI"), [this] { startApi(); });
-    addButton(tries, "cmd_Doc", QStringLiteral("&Guide"), [this] { openGuide(); });
+    addButton(tries, "cmd_Doc", QStringLiteral("&Guide"), [this] { help()->trigger(); });
     tries->layout()->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tries);
     auto* end = new QWidget(this);
@@ -269,15 +269,6 @@ void SettingsScreen::cutBackslash(const char* key) {
 void SettingsScreen::openFile() {
     const auto opened = platform::openForOperator(QDir::toNativeSeparators(p_.settingsFile).toStdString());
     if (!opened) say(QString::fromStdString(opened.failure().text));
-}
-
-/// Where none is installed beside the program, the words say where it should be.
-void SettingsScreen::openGuide() {
-    const QString guide = QDir(p_.programFolder).filePath(QStringLiteral("docs/operator.md"));
-    const auto opened = QFileInfo::exists(guide) ? platform::openForOperator(guide.toStdString())
-                                                 : Result<void>(Failure{FailureKind::NotFound, "not there"});
-    if (!opened)
-        say(QStringLiteral("The guide is not installed here: there is no %1").arg(QDir::toNativeSeparators(guide)));
 }
 
 void SettingsScreen::startApi() {

@@ -12,7 +12,10 @@
 #include <set>
 
 #include "app/gateway_application.h"
+#include "app/help.h"
 #include "app/screen_list.h"
+#include "support/eventually.h"
+#include "support/files.h"
 #include "support/window_fixture.h"
 #include "widgets/qt_dialogs.h"
 
@@ -120,6 +123,26 @@ TEST_F(AllWindowsTest, controlsHaveNamesAndKeysOfTheirOwn) {
                 << widget->metaObject()->className() << ' ' << widget->objectName().toStdString();
         }
     }
+}
+
+TEST_F(AllWindowsTest, f1OpensTheChapterOfTheWindowInFront) {
+    const QString opened = folder.filePath(QStringLiteral("opened"));
+    writtenScript(folder.filePath(QStringLiteral("xdg-open")), "printf '%s ' \"$1\" >>'" + opened.toUtf8() + "'\n");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", folder.path().toUtf8() + ':' + path);
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        const QString chapter = Help::chapterOf(window->objectName());
+        if (chapter.isEmpty()) continue;
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+        QTest::keyClick(window, Qt::Key_F1);
+        ++found;
+        EXPECT_TRUE(eventually([&] { return contentOf(opened).contains('/' + chapter.toUtf8() + ".html "); }))
+            << window->objectName().toStdString();
+    }
+    qputenv("PATH", path);
+    EXPECT_EQ(found, ScreenList::names().size() + 1);
+    EXPECT_EQ(contentOf(opened).count(".html "), found);
 }
 
 }  // namespace
