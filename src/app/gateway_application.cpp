@@ -15,6 +15,7 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
+#include "widgets/help_page.h"
 #include "widgets/window_place.h"
 
 namespace kibo {
@@ -101,7 +102,7 @@ void GatewayApplication::startLog() const {
 void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_);
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
-    help_ = std::make_unique<Help>(*guardedDialogs_, Help::folderBesideProgram());
+    help_ = std::make_unique<Help>(*guardedDialogs_, helpFolder());
     timers_ = std::make_unique<TimerRunner>(*edge_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
     screens_ = std::make_unique<ScreenList>(ScreenParts{

@@ -1,11 +1,8 @@
 #include "app/help.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <algorithm>
 
-#include "platform/machine.h"
-#include "platform/shell.h"
+#include "widgets/help_page.h"
 
 namespace kibo {
 namespace {
@@ -21,11 +18,6 @@ constexpr Chapter kChapters[] = {
 
 }  // namespace
 
-QString Help::folderBesideProgram() {
-    const QFileInfo program(QString::fromStdString(platform::executableFile()));
-    return program.dir().filePath(QStringLiteral("help"));
-}
-
 QString Help::chapterOf(const QString& window) {
     const auto* chapter = std::find_if(std::begin(kChapters), std::end(kChapters),
                                        [&](const Chapter& one) { return window == QLatin1String(one.window); });
@@ -33,17 +25,9 @@ QString Help::chapterOf(const QString& window) {
 }
 
 void Help::open(const QString& window) const {
-    const QString page =
-        QDir::toNativeSeparators(QDir(folder_).filePath(QStringLiteral("operator/%1.html").arg(chapterOf(window))));
-    QString trouble;
-    if (!QFileInfo::exists(page)) {
-        trouble = QStringLiteral("The help is not installed here. It should be in the folder\n%1")
-                      .arg(QDir::toNativeSeparators(folder_));
-    } else if (const auto opened = platform::openForOperator(page.toStdString()); !opened) {
-        trouble = QStringLiteral("The help can't be opened: %1\nIts page is the file\n%2")
-                      .arg(QString::fromStdString(opened.failure().text), page);
-    }
-    if (!trouble.isEmpty()) dialogs_.show({QStringLiteral("Help"), trouble, MessageBox::Icon::Information});
+    if (const Result<void> opened = openHelpPage(folder_, chapterOf(window)); !opened)
+        dialogs_.show(
+            {QStringLiteral("Help"), QString::fromStdString(opened.failure().text), MessageBox::Icon::Information});
 }
 
 }  // namespace kibo

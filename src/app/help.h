@@ -12,12 +12,10 @@ class Help {
     /// `folder` holds the pages. `dialogs` must outlive the object.
     Help(Dialogs& dialogs, QString folder) : dialogs_(dialogs), folder_(std::move(folder)) {}
 
-    /// Where an installation has them: beside the program, wherever its settings are.
-    static QString folderBesideProgram();
     /// The anchor of a window's chapter in the guide, by the window's object name; empty where it has none.
     static QString chapterOf(const QString& window);
 
-    /// Where the page isn't there, a box says where it should be.
+    /// What goes wrong is said in a box.
     void open(const QString& window) const;
 
  private:

@@ -1,6 +1,5 @@
 #include "screens/manual_screen.h"
 
-#include <QDir>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -8,9 +7,8 @@
 #include <QShortcut>
 
 #include "base/log.h"
-#include "platform/machine.h"
-#include "platform/shell.h"
 #include "widgets/accessibility.h"
+#include "widgets/emoji_picker.h"
 #include "widgets/message_edit.h"
 #include "widgets/plain_text.h"
 
@@ -66,12 +64,9 @@ ManualScreen::ManualScreen(Parts parts, const char* name, const QString& title)
 }
 
 void ManualScreen::open() {
-    const bool hasEmoji = !platform::findProgram(platform::joinPath(p_.programFolder.toStdString(), "emo")).empty();
-    emoji_->setEnabled(hasEmoji);
-    emoji_->setToolTip(asPlainText(hasEmoji
-                                       ? QStringLiteral("Start the emoji program")
-                                       : QStringLiteral("There is no emoji program (emo, on Windows emo.exe) in %1")
-                                             .arg(QDir::toNativeSeparators(p_.programFolder))));
+    const QString trouble = picker_->trouble();
+    emoji_->setEnabled(trouble.isEmpty());
+    emoji_->setToolTip(asPlainText(trouble.isEmpty() ? QStringLiteral("Choose an emoji (Ctrl+E)") : trouble));
     show();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     raise();
@@ -128,18 +123,18 @@ QPushButton* ManualScreen::button(const char* name, const QString& text, const Q
     return made;
 }
 
-QPushButton* ManualScreen::emojiButton() {
+QPushButton* ManualScreen::emojiButton(MessageEdit* edit) {
+    picker_ = new EmojiPicker(edit, p_.programFolders);
+    connect(picker_, &EmojiPicker::failed, this, [this](const QString& why) {
+        log::warning("screens", why);
+        say(why, true);
+    });
     emoji_ = button("Command2", QStringLiteral("Em&oji"), {});
-    connect(emoji_, &QPushButton::clicked, this, &ManualScreen::startEmoji);
+    connect(emoji_, &QPushButton::clicked, picker_, &EmojiPicker::start);
+    // Without the program too, which then says so.
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_E), this), &QShortcut::activated, picker_,
+            &EmojiPicker::start);
     return emoji_;
-}
-
-void ManualScreen::startEmoji() {
-    const auto started = platform::startProgram(platform::joinPath(p_.programFolder.toStdString(), "emo"));
-    if (started) return;
-    const QString why = QString::fromStdString(started.failure().text);
-    log::warning("screens", why);
-    say(QStringLiteral("The emoji program did not start: %1").arg(why), true);
 }
 
 QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {

@@ -61,7 +61,7 @@ ReplyScreen::ReplyScreen(Parts parts)
     form->addWidget(chat_, line, 1, 1, 2);
     form->setRowStretch(line, 3);
     form->setRowMinimumHeight(line + 1, kBelowChat);
-    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton()});
+    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton(txtMsg_)});
     form->setRowStretch(line + 2, 2);
     auto* page = new QVBoxLayout(this);
     page->addLayout(form, 1);

@@ -119,7 +119,7 @@ QLayout* SendScreen::form() {
     QPushButton* sample =
         button("Command5", QStringLiteral("S&ample"), QStringLiteral("A text that shows what texts can do"));
     connect(sample, &QPushButton::clicked, this, &SendScreen::Command5_Click);
-    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton(), sample});
+    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton(txtMsg_), sample});
     form->setRowStretch(form->rowCount() - 2, 1);
     txtMedia_ = fileField("txtMedia");
     addField(form, DraftField::Media, QStringLiteral("M&edia"), txtMedia_,
