@@ -1,6 +1,7 @@
 #include "screens/screen.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QPushButton>
 
 namespace kibo {
@@ -11,9 +12,9 @@ Screen::Screen() : help_(new QAction(this)) {
 }
 
 QPushButton* Screen::helpButton(QWidget* parent) const {
-    auto* button = new QPushButton(QStringLiteral("Help"), parent);
+    auto* button = new QPushButton(QCoreApplication::translate("Screen", "Help"), parent);
     button->setObjectName(QStringLiteral("cmd_Help"));
-    button->setToolTip(QStringLiteral("The guide's chapter about this window (F1)"));
+    button->setToolTip(QCoreApplication::translate("Screen", "The guide's chapter about this window (F1)"));
     button->setAutoDefault(true);  // Enter presses it
     connect(button, &QPushButton::clicked, help_, &QAction::trigger);
     return button;

@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QTemporaryDir>
 #include <QTextDocumentFragment>
+#include <QTranslator>
 #include <set>
 
 #include "app/gateway_application.h"
@@ -18,6 +19,7 @@
 #include "support/files.h"
 #include "support/window_fixture.h"
 #include "widgets/qt_dialogs.h"
+#include "widgets/translation.h"
 
 namespace kibo::test {
 namespace {
@@ -103,7 +105,18 @@ std::pair<const QWidget*, QList<QString>> captionsOf(const QWidget* widget) {
     return {widget->window(), captions};
 }
 
-TEST_F(AllWindowsTest, controlsHaveNamesAndKeysOfTheirOwn) {
+class InEachLanguage : public AllWindowsTest, public testing::WithParamInterface<const char*> {
+ protected:
+    InEachLanguage() { speak(QString::fromLatin1(GetParam())); }
+    ~InEachLanguage() override { qDeleteAll(qApp->findChildren<QTranslator*>()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, InEachLanguage, testing::Values("en", "id"));
+
+TEST_P(InEachLanguage, controlsHaveNamesAndKeysOfTheirOwn) {
+    const bool english = GetParam() == std::string("en");
+    const auto* open = application.window()->findChild<QAbstractButton*>(QStringLiteral("cmd_OpenWA"));
+    EXPECT_EQ(open->text().toStdString(), english ? "&Open WhatsApp" : "Buka &WhatsApp");
     for (const char* pause : {";", "4"}) {
         application.state().cmd_Pause.caption = QLatin1String(pause);
         application.window()->showState();

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "base/settings_file.h"
 #include "emo/emoji_window.h"
 #include "platform/machine.h"
 #include "platform/top_level_windows.h"
 #include "widgets/icons.h"
+#include "widgets/translation.h"
 #include "widgets/window_look.h"
 
 namespace {
@@ -54,6 +56,8 @@ int main(int argc, char** argv) {
     QClipboard& clipboard = *QGuiApplication::clipboard();
     const bool prints = mode == "--print";
     const QDir folder(QString::fromStdString(kibo::platform::programFolder()));
+    kibo::speak(
+        kibo::ReadIni(QStringLiteral("kibo"), QStringLiteral("Language"), folder.filePath(QStringLiteral("kibo.ini"))));
     using Window = kibo::EmojiWindow;
     Window window(prints ? Window::Purpose::HandOver : Window::Purpose::Copy,
                   folder.filePath(QStringLiteral("emo.recent")), [&](const QString& emoji) {
