@@ -8,12 +8,14 @@
 #include "bench/browser_page.h"
 #include "bench/measuring.h"
 #include "bench/process_figures.h"
+#include "support/virtual_display.h"
 
 namespace kibo::bench {
 namespace {
 
 constexpr int kStarts = 21;
 constexpr double kStartLimitMs = 300;
+constexpr double kEmojiLimitMs = 200;
 constexpr int kSettleMs = 5'000;
 constexpr int kIdleMs = 20'000;
 constexpr double kIdleLimitPercent = 2;
@@ -84,6 +86,30 @@ void measureStart(Table& table) {
     table.add({"program: from its start to the shown window", "ms", median(times), kStartLimitMs, 1, kStarts});
 }
 
+/// To its end, which comes as soon as the window has been painted.
+void measureEmoji(Table& table) {
+    const QTemporaryDir folder;
+    const test::VirtualDisplay display;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("KIBO_HOME"), folder.path());
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    std::vector<double> times;
+    for (int i = 0; i <= kStarts; ++i) {
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        program.setStandardErrorFile(QProcess::nullDevice());
+        const double took = millisecondsOf([&] {
+            program.start(QStringLiteral(KIBO_EMO), {QStringLiteral("--measure")});
+            program.waitForFinished(kLongestWaitMs);
+        });
+        if (program.exitStatus() != QProcess::NormalExit || program.exitCode() != 0)
+            throw std::runtime_error("the emoji program does not show its window");
+        if (i > 0) times.push_back(took);
+    }
+    table.add({"program emo: from its start on a display to the painted window", "ms", median(times), kEmojiLimitMs, 1,
+               kStarts});
+}
+
 void measureIdle(Table& table) {
     const QTemporaryDir folder;
     standin::StandIn standIn;
@@ -115,6 +141,7 @@ void measureIdle(Table& table) {
 
 void measureProgram(Table& table) {
     measureStart(table);
+    measureEmoji(table);
     measureIdle(table);
 }
 

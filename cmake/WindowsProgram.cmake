@@ -28,10 +28,10 @@ set(KIBO_WINDOWS_PACKAGING "${CMAKE_SOURCE_DIR}/packaging/windows")
 set(plugin_source "${CMAKE_BINARY_DIR}/sqlite_plugin.cpp")
 file(CONFIGURE OUTPUT "${plugin_source}" CONTENT "#include <QtPlugin>\nQ_IMPORT_PLUGIN(QSQLiteDriverPlugin)\n")
 
-# kibo_windows_program(<target> [QT]): no console, version and icon, one file that needs no other; with QT it brings Qt's
-# plugins along.
+# kibo_windows_program(<target> [QT] [SQL]): no console, version and icon, one file that needs no other; with QT it brings
+# what Qt's windows take along, with SQL Qt's database drivers too.
 function(kibo_windows_program target)
-    cmake_parse_arguments(ARG "QT" "" "" ${ARGN})
+    cmake_parse_arguments(ARG "QT;SQL" "" "" ${ARGN})
     set_target_properties(${target} PROPERTIES WIN32_EXECUTABLE ON
         LINK_SEARCH_START_STATIC ON LINK_SEARCH_END_STATIC ON)  # the compiler's libraries too
     set(KIBO_PROGRAM_NAME "${target}")
@@ -40,11 +40,15 @@ function(kibo_windows_program target)
     set_property(SOURCE "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc" PROPERTY OBJECT_DEPENDS
         "${KIBO_WINDOWS_PACKAGING}/program.manifest;${KIBO_WINDOWS_PACKAGING}/kibo.ico")
     install(TARGETS ${target} RUNTIME DESTINATION .)
-    if(ARG_QT)
+    if(ARG_SQL)
         target_sources(${target} PRIVATE "${plugin_source}")
         target_link_libraries(${target} PRIVATE "${KIBO_QSQLITE}" Qt6::Sql)
         qt_import_plugins(${target}
-            INCLUDE Qt6::QWindowsIntegrationPlugin Qt6::QODBCDriverPlugin Qt6::QWindowsVistaStylePlugin
+            INCLUDE Qt6::QODBCDriverPlugin)
+    endif()
+    if(ARG_QT)
+        qt_import_plugins(${target}
+            INCLUDE Qt6::QWindowsIntegrationPlugin Qt6::QWindowsVistaStylePlugin
             EXCLUDE_BY_TYPE imageformats generic tls)
     endif()
 endfunction()

@@ -3,12 +3,14 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
 #include <iostream>
 
 #include "app/gateway_application.h"
+#include "emo/emoji_window.h"
 #include "standin/stand_in.h"
 #include "support/eventually.h"
 #include "support/mariadb_server.h"
@@ -40,8 +42,8 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeInbox(s) && takeElements() && takeSending(s) && takePauses(s) && takeTroubles(s) &&
-               takeStandby();
+        return takeLogin(s) && takeInbox(s) && takeElements() && takeEmoji() && takeSending(s) && takePauses(s) &&
+               takeTroubles(s) && takeStandby();
     }
 
  private:
@@ -86,6 +88,14 @@ class Pictures {
         const bool saved = screen->grab().save(QDir(folder_).filePath(QStringLiteral("elements.png")));
         screen->close();
         return saved;
+    }
+    bool takeEmoji() {
+        EmojiWindow window(EmojiWindow::Purpose::HandOver, home_.filePath(QStringLiteral("emo.recent")),
+                           [](const QString&) {});
+        window.show();
+        window.findChild<QLineEdit*>(QStringLiteral("search"))->setText(QStringLiteral("heart"));
+        QCoreApplication::processEvents();
+        return window.grab().save(QDir(folder_).filePath(QStringLiteral("emoji.png")));
     }
     bool takeSending(const GatewayState& s) {
         const char* texts[] = {"Your order is ready to be collected.", "Good morning, %name%!",

@@ -15,6 +15,7 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
+#include "widgets/help_page.h"
 #include "widgets/window_place.h"
 
 namespace kibo {
@@ -101,12 +102,14 @@ void GatewayApplication::startLog() const {
 void GatewayApplication::buildEngine() {
     edge_ = std::make_unique<ErrorEdge>(dialogs_);
     guardedDialogs_ = std::make_unique<GuardedDialogs>(dialogs_, *edge_);
+    help_ = std::make_unique<Help>(*guardedDialogs_, helpFolder());
     timers_ = std::make_unique<TimerRunner>(*edge_);
     const auto random = [] { return QRandomGenerator::global()->generateDouble(); };
     screens_ = std::make_unique<ScreenList>(ScreenParts{
         elements_, elementStore_, browser_->probe(), state_, settings_, *guardedDialogs_, startUp_.settingsFile(),
         [this](const auto& step) { edge_->run(step); }, database_, clock_, programFolder_, [this] { refreshOutbox(); },
-        [this] { restartProgram(); }, [this](const auto& ids) { gateway_->unsent.queuedAgain(ids); }});
+        [this] { restartProgram(); }, [this](const auto& ids) { gateway_->unsent.queuedAgain(ids); },
+        [this](const QString& name) { help_->open(name); }});
     const auto pageInUse = [this] { return screens_->pageInUse(); };
     gateway_ = std::make_unique<Gateway>(Gateway::Needs{
         .state = state_,
@@ -330,6 +333,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };
     actions.openLogFile = [this] { openForOperator(QDir(programFolder_).filePath(QStringLiteral("kibo.log"))); };
     actions.openScreen = [this](const QString& name) { edge_->run([&] { screens_->open(name); }); };
+    actions.openHelp = [this] { help_->open(window_->objectName()); };
     actions.activated = guarded([this] { activate(); });
     actions.unloaded = [this] { unload(); };
     return actions;

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/guarded_dialogs.h"
+#include "app/help.h"
 #include "app/screen_list.h"
 #include "app/start_up.h"
 #include "app/table_offer.h"
@@ -113,6 +114,7 @@ class GatewayApplication {
     std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<ErrorEdge> edge_;
     std::unique_ptr<GuardedDialogs> guardedDialogs_;
+    std::unique_ptr<Help> help_;
     std::unique_ptr<TimerRunner> timers_;
     std::unique_ptr<SessionKeeper> keeper_;
     std::unique_ptr<BrowserCare> care_;

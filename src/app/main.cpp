@@ -8,6 +8,7 @@
 #include "app/gateway_application.h"
 #include "app/start_up.h"
 #include "app/termination_signal.h"
+#include "base/settings_file.h"
 #include "platform/crash_trace.h"
 #include "platform/machine.h"
 #include "platform/shell.h"
@@ -15,6 +16,7 @@
 #include "store/new_store.h"
 #include "widgets/qt_clipboard.h"
 #include "widgets/qt_dialogs.h"
+#include "widgets/translation.h"
 #include "widgets/window_look.h"
 
 namespace {
@@ -71,6 +73,9 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     if (argc > 1 && std::string_view(argv[1]) == kUpgradeStores) return upgradeStores();
     kibo::applyLook(qt);
+    const QDir folder(QString::fromStdString(kibo::platform::programFolder()));
+    kibo::speak(
+        kibo::ReadIni(QStringLiteral("kibo"), QStringLiteral("Language"), folder.filePath(QStringLiteral("kibo.ini"))));
     kibo::watchTerminationSignals();
 
     std::unique_ptr<kibo::ProgramDialogs> dialogs;

@@ -1,7 +1,10 @@
 #include "app/screen_list.h"
 
+#include <QAction>
+#include <QFileInfo>
 #include <algorithm>
 
+#include "platform/machine.h"
 #include "screens/element_screen.h"
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
@@ -20,10 +23,21 @@ std::unique_ptr<Screen> elementScreen(const ScreenParts& p) {
                              ElementService(p.settings.ElementServer, p.settingsFile), p.settingsFile, p.guarded});
 }
 
+/// An installation's programs, where the program folder is another one.
+QString besideProgram() {
+    return QFileInfo(QString::fromStdString(platform::executableFile())).path();
+}
+
 template <class ManualScreenKind>
 std::unique_ptr<Screen> manualScreen(const ScreenParts& p) {
-    return std::make_unique<ManualScreenKind>(ManualScreen::Parts{p.database, p.settings, p.state, p.clock, p.dialogs,
-                                                                  p.programFolder, p.refreshOutbox, p.guarded});
+    return std::make_unique<ManualScreenKind>(ManualScreen::Parts{p.database,
+                                                                  p.settings,
+                                                                  p.state,
+                                                                  p.clock,
+                                                                  p.dialogs,
+                                                                  {p.programFolder, besideProgram()},
+                                                                  p.refreshOutbox,
+                                                                  p.guarded});
 }
 
 std::unique_ptr<Screen> sentScreen(const ScreenParts& p) {
@@ -81,6 +95,7 @@ Screen* ScreenList::made(const QString& name) {
         screen = entry->make(parts_);
         screen->setWindowIcon(applicationIcon());
         setAccessibleRole(screen.get(), QAccessible::Window);
+        QObject::connect(screen->help(), &QAction::triggered, screen.get(), [this, name] { parts_.openHelp(name); });
         WindowPlace::remember(screen.get(), parts_.settingsFile);
     }
     return screen.get();

@@ -35,6 +35,8 @@ struct ScreenParts {
     std::function<void()> refreshOutbox;
     std::function<void()> restartProgram;
     std::function<void(const std::vector<qint64>& ids)> queuedAgain;
+    /// The guide's chapter about the screen of this name.
+    std::function<void(const QString& name)> openHelp;
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.

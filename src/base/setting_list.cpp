@@ -135,6 +135,8 @@ const std::vector<SettingEntry>& settingList() {
          "Host or address, for the [element screen](#the-element-screen)'s *Fetch* and *Upload*. A bare host is asked "
          "over "
          "https; write `http://…` for one without it."},
+        {Program, kKibo, "Language", "Language", Choice, "Language of the windows", "the system's",
+         "`id` for Indonesian, `en` for English. What isn't translated stays English.", "id en"},
         {Program, kKibo, "InstallId", "InstallId", Text, "Identifier for the element service", "none",
          "Names this installation to the element service: a random identifier that Kibo writes when it first fetches. "
          "Delete it to get another."},

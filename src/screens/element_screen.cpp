@@ -50,13 +50,13 @@ QString storable(QString text) {
 
 ElementScreen::ElementScreen(Parts parts) : p_(std::move(parts)), form_(new ElementForm(this)) {
     setObjectName(QStringLiteral("frm_element"));
-    setWindowTitle(QStringLiteral("Elements"));
+    setWindowTitle(tr("Elements"));
     resize(1120, 760);
     setMinimumSize(820, 420);
-    auto* intro = new QLabel(
-        QStringLiteral("Where things are on WhatsApp's page. Locators that begin with / ( or ./ are XPath, others CSS. "
-                       "Test frames what a box finds on the open page."),
-        this);
+    auto* intro =
+        new QLabel(tr("Where things are on WhatsApp's page. Locators that begin with / ( or ./ are XPath, others CSS. "
+                      "Test frames what a box finds on the open page."),
+                   this);
     intro->setTextFormat(Qt::PlainText);
     intro->setWordWrap(true);
     auto* bottom = new QWidget(this);
@@ -84,21 +84,24 @@ void ElementScreen::buildButtons(QWidget* row) {
     status_->setObjectName(QStringLiteral("element_status"));
     status_->setTextFormat(Qt::PlainText);
     line->addWidget(status_, 1);
-    const auto add = [&](const char* name, const char* text, const char* hint) {
-        auto* button = new QPushButton(QString::fromUtf8(text), row);
+    const auto add = [&](const char* name, const QString& text, const QString& hint) {
+        auto* button = new QPushButton(text, row);
         button->setObjectName(QLatin1String(name));
-        button->setToolTip(QString::fromUtf8(hint));
+        button->setToolTip(hint);
         button->setMinimumSize(96, 32);
         button->setAutoDefault(true);  // Enter presses it
         line->addWidget(button);
         return button;
     };
-    QPushButton* fetch = add("cmd_Fetch", "&Fetch", "Fill the boxes with the element service's values");
-    QPushButton* upload = add("cmd_Upload", "&Upload…", "Give the boxes' values to the element service");
+    QPushButton* fetch = add("cmd_Fetch", tr("&Fetch"), tr("Fill the boxes with the element service's values"));
+    QPushButton* upload = add("cmd_Upload", tr("&Upload…"), tr("Give the boxes' values to the element service"));
     QPushButton* report =
-        add("cmd_Report", "Page &report", "Write the open page's structure into a file, without its texts");
-    QPushButton* save = add("cmd_Save", "&Save", "Store all boxes");
-    QPushButton* close = add("cmd_Close", "&Close", "Close this window");
+        add("cmd_Report", tr("Page &report"), tr("Write the open page's structure into a file, without its texts"));
+    QPushButton* save = add("cmd_Save", tr("&Save"), tr("Store all boxes"));
+    QPushButton* close = add("cmd_Close", tr("&Close"), tr("Close this window"));
+    QPushButton* help = helpButton(row);
+    help->setMinimumSize(close->minimumSize());
+    line->addWidget(help);
     connect(fetch, &QPushButton::clicked, this, &ElementScreen::cmd_Fetch_Click);
     connect(upload, &QPushButton::clicked, this, &ElementScreen::cmd_Upload_Click);
     connect(report, &QPushButton::clicked, this, &ElementScreen::cmd_Report_Click);

@@ -1,6 +1,5 @@
 #include "screens/manual_screen.h"
 
-#include <QDir>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -8,9 +7,8 @@
 #include <QShortcut>
 
 #include "base/log.h"
-#include "platform/machine.h"
-#include "platform/shell.h"
 #include "widgets/accessibility.h"
+#include "widgets/emoji_picker.h"
 #include "widgets/message_edit.h"
 #include "widgets/plain_text.h"
 
@@ -66,12 +64,9 @@ ManualScreen::ManualScreen(Parts parts, const char* name, const QString& title)
 }
 
 void ManualScreen::open() {
-    const bool hasEmoji = !platform::findProgram(platform::joinPath(p_.programFolder.toStdString(), "emo")).empty();
-    emoji_->setEnabled(hasEmoji);
-    emoji_->setToolTip(asPlainText(hasEmoji
-                                       ? QStringLiteral("Start the emoji program")
-                                       : QStringLiteral("There is no emoji program (emo, on Windows emo.exe) in %1")
-                                             .arg(QDir::toNativeSeparators(p_.programFolder))));
+    const QString trouble = picker_->trouble();
+    emoji_->setEnabled(trouble.isEmpty());
+    emoji_->setToolTip(asPlainText(trouble.isEmpty() ? tr("Choose an emoji (Ctrl+E)") : trouble));
     show();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     raise();
@@ -128,34 +123,35 @@ QPushButton* ManualScreen::button(const char* name, const QString& text, const Q
     return made;
 }
 
-QPushButton* ManualScreen::emojiButton() {
-    emoji_ = button("Command2", QStringLiteral("Em&oji"), {});
-    connect(emoji_, &QPushButton::clicked, this, &ManualScreen::startEmoji);
+QPushButton* ManualScreen::emojiButton(MessageEdit* edit) {
+    picker_ = new EmojiPicker(edit, p_.programFolders);
+    connect(picker_, &EmojiPicker::failed, this, [this](const QString& why) {
+        log::warning("screens", why);
+        say(why, true);
+    });
+    emoji_ = button("Command2", tr("Em&oji"), {});
+    connect(emoji_, &QPushButton::clicked, picker_, &EmojiPicker::start);
+    // Without the program too, which then says so.
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_E), this), &QShortcut::activated, picker_,
+            &EmojiPicker::start);
     return emoji_;
-}
-
-void ManualScreen::startEmoji() {
-    const auto started = platform::startProgram(platform::joinPath(p_.programFolder.toStdString(), "emo"));
-    if (started) return;
-    const QString why = QString::fromStdString(started.failure().text);
-    log::warning("screens", why);
-    say(QStringLiteral("The emoji program did not start: %1").arg(why), true);
 }
 
 QHBoxLayout* ManualScreen::lastLine(const QString& sendText) {
     status_ = plainLabel({}, this);
     status_->setObjectName(QStringLiteral("status"));
     status_->setWordWrap(true);
-    send_ = button("cmd_Send", sendText, QStringLiteral("Put the message into the queue (Ctrl+Enter)"));
-    QPushButton* close = button("cmd_Close", QStringLiteral("&Close"),
-                                QStringLiteral("Close this window (Escape); what is typed stays"));
-    for (QPushButton* one : {send_, close}) one->setMinimumSize(96, 32);
+    send_ = button("cmd_Send", sendText, tr("Put the message into the queue (Ctrl+Enter)"));
+    QPushButton* close = button("cmd_Close", tr("&Close"), tr("Close this window (Escape); what is typed stays"));
+    QPushButton* help = helpButton(this);
+    for (QPushButton* one : {send_, close, help}) one->setMinimumSize(96, 32);
     connect(send_, &QPushButton::clicked, this, &ManualScreen::cmd_Send_Click);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
     auto* line = new QHBoxLayout;
     line->addWidget(status_, 1);
     line->addWidget(send_);
     line->addWidget(close);
+    line->addWidget(help);
     return line;
 }
 
@@ -197,7 +193,7 @@ void ManualScreen::cmd_Send_Click() {
         if (!fields_.contains(key)) continue;
         const Remark remark = message_.remark(key, now);
         if (remark.forbids()) {
-            say(QStringLiteral("Not queued. ") + remark.text, true);
+            say(tr("Not queued. ") + remark.text, true);
             fields_[key].widget->setFocus(Qt::OtherFocusReason);
             if (key == DraftField::Time)
                 p_.dialogs.show(
@@ -211,7 +207,7 @@ void ManualScreen::cmd_Send_Click() {
         return;
     }
     asking_ = true;
-    doubts.append(QStringLiteral("\nQueue the message nevertheless?"));
+    doubts.append(tr("\nQueue the message nevertheless?"));
     p_.dialogs.show({windowTitle(), doubts.join(u'\n'), MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true},
                     [this, now](bool yes) {
                         asking_ = false;
@@ -223,7 +219,7 @@ void ManualScreen::queue(const MessageDraft& message) {
     Result<qint64> queued = Failure{FailureKind::Database, "the database gave an error"};
     p_.guarded([&] { queued = message_.queue(message); });
     if (!queued) {
-        say(QStringLiteral("Not queued: %1. All stays here as it is; try again when that is mended.")
+        say(tr("Not queued: %1. All stays here as it is; try again when that is mended.")
                 .arg(QString::fromStdString(queued.failure().text)),
             true);
         return;
@@ -231,7 +227,7 @@ void ManualScreen::queue(const MessageDraft& message) {
     if (draft() == message) emptyFields();
     tried_ = false;
     look();
-    say(QStringLiteral("Queued as message %1").arg(queued.value()));
+    say(tr("Queued as message %1").arg(queued.value()));
     p_.guarded(p_.refreshOutbox);
 }
 

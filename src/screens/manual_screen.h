@@ -17,6 +17,7 @@ class QPushButton;
 
 namespace kibo {
 
+class EmojiPicker;
 class MessageEdit;
 
 /// What both windows share in which a message is typed and queued: fields that say what is wrong with them, the way
@@ -32,7 +33,8 @@ class ManualScreen : public Screen {
         const GatewayState& state;
         const Clock& clock;
         Dialogs& dialogs;
-        QString programFolder;
+        /// Where companion programs are looked for, in turn.
+        QStringList programFolders;
         std::function<void()> refreshOutbox;
         /// Runs a click's work where its errors are caught.
         std::function<void(const std::function<void()>& step)> guarded;
@@ -54,7 +56,7 @@ class ManualScreen : public Screen {
                   const QList<QWidget*>& beside = {});
     MessageEdit* messageEdit();
     QPushButton* button(const char* name, const QString& text, const QString& hint);
-    QPushButton* emojiButton();
+    QPushButton* emojiButton(MessageEdit* edit);
     /// The status line with `cmd_Send` and the button that closes.
     QHBoxLayout* lastLine(const QString& sendText);
     void say(const QString& text, bool isTrouble = false);
@@ -74,11 +76,11 @@ class ManualScreen : public Screen {
     void look();
     void cmd_Send_Click();
     void queue(const MessageDraft& draft);
-    void startEmoji();
 
     QHash<DraftField, Field> fields_;
     QLabel* status_ = nullptr;
     QPushButton* emoji_ = nullptr;
+    EmojiPicker* picker_ = nullptr;  // the message box owns it
     QTimer looks_{this};
     bool tried_ = false;   // to queue what stands there
     bool asking_ = false;  // whether a doubtful message is meant

@@ -28,7 +28,7 @@ QString asText(const ChatLine& line) {
 }  // namespace
 
 ReplyScreen::ReplyScreen(Parts parts)
-    : ManualScreen(std::move(parts), "frm_Send2_v2", QStringLiteral("Quick reply")),
+    : ManualScreen(std::move(parts), "frm_Send2_v2", tr("Quick reply")),
       txtNo_(new QLineEdit(this)),
       txtProfil_(new QLineEdit(this)),
       chat_(new QPlainTextEdit(this)),
@@ -38,38 +38,38 @@ ReplyScreen::ReplyScreen(Parts parts)
     form->setVerticalSpacing(3);
     form->setHorizontalSpacing(10);
     txtNo_->setObjectName(QStringLiteral("txtNo"));
-    addField(form, DraftField::Number, QStringLiteral("&Number"), txtNo_);
+    addField(form, DraftField::Number, tr("&Number"), txtNo_);
     txtProfil_->setObjectName(QStringLiteral("txtProfil"));
     if (isYes(p_.settings.Multi)) {
-        addField(form, DraftField::Profile, QStringLiteral("&Profile"), txtProfil_);
+        addField(form, DraftField::Profile, tr("&Profile"), txtProfil_);
     } else {
         txtProfil_->hide();
     }
-    auto* heading = new QLabel(QStringLiteral("C&hat"), this);
+    auto* heading = new QLabel(tr("C&hat"), this);
     heading->setTextFormat(Qt::PlainText);
     heading->setBuddy(chat_);
     chat_->setObjectName(QStringLiteral("chat"));
-    chat_->setAccessibleName(QStringLiteral("Last messages of the chat"));
+    chat_->setAccessibleName(tr("Last messages of the chat"));
     chat_->setReadOnly(true);
     chat_->setTabChangesFocus(true);
     QPalette colours = chat_->palette();
     colours.setColor(QPalette::Base, colours.color(QPalette::AlternateBase));
     chat_->setPalette(colours);
-    chat_->setPlaceholderText(QStringLiteral("No message of this chat is known"));
+    chat_->setPlaceholderText(tr("No message of this chat is known"));
     const int line = form->rowCount();
     form->addWidget(heading, line, 0, Qt::AlignTop);
     form->addWidget(chat_, line, 1, 1, 2);
     form->setRowStretch(line, 3);
     form->setRowMinimumHeight(line + 1, kBelowChat);
-    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton()});
+    addField(form, DraftField::Text, tr("&Message"), txtMsg_, {emojiButton(txtMsg_)});
     form->setRowStretch(line + 2, 2);
     auto* page = new QVBoxLayout(this);
     page->addLayout(form, 1);
-    page->addLayout(lastLine(QStringLiteral("&Queue")));
-    QWidget* const order[] = {txtNo_, txtProfil_, chat_, txtMsg_, findChild<QWidget*>(QStringLiteral("Command2")),
-                              send_};
-    for (std::size_t i = 1; i < std::size(order); ++i) setTabOrder(order[i - 1], order[i]);
-    setTabOrder(send_, findChild<QWidget*>(QStringLiteral("cmd_Close")));
+    page->addLayout(lastLine(tr("&Queue")));
+    QList<QWidget*> order{txtNo_, txtProfil_, chat_, txtMsg_};
+    for (const char* name : {"Command2", "cmd_Send", "cmd_Close", "cmd_Help"})
+        order.append(findChild<QWidget*>(QLatin1String(name)));
+    for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
     resize(620, 560);
     setMinimumSize(480, 420);
 }
@@ -84,9 +84,7 @@ void ReplyScreen::openFor(const QString& number, const QString& received, const 
     const bool filled = fill(number, received, profile);
     open();
     txtMsg_->setFocus(Qt::OtherFocusReason);
-    if (!filled)
-        say(QStringLiteral("The reply below is not queued yet. Queue it or clear it, then open the other message."),
-            true);
+    if (!filled) say(tr("The reply below is not queued yet. Queue it or clear it, then open the other message."), true);
 }
 
 void ReplyScreen::refill(const QString& number, const QString& received, const QString& profile) {

@@ -54,7 +54,7 @@ const QString kSample = QStringLiteral(
 
 }  // namespace
 
-SendScreen::SendScreen(Parts parts) : ManualScreen(std::move(parts), "frm_Send1_v2", QStringLiteral("Send a message")) {
+SendScreen::SendScreen(Parts parts) : ManualScreen(std::move(parts), "frm_Send1_v2", tr("Send a message")) {
     setAcceptDrops(true);
     auto* columns = new QHBoxLayout;
     columns->setSpacing(18);
@@ -65,7 +65,7 @@ SendScreen::SendScreen(Parts parts) : ManualScreen(std::move(parts), "frm_Send1_
     columns->addLayout(previews(), 2);
     auto* page = new QVBoxLayout(this);
     page->addLayout(columns, 1);
-    page->addLayout(lastLine(QStringLiteral("&Queue")));
+    page->addLayout(lastLine(tr("&Queue")));
     setTabOrders();
     resize(1040, 640);
     setMinimumSize(820, 560);
@@ -104,33 +104,32 @@ QLayout* SendScreen::form() {
     const auto fileField = [this](const char* name) {
         auto* field = new FileField(this);
         field->setObjectName(QLatin1String(name));
-        field->setPlaceholderText(QStringLiteral("None. A path or an address, or drop a file here"));
+        field->setPlaceholderText(tr("None. A path or an address, or drop a file here"));
         return field;
     };
     txtNo_ = line("txtNo");
-    addField(form, DraftField::Number, QStringLiteral("&Number"), txtNo_);
+    addField(form, DraftField::Number, tr("&Number"), txtNo_);
     txtProfil_ = line("txtProfil");
     if (isYes(p_.settings.Multi)) {
-        addField(form, DraftField::Profile, QStringLiteral("&Profile"), txtProfil_);
+        addField(form, DraftField::Profile, tr("&Profile"), txtProfil_);
     } else {
         txtProfil_->hide();
     }
     txtMsg_ = messageEdit();
-    QPushButton* sample =
-        button("Command5", QStringLiteral("S&ample"), QStringLiteral("A text that shows what texts can do"));
+    QPushButton* sample = button("Command5", tr("S&ample"), tr("A text that shows what texts can do"));
     connect(sample, &QPushButton::clicked, this, &SendScreen::Command5_Click);
-    addField(form, DraftField::Text, QStringLiteral("&Message"), txtMsg_, {emojiButton(), sample});
+    addField(form, DraftField::Text, tr("&Message"), txtMsg_, {emojiButton(txtMsg_), sample});
     form->setRowStretch(form->rowCount() - 2, 1);
     txtMedia_ = fileField("txtMedia");
-    addField(form, DraftField::Media, QStringLiteral("M&edia"), txtMedia_,
-             {fileButton("Command3", QStringLiteral("&Browse…"), kMediaBox, txtMedia_)});
+    addField(form, DraftField::Media, tr("M&edia"), txtMedia_,
+             {fileButton("Command3", tr("&Browse…"), kMediaBox, txtMedia_)});
     txtFile_ = fileField("txtFile");
-    addField(form, DraftField::File, QStringLiteral("&File"), txtFile_,
-             {fileButton("Command4", QStringLiteral("B&rowse…"), kFileBox, txtFile_)});
+    addField(form, DraftField::File, tr("&File"), txtFile_,
+             {fileButton("Command4", tr("B&rowse…"), kFileBox, txtFile_)});
     dpDATE_ = line("dpDATE");
-    calendar_ = button("calendar", QStringLiteral("Ca&lendar…"), QStringLiteral("Choose the day"));
+    calendar_ = button("calendar", tr("Ca&lendar…"), tr("Choose the day"));
     connect(calendar_, &QPushButton::clicked, this, &SendScreen::showCalendar);
-    addField(form, DraftField::Time, QStringLiteral("Send &time"), dpDATE_, {calendar_});
+    addField(form, DraftField::Time, tr("Send &time"), dpDATE_, {calendar_});
     lnow_ = new QLabel(this);
     lnow_->setObjectName(QStringLiteral("lnow"));
     lnow_->setTextFormat(Qt::PlainText);
@@ -140,13 +139,13 @@ QLayout* SendScreen::form() {
 
 QLayout* SendScreen::previews() {
     auto* column = new QVBoxLayout;
-    auto* heading = new QLabel(QStringLiteral("How it may read"), this);
+    auto* heading = new QLabel(tr("How it may read"), this);
     heading->setTextFormat(Qt::PlainText);
     column->addWidget(heading);
     for (int i = 1; i <= 3; ++i) {
         auto* preview = new QPlainTextEdit(this);
         preview->setObjectName(QStringLiteral("preview_%1").arg(i));
-        preview->setAccessibleName(QStringLiteral("Preview %1 of 3").arg(i));
+        preview->setAccessibleName(tr("Preview %1 of 3").arg(i));
         preview->setReadOnly(true);
         preview->setTabChangesFocus(true);
         preview->setBackgroundVisible(false);
@@ -164,16 +163,15 @@ void SendScreen::setTabOrders() {
     QList<QWidget*> order;
     for (QAbstractButton* mode : modes_->buttons()) order.append(mode);
     for (const char* name : {"txtNo", "txtProfil", "txtMsg", "Command2", "Command5", "txtMedia", "Command3", "txtFile",
-                             "Command4", "dpDATE", "calendar", "cmd_Send", "cmd_Close"})
+                             "Command4", "dpDATE", "calendar", "cmd_Send", "cmd_Close", "cmd_Help"})
         order.append(findChild<QWidget*>(QLatin1String(name)));
     for (QPlainTextEdit* preview : previews_) order.append(preview);
     for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
 }
 
 QPushButton* SendScreen::fileButton(const char* name, const QString& text, const FileBox& box, FileField* field) {
-    QPushButton* made = button(name, text, QStringLiteral("Choose the file"));
-    made->setAccessibleName(box.kinds.size() > 1 ? QStringLiteral("Browse for media")
-                                                 : QStringLiteral("Browse for a file"));
+    QPushButton* made = button(name, text, tr("Choose the file"));
+    made->setAccessibleName(box.kinds.size() > 1 ? tr("Browse for media") : tr("Browse for a file"));
     connect(made, &QPushButton::clicked, this, [this, box, field] {
         FileBox asked = box;
         asked.beside = field->text();
@@ -198,7 +196,7 @@ void SendScreen::open() {
 
 void SendScreen::Timer1_Timer() {
     if (isHidden() && Timer1_.isActive()) Timer1_.stop();
-    lnow_->setText(QStringLiteral("Now :  ") + ManualMessage::written(p_.clock.now()));
+    lnow_->setText(tr("Now :  ") + ManualMessage::written(p_.clock.now()));
 }
 
 void SendScreen::proposeTime() {
@@ -210,7 +208,7 @@ void SendScreen::showCalendar() {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     auto* calendar = new QCalendarWidget(menu);
-    calendar->setAccessibleName(QStringLiteral("Day of the send time"));
+    calendar->setAccessibleName(tr("Day of the send time"));
     calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
     calendar->setMinimumDate(p_.clock.now().date());
     const QDateTime typed = ManualMessage::timeOf(dpDATE_->text());

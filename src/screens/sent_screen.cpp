@@ -43,7 +43,7 @@ QString reason(const Failure& failure) {
 
 SentScreen::SentScreen(Parts parts) : p_(std::move(parts)), work_(this), reading_(this) {
     setObjectName(QStringLiteral("frm_Sent"));
-    setWindowTitle(QStringLiteral("Sent messages"));
+    setWindowTitle(tr("Sent messages"));
     resize(1240, 640);
     setMinimumSize(760, 360);
     lines_.header = {QStringLiteral("id"),    QStringLiteral("wa_time"), QStringLiteral("wa_mode"),
@@ -64,7 +64,7 @@ SentScreen::SentScreen(Parts parts) : p_(std::move(parts)), work_(this), reading
     ms_->setContextMenuPolicy(Qt::ActionsContextMenu);
     ms_->addAction(ms_->sortMenu(this)->menuAction());
     ms_->setObjectName(QStringLiteral("ms"));
-    ms_->setAccessibleName(QStringLiteral("Sent messages"));
+    ms_->setAccessibleName(tr("Sent messages"));
     ms_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     column->addWidget(ms_, 1);
     column->addWidget(buttonRow());
@@ -84,19 +84,19 @@ QWidget* SentScreen::searchRow() {
     auto* row = new QWidget(this);
     auto* line = new QHBoxLayout(row);
     line->setContentsMargins(0, 0, 0, 0);
-    const auto label = [&](const char* text, QWidget* control, const char* name, const char* spoken) {
-        auto* words = new QLabel(QString::fromUtf8(text), row);
+    const auto label = [&](const QString& text, QWidget* control, const char* name, const QString& spoken) {
+        auto* words = new QLabel(text, row);
         words->setTextFormat(Qt::PlainText);
         words->setBuddy(control);
         control->setObjectName(QLatin1String(name));
-        control->setAccessibleName(QLatin1String(spoken));
+        control->setAccessibleName(spoken);
         line->addWidget(words);
         line->addWidget(control);
     };
     txtCari_ = new QLineEdit(row);
-    txtCari_->setPlaceholderText(QStringLiteral("Part of the number or the text; empty: all"));
+    txtCari_->setPlaceholderText(tr("Part of the number or the text; empty: all"));
     txtCari_->setClearButtonEnabled(true);
-    label("&Find", txtCari_, "txtCari", "Part of number or text");
+    label(tr("&Find"), txtCari_, "txtCari", tr("Part of number or text"));
     line->setStretchFactor(txtCari_, 1);
     const auto day = [row] {
         auto* edit = new QDateEdit(row);
@@ -106,9 +106,9 @@ QWidget* SentScreen::searchRow() {
     };
     tgl1_ = day();
     tgl2_ = day();
-    label("f&rom", tgl1_, "tgl1", "First day");
-    label("&to", tgl2_, "tgl2", "Last day");
-    Command2_ = button("Command2", "&Search", "Look for sent messages (Enter)", row, row);
+    label(tr("f&rom"), tgl1_, "tgl1", tr("First day"));
+    label(tr("&to"), tgl2_, "tgl2", tr("Last day"));
+    Command2_ = button("Command2", tr("&Search"), tr("Look for sent messages (Enter)"), row, row);
     connect(Command2_, &QPushButton::clicked, this, [this] { work_.isRunning() ? stop() : search(query()); });
     return row;
 }
@@ -119,7 +119,7 @@ QWidget* SentScreen::buttonRow() {
     line->setContentsMargins(0, 0, 0, 0);
     l_jml_ = new QLabel(QStringLiteral("0"), row);
     l_jml_->setObjectName(QStringLiteral("l_jml"));
-    auto* found = new QLabel(QStringLiteral("found"), row);
+    auto* found = new QLabel(tr("found"), row);
     for (QLabel* label : {l_jml_, found}) {
         label->setTextFormat(Qt::PlainText);
         line->addWidget(label);
@@ -130,11 +130,15 @@ QWidget* SentScreen::buttonRow() {
     status_->setWordWrap(true);
     line->addSpacing(12);
     line->addWidget(status_, 1);
-    Command4_ = button("Command4", "Send a&gain", "Put the selected messages into the outbox once more", row, row);
-    Command5_ = button("Command5", "&Delete", "Delete the selected messages from the sent log (Del)", row, row);
-    Command1_ = button("Command1", "&Copy", "Copy all lines; Ctrl+C copies the selected ones", row, row);
-    export_ = button("cmd_Export", "E&xport…", "Save all lines as a CSV file", row, row);
-    close_ = button("cmd_Close", "C&lose", "Close this window (Esc)", row, row);
+    Command4_ =
+        button("Command4", tr("Send a&gain"), tr("Put the selected messages into the outbox once more"), row, row);
+    Command5_ = button("Command5", tr("&Delete"), tr("Delete the selected messages from the sent log (Del)"), row, row);
+    Command1_ = button("Command1", tr("&Copy"), tr("Copy all lines; Ctrl+C copies the selected ones"), row, row);
+    export_ = button("cmd_Export", tr("E&xport…"), tr("Save all lines as a CSV file"), row, row);
+    close_ = button("cmd_Close", tr("C&lose"), tr("Close this window (Esc)"), row, row);
+    QPushButton* help = helpButton(row);
+    help->setMinimumSize(close_->minimumSize());
+    line->addWidget(help);
     connect(Command4_, &QPushButton::clicked, this, [this] {
         change({QStringLiteral("Send again"), QStringLiteral("Put %1 into the outbox once more?"),
                 QStringLiteral("Queueing"), QStringLiteral("put into the outbox")},
@@ -151,10 +155,11 @@ QWidget* SentScreen::buttonRow() {
     return row;
 }
 
-QPushButton* SentScreen::button(const char* name, const char* text, const char* hint, QWidget* parent, QWidget* below) {
-    auto* made = new QPushButton(QString::fromUtf8(text), parent);
+QPushButton* SentScreen::button(const char* name, const QString& text, const QString& hint, QWidget* parent,
+                                QWidget* below) {
+    auto* made = new QPushButton(text, parent);
     made->setObjectName(QLatin1String(name));
-    made->setToolTip(QString::fromUtf8(hint));
+    made->setToolTip(hint);
     made->setMinimumSize(96, 32);
     below->layout()->addWidget(made);
     return made;
@@ -480,7 +485,7 @@ void SentScreen::showButtons() {
     const bool free = !work_.isRunning();
     const bool any = rows_ && rows_->rowCount() > 0;
     const bool selected = ms_->selectionModel()->hasSelection();
-    Command2_->setText(free ? QStringLiteral("&Search") : QStringLiteral("&Stop"));
+    Command2_->setText(free ? tr("&Search") : tr("&Stop"));
     Command4_->setEnabled(free && selected);
     Command5_->setEnabled(free && selected);
     Command1_->setEnabled(free && any);

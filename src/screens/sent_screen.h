@@ -61,7 +61,7 @@ class SentScreen : public Screen {
 
     QWidget* searchRow();
     QWidget* buttonRow();
-    QPushButton* button(const char* name, const char* text, const char* hint, QWidget* parent, QWidget* below);
+    QPushButton* button(const char* name, const QString& text, const QString& hint, QWidget* parent, QWidget* below);
     void addKeys();
 
     void enterPressed();

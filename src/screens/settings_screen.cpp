@@ -1,7 +1,7 @@
 #include "screens/settings_screen.h"
 
+#include <QAction>
 #include <QDir>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -36,12 +36,12 @@ SettingsScreen::SettingsScreen(Parts parts)
       pages_(new QListWidget(this)),
       stack_(new QStackedWidget(this)) {
     setObjectName(QStringLiteral("frm_Config"));
-    setWindowTitle(QStringLiteral("Settings"));
+    setWindowTitle(tr("Settings"));
     resize(900, 660);
     setMinimumSize(640, 420);
     search_->setObjectName(QStringLiteral("search"));
-    search_->setPlaceholderText(QStringLiteral("Find a setting"));
-    search_->setAccessibleName(QStringLiteral("Find a setting"));
+    search_->setPlaceholderText(tr("Find a setting"));
+    search_->setAccessibleName(tr("Find a setting"));
     search_->setClearButtonEnabled(true);
     connect(search_, &QLineEdit::textChanged, this, &SettingsScreen::filter);
     auto* column = new QVBoxLayout(this);
@@ -60,7 +60,7 @@ SettingsScreen::SettingsScreen(Parts parts)
 
 QWidget* SettingsScreen::buildPages() {
     pages_->setObjectName(QStringLiteral("pages"));
-    pages_->setAccessibleName(QStringLiteral("Pages"));
+    pages_->setAccessibleName(tr("Pages"));
     pages_->setFixedWidth(kPagesWidth);
     pages_->setSpacing(3);
     for (const SettingPage page :
@@ -126,35 +126,34 @@ void SettingsScreen::buildButtons(QVBoxLayout* column) {
     const auto settings = [this] { return loadSettings(p_.settingsFile); };
     auto* tries = new QWidget(this);
     new QHBoxLayout(tries);
-    addButton(tries, "tryDatabase", QStringLiteral("Try &database"), [this, settings] {
+    addButton(tries, "tryDatabase", tr("Try &database"), [this, settings] {
         attempt([settings = settings(), folder = p_.programFolder] { return tryDatabase(settings, folder); });
     });
-    addButton(tries, "tryBrowser", QStringLiteral("Try &browser"),
+    addButton(tries, "tryBrowser", tr("Try &browser"),
               [this, settings] { attempt([settings = settings()] { return tryBrowser(settings); }); });
-    addButton(tries, "tryBot", QStringLiteral("Try b&ot"),
+    addButton(tries, "tryBot", tr("Try b&ot"),
               [this, settings] { attempt([settings = settings()] { return tryBot(settings); }); });
     static_cast<QHBoxLayout*>(tries->layout())->addStretch();
-    addButton(tries, "cmd_Edit", QStringLiteral("Edit &file"), [this] { openFile(); });
-    addButton(tries, "cmd_API", QStringLiteral("A&PI"), [this] { startApi(); });
-    addButton(tries, "cmd_Doc", QStringLiteral("&Guide"), [this] { openGuide(); });
+    addButton(tries, "cmd_Edit", tr("Edit &file"), [this] { openFile(); });
+    addButton(tries, "cmd_API", tr("A&PI"), [this] { startApi(); });
+    addButton(tries, "cmd_Doc", tr("&Guide"), [this] { help()->trigger(); });
     tries->layout()->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tries);
     auto* end = new QWidget(this);
     auto* row = new QHBoxLayout(end);
     row->setContentsMargins(0, 0, 0, 0);
-    auto* note = new QLabel(QStringLiteral("Each change is written at once, and counts from the next start on."), end);
+    auto* note = new QLabel(tr("Each change is written at once, and counts from the next start on."), end);
     note->setTextFormat(Qt::PlainText);
     note->setForegroundRole(QPalette::PlaceholderText);
     row->addWidget(note, 1);
-    restart_ = addButton(end, "restart", QStringLiteral("&Restart Kibo"), [this] {
-        p_.dialogs.show({QStringLiteral("Restart"),
-                         QStringLiteral("Shall Kibo end and start again now, so that the settings count?"),
+    restart_ = addButton(end, "restart", tr("&Restart Kibo"), [this] {
+        p_.dialogs.show({tr("Restart"), tr("Shall Kibo end and start again now, so that the settings count?"),
                          MessageBox::Icon::Question, MessageBox::Buttons::YesNo, true},
                         [this](bool yes) {
                             if (yes && p_.restartProgram) p_.restartProgram();
                         });
     });
-    addButton(end, "cmd_Save", QStringLiteral("&Save"), [this] { cmd_Save_Click(); })->setDefault(true);
+    addButton(end, "cmd_Save", tr("&Save"), [this] { cmd_Save_Click(); })->setDefault(true);
     column->addWidget(end);
 }
 
@@ -227,7 +226,7 @@ void SettingsScreen::filter(const QString& words) {
     }
     for (QRadioButton* mode : std::as_const(modes_)) mode->setVisible(words.trimmed().isEmpty());
     if (first < 0) {
-        say(QStringLiteral("No setting has these words."));
+        say(tr("No setting has these words."));
     } else {
         say({});
         if (pages_->currentItem()->isHidden()) pages_->setCurrentRow(first);
@@ -271,15 +270,6 @@ void SettingsScreen::openFile() {
     if (!opened) say(QString::fromStdString(opened.failure().text));
 }
 
-/// Where none is installed beside the program, the words say where it should be.
-void SettingsScreen::openGuide() {
-    const QString guide = QDir(p_.programFolder).filePath(QStringLiteral("docs/operator.md"));
-    const auto opened = QFileInfo::exists(guide) ? platform::openForOperator(guide.toStdString())
-                                                 : Result<void>(Failure{FailureKind::NotFound, "not there"});
-    if (!opened)
-        say(QStringLiteral("The guide is not installed here: there is no %1").arg(QDir::toNativeSeparators(guide)));
-}
-
 void SettingsScreen::startApi() {
     const QString program =
         QString::fromStdString(platform::findProgram(platform::joinPath(p_.programFolder.toStdString(), "kb-api")));
@@ -292,7 +282,7 @@ void SettingsScreen::startApi() {
 
 /// In the background: what hangs hangs nothing here.
 void SettingsScreen::attempt(const std::function<QString()>& look) {
-    say(QStringLiteral("Trying…"));
+    say(tr("Trying…"));
     work_.start([this, look](const std::stop_token&) -> BackgroundWork::Ended {
         const QString seen = look();
         return [this, seen] { say(seen); };
@@ -306,7 +296,7 @@ void SettingsScreen::say(const QString& text) {
 
 void SettingsScreen::noticeChange() {
     if (!said_) return;
-    say(QStringLiteral("Written. It counts from the next start on."));
+    say(tr("Written. It counts from the next start on."));
 }
 
 }  // namespace kibo

@@ -57,7 +57,6 @@ class SettingsScreen : public Screen {
     void cmd_Save_Click();
     void cutBackslash(const char* key);
     void openFile();
-    void openGuide();
     void startApi();
     void attempt(const std::function<QString()>& look);
     void say(const QString& text);

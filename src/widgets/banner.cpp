@@ -14,7 +14,7 @@ Banner::Banner(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
-    setAccessibleName(QStringLiteral("What hinders sending or reading"));
+    setAccessibleName(tr("What hinders sending or reading"));
     hide();
 }
 

@@ -14,12 +14,11 @@ constexpr int kQuietZone = 16;
 
 QrBox::QrBox(QWidget* parent) : ColourPanel(parent, 0xFFFFFF, 0xD3DAE0), heading_(this), image_(this), hint_(this) {
     image_.setObjectName(QStringLiteral("Image1"));
-    heading_.setText(QStringLiteral("Scan to log in"));
+    heading_.setText(tr("Scan to log in"));
     QFont bold = heading_.font();
     bold.setBold(true);
     heading_.setFont(bold);
-    hint_.setText(
-        QStringLiteral("On the phone: WhatsApp › Linked devices › Link a device, then point the camera at this code."));
+    hint_.setText(tr("On the phone: WhatsApp › Linked devices › Link a device, then point the camera at this code."));
     hint_.setWordWrap(true);
     for (QLabel* label : {&heading_, &image_, &hint_}) {
         label->setTextFormat(Qt::PlainText);

@@ -191,7 +191,7 @@ void QueueGrid::paintEvent(QPaintEvent* event) {
     if (model_.rowCount() > 0) return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    const QString text = filter_.isEmpty() ? emptyText_ : QStringLiteral("No line holds \"%1\"").arg(filter_);
+    const QString text = filter_.isEmpty() ? emptyText_ : tr("No line holds \"%1\"").arg(filter_);
     painter.drawText(viewport()->rect(), static_cast<int>(Qt::AlignCenter), text);
 }
 
@@ -215,7 +215,7 @@ void QueueGrid::sortBy(int column) {
 }
 
 QMenu* QueueGrid::sortMenu(QWidget* parent) {
-    auto* menu = new QMenu(QStringLiteral("&Sort by"), parent);
+    auto* menu = new QMenu(tr("&Sort by"), parent);
     for (int column = 0; column < model_.columnCount(); ++column) {
         const QString name = model_.headerData(column, Qt::Horizontal).toString();
         // The tenth answers to the key 0.

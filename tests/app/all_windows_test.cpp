@@ -9,12 +9,17 @@
 #include <QMenuBar>
 #include <QTemporaryDir>
 #include <QTextDocumentFragment>
+#include <QTranslator>
 #include <set>
 
 #include "app/gateway_application.h"
+#include "app/help.h"
 #include "app/screen_list.h"
+#include "support/eventually.h"
+#include "support/files.h"
 #include "support/window_fixture.h"
 #include "widgets/qt_dialogs.h"
+#include "widgets/translation.h"
 
 namespace kibo::test {
 namespace {
@@ -100,7 +105,18 @@ std::pair<const QWidget*, QList<QString>> captionsOf(const QWidget* widget) {
     return {widget->window(), captions};
 }
 
-TEST_F(AllWindowsTest, controlsHaveNamesAndKeysOfTheirOwn) {
+class InEachLanguage : public AllWindowsTest, public testing::WithParamInterface<const char*> {
+ protected:
+    InEachLanguage() { speak(QString::fromLatin1(GetParam())); }
+    ~InEachLanguage() override { qDeleteAll(qApp->findChildren<QTranslator*>()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, InEachLanguage, testing::Values("en", "id"));
+
+TEST_P(InEachLanguage, controlsHaveNamesAndKeysOfTheirOwn) {
+    const bool english = GetParam() == std::string("en");
+    const auto* open = application.window()->findChild<QAbstractButton*>(QStringLiteral("cmd_OpenWA"));
+    EXPECT_EQ(open->text().toStdString(), english ? "&Open WhatsApp" : "Buka &WhatsApp");
     for (const char* pause : {";", "4"}) {
         application.state().cmd_Pause.caption = QLatin1String(pause);
         application.window()->showState();
@@ -120,6 +136,26 @@ TEST_F(AllWindowsTest, controlsHaveNamesAndKeysOfTheirOwn) {
                 << widget->metaObject()->className() << ' ' << widget->objectName().toStdString();
         }
     }
+}
+
+TEST_F(AllWindowsTest, f1OpensTheChapterOfTheWindowInFront) {
+    const QString opened = folder.filePath(QStringLiteral("opened"));
+    writtenScript(folder.filePath(QStringLiteral("xdg-open")), "printf '%s ' \"$1\" >>'" + opened.toUtf8() + "'\n");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", folder.path().toUtf8() + ':' + path);
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        const QString chapter = Help::chapterOf(window->objectName());
+        if (chapter.isEmpty()) continue;
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+        QTest::keyClick(window, Qt::Key_F1);
+        ++found;
+        EXPECT_TRUE(eventually([&] { return contentOf(opened).contains('/' + chapter.toUtf8() + ".html "); }))
+            << window->objectName().toStdString();
+    }
+    qputenv("PATH", path);
+    EXPECT_EQ(found, ScreenList::names().size() + 1);
+    EXPECT_EQ(contentOf(opened).count(".html "), found);
 }
 
 }  // namespace

@@ -17,6 +17,8 @@
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
 #include "support/answering_dialogs.h"
+#include "support/eventually.h"
+#include "support/files.h"
 #include "support/manual_clock.h"
 #include "support/stores.h"
 #include "widgets/window_place.h"
@@ -37,7 +39,7 @@ class ManualSendTest : public testing::Test {
                 state,
                 clock,
                 dialogs,
-                folder.path(),
+                {folder.path()},
                 [this] { ++refreshed; },
                 [](const auto& step) { step(); }};
     }
@@ -252,6 +254,29 @@ TEST_F(ManualSendTest, aReplyStaysWithTheChatThatItWasWrittenFor) {
     reply.refill(QStringLiteral("6299"), QStringLiteral("foreign"), {});
     EXPECT_EQ(find<QLineEdit>("txtNo")->text(), QStringLiteral("6299"));
     EXPECT_EQ(find<QPlainTextEdit>("chat")->toPlainText().count(QStringLiteral("foreign")), 1);
+}
+
+TEST_F(ManualSendTest, emojiComeFromTheirProgramToTheCursor) {
+    openSend();
+    auto* message = find<QPlainTextEdit>("txtMsg");
+    message->setFocus();
+    type("ab");
+    key(Qt::Key_Left);
+    key(Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(text("status").find("There is no emoji program"), 0);
+    const QString program = folder.filePath(QStringLiteral("emo"));
+    writtenScript(program, "[ \"$1\" = --print ] && printf '🚀\\n' && sleep 0.2 && printf '👍🏽\\n'\n");
+    screen->open();
+    EXPECT_TRUE(find("Command2")->isEnabled());
+    key(Qt::Key_E, Qt::ControlModifier);
+    find("txtNo")->setFocus();
+    const QString inserted = QStringLiteral("a🚀👍🏽b");
+    EXPECT_TRUE(eventually([&] { return message->toPlainText() == inserted && focused() == "txtMsg"; }))
+        << message->toPlainText().toStdString();
+    writtenScript(program, "exit 3\n");
+    find<QAbstractButton>("Command2")->click();
+    EXPECT_TRUE(eventually([&] { return text("status").find("ended with an error") != std::string::npos; }));
+    EXPECT_EQ(message->toPlainText(), inserted);
 }
 
 }  // namespace

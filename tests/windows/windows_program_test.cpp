@@ -129,6 +129,18 @@ TEST_F(WindowsProgram, OpensItsScreensAndEndsWithItsWindow) {
     EXPECT_EQ(content("kibo.crash"), "");
 }
 
+TEST_F(WindowsProgram, TheEmojiProgramHandsOverWhatIsTaken) {
+    wine->start(program_, home_.filePath(QStringLiteral("emo.exe")), {}, {QStringLiteral("--print")});
+    const auto taken = [this] {
+        (void)test::clickWindow("Emoji", 200, 70);  // again and again: a window that isn't drawn yet takes no click
+        QThread::msleep(500);
+        return program_.state() == QProcess::NotRunning;
+    };
+    ASSERT_TRUE(test::eventually(taken, kSlowMs));
+    EXPECT_EQ(program_.readAll().trimmed().toStdString(), "😀");
+    EXPECT_EQ(content("emo.recent").replace("\r\n", "\n"), "tone 0\n😀\n");
+}
+
 const std::string kAni = "6281230000001";
 const std::string kUnknown = "6280000000000";
 

@@ -51,12 +51,13 @@ QString Wine::loader() {
     return {};
 }
 
-void Wine::start(QProcess& process, const QString& program, const QProcessEnvironment& variables) const {
+void Wine::start(QProcess& process, const QString& program, const QProcessEnvironment& variables,
+                 const QStringList& arguments) const {
     QProcessEnvironment all = environment();
     all.insert(variables);
     process.setProcessEnvironment(all);
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(loader(), {program});
+    process.start(loader(), QStringList{program} + arguments);
     process.waitForStarted();
 }
 

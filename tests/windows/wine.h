@@ -19,7 +19,8 @@ class Wine {
     static QString loader();
 
     /// Starts a program with `variables` added to the environment. `process` must not run yet.
-    void start(QProcess& process, const QString& program, const QProcessEnvironment& variables = {}) const;
+    void start(QProcess& process, const QString& program, const QProcessEnvironment& variables = {},
+               const QStringList& arguments = {}) const;
 
     /// What a Windows program calls the file or folder `path`.
     static QString windowsPath(const QString& path);

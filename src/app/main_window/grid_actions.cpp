@@ -35,20 +35,20 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
         if (!action) return {};
         return [this, &action, grid] { withSelected(grid, action); };
     };
-    const List outbox = list(queues, "Outbox", "&Outbox", c.ms_out, c.findOutbox);
+    const List outbox = list(queues, "Outbox", tr("&Outbox"), c.ms_out, c.findOutbox);
     const Action remove = ofSelected(actions.deleteWaiting, c.ms_out);
-    add(outbox, {"mnDelOut", "&Delete selected messages", c.cmd_DelOut, remove, QKeySequence::Delete});
+    add(outbox, {"mnDelOut", tr("&Delete selected messages"), c.cmd_DelOut, remove, QKeySequence::Delete});
     if (actions.whyWaiting)
-        add(outbox, {"mnWhyWaiting", "&Why is it waiting?", nullptr,
+        add(outbox, {"mnWhyWaiting", tr("&Why is it waiting?"), nullptr,
                      [&actions, grid = c.ms_out] {
                          const std::vector<int> rows = grid->selectedRows();
                          if (!rows.empty()) actions.whyWaiting(grid->key(rows.front()));
                      },
                      Qt::Key_Return});
     addCopies(outbox, c.cmd_CopyOutbox);
-    add(outbox, {"mnClearOutbox", "C&lear…", c.cmd_ClearOutbox, actions.clearOutbox});
+    add(outbox, {"mnClearOutbox", tr("C&lear…"), c.cmd_ClearOutbox, actions.clearOutbox});
 
-    const List inbox = list(queues, "Inbox", "&Inbox", c.ms, c.findInbox);
+    const List inbox = list(queues, "Inbox", tr("&Inbox"), c.ms, c.findInbox);
     const auto ofCurrent = [grid = c.ms](const auto& action) {
         return [&action, grid] {
             // Screen readers select a line and leave the current one where it was.
@@ -58,22 +58,23 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
         };
     };
     if (actions.reply) {
-        QAction* reply = add(inbox, {"mnReplyToLine", "&Reply…", nullptr, ofCurrent(actions.reply), Qt::Key_Return});
+        QAction* reply =
+            add(inbox, {"mnReplyToLine", tr("&Reply…"), nullptr, ofCurrent(actions.reply), Qt::Key_Return});
         connect(c.ms, &QueueGrid::doubleClicked, reply, &QAction::trigger);
         connect(c.ms->selectionModel(), &QItemSelectionModel::currentRowChanged, this, ofCurrent(actions.refillReply));
     }
     addCopies(inbox, c.cmd_CopyInbox);
-    add(inbox, {"mnClearGridInbox", "&Empty the list", c.cmd_ClearGridInbox, actions.emptyInboxList});
-    add(inbox, {"mnClearInbox", "C&lear…", c.cmd_ClearInbox, actions.clearInbox});
+    add(inbox, {"mnClearGridInbox", tr("&Empty the list"), c.cmd_ClearGridInbox, actions.emptyInboxList});
+    add(inbox, {"mnClearInbox", tr("C&lear…"), c.cmd_ClearInbox, actions.clearInbox});
 
-    const List unsent = list(queues, "UnSent", "&Unsent", c.ms2, c.findUnsent);
+    const List unsent = list(queues, "UnSent", tr("&Unsent"), c.ms2, c.findUnsent);
     const Action again = ofSelected(actions.queueAgain, c.ms2);
-    add(unsent, {"mnMoveOutbox", "&Queue selected messages again", c.cmd_MoveOutbox, again, Qt::Key_Return});
+    add(unsent, {"mnMoveOutbox", tr("&Queue selected messages again"), c.cmd_MoveOutbox, again, Qt::Key_Return});
     addCopies(unsent, c.cmd_Copy_UnSent);
-    add(unsent, {"mnClearUnSent", "&Empty the list", c.cmd_ClearUnSent, actions.emptyUnsentList});
+    add(unsent, {"mnClearUnSent", tr("&Empty the list"), c.cmd_ClearUnSent, actions.emptyUnsentList});
 
     // Of the list that was worked in last.
-    QAction* find = queues->addAction(QStringLiteral("&Find in a list"));
+    QAction* find = queues->addAction(tr("&Find in a list"));
     find->setObjectName(QStringLiteral("mnFind"));
     find->setShortcut(QKeySequence::Find);
     const QList<List> lists{outbox, inbox, unsent};
@@ -87,13 +88,13 @@ GridActions::GridActions(WindowControls& c, const MainWindowActions& actions, Di
     });
 }
 
-GridActions::List GridActions::list(QMenu* queues, const char* name, const char* title, QueueGrid* grid,
+GridActions::List GridActions::list(QMenu* queues, const char* name, const QString& title, QueueGrid* grid,
                                     QLineEdit* search) {
     grid->setContextMenuPolicy(Qt::ActionsContextMenu);
-    QString words = QLatin1String(title);
+    QString words = title;
     words.remove(u'&');
     grid->setAccessibleName(words);
-    search->setAccessibleName(QStringLiteral("Find in %1").arg(words));
+    search->setAccessibleName(tr("Find in %1").arg(words));
     connect(search, &QLineEdit::textChanged, grid, &QueueGrid::setFilter);
     auto* leave = new QAction(search);
     leave->setShortcut(Qt::Key_Escape);
@@ -103,11 +104,11 @@ GridActions::List GridActions::list(QMenu* queues, const char* name, const char*
         search->clear();
         grid->setFocus(Qt::ShortcutFocusReason);
     });
-    return {name, grid, search, queues->addMenu(QString::fromUtf8(title))};
+    return {name, grid, search, queues->addMenu(title)};
 }
 
 QAction* GridActions::add(const List& list, const Entry& entry) {
-    auto* action = new QAction(QString::fromUtf8(entry.text), list.grid);
+    auto* action = new QAction(entry.text, list.grid);
     action->setObjectName(QLatin1String(entry.name));
     action->setShortcut(entry.key);
     action->setShortcutContext(Qt::WidgetShortcut);
@@ -126,8 +127,8 @@ QAction* GridActions::add(const List& list, const Entry& entry) {
 
 void GridActions::addCopies(const List& list, QPushButton* button) {
     const auto copying = [this, list](bool all) -> Action { return [this, list, all] { copy(list, all); }; };
-    add(list, {"mnCopySelected", "&Copy selected lines", nullptr, copying(false), QKeySequence::Copy});
-    add(list, {"mnCopyAll", "Copy &all lines", button, copying(true)});
+    add(list, {"mnCopySelected", tr("&Copy selected lines"), nullptr, copying(false), QKeySequence::Copy});
+    add(list, {"mnCopyAll", tr("Copy &all lines"), button, copying(true)});
     QMenu* sort = list.grid->sortMenu(list.menu);
     list.menu->addMenu(sort);
     list.grid->addAction(sort->menuAction());
@@ -135,12 +136,12 @@ void GridActions::addCopies(const List& list, QPushButton* button) {
 
 bool GridActions::isBusy() {
     if (work_.isEmpty() && !reading_.isRunning()) return false;
-    say("Please wait until the work in hand is done.");
+    say(tr("Please wait until the work in hand is done."));
     return true;
 }
 
-void GridActions::say(const char* text) {
-    dialogs_.show({kProgramName, QString::fromUtf8(text), MessageBox::Icon::Information});
+void GridActions::say(const QString& text) {
+    dialogs_.show({kProgramName, text, MessageBox::Icon::Information});
 }
 
 /// The rows of this moment: the list goes on while many are read.
@@ -158,12 +159,13 @@ void GridActions::withSelected(QueueGrid* grid, const std::function<void(const s
         return true;
     };
     const auto told = [this](int done, int of) {
-        work_ = QStringLiteral("Looking at %L1 of %L2 selected lines").arg(done).arg(of);
+        work_ = tr("Looking at %L1 of %L2 selected lines").arg(done).arg(of);
     };
     reading_.start(grid->toRead(false), read, told, [this, ids, action](RowReading::End end) {
         work_.clear();
         if (end == RowReading::End::Done) click_([&] { action(*ids); });
-        if (end == RowReading::End::RowsGone) say("Nothing was done: the list has changed meanwhile. Try once more.");
+        if (end == RowReading::End::RowsGone)
+            say(tr("Nothing was done: the list has changed meanwhile. Try once more."));
     });
 }
 
@@ -173,7 +175,7 @@ void GridActions::copy(const List& list, bool all, int tries) {
     if (what.chosen.empty()) return;
     copyRows(
         reading_, std::move(what), list.grid->model()->columnCount(),
-        [this](int done, int of) { work_ = QStringLiteral("Copying %L1 of %L2 lines").arg(done).arg(of); },
+        [this](int done, int of) { work_ = tr("Copying %L1 of %L2 lines").arg(done).arg(of); },
         [this, list, all, tries](RowReading::End end) { copied(list, all, tries, end); });
 }
 
@@ -189,7 +191,7 @@ void GridActions::copied(const List& list, bool all, int tries, RowReading::End 
         case RowReading::End::Stopped:
             return;
         case RowReading::End::Enough:
-            say("Nothing was copied: it is too much for the clipboard. Select fewer lines and press Ctrl+C.");
+            say(tr("Nothing was copied: it is too much for the clipboard. Select fewer lines and press Ctrl+C."));
             return;
         case RowReading::End::RowsGone:
             break;
@@ -204,7 +206,7 @@ void GridActions::copied(const List& list, bool all, int tries, RowReading::End 
         });
         return;
     }
-    say("Nothing was copied: the list has changed meanwhile. Copy once more.");
+    say(tr("Nothing was copied: the list has changed meanwhile. Copy once more."));
 }
 
 }  // namespace kibo

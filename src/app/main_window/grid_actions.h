@@ -22,6 +22,8 @@ class QueueGrid;
 /// menu, and answers to its key while the list has the focus. Beside that each list is searched as one types, and
 /// sorted.
 class GridActions : public QObject {
+    Q_OBJECT
+
  public:
     using Action = std::function<void()>;
     using Click = std::function<void(const Action&)>;
@@ -38,20 +40,20 @@ class GridActions : public QObject {
     struct List;
     struct Entry {
         const char* name;
-        const char* text;
+        QString text;
         QPushButton* button;  ///< nullptr: none
         Action act;           ///< empty: greyed out
         QKeySequence key = {};
     };
 
-    List list(QMenu* queues, const char* name, const char* title, QueueGrid* grid, QLineEdit* search);
+    List list(QMenu* queues, const char* name, const QString& title, QueueGrid* grid, QLineEdit* search);
     QAction* add(const List& list, const Entry& entry);
     void addCopies(const List& list, QPushButton* button);
     void copy(const List& list, bool all, int tries = 3);
     void copied(const List& list, bool all, int tries, RowReading::End end);
     void withSelected(QueueGrid* grid, const std::function<void(const std::vector<qint64>& ids)>& action);
     bool isBusy();
-    void say(const char* text);
+    void say(const QString& text);
 
     Dialogs& dialogs_;
     Click click_;

@@ -24,11 +24,13 @@ constexpr QSize kSmallestWindow(960, 600);
 /// A message may have 65,000 characters; the field shows as many as a person reads in passing.
 constexpr int kShownCharacters = 4000;
 /// The entry below the profiles, for one more. No folder can have this name.
-const QString kNewProfile = QStringLiteral("New profile…");
+QString newProfileEntry() {
+    return MainWindow::tr("New profile…");
+}
 
 QString timeLeft(int seconds) {
-    if (seconds < 60) return QStringLiteral("%1 s left").arg(seconds);
-    return QStringLiteral("%1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    if (seconds < 60) return MainWindow::tr("%1 s left").arg(seconds);
+    return MainWindow::tr("%1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
 }
 
 void setText(QLabel* label, const QString& text) {
@@ -139,9 +141,9 @@ void MainWindow::recordControls() {
 }
 
 void MainWindow::buildMenus() {
-    const auto add = [this](QMenu* menu, const char* name, const char* text, const std::function<void()>& action,
+    const auto add = [this](QMenu* menu, const char* name, const QString& text, const std::function<void()>& action,
                             const QKeySequence& shortcut = {}) {
-        QAction* entry = menu->addAction(QString::fromUtf8(text));
+        QAction* entry = menu->addAction(text);
         entry->setObjectName(QLatin1String(name));
         entry->setShortcut(shortcut);
         entry->setEnabled(static_cast<bool>(action));
@@ -149,45 +151,47 @@ void MainWindow::buildMenus() {
         return entry;
     };
 
-    QMenu* gateway = menuBar()->addMenu(QStringLiteral("&Gateway"));
-    mnOpenWA_ = add(gateway, "mnOpenWA", "&Open WhatsApp", actions_.openWhatsApp, QKeySequence(Qt::CTRL | Qt::Key_O));
-    mnPause_ = add(gateway, "mnPause", "&Pause", actions_.pause, QKeySequence(Qt::Key_F8));
-    add(gateway, "mnRefresh", "&Refresh Outbox", actions_.refreshOutbox, QKeySequence(Qt::Key_F5));
-    add(gateway, "mnRefreshInbox", "Refresh I&nbox", actions_.refreshInbox, QKeySequence(Qt::Key_F6));
+    QMenu* gateway = menuBar()->addMenu(tr("&Gateway"));
+    mnOpenWA_ =
+        add(gateway, "mnOpenWA", tr("&Open WhatsApp"), actions_.openWhatsApp, QKeySequence(Qt::CTRL | Qt::Key_O));
+    mnPause_ = add(gateway, "mnPause", tr("&Pause"), actions_.pause, QKeySequence(Qt::Key_F8));
+    add(gateway, "mnRefresh", tr("&Refresh Outbox"), actions_.refreshOutbox, QKeySequence(Qt::Key_F5));
+    add(gateway, "mnRefreshInbox", tr("Refresh I&nbox"), actions_.refreshInbox, QKeySequence(Qt::Key_F6));
     gateway->addSeparator();
-    mnStop_ = add(gateway, "mnStop", "&Stop", actions_.stop);
-    add(gateway, "mn_cleaner", "Run C&leaner", actions_.runCleaner);
-    add(gateway, "mnmulti", "Start another &instance", actions_.startAnother);
-    add(gateway, "mncloseall", "Close &All", actions_.closeAll);
-    add(gateway, "mnexit", "E&xit", actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    mnStop_ = add(gateway, "mnStop", tr("&Stop"), actions_.stop);
+    add(gateway, "mn_cleaner", tr("Run C&leaner"), actions_.runCleaner);
+    add(gateway, "mnmulti", tr("Start another &instance"), actions_.startAnother);
+    add(gateway, "mncloseall", tr("Close &All"), actions_.closeAll);
+    add(gateway, "mnexit", tr("E&xit"), actions_.exitProgram, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
     gridActions_ = std::make_unique<GridActions>(
         *controls_, actions_, dialogs_, [this](const auto& action) { click(action); },
-        menuBar()->addMenu(QStringLiteral("&Queues")), state_.work);
+        menuBar()->addMenu(tr("&Queues")), state_.work);
 
-    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    QMenu* view = menuBar()->addMenu(tr("&View"));
     const auto focus = [](QWidget* control) { return [control] { control->setFocus(Qt::ShortcutFocusReason); }; };
-    add(view, "mnViewOutbox", "&Outbox", focus(controls_->ms_out), QKeySequence(Qt::CTRL | Qt::Key_1));
-    add(view, "mnViewInbox", "&Inbox", focus(controls_->ms), QKeySequence(Qt::CTRL | Qt::Key_2));
-    add(view, "mnViewUnsent", "&Unsent", focus(controls_->ms2), QKeySequence(Qt::CTRL | Qt::Key_3));
-    add(view, "len2", "List &chats in Inbox", actions_.listChats);
+    add(view, "mnViewOutbox", tr("&Outbox"), focus(controls_->ms_out), QKeySequence(Qt::CTRL | Qt::Key_1));
+    add(view, "mnViewInbox", tr("&Inbox"), focus(controls_->ms), QKeySequence(Qt::CTRL | Qt::Key_2));
+    add(view, "mnViewUnsent", tr("&Unsent"), focus(controls_->ms2), QKeySequence(Qt::CTRL | Qt::Key_3));
+    add(view, "len2", tr("List &chats in Inbox"), actions_.listChats);
     const auto screen = [this](const char* screenName) -> std::function<void()> {
         if (!actions_.openScreen) return {};
         return [this, screenName] { actions_.openScreen(QLatin1String(screenName)); };
     };
-    add(view, "mnSent", "&Sent messages…", screen("frm_Sent"), QKeySequence(Qt::CTRL | Qt::Key_L));
+    add(view, "mnSent", tr("&Sent messages…"), screen("frm_Sent"), QKeySequence(Qt::CTRL | Qt::Key_L));
     view->addSeparator();
-    add(view, "mnProgramFolder", "&Program folder", actions_.openProgramFolder);
-    add(view, "mnLogFile", "&Log file", actions_.openLogFile);
+    add(view, "mnProgramFolder", tr("&Program folder"), actions_.openProgramFolder);
+    add(view, "mnLogFile", tr("&Log file"), actions_.openLogFile);
 
-    QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
-    add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
-    add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
-    add(tools, "mnConfig", "Se&ttings…", screen("frm_Config"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
+    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    add(tools, "mnSend", tr("&Send a message…"), screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
+    add(tools, "mnReply", tr("Quick &reply…"), screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
+    add(tools, "mnConfig", tr("Se&ttings…"), screen("frm_Config"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    add(tools, "mnElement", tr("&Elements…"), screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
-    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
-    add(help, "mnAbout", "&About", [this] { showAbout(); });
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    add(help, "mnHelp", tr("&Guide"), actions_.openHelp, QKeySequence(Qt::Key_F1));
+    add(help, "mnAbout", tr("&About"), [this] { showAbout(); });
 
     store_ = new QLabel(menuBar());
     store_->setObjectName(QStringLiteral("store"));
@@ -212,8 +216,8 @@ void MainWindow::connectControls() {
         gridActions_->stop();
         if (actions_.stopWork) actions_.stopWork();
     });
-    c.cmd_OutboxRefresh->setAccessibleName(QStringLiteral("Outbox: Refresh"));
-    c.cmd_InboxRefresh->setAccessibleName(QStringLiteral("Inbox: Refresh"));
+    c.cmd_OutboxRefresh->setAccessibleName(tr("Outbox: Refresh"));
+    c.cmd_InboxRefresh->setAccessibleName(tr("Inbox: Refresh"));
     c.newestFirst->setEnabled(static_cast<bool>(actions_.refreshInbox));
     connect(c.newestFirst, &QCheckBox::clicked, this, [this](bool on) {
         state_.newestFirst.checked = on;
@@ -225,7 +229,7 @@ void MainWindow::connectControls() {
         click([this, on] { actions_.hideChrome(on); });
     });
     connect(c.cb_Profil, &QComboBox::textActivated, this, [this](const QString& profile) {
-        if (profile == kNewProfile) {
+        if (profile == newProfileEntry()) {
             if (actions_.newProfile) actions_.newProfile();
             showState();  // also back to the profile in force
             return;
@@ -260,7 +264,7 @@ void MainWindow::showTitle() {
 }
 
 void MainWindow::showStore() {
-    const QString name = state_.storeName.isEmpty() ? QString() : QStringLiteral("Database: ") + state_.storeName;
+    const QString name = state_.storeName.isEmpty() ? QString() : tr("Database: %1").arg(state_.storeName);
     if (store_->text() == name) return;
     store_->setText(name);
     setHint(store_, state_.storePlace);
@@ -290,8 +294,7 @@ void MainWindow::showState() {
     setText(c.Inbox_Cnt, state_.Inbox_Cnt.caption);
     setShown(c.Inbox_Cnt, !state_.Inbox_Cnt.caption.isEmpty());
     if (c.newestFirst->isChecked() != state_.newestFirst.checked) c.newestFirst->setChecked(state_.newestFirst.checked);
-    c.ms_out->setEmptyText(queueIsUnknown() ? QStringLiteral("The database is off")
-                                            : QStringLiteral("No message is waiting"));
+    c.ms_out->setEmptyText(queueIsUnknown() ? tr("The database is off") : tr("No message is waiting"));
     c.showOutbox(state_);
     c.ms_out->refresh();
     c.ms->refresh();
@@ -314,26 +317,27 @@ Banner::Line MainWindow::bannerLine(const Hindrance& hindrance) {
     constexpr Colour kRed = 0xB3261E, kAmber = 0xFFE0A3;
     const bool red = hindrance.ends == Hindrance::Ends::WhenSomeoneActs;
     Banner::Line line{hindrance.text, red ? kRed : kAmber, red ? Colour(0xFFFFFF) : colour::kBlack};
-    const auto offer = [&](const char* caption, const std::function<void()>& action) {
+    const auto offer = [&](const QString& caption, const std::function<void()>& action) {
         if (!action) return;
-        line.button = QString::fromUtf8(caption);
+        line.button = caption;
         line.pressed = [this, action] { click(action); };
     };
     switch (hindrance.remedy) {
         case Hindrance::Remedy::OpenWhatsApp:
-            offer("Open WhatsApp", actions_.openWhatsApp);
+            offer(tr("Open WhatsApp"), actions_.openWhatsApp);
             break;
         case Hindrance::Remedy::Continue:
-            offer("Continue", actions_.pause);
+            offer(tr("Continue"), actions_.pause);
             break;
         case Hindrance::Remedy::Elements:
-            if (actions_.openScreen) offer("Elements…", [this] { actions_.openScreen(QStringLiteral("frm_element")); });
+            if (actions_.openScreen)
+                offer(tr("Elements…"), [this] { actions_.openScreen(QStringLiteral("frm_element")); });
             break;
         case Hindrance::Remedy::ProgramFolder:
-            offer("Program folder", actions_.openProgramFolder);
+            offer(tr("Program folder"), actions_.openProgramFolder);
             break;
         case Hindrance::Remedy::TryAgain:
-            offer("Try again", actions_.refreshOutbox);
+            offer(tr("Try again"), actions_.refreshOutbox);
             break;
         case Hindrance::Remedy::None:
             break;
@@ -351,7 +355,7 @@ void MainWindow::showHead() {
     mnStop_->setEnabled(c.cmd_STOP->isEnabled());
 
     const bool paused = state_.cmd_Pause.caption == QChar(kPausedCaption);
-    const QString pauseText = paused ? QStringLiteral("&Continue") : QStringLiteral("&Pause");
+    const QString pauseText = paused ? tr("&Continue") : tr("&Pause");
     if (c.cmd_Pause->text() != pauseText || c.cmd_Pause->icon().isNull()) {
         c.cmd_Pause->setText(pauseText);
         c.cmd_Pause->setIcon(paused ? playIcon() : pauseIcon());
@@ -363,7 +367,7 @@ void MainWindow::showHead() {
     setBackground(c.cmd_Pause, state_.cmd_Pause.background);
 
     ComboBox profiles = state_.cb_Profil;
-    if (actions_.newProfile) profiles.items.append(kNewProfile);
+    if (actions_.newProfile) profiles.items.append(newProfileEntry());
     showList(c.cb_Profil, profiles);
     setUsable(c.cb_Profil, state_.cb_Profil.enabled);
     ComboBox dummy = state_.cb_DummyContact;
@@ -382,7 +386,7 @@ void MainWindow::showMessageInProgress() {
     WindowControls& c = *controls_;
     // The fields keep a message until the next one is taken.
     const bool ended = !state_.wait.visible && !state_.txtid.text.isEmpty();
-    setText(c.lblMessage, ended ? QStringLiteral("Last message") : QStringLiteral("Message in progress"));
+    setText(c.lblMessage, ended ? tr("Last message") : tr("Message in progress"));
     setText(c.txtid, state_.txtid.text);
     setText(c.txtNo, state_.txtNo.text);
     setText(c.txtMedia, state_.txtMedia.text);
@@ -399,7 +403,7 @@ void MainWindow::showPace() {
     setText(c.Failed_Cnt, QString::number(state_.failedCount));
     setText(c.Outbox_Cnt, queueIsUnknown() ? QStringLiteral("–") : state_.Outbox_Cnt.caption);
     const int held = state_.held.rowCount() - 1;
-    setText(c.Held_Cnt, QStringLiteral("%L1 held").arg(held));
+    setText(c.Held_Cnt, tr("%L1 held").arg(held));
     setShown(c.Held_Cnt, held > 0 && !queueIsUnknown());
     // The count stays after a break or a pause, until the first message of the next batch.
     const bool inBatch = state_.HitungKirim.text != QStringLiteral("0") || state_.BreakTime.enabled();

@@ -50,6 +50,7 @@ struct MainWindowActions {
     std::function<void()> openProgramFolder;
     std::function<void()> openLogFile;
     std::function<void(const QString& name)> openScreen;  ///< a window beside this one
+    std::function<void()> openHelp;                       ///< the guide's chapter about this window
     std::function<void()> activated;                      ///< the window has come to the front
     std::function<void()> unloaded;                       ///< the window is being closed; called once
 };

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -18,6 +19,9 @@ namespace kibo {
 /// The controls of the main window, created at their design places as children of `area` and owned by it. Each
 /// one's object name is the name of the value it shows.
 struct WindowControls {
+    Q_DECLARE_TR_FUNCTIONS(kibo::WindowControls)
+
+ public:
     WindowControls(QWidget* area, const GatewayState& state);
 
     /// Brings the rows of `outbox` in line with the state.
