@@ -82,6 +82,9 @@ const std::vector<SettingEntry>& settingList() {
         {Sending, kKibo, "CountryCode", "CC", Text, "Country code", "none",
          "A number that begins with `Prefix` gets it in the prefix's place."},
         {Sending, kKibo, "Prefix", "txtPrefix", Text, "Prefix", "`0`", "See above."},
+        {Sending, kKibo, "ExpandText", "ExpandText", YesNo, "Expand texts", "on",
+         "`N`: every text is sent as it stands, with its brackets, `~r`, `\\n`, `%time%` and `%name%`. See "
+         "[Texts as they stand](#texts-as-they-stand)."},
         {Sending, kKibo, "Speed", "cSPEED", Choice, "Speed", "`NORMAL`",
          "How long to rest on an opened chat: `NORMAL` 0.3 s, `SLOW` 5 s, `VERYSLOW` 12 s, anything else 0.",
          "NORMAL SLOW VERYSLOW"},

@@ -75,6 +75,7 @@ const Option kOptions[] = {
     OPTION(kKibo, UseIE, kYesNo),
     OPTION(kKibo, ShowIE, kYesNo),
     OPTION(kKibo, InboxRead, kEveryOrLast),
+    OPTION(kKibo, ExpandText),
     OPTION(kKibo, MaxFileMB, kNumber),
     OPTION(kKibo, MessageDays, kNumber),
     OPTION(kKibo, BrowserMaxMB, kNumber),

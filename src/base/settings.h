@@ -33,6 +33,7 @@ struct Settings {
     QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
     QString PageLanguage;  ///< language that the page is asked for; empty: "en"
     QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
+    QString ExpandText;    ///< "N": texts are sent as they stand
     QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
     QString MessageDays;                    ///< how long `kibo_message` keeps what became of a message; empty: 90
