@@ -187,6 +187,7 @@ void MainWindow::buildMenus() {
     add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    add(help, "mnHowSql", "&SQL guide…", screen("frm_howsql"), QKeySequence(Qt::CTRL | Qt::Key_G));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
 
     store_ = new QLabel(menuBar());
