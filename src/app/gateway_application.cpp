@@ -15,6 +15,7 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
+#include "platform/updater.h"
 #include "widgets/window_place.h"
 
 namespace kibo {
@@ -272,6 +273,10 @@ void GatewayApplication::buildInstanceParts() {
         },
         .openSettings = [this] { screens_->open(kSettingsScreen); },
     });
+    updateCheck_ = std::make_unique<UpdateCheck>(UpdateCheck::Parts{
+        *guardedDialogs_, settings_.ElementServer, startUp_.settingsFile(), settings_.buildDate, [this] {
+            return platform::startUpdater(QDir::toNativeSeparators(programFolder_).toLocal8Bit().toStdString());
+        }});
 }
 
 /// An earlier instance of the profile that was ended by force left its rows, and a command of then isn't meant for this
@@ -325,6 +330,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.newProfile = [this] { care_->newProfile(); };
     actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
     actions.startAnother = guarded([this] { instanceStarter_->mnmulti_Click(); });
+    actions.checkForUpdate = guarded([this] { updateCheck_->mnupdate_Click(); });
     actions.closeAll = guarded([this] { closeAll_->mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };

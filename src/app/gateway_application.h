@@ -35,6 +35,7 @@
 #include "session/profile_hold.h"
 #include "session/profile_settings.h"
 #include "session/queue_actions.h"
+#include "screens/update_check.h"
 #include "session/session_keeper.h"
 #include "store/database.h"
 #include "widgets/qt_clipboard.h"
@@ -125,6 +126,7 @@ class GatewayApplication {
     std::unique_ptr<InstanceReport> report_;
     std::unique_ptr<ProfileHold> hold_;
     std::unique_ptr<InstanceStarter> instanceStarter_;
+    std::unique_ptr<UpdateCheck> updateCheck_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;

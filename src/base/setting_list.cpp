@@ -141,6 +141,10 @@ const std::vector<SettingEntry>& settingList() {
         {Program, kKibo, "InstallId", "InstallId", Text, "Identifier for the element service", "none",
          "Names this installation to the element service: a random identifier that Kibo writes when it first fetches. "
          "Delete it to get another."},
+        {Program, kKibo, "LastBuild", "LastBuild", Text, "Installed build", "the program's own",
+         "Date of the installed build, as `2023-09-20`, for the [update check](#updates); an updater writes it. A "
+         "later one "
+         "than the program's own doesn't count."},
         {Program, kKibo, "DebugMode", "DebugMode", YesNo, "Show faults in boxes", "off",
          "On: what fails is shown in a box instead of only in the log. For finding faults; what failed stops until its "
          "box "

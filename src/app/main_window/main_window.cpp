@@ -188,6 +188,7 @@ void MainWindow::buildMenus() {
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnHowSql", "&SQL guide…", screen("frm_howsql"), QKeySequence(Qt::CTRL | Qt::Key_G));
+    add(help, "mnupdate", "Check for &updates…", actions_.checkForUpdate, QKeySequence(Qt::CTRL | Qt::Key_U));
     add(help, "mnAbout", "&About", [this] { showAbout(); });
 
     store_ = new QLabel(menuBar());

@@ -45,6 +45,7 @@ struct MainWindowActions {
     std::function<void()> newProfile;  ///< the entry below the profiles
     std::function<void()> runCleaner;
     std::function<void()> startAnother;
+    std::function<void()> checkForUpdate;
     std::function<void()> closeAll;
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;
