@@ -16,6 +16,7 @@
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
 #include "platform/updater.h"
+#include "screens/setting_check.h"
 #include "widgets/window_place.h"
 
 namespace kibo {
@@ -28,11 +29,6 @@ const QString kSettingsScreen = QStringLiteral("frm_Config");
 
 void logFailure(const Result<void>& result) {
     if (!result) log::warning("window", QString::fromStdString(result.failure().text));
-}
-
-QString installedBrowserVersion(const Settings& settings) {
-    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
-    return QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
 }
 
 /// Where the scripts are that belong to the program: its folder, or, when that is another one, beside the executable.
@@ -211,7 +207,7 @@ void GatewayApplication::buildBrowserParts() {
         .settingsFile = startUp_.settingsFile(),
         .hideWindow = [this](bool hide) { return browser_->hideWindow(hide); },
         .endSession = [this] { keeper_->close(); },
-        .browserVersion = [this] { return installedBrowserVersion(settings_); },
+        .browserVersion = [this] { return installedBrowser(settings_); },
         .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
     });
     if (!isYes(settings_.Multi)) care_->checkVersions();
@@ -274,9 +270,8 @@ void GatewayApplication::buildInstanceParts() {
         .openSettings = [this] { screens_->open(kSettingsScreen); },
     });
     updateCheck_ = std::make_unique<UpdateCheck>(UpdateCheck::Parts{
-        *guardedDialogs_, settings_.ElementServer, startUp_.settingsFile(), settings_.buildDate, [this] {
-            return platform::startUpdater(QDir::toNativeSeparators(programFolder_).toLocal8Bit().toStdString());
-        }});
+        *guardedDialogs_, settings_.ElementServer, startUp_.settingsFile(), settings_.buildDate,
+        [this] { return platform::startUpdater(QDir::toNativeSeparators(programFolder_).toStdString()); }});
 }
 
 /// An earlier instance of the profile that was ended by force left its rows, and a command of then isn't meant for this

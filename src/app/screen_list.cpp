@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "screens/about_screen.h"
 #include "screens/element_screen.h"
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
@@ -42,6 +43,11 @@ std::unique_ptr<Screen> sqlGuideScreen(const ScreenParts& p) {
         p.database, p.dialogs, [guarded = p.guarded, refresh = p.refreshOutbox] { guarded(refresh); }});
 }
 
+std::unique_ptr<Screen> aboutScreen(const ScreenParts& p) {
+    return std::make_unique<AboutScreen>(
+        AboutScreen::Parts{p.settings, p.database, p.dialogs, p.programFolder, p.settingsFile});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
@@ -54,6 +60,7 @@ constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},      {"frm_Send1_v2", manualScreen<SendScreen>},
     {kReply, manualScreen<ReplyScreen>}, {"frm_Sent", sentScreen},
     {"frm_Config", settingsScreen},      {"frm_howsql", sqlGuideScreen},
+    {"frm_about2", aboutScreen},
 };
 
 }  // namespace

@@ -141,6 +141,8 @@ const std::vector<SettingEntry>& settingList() {
         {Program, kKibo, "InstallId", "InstallId", Text, "Identifier for the element service", "none",
          "Names this installation to the element service: a random identifier that Kibo writes when it first fetches. "
          "Delete it to get another."},
+        {Program, kKibo, "SupportNumber", "SupportNumber", Text, "Support's number", "none",
+         "Whose chat *Help › About* opens: the number of whoever helps you with Kibo."},
         {Program, kKibo, "LastBuild", "LastBuild", Text, "Installed build", "the program's own",
          "Date of the installed build, as `2023-09-20`, for the [update check](#updates); an updater writes it. A "
          "later one "

@@ -85,6 +85,7 @@ const Option kOptions[] = {
     OPTION(kKibo, PageLanguage),
     OPTION(kKibo, ChromeDriver, kLongText),
     OPTION(kKibo, ElementServer, kLongText),
+    OPTION(kKibo, SupportNumber),
 };
 
 #undef OPTION

@@ -255,6 +255,7 @@ void SqlGuideScreen::showRows(const SqlOutcome& outcome) {
     if (outcome.header.isEmpty()) return;
     found_ = Grid();
     found_.header = outcome.header;
+    found_.wholeNames = true;
     found_.setRows(outcome.rows);
     rows_ = new QueueGrid(found_, 0, -1, tr("No row was found"), this);
     rows_->setAccessibleName(tr("Rows that were found"));

@@ -45,8 +45,10 @@ QString smsTrigger() {
         "CREATE TRIGGER sendwa AFTER INSERT ON outbox\n"
         "FOR EACH ROW\n"
         "BEGIN\n"
-        "    INSERT INTO kibo.outbox (wa_mode, wa_no, wa_text, wa_media, wa_file)\n"
-        "    VALUES ('0', NEW.DestinationNumber, NEW.Text, '', '');\n"
+        "    INSERT INTO kibo.outbox\n"
+        "        (wa_mode, wa_no, wa_text, wa_media, wa_file)\n"
+        "    VALUES\n"
+        "        ('0', NEW.DestinationNumber, NEW.Text, '', '');\n"
         "END$$\n"
         "\n"
         "DELIMITER ;\n");

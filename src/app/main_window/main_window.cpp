@@ -189,7 +189,7 @@ void MainWindow::buildMenus() {
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnHowSql", "&SQL guide…", screen("frm_howsql"), QKeySequence(Qt::CTRL | Qt::Key_G));
     add(help, "mnupdate", "Check for &updates…", actions_.checkForUpdate, QKeySequence(Qt::CTRL | Qt::Key_U));
-    add(help, "mnAbout", "&About", [this] { showAbout(); });
+    add(help, "mnAbout", "&About…", screen("frm_about2"), QKeySequence(Qt::CTRL | Qt::Key_I));
 
     store_ = new QLabel(menuBar());
     store_->setObjectName(QStringLiteral("store"));
@@ -246,13 +246,6 @@ void MainWindow::connectControls() {
 void MainWindow::click(const std::function<void()>& action) {
     if (action) action();
     showState();
-}
-
-void MainWindow::showAbout() {
-    dialogs_.show(
-        {QStringLiteral("About Kibo"),
-         QStringLiteral("Kibo\nVersion %1\nBuild date %2").arg(QStringLiteral(KIBO_VERSION), settings_.buildDate),
-         MessageBox::Icon::Information});
 }
 
 void MainWindow::showTitle() {

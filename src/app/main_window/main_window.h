@@ -82,7 +82,6 @@ class MainWindow : public QMainWindow {
     void buildMenus();
     void connectControls();
     void click(const std::function<void()>& action);
-    void showAbout();
     void showTitle();
     void showStore();
     void showHead();
