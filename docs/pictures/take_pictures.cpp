@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
@@ -33,7 +34,7 @@ class Pictures {
         if (!ini.open(QIODevice::WriteOnly)) return;
         ini.write(
             "[DB]\nUseMDB=Y\n[kibo]\nProfil=1\nAutoStart=Y\nHeadless=Y\nSpeed=NORMAL\nCaptureQR=Y\nAfterSend=5\n"
-            "Break=60\nDummyContact=6281200000002\n");
+            "Break=60\nDummyContact=6281200000002\nSupportNumber=6281230000009\n");
         ini.write("StartAddress=" + QByteArray::fromStdString(standIn_.address()) + '\n');
         ini.write("ChatAddress=" + QByteArray::fromStdString(standIn_.chatAddress()) + '\n');
     }
@@ -42,8 +43,8 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeInbox(s) && takeElements() && takeEmoji() && takeSending(s) && takePauses(s) &&
-               takeTroubles(s) && takeStandby();
+        return takeLogin(s) && takeInbox(s) && takeGuideAndAbout() && takeElements() && takeEmoji() && takeSending(s) &&
+               takePauses(s) && takeTroubles(s) && takeStandby();
     }
 
  private:
@@ -72,22 +73,40 @@ class Pictures {
         incoming(R"({"number": "6281230000009", "text": "Good morning"})");
         return take("inbox", [&] { return s.ms.rowCount() == 44 && s.step == QStringLiteral("Queue empty"); });
     }
-    /// The first dozen of locators tested.
-    bool takeElements() {
-        gateway_->window()->findChild<QAction*>(QStringLiteral("mnElement"))->trigger();
-        QWidget* screen = nullptr;
+    /// The window beside the main one that a menu entry opens.
+    QWidget* opened(const char* entry, const char* name) const {
+        gateway_->window()->findChild<QAction*>(QLatin1String(entry))->trigger();
         const QWidgetList windows = QApplication::topLevelWidgets();
         for (QWidget* window : windows)
-            if (window->objectName() == QStringLiteral("frm_element")) screen = window;
+            if (window->objectName() == QLatin1String(name)) return window;
+        return nullptr;
+    }
+    bool takeScreen(QWidget& screen, const char* name) const {
+        const bool saved = screen.grab().save(QDir(folder_).filePath(QLatin1String(name) + QStringLiteral(".png")));
+        screen.close();
+        return saved;
+    }
+    /// The rows of a SELECT, and the about window once it has found what it looks for.
+    bool takeGuideAndAbout() {
+        QWidget* guide = opened("mnHowSql", "frm_howsql");
+        QWidget* about = opened("mnAbout", "frm_about2");
+        if (!guide || !about) return false;
+        guide->findChild<QPlainTextEdit*>(QStringLiteral("Text1"))
+            ->setPlainText(QStringLiteral("SELECT wa_time, wa_no, wa_text FROM inbox ORDER BY wa_time DESC"));
+        guide->findChild<QAbstractButton*>(QStringLiteral("Command1"))->click();
+        (void)test::eventually([] { return false; }, 4000);
+        return takeScreen(*guide, "sqlguide") && takeScreen(*about, "about");
+    }
+    /// The first dozen of locators tested.
+    bool takeElements() {
+        QWidget* screen = opened("mnElement", "frm_element");
         if (!screen) return false;
         for (const char* name : {"QR", "QRReload", "NewChat", "OwnPicture", "ChatList", "SearchBox", "Conversation",
                                  "To", "PP", "HeaderPicture", "MessageRow", "MessageText"}) {
             screen->findChild<QAbstractButton*>(QStringLiteral("test_") + QLatin1String(name))->click();
             (void)test::eventually([] { return false; }, 200);
         }
-        const bool saved = screen->grab().save(QDir(folder_).filePath(QStringLiteral("elements.png")));
-        screen->close();
-        return saved;
+        return takeScreen(*screen, "elements");
     }
     bool takeEmoji() {
         EmojiWindow window(EmojiWindow::Purpose::HandOver, home_.filePath(QStringLiteral("emo.recent")),

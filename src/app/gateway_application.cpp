@@ -15,6 +15,8 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "platform/top_level_windows.h"
+#include "platform/updater.h"
+#include "screens/setting_check.h"
 #include "widgets/help_page.h"
 #include "widgets/window_place.h"
 
@@ -28,11 +30,6 @@ const QString kSettingsScreen = QStringLiteral("frm_Config");
 
 void logFailure(const Result<void>& result) {
     if (!result) log::warning("window", QString::fromStdString(result.failure().text));
-}
-
-QString installedBrowserVersion(const Settings& settings) {
-    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
-    return QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
 }
 
 /// Where the scripts are that belong to the program: its folder, or, when that is another one, beside the executable.
@@ -213,7 +210,7 @@ void GatewayApplication::buildBrowserParts() {
         .settingsFile = startUp_.settingsFile(),
         .hideWindow = [this](bool hide) { return browser_->hideWindow(hide); },
         .endSession = [this] { keeper_->close(); },
-        .browserVersion = [this] { return installedBrowserVersion(settings_); },
+        .browserVersion = [this] { return installedBrowser(settings_); },
         .scriptFolder = scriptFolder(programFolder_, QStringLiteral("cekver")),
     });
     if (!isYes(settings_.Multi)) care_->checkVersions();
@@ -275,6 +272,9 @@ void GatewayApplication::buildInstanceParts() {
         },
         .openSettings = [this] { screens_->open(kSettingsScreen); },
     });
+    updateCheck_ = std::make_unique<UpdateCheck>(UpdateCheck::Parts{
+        *guardedDialogs_, settings_.ElementServer, startUp_.settingsFile(), settings_.buildDate,
+        [this] { return platform::startUpdater(QDir::toNativeSeparators(programFolder_).toStdString()); }});
 }
 
 /// An earlier instance of the profile that was ended by force left its rows, and a command of then isn't meant for this
@@ -328,6 +328,7 @@ MainWindowActions GatewayApplication::actions() {
     actions.newProfile = [this] { care_->newProfile(); };
     actions.runCleaner = guarded([this] { care_->mn_cleaner_Click(); });
     actions.startAnother = guarded([this] { instanceStarter_->mnmulti_Click(); });
+    actions.checkForUpdate = guarded([this] { updateCheck_->mnupdate_Click(); });
     actions.closeAll = guarded([this] { closeAll_->mncloseall_Click(); });
     actions.exitProgram = [this] { endProgram(); };
     actions.openProgramFolder = [this] { openForOperator(programFolder_); };

@@ -24,6 +24,7 @@
 #include "inbox/media_download.h"
 #include "main_window/main_window.h"
 #include "main_window/window_picture.h"
+#include "screens/update_check.h"
 #include "session/browser_care.h"
 #include "session/browser_renewal.h"
 #include "session/close_all.h"
@@ -127,6 +128,7 @@ class GatewayApplication {
     std::unique_ptr<InstanceReport> report_;
     std::unique_ptr<ProfileHold> hold_;
     std::unique_ptr<InstanceStarter> instanceStarter_;
+    std::unique_ptr<UpdateCheck> updateCheck_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<ScreenList> screens_;
     std::unique_ptr<WindowPicture> picture_;

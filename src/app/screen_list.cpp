@@ -5,11 +5,13 @@
 #include <algorithm>
 
 #include "platform/machine.h"
+#include "screens/about_screen.h"
 #include "screens/element_screen.h"
 #include "screens/reply_screen.h"
 #include "screens/send_screen.h"
 #include "screens/sent_screen.h"
 #include "screens/settings_screen.h"
+#include "screens/sql_guide_screen.h"
 #include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/window_place.h"
@@ -50,6 +52,16 @@ std::unique_ptr<Screen> settingsScreen(const ScreenParts& p) {
         SettingsScreen::Parts{p.state, p.dialogs, p.settingsFile, p.programFolder, p.restartProgram});
 }
 
+std::unique_ptr<Screen> sqlGuideScreen(const ScreenParts& p) {
+    return std::make_unique<SqlGuideScreen>(SqlGuideScreen::Parts{
+        p.database, p.dialogs, [guarded = p.guarded, refresh = p.refreshOutbox] { guarded(refresh); }});
+}
+
+std::unique_ptr<Screen> aboutScreen(const ScreenParts& p) {
+    return std::make_unique<AboutScreen>(
+        AboutScreen::Parts{p.settings, p.database, p.dialogs, p.programFolder, p.settingsFile});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
@@ -61,7 +73,8 @@ constexpr const char* kReply = "frm_Send2_v2";
 constexpr Entry kScreens[] = {
     {"frm_element", elementScreen},      {"frm_Send1_v2", manualScreen<SendScreen>},
     {kReply, manualScreen<ReplyScreen>}, {"frm_Sent", sentScreen},
-    {"frm_Config", settingsScreen},
+    {"frm_Config", settingsScreen},      {"frm_howsql", sqlGuideScreen},
+    {"frm_about2", aboutScreen},
 };
 
 }  // namespace

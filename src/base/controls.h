@@ -84,6 +84,7 @@ struct Grid {
     int statusColumn = -1;  ///< rows that hold something in this column are painted in kMarkedRow; -1: none
     QString warning = {};   ///< with a text: only rows that hold it, in any case, and in `warningColour`
     Colour warningColour = colour::kWarningRow;
+    bool wholeNames = false;  ///< the header's names are shown with the prefix of the tables' columns
 
     /// Counts the header row, so an empty grid has 1.
     int rowCount() const { return 1 + rows->rowCount(); }

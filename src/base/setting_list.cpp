@@ -82,6 +82,9 @@ const std::vector<SettingEntry>& settingList() {
         {Sending, kKibo, "CountryCode", "CC", Text, "Country code", "none",
          "A number that begins with `Prefix` gets it in the prefix's place."},
         {Sending, kKibo, "Prefix", "txtPrefix", Text, "Prefix", "`0`", "See above."},
+        {Sending, kKibo, "ExpandText", "ExpandText", YesNo, "Expand texts", "on",
+         "`N`: every text is sent as it stands, with its brackets, `~r`, `\\n`, `%time%` and `%name%`. See "
+         "[Texts as they stand](#texts-as-they-stand)."},
         {Sending, kKibo, "Speed", "cSPEED", Choice, "Speed", "`NORMAL`",
          "How long to rest on an opened chat: `NORMAL` 0.3 s, `SLOW` 5 s, `VERYSLOW` 12 s, anything else 0.",
          "NORMAL SLOW VERYSLOW"},
@@ -140,6 +143,12 @@ const std::vector<SettingEntry>& settingList() {
         {Program, kKibo, "InstallId", "InstallId", Text, "Identifier for the element service", "none",
          "Names this installation to the element service: a random identifier that Kibo writes when it first fetches. "
          "Delete it to get another."},
+        {Program, kKibo, "SupportNumber", "SupportNumber", Text, "Support's number", "none",
+         "Whose chat *Help › About* opens: the number of whoever helps you with Kibo."},
+        {Program, kKibo, "LastBuild", "LastBuild", Text, "Installed build", "the program's own",
+         "Date of the installed build, as `2023-09-20`, for the [update check](#updates); an updater writes it. A "
+         "later one "
+         "than the program's own doesn't count."},
         {Program, kKibo, "DebugMode", "DebugMode", YesNo, "Show faults in boxes", "off",
          "On: what fails is shown in a box instead of only in the log. For finding faults; what failed stops until its "
          "box "

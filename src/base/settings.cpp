@@ -75,6 +75,7 @@ const Option kOptions[] = {
     OPTION(kKibo, UseIE, kYesNo),
     OPTION(kKibo, ShowIE, kYesNo),
     OPTION(kKibo, InboxRead, kEveryOrLast),
+    OPTION(kKibo, ExpandText),
     OPTION(kKibo, MaxFileMB, kNumber),
     OPTION(kKibo, MessageDays, kNumber),
     OPTION(kKibo, BrowserMaxMB, kNumber),
@@ -84,6 +85,7 @@ const Option kOptions[] = {
     OPTION(kKibo, PageLanguage),
     OPTION(kKibo, ChromeDriver, kLongText),
     OPTION(kKibo, ElementServer, kLongText),
+    OPTION(kKibo, SupportNumber),
 };
 
 #undef OPTION

@@ -78,16 +78,26 @@ bool MessageSender::send(const std::function<Result<ChatLook>()>& openChat) {
 }
 
 Result<void> MessageSender::deliver(const ChatLook& chat, const std::vector<Attachment>& files) {
-    const QString text = typableText(insertContactName(p_.state.txtMsg2.text, contactName(chat.chat)));
+    const QString text = typableText(textFor(chat.chat));
+    if (text.size() > kLongestText)
+        return Failure{FailureKind::InvalidArgument,
+                       QStringLiteral("the text has %1 characters, and a message at most %2")
+                           .arg(text.size())
+                           .arg(kLongestText)
+                           .toStdString()};
     // A draft would become part of the message.
     if (!chat.boxText.trimmed().isEmpty()) p_.page.clearBox(Box::Message);
     return files.empty() ? sendText(chat, text) : sendFiles(chat, files, text);
 }
 
+QString MessageSender::textFor(const OpenChat& opened) {
+    const QString text = p_.state.txtMsg2.text;
+    return expandsTexts(p_.settings) && asksForName(text) ? insertContactName(text, contactName(opened)) : text;
+}
+
 /// A chat may be known by its number before its title is drawn. One that stays without has no name that can be read.
 QString MessageSender::contactName(const OpenChat& opened) {
     QString title = opened.title;
-    if (!asksForName(p_.state.txtMsg2.text)) return title;
     for (int looks = 0; title.isEmpty() && looks < kTitleLooks && !p_.clock.waitingStopped(); ++looks) {
         p_.pacing.WA_WAIT(kSmallWaitMs);
         const auto look = p_.page.lookAtChat(false);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "base/settings.h"
 #include "browser/chat_page.h"
 #include "engine/attachment_sender.h"
 #include "engine/chat_target.h"
@@ -31,6 +32,7 @@ class MessageSender {
     /// What sending is made of; all of it must outlive the sender.
     struct Parts {
         GatewayState& state;
+        const Settings& settings;
         ChatPage& page;
         Clock& clock;
         Pacing& pacing;
@@ -70,6 +72,7 @@ class MessageSender {
 
  private:
     bool send(const std::function<Result<ChatLook>()>& openChat);
+    QString textFor(const OpenChat& opened);
     QString contactName(const OpenChat& opened);
     Result<void> deliver(const ChatLook& chat, const std::vector<Attachment>& files);
     Result<void> sendFiles(const ChatLook& chat, const std::vector<Attachment>& files, const QString& caption);

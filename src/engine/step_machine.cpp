@@ -289,7 +289,8 @@ std::optional<QueuedRow> StepMachine::loadMessage() {
     s.txtMedia.text = row->media.trimmed();
     s.txtFile.text = row->file.trimmed();
     QString problem;
-    s.txtMsg2.text = expandMessageText(row->text, p_.clock.now(), p_.random, &problem);
+    s.txtMsg2.text =
+        expandsTexts(p_.settings) ? expandMessageText(row->text, p_.clock.now(), p_.random, &problem) : row->text;
     if (!problem.isEmpty())
         log::warning("engine", QStringLiteral("message %1 keeps its brackets: %2").arg(s.txtid.text, problem));
     const Result<void> noted = p_.journal.taken(*row, nextAttempt());

@@ -25,6 +25,10 @@ QString generalDate(const QDateTime& now) {
 
 }  // namespace
 
+bool expandsTexts(const Settings& settings) {
+    return settings.ExpandText != QStringLiteral("N");
+}
+
 int randomInteger(int lower, int upper, const RandomSource& random) {
     return static_cast<int>(std::floor((upper - lower + 1) * random() + lower));
 }

@@ -4,12 +4,16 @@
 #include <QString>
 #include <functional>
 
+#include "base/settings.h"
 #include "platform/result.h"
 
 namespace kibo {
 
 /// Gives the next value of a random generator, in [0, 1).
 using RandomSource = std::function<double()>;
+
+/// Whether texts are expanded at all; otherwise every one of them is sent as it stands in its row.
+bool expandsTexts(const Settings& settings);
 
 /// A whole number between `lower` and `upper`, both included: Int((upper − lower + 1) × r + lower).
 int randomInteger(int lower, int upper, const RandomSource& random);

@@ -51,6 +51,9 @@ class TextTyper {
     bool takesPastes_ = true;  // the page's boxes, as far as it is known
 };
 
+/// What WhatsApp takes in one message, in characters of UTF-16.
+inline constexpr qsizetype kLongestText = 65'536;
+
 /// A text as it can be typed: line breaks as line feeds, other control characters and broken surrogates left out.
 QString typableText(const QString& text);
 

@@ -38,7 +38,7 @@ ElementService::ElementService(const QString& server, QString settingsFile)
     if (!base_.isEmpty() && !base_.contains(QStringLiteral("://"))) base_.prepend(QStringLiteral("https://"));
 }
 
-Result<QString> ElementService::FetchElement(const QString& name) {
+Result<QString> ElementService::FetchElement(const QString& name) const {
     const QString address = base_ + QStringLiteral("/element.php?id=") + encoded(installId()) +
                             QStringLiteral("&key=") + encoded(name) + QStringLiteral("&xx=") + randomNumber();
     const Result<QByteArray> answer = httpGet(address, kLimits);
@@ -54,7 +54,7 @@ Result<QString> ElementService::FetchElement(const QString& name) {
     return text;
 }
 
-Result<void> ElementService::UploadElement(const QString& value, const QString& name) {
+Result<void> ElementService::UploadElement(const QString& value, const QString& name) const {
     QString data = value;
     data.replace(QLatin1Char('+'), QStringLiteral("plus"));
     const QString address = base_ + QStringLiteral("/updateelement.php?data=") + encoded(data) +

@@ -17,9 +17,9 @@ class ElementService {
     bool isOff() const { return base_.isEmpty(); }
 
     /// The service's value of `name`. Fails with Protocol for an answer that can't be a locator.
-    Result<QString> FetchElement(const QString& name);
+    Result<QString> FetchElement(const QString& name) const;
     /// Gives `value` to the service as the new value of `name`; every "+" arrives as "plus".
-    Result<void> UploadElement(const QString& value, const QString& name);
+    Result<void> UploadElement(const QString& value, const QString& name) const;
 
     /// Identifies this installation to the service: a random UUID, made at the first call and kept in the settings
     /// file as `InstallId`.

@@ -8,6 +8,7 @@
 #include "engine/chat_target.h"
 #include "engine/phone_number.h"
 #include "engine/text_expansion.h"
+#include "engine/text_typer.h"
 #include "store/queue_writer.h"
 
 namespace kibo {
@@ -21,7 +22,6 @@ const QString kNewestOfMulti = QStringLiteral("SELECT max(id) id FROM (SELECT ma
 constexpr const char* kDuplicateKey = "1062";
 constexpr int kMostDraws = 5;
 constexpr qsizetype kFewestDigits = 7;
-constexpr qsizetype kLongestText = 65'536;  // of WhatsApp
 constexpr int kPreviews = 3;
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
@@ -110,8 +110,12 @@ Remark ManualMessage::ofText(const MessageDraft& draft) const {
         return error(QStringLiteral("Too long: WhatsApp takes %1 characters, this has %2.")
                          .arg(QLocale().toString(kLongestText), QLocale().toString(draft.text.size())));
     QString problem;
-    (void)expandMessageText(
+    const QString expanded = expandMessageText(
         draft.text, clock_.now(), [] { return 0.0; }, &problem);
+    if (!expandsTexts(settings_)) {
+        const bool means = expanded != draft.text || !problem.isEmpty() || asksForName(draft.text);
+        return means ? note(QStringLiteral("Sent as it stands: texts are not expanded (ExpandText=N).")) : Remark();
+    }
     if (!problem.isEmpty()) return doubt(QStringLiteral("The brackets are sent as they stand: %1.").arg(problem));
     if (hasUnclosedGroup(draft.text))
         return error(QStringLiteral("A \"[\" has no \"]\": a part of the text would be left out."));
@@ -163,6 +167,7 @@ QString ManualMessage::written(const QDateTime& time) {
 }
 
 QStringList ManualMessage::preview(const QString& text) const {
+    if (!expandsTexts(settings_)) return QStringList(kPreviews, text);
     QStringList previews;
     for (int i = 0; i < kPreviews; ++i) {
         // Each takes another third of every group, and neighbouring groups aren't in step.

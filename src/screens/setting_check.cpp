@@ -87,10 +87,24 @@ QString tryDatabase(const Settings& settings, const QString& programFolder) {
     return QStringLiteral("The database answers: %1 rows in the table %2.").arg(rows.field(0), table);
 }
 
+QString installedBrowser(const Settings& settings) {
+    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
+    return QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
+}
+
+QString installedDriver(const QString& setting) {
+    if (isDriverAddress(setting)) return {};
+    const QString driver = setting.isEmpty() ? QStringLiteral("chromedriver") : setting;
+    const QString found = QString::fromStdString(platform::findProgram(driver.toStdString()));
+    QProcess process;
+    process.start(found.isEmpty() ? driver : found, {QStringLiteral("--version")});
+    if (!process.waitForFinished(kVersionMs)) return {};
+    return QString::fromLocal8Bit(process.readAllStandardOutput()).section(u' ', 0, 1).simplified();
+}
+
 QString tryBrowser(const Settings& settings) {
     QStringList seen;
-    const QString program = isYes(settings.ChromePortable) ? settings.ChromeBinary : QString();
-    const QString browser = QString::fromStdString(platform::installedBrowserVersion(program.toStdString()));
+    const QString browser = installedBrowser(settings);
     seen.append(browser.isEmpty() ? QStringLiteral("No browser was found.")
                                   : QStringLiteral("Browser: %1.").arg(browser));
     if (isDriverAddress(settings.ChromeDriver)) {
@@ -102,14 +116,9 @@ QString tryBrowser(const Settings& settings) {
                                  QString::fromStdString(answer.failure().text));
         return seen.join(u' ');
     }
-    const QString driver = settings.ChromeDriver.isEmpty() ? QStringLiteral("chromedriver") : settings.ChromeDriver;
-    const QString found = QString::fromStdString(platform::findProgram(driver.toStdString()));
-    QProcess process;
-    process.start(found.isEmpty() ? driver : found, {QStringLiteral("--version")});
-    const bool ended = process.waitForFinished(kVersionMs);
-    const QString version = QString::fromLocal8Bit(process.readAllStandardOutput()).section(u' ', 0, 1).simplified();
-    seen.append(ended && !version.isEmpty() ? QStringLiteral("Driver: %1.").arg(version)
-                                            : QStringLiteral("No ChromeDriver was found."));
+    const QString driver = installedDriver(settings.ChromeDriver);
+    seen.append(driver.isEmpty() ? QStringLiteral("No ChromeDriver was found.")
+                                 : QStringLiteral("Driver: %1.").arg(driver));
     return seen.join(u' ');
 }
 

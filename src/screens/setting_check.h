@@ -11,6 +11,11 @@ namespace kibo {
 /// disk, not at the network. What is empty always works, by its default.
 QString settingTrouble(const SettingEntry& entry, const QString& value);
 
+/// The version of the browser that these settings start; empty: none was found.
+QString installedBrowser(const Settings& settings);
+/// "ChromeDriver 116.0.5845.96", of what the setting `ChromeDriver` names; empty: there is none here that can be asked.
+QString installedDriver(const QString& setting);
+
 /// Tries of what settings name, as a sentence that says what was seen. They take up to seconds and touch nothing of
 /// other threads.
 QString tryDatabase(const Settings& settings, const QString& programFolder);

@@ -98,7 +98,7 @@ Result<void> Database::openSame(const StoreAddress& address) {
 
 Result<void> Database::openToRead(const StoreAddress& address) {
     onlyReads_ = true;
-    return openSame(address);
+    return openRowByRow(address);
 }
 
 Result<void> Database::reopen() {
@@ -163,7 +163,7 @@ Result<void> Database::openMySql(const ConnectionString& target, const Connectio
     if (target.attributes().isEmpty())
         return Failure{FailureKind::InvalidArgument, "The name of the data source (DSN) is empty."};
     const Result<void> connected =
-        connect(QStringLiteral("QODBC"), serverConnection(request) + (onlyReads_ ? kRowByRow : QString()),
+        connect(QStringLiteral("QODBC"), serverConnection(request) + (rowByRow_ ? kRowByRow : QString()),
                 QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=5"));
     if (connected) {
         readTextsWhole();
@@ -345,7 +345,8 @@ Result<void> Database::throughDriver(bool (QSqlDatabase::*call)()) {
     return failureOf(connection.lastError());
 }
 
-Failure Database::failureOf(const QSqlError& error) const {
+Failure Database::failureOf(const QSqlError& error) {
+    said_ = wordsOf(error);
     return sqlFailure(error, dialect_ == Dialect::Sqlite ? SqlErrors::Sqlite : SqlErrors::Server);
 }
 
@@ -387,11 +388,13 @@ Recordset Database::OpenRecordset(const QString& sql, const Values& values) {
 }
 
 Result<void> Database::readThrough(const QString& sql, const Values& values,
-                                   const std::function<bool(const RowReader& row)>& row) {
+                                   const std::function<bool(const RowReader& row)>& row,
+                                   const std::function<void(const RowReader& columns)>& begun) {
     if (!open_) openAgain();
     Result<std::unique_ptr<RowReader>> rows = reader(sql, values, false);
     if (!rows) return rows.failure();
     RowReader& reader = *rows.value();
+    if (begun) begun(reader);
     while (reader.next())
         if (!row(reader)) return {};
     // Also the end of rows that a lost connection has cut off.

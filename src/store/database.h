@@ -60,6 +60,11 @@ class Database {
     Result<void> openSame(const StoreAddress& address);
     /// The same for `readThrough` alone: nothing is written or checked, and a server's rows are not kept on this side.
     Result<void> openToRead(const StoreAddress& address);
+    /// As `openSame`, but a server's rows are not kept on this side: for statements that may give any number of them.
+    Result<void> openRowByRow(const StoreAddress& address) {
+        rowByRow_ = true;
+        return openSame(address);
+    }
     StoreAddress address() const { return {request_, tables_, open_ && dialect_ == Dialect::Sqlite}; }
     /// Releases the connection, lost or not, and opens the same store again.
     Result<void> reopen();
@@ -70,6 +75,8 @@ class Database {
     bool isOpen() const { return open_; }
     /// What the store said when it last failed, in words for the operator; empty when nothing has since it was opened.
     QString problem() const { return problem_; }
+    /// The same word for word, with what it quotes: for the person who wrote the statement, never for the log.
+    QString said() const { return said_; }
     /// Which store this is: its path, or server and database. Holds no password.
     QString identity() const;
     DatabaseKind kind() const { return dialect_ == Dialect::MySql ? DatabaseKind::MySql : DatabaseKind::Access; }
@@ -81,9 +88,10 @@ class Database {
     /// invalid QVariant is a NULL, a null QString an empty text. Times are bound as StoredTime or QDateTime.
     Recordset OpenRecordset(const QString& sql, const Values& values = {});
     /// Runs a query whose rows may be too many to hold: each is given to `row`, which says whether to go on. The
-    /// failure has not gone to the policy.
+    /// failure has not gone to the policy. `begun` sees the columns before; without any the statement gives no rows.
     Result<void> readThrough(const QString& sql, const Values& values,
-                             const std::function<bool(const RowReader& row)>& row);
+                             const std::function<bool(const RowReader& row)>& row,
+                             const std::function<void(const RowReader& columns)>& begun = {});
     /// Runs a statement without result; false after a failure.
     bool Execute(const QString& sql) { return execute(sql).has_value(); }
     /// The same, giving the number of rows affected; nothing after a failure.
@@ -113,6 +121,7 @@ class Database {
 
  private:
     friend class Transaction;
+    friend class StatementBreak;
     enum class Dialect { MySql, Access, Sqlite };
 
     Result<void> open(const ConnectionRequest& request, const QStringList& tables);
@@ -139,7 +148,7 @@ class Database {
     void startLogOver();
     int countOf(const QString& sql, const Values& values);
     std::shared_ptr<const RowSource> handOut(std::shared_ptr<QueryRows> rows);
-    Failure failureOf(const QSqlError& error) const;
+    Failure failureOf(const QSqlError& error);
     /// Keeps in mind what `failure` tells about the connection.
     Failure noted(Failure failure);
 
@@ -154,10 +163,12 @@ class Database {
     bool wanted_ = false;  // to be open: not before it was asked for, nor after a close
     bool inTransaction_ = false;
     bool onlyReads_ = false;
+    bool rowByRow_ = false;
     bool knownAsSqlite_ = false;
     OdbcTexts texts_;
     qint64 openAgainMs_ = 0;  // when it may be tried
     QString problem_;
+    QString said_;
     bool lossSurfaced_ = false;
     QHash<QString, qint64> surfacedMs_;  // by statement
     std::vector<std::weak_ptr<QueryRows>> handedOut_;

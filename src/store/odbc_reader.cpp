@@ -134,7 +134,8 @@ bool OdbcReader::bind(size_t column) {
 }
 
 bool OdbcReader::next() {
-    if (error_.isValid() || !took(odbc().fetch(statement_))) return false;
+    const bool givesRows = columnCount() > 0;  // of other statements the driver refuses to fetch any
+    if (error_.isValid() || !givesRows || !took(odbc().fetch(statement_))) return false;
     ++at_;
     return true;
 }

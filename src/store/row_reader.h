@@ -31,6 +31,7 @@ class RowReader {
     /// The same as a text, null for a NULL and for a column that isn't there.
     QString text(int column) const;
     QStringList row() const;
+    const QStringList& names() const { return names_; }
     int columnCount() const { return static_cast<int>(names_.size()); }
     /// By name, without regard to case; -1 where there is none.
     int columnOf(const QString& name) const;

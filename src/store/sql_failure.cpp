@@ -55,10 +55,14 @@ bool isNoAnswer(const Failure& failure) {
     return among({u"2002", u"2003", u"2005"}, QString::fromStdString(failure.code));
 }
 
-Failure sqlFailure(const QSqlError& error, SqlErrors errors) {
+QString wordsOf(const QSqlError& error) {
     static const QRegularExpression kPrefixes(QStringLiteral("(?:\\[[^\\]]*\\])+"));
     QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
-    text = text.replace(kPrefixes, QStringLiteral(" ")).simplified();
+    return text.replace(kPrefixes, QStringLiteral(" ")).simplified();
+}
+
+Failure sqlFailure(const QSqlError& error, SqlErrors errors) {
+    QString text = wordsOf(error);
     const QString code = error.nativeErrorCode();
     const bool sqlite = errors == SqlErrors::Sqlite;
     // QSQLITE calls a refused statement a connection error too, but then gives SQLite's code.

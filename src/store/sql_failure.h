@@ -15,6 +15,9 @@ enum class SqlErrors { Server, Sqlite };
 /// out: they may be message texts.
 Failure sqlFailure(const QSqlError& error, SqlErrors errors);
 
+/// What the driver says, without those prefixes and with all that it quotes.
+QString wordsOf(const QSqlError& error);
+
 /// Whether a connection could not be made because no server answered at its host and port.
 bool isNoAnswer(const Failure& failure);
 

@@ -295,7 +295,7 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
     if (role == Qt::DisplayRole) {
         // The columns are the tables'; their common prefix only takes room.
         const QString name = grid_.header.value(section);
-        return name.startsWith(QStringLiteral("wa_")) ? name.mid(3) : name;
+        return !grid_.wholeNames && name.startsWith(QStringLiteral("wa_")) ? name.mid(3) : name;
     }
     if (role == Qt::TextAlignmentRole) return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
     return {};

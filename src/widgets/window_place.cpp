@@ -40,6 +40,7 @@ QString WindowPlace::columnsKey(const QueueGrid& grid) const {
 
 void WindowPlace::storeColumns() const {
     for (const QueueGrid* grid : window_->findChildren<QueueGrid*>()) {
+        if (grid->objectName().isEmpty()) continue;
         const QString key = columnsKey(*grid), widths = grid->ownWidths();
         if (widths != ReadIni(kSection, key, file_)) WriteIni(kSection, key, widths, file_);
     }

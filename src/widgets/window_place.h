@@ -10,8 +10,8 @@ namespace kibo {
 class QueueGrid;
 
 /// Remembers where a window stood and how large it was, under its object name in section "windows" of the settings
-/// file, and the columns of its grids whose widths an operator has chosen. It stands there again from the first time it
-/// is shown, as far as that is on a screen.
+/// file, and the columns of its grids whose widths an operator has chosen; a grid without a name is one for the moment.
+/// It stands there again from the first time it is shown, as far as that is on a screen.
 class WindowPlace : public QObject {
     Q_OBJECT
 

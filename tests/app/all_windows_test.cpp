@@ -37,7 +37,7 @@ class AllWindowsTest : public testing::Test {
  protected:
     void SetUp() override {
         ASSERT_TRUE(application.start()) << "in a new folder it makes its stores";
-        for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent", "mnConfig"})
+        for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent", "mnConfig", "mnHowSql", "mnAbout"})
             application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
     }
     /// The foreign text wherever a window shows what isn't the program's own.

@@ -30,6 +30,17 @@ TEST_F(Sending, NameIsAwaitedWhereTheNumberIsKnownBefore) {
     EXPECT_EQ(page.delivered[0].text + page.delivered[1].text, u"for ANIfor ."_qs);
 }
 
+TEST_F(Sending, SendsTextsAsTheyStandWhereTheyAreNotExpanded) {
+    const char* text = R"(Invoice [4711] in C:\new ~r for %name% at %time%, [a|b] and ] too)";
+    settings.ExpandText = u"N"_qs;
+    EXPECT_EQ(sendOne(kAni, QString::fromLatin1(text)), QString());
+    settings.ExpandText.clear();
+    EXPECT_EQ(sendOne(kAni, u"Invoice [4711] in C:\\new"_qs), QString());
+    ASSERT_EQ(page.delivered.size(), 2u);
+    EXPECT_EQ(page.delivered[0].text.toStdString(), text);
+    EXPECT_EQ(page.delivered[1].text.toStdString(), "Invoice 4711 in C:\new");
+}
+
 TEST_F(Sending, TakesTheDemandedWaitsOnly) {
     queue(kAni, u"hello"_qs);
     const qint64 before = clock.waited();
@@ -59,6 +70,9 @@ TEST_F(Sending, FailuresAreMarkedWithTheirReasonAndTheQueueGoesOn) {
         EXPECT_TRUE(lastReason().contains(QString::fromUtf8(c.reason))) << lastReason().toStdString();
     }
     EXPECT_TRUE(page.delivered.empty());
+    EXPECT_EQ(sendOne(kAni, QString(65'533, u'x') + u"%name%"_qs), QString()) << "as long as a message may be";
+    EXPECT_EQ(sendOne(kAni, QString(65'534, u'x') + u"%name%"_qs), u"fail"_qs) << "with the name in it";
+    EXPECT_EQ(lastReason(), u"the text has 65537 characters, and a message at most 65536"_qs);
     execute("insert into outbox (wa_no, wa_text) values (null, null)");
     EXPECT_EQ(sendOne(kAni, u"a\x01\x1b(b"_qs), QString()) << "without control characters";
     EXPECT_EQ(page.delivered.back().text, u"a(b"_qs);

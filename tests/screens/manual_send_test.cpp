@@ -223,6 +223,10 @@ TEST_F(ManualSendTest, whatIsDroppedOrPastedFindsItsFieldOrIsRefusedInWords) {
     QTest::mouseClick(find<QAbstractButton>("Command5"), Qt::LeftButton);
     EXPECT_EQ(seenRemark("txtMsg"), "") << "the sample is a good one";
     EXPECT_NE(find<QPlainTextEdit>("preview_1")->toPlainText(), find<QPlainTextEdit>("preview_2")->toPlainText());
+    settings.ExpandText = QStringLiteral("N");
+    message->appendPlainText(QStringLiteral("late ]"));
+    EXPECT_EQ(seenRemark("txtMsg").find("Sent as it stands"), 0);
+    EXPECT_EQ(find<QPlainTextEdit>("preview_2")->toPlainText(), message->toPlainText());
 }
 
 TEST_F(ManualSendTest, aReplyStaysWithTheChatThatItWasWrittenFor) {

@@ -122,6 +122,9 @@ TEST_F(WindowsProgram, OpensItsScreensAndEndsWithItsWindow) {
     EXPECT_TRUE(closed("Send a message", 'n')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("Quick reply", 'r')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("Sent messages", 'l')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("How it works ??", 'g')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("Update", 'u')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("About", 'i')) << content("kibo.log").toStdString();
     ASSERT_TRUE(closed("KB App")) << content("kibo.log").toStdString();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);

@@ -191,7 +191,9 @@ void MainWindow::buildMenus() {
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     add(help, "mnHelp", tr("&Guide"), actions_.openHelp, QKeySequence(Qt::Key_F1));
-    add(help, "mnAbout", tr("&About"), [this] { showAbout(); });
+    add(help, "mnHowSql", tr("&SQL guide…"), screen("frm_howsql"), QKeySequence(Qt::CTRL | Qt::Key_G));
+    add(help, "mnupdate", tr("Check for &updates…"), actions_.checkForUpdate, QKeySequence(Qt::CTRL | Qt::Key_U));
+    add(help, "mnAbout", tr("&About…"), screen("frm_about2"), QKeySequence(Qt::CTRL | Qt::Key_I));
 
     store_ = new QLabel(menuBar());
     store_->setObjectName(QStringLiteral("store"));
@@ -248,13 +250,6 @@ void MainWindow::connectControls() {
 void MainWindow::click(const std::function<void()>& action) {
     if (action) action();
     showState();
-}
-
-void MainWindow::showAbout() {
-    dialogs_.show(
-        {QStringLiteral("About Kibo"),
-         QStringLiteral("Kibo\nVersion %1\nBuild date %2").arg(QStringLiteral(KIBO_VERSION), settings_.buildDate),
-         MessageBox::Icon::Information});
 }
 
 void MainWindow::showTitle() {

@@ -45,6 +45,7 @@ struct MainWindowActions {
     std::function<void()> newProfile;  ///< the entry below the profiles
     std::function<void()> runCleaner;
     std::function<void()> startAnother;
+    std::function<void()> checkForUpdate;
     std::function<void()> closeAll;
     std::function<void()> exitProgram;
     std::function<void()> openProgramFolder;
@@ -82,7 +83,6 @@ class MainWindow : public QMainWindow {
     void buildMenus();
     void connectControls();
     void click(const std::function<void()>& action);
-    void showAbout();
     void showTitle();
     void showStore();
     void showHead();
