@@ -19,48 +19,48 @@ namespace {
 
 Settings localStore() {
     Settings settings;
-    settings.UseMDB = QStringLiteral("Y");
+    settings.UseMDB = u"Y"_qs;
     return settings;
 }
 
 Settings mySql() {
     Settings settings;
-    settings.MySQL_WithoutDSN = QStringLiteral("Y");
-    settings.MySQL_Server = QStringLiteral("db.example");
-    settings.MySQL_DB = QStringLiteral("wa");
-    settings.Port = QStringLiteral("3306");
-    settings.user = QStringLiteral("me");
-    settings.password = QStringLiteral("secret");
+    settings.MySQL_WithoutDSN = u"Y"_qs;
+    settings.MySQL_Server = u"db.example"_qs;
+    settings.MySQL_DB = u"wa"_qs;
+    settings.Port = u"3306"_qs;
+    settings.user = u"me"_qs;
+    settings.password = u"secret"_qs;
     return settings;
 }
 
 TEST(ConnectionRequestTest, NamesTheStoreWithoutUserAndPassword) {
     Settings settings = mySql();
     const auto named = [&settings] {
-        const StoreName name = storeName(mainStoreRequest(settings, QStringLiteral("C:\\Kibo\\App")));
+        const StoreName name = storeName(mainStoreRequest(settings, u"C:\\Kibo\\App"_qs));
         return (name.name + u'|' + name.place).toStdString();
     };
     EXPECT_EQ(named(), "db.example|wa on db.example, port 3306");
     settings.MySQL_WithoutDSN.clear();
-    settings.dsn = QStringLiteral("DSN=wa_dsn;UID=me;PWD=secret");
+    settings.dsn = u"DSN=wa_dsn;UID=me;PWD=secret"_qs;
     EXPECT_EQ(named(), "wa_dsn|wa_dsn");
-    settings.UseMDB = QStringLiteral("Y");
+    settings.UseMDB = u"Y"_qs;
     EXPECT_EQ(named(), "kb.mdb|C:/Kibo/App/kb.mdb");
 }
 
 TEST(ConnectionRequestTest, TextsForAccessAreTheAgreedOnes) {
-    EXPECT_EQ(mainStoreRequest(localStore(), QStringLiteral("C:\\Kibo\\App")).text,
-              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security "
-                             "Info=False;Jet OLEDB:Database Password="));
-    EXPECT_EQ(elementStoreRequest(inProgramFolder(QStringLiteral("/opt/kibo"), QStringLiteral("element.sys"))).text,
-              QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/opt/kibo\\element.sys;Persist Security "
-                             "Info=False;Jet OLEDB:Database Password=Pelangibiru7!"));
+    EXPECT_EQ(
+        mainStoreRequest(localStore(), u"C:\\Kibo\\App"_qs).text,
+        u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Kibo\\App\\kb.mdb;Persist Security Info=False;Jet OLEDB:Database Password="_qs);
+    EXPECT_EQ(
+        elementStoreRequest(inProgramFolder(u"/opt/kibo"_qs, u"element.sys"_qs)).text,
+        u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/opt/kibo\\element.sys;Persist Security Info=False;Jet OLEDB:Database Password=Pelangibiru7!"_qs);
 }
 
 TEST(ConnectionStringTest, ReadsQuotedBlankAndRepeatedValuesAndAnyPassword) {
-    const ConnectionString text = ConnectionString::parse(QStringLiteral(
-        " driver = {My; Driver} ;SERVER=a;server=b;PWD={p;}}w} ; Empty=;junk;x=\"a\"\"b;c\" ;y='d;e'; Last = z "));
-    EXPECT_TRUE(text.has(QStringLiteral("empty")));
+    const ConnectionString text = ConnectionString::parse(
+        u" driver = {My; Driver} ;SERVER=a;server=b;PWD={p;}}w} ; Empty=;junk;x=\"a\"\"b;c\" ;y='d;e'; Last = z "_qs);
+    EXPECT_TRUE(text.has(u"empty"_qs));
     EXPECT_EQ(text.attributes().size(), 8);
     QStringList values;
     for (const char* key : {"DRIVER", "Server", "pwd", "x", "y", "last"}) values << text.value(QLatin1String(key));
@@ -73,8 +73,8 @@ TEST(ConnectionStringTest, ReadsQuotedBlankAndRepeatedValuesAndAnyPassword) {
          {u"", u"plain", u"a;b", u"a}b", u"{a", u"a{b}c", u"\"a", u"'a'", u" a ", u"a=b;PWD=c"}) {
         settings.password = QString::fromUtf16(password);
         const ConnectionString again = ConnectionString::parse(mainStoreRequest(settings, {}).text);
-        EXPECT_EQ(again.value(QStringLiteral("PWD")), settings.password);
-        EXPECT_EQ(again.value(QStringLiteral("OPTION")), QStringLiteral("3"));
+        EXPECT_EQ(again.value(u"PWD"_qs), settings.password);
+        EXPECT_EQ(again.value(u"OPTION"_qs), u"3"_qs);
     }
 }
 
@@ -86,17 +86,15 @@ TEST(SqlTextTest, DatesAndMarksOutsideOfQuotesAreReplacedAndLogNamesHoldNoValues
         {u"#", nullptr}};
     for (const auto& [sql, rewritten] : dates)
         EXPECT_EQ(withSqliteDateLiterals(QString::fromUtf16(sql)), QString::fromUtf16(rewritten ? rewritten : sql));
-    EXPECT_EQ(withMySqlValues(QStringLiteral("a='?\\'?' and `b?`=? and c=? and d=? and e=\"?\" and f=?"),
-                              {QStringLiteral("it's ?"), 5, QVariant()}),
-              QStringLiteral("a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"));
+    EXPECT_EQ(
+        withMySqlValues(u"a='?\\'?' and `b?`=? and c=? and d=? and e=\"?\" and f=?"_qs, {u"it's ?"_qs, 5, QVariant()}),
+        u"a='?\\'?' and `b?`=_utf8mb4 X'69742773203f' and c=5 and d=NULL and e=\"?\" and f=?"_qs);
     // A backslash is nothing special to Access, neither in the statement nor in a value.
-    EXPECT_EQ(withAccessValues(QStringLiteral("a='C:\\' and b=? and c=\"it's ?\" and d=? and e=? and f=?"),
-                               {QStringLiteral("it's\\"), 5, QVariant(), QDateTime({2020, 11, 27}, {21, 38, 59})}),
-              QStringLiteral("a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL and "
-                             "f=#2020-11-27 21:38:59#"));
-    EXPECT_EQ(statementName(QStringLiteral("  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')")),
-              QStringLiteral("insert tmp"));
-    EXPECT_FALSE(statementName(QStringLiteral("'secret'from'secret'")).contains(QStringLiteral("secret'")));
+    EXPECT_EQ(withAccessValues(u"a='C:\\' and b=? and c=\"it's ?\" and d=? and e=? and f=?"_qs,
+                               {u"it's\\"_qs, 5, QVariant(), QDateTime({2020, 11, 27}, {21, 38, 59})}),
+              u"a='C:\\' and b='it''s\\' and c=\"it's ?\" and d=5 and e=NULL and f=#2020-11-27 21:38:59#"_qs);
+    EXPECT_EQ(statementName(u"  INSERT INTO `tmp` (tmp_cd) VALUES ('secret')"_qs), u"insert tmp"_qs);
+    EXPECT_FALSE(statementName(u"'secret'from'secret'"_qs).contains(u"secret'"_qs));
 }
 
 TEST(SqlFailureTest, HidesWhatAStatementQuotesAndNothingOfAConnection) {
@@ -136,7 +134,7 @@ class OpenFailureTest : public testing::Test {
     SystemClock clock_;
     ErrorPolicy policy_;
     QTemporaryDir folder_;
-    const QString path_ = folder_.filePath(QStringLiteral("kb.mdb"));
+    const QString path_ = folder_.filePath(u"kb.mdb"_qs);
 };
 
 TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
@@ -157,70 +155,67 @@ TEST_F(OpenFailureTest, WhatIsNoWholeStoreIsNamedAtOnce) {
         expectComplaint(said);
     }
     QFile::remove(path_);
-    test::sqlite(path_, QStringLiteral("create table sent (id); create table other (id);"));
+    test::sqlite(path_, u"create table sent (id); create table other (id);"_qs);
     expectComplaint("no table outbox, inbox");
     QFile::remove(path_);
-    QDir(folder_.path()).mkdir(QStringLiteral("kb.mdb"));
+    QDir(folder_.path()).mkdir(u"kb.mdb"_qs);
     expectComplaint("is a folder");
 }
 
 TEST_F(OpenFailureTest, AStoreOfAnEarlierVersionGetsWhatItLacksAndKeepsWhatItHolds) {
     test::createStores(folder_.path());
     const auto columns = [&] {
-        return test::sqlite(path_,
-                            QStringLiteral("select m.name, c.name from sqlite_master m, pragma_table_info(m.name) "
-                                           "c order by 1, 2"));
+        return test::sqlite(
+            path_, u"select m.name, c.name from sqlite_master m, pragma_table_info(m.name) c order by 1, 2"_qs);
     };
     const QString whole = columns();
-    test::sqlite(path_, QStringLiteral("drop view kibo_outcome; "
-                                       "alter table kibo_message drop column ticks_time; "
-                                       "alter table kibo_message drop column page_id; "
-                                       "insert into kibo_message (source, outbox_id) values ('outbox', 7)"));
+    test::sqlite(
+        path_,
+        u"drop view kibo_outcome; alter table kibo_message drop column ticks_time; alter table kibo_message drop column page_id; insert into kibo_message (source, outbox_id) values ('outbox', 7)"_qs);
     ASSERT_TRUE(completeLocalStore(path_));
     ASSERT_TRUE(completeLocalStore(path_)) << "once more finds nothing to do";
     EXPECT_EQ(columns(), whole);
-    EXPECT_EQ(test::sqlite(path_, QStringLiteral("select outbox_id from kibo_message")).trimmed(), QStringLiteral("7"));
+    EXPECT_EQ(test::sqlite(path_, u"select outbox_id from kibo_message"_qs).trimmed(), u"7"_qs);
 }
 
 TEST_F(OpenFailureTest, StoreIsFoundInAnyFolderAndAnOutsideWriterIsWaitedForByWritersOnly) {
-    QTemporaryDir odd(QDir::tempPath() + QStringLiteral("/kibo %41?#é;x XXXXXX"));
+    QTemporaryDir odd(QDir::tempPath() + u"/kibo %41?#é;x XXXXXX"_qs);
     test::createStores(odd.path());
     Database elements(clock_, policy_);
-    ASSERT_TRUE(elements.OpenElementStore(inProgramFolder(odd.path(), QStringLiteral("element.sys"))));
-    EXPECT_EQ(elements.OpenRecordset(QStringLiteral("select isi from element where nama = 'XX_ChatList'")).field(0),
-              QStringLiteral("//*[@id='pane-side']"));
+    ASSERT_TRUE(elements.OpenElementStore(inProgramFolder(odd.path(), u"element.sys"_qs)));
+    EXPECT_EQ(elements.OpenRecordset(u"select isi from element where nama = 'XX_ChatList'"_qs).field(0),
+              u"//*[@id='pane-side']"_qs);
     Database database(clock_, policy_);
     const Result<void> opened = database.OpenDatabase(localStore(), odd.path());
     ASSERT_TRUE(opened) << opened.failure().text;
     QProcess outside;
-    outside.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), odd.filePath(QStringLiteral("kb.mdb"))});
+    outside.start(u"sqlite3"_qs, {u"-bail"_qs, odd.filePath(u"kb.mdb"_qs)});
     outside.write(
         "begin immediate;\ninsert into outbox (wa_no) values ('1');\n.shell echo locked; sleep 0.4\ncommit;\n.quit\n");
     ASSERT_TRUE(outside.waitForReadyRead());
-    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select count(*) from outbox")).field(0), QStringLiteral("0"));
-    EXPECT_TRUE(database.Execute(QStringLiteral("insert into outbox (wa_no) values ('2')")));
-    EXPECT_EQ(database.OpenRecordset(QStringLiteral("select wa_no from outbox order by id desc")).field(0),
-              QStringLiteral("2"));
+    EXPECT_EQ(database.OpenRecordset(u"select count(*) from outbox"_qs).field(0), u"0"_qs);
+    EXPECT_TRUE(database.Execute(u"insert into outbox (wa_no) values ('2')"_qs));
+    EXPECT_EQ(database.OpenRecordset(u"select wa_no from outbox order by id desc"_qs).field(0), u"2"_qs);
     EXPECT_TRUE(outside.waitForFinished());
 }
 
 TEST_F(OpenFailureTest, ServerTroubleIsToldWithoutThePassword) {
     Settings settings = mySql();
-    settings.MySQL_Server = QStringLiteral("127.0.0.1");
-    settings.Port = QStringLiteral("1");
-    settings.dsn = QStringLiteral("no_such_source");
+    settings.MySQL_Server = u"127.0.0.1"_qs;
+    settings.Port = u"1"_qs;
+    settings.dsn = u"no_such_source"_qs;
     for (const char* withoutDsn : {"Y", "N"}) {
         settings.MySQL_WithoutDSN = QLatin1String(withoutDsn);
         const QString said = complaint(settings);
         EXPECT_FALSE(said.isEmpty());
-        EXPECT_FALSE(said.contains(QStringLiteral("secret")));
+        EXPECT_FALSE(said.contains(u"secret"_qs));
         EXPECT_FALSE(said.contains(u'[')) << said.toStdString();
     }
-    settings.problems.append({QStringLiteral("password"), QStringLiteral("password was cut"), true});
-    EXPECT_EQ(complaint(settings), QStringLiteral("password was cut")) << "nothing that leads away from it";
+    settings.problems.append({u"password"_qs, u"password was cut"_qs, true});
+    EXPECT_EQ(complaint(settings), u"password was cut"_qs) << "nothing that leads away from it";
     settings.problems.clear();
     settings.dsn.clear();
-    EXPECT_TRUE(complaint(settings).contains(QStringLiteral("DSN")));
+    EXPECT_TRUE(complaint(settings).contains(u"DSN"_qs));
 }
 
 }  // namespace
@@ -229,9 +224,8 @@ std::vector<test::StoreChoice> test::storeChoices() {
     const auto make = [] {
         const auto folder = std::make_shared<QTemporaryDir>();
         createStores(folder->path());
-        return StoreUnderTest{localStore(), folder->path(), [folder](const QString& sql) {
-                                  return sqlite(folder->filePath(QStringLiteral("kb.mdb")), sql);
-                              }};
+        return StoreUnderTest{localStore(), folder->path(),
+                              [folder](const QString& sql) { return sqlite(folder->filePath(u"kb.mdb"_qs), sql); }};
     };
     return {{"Sqlite", make}};
 }
