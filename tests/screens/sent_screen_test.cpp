@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDateEdit>
-#include <QFile>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -19,6 +18,7 @@
 #include "engine/unsent_list.h"
 #include "support/answering_dialogs.h"
 #include "support/eventually.h"
+#include "support/files.h"
 #include "support/manual_clock.h"
 #include "support/mariadb_server.h"
 #include "support/stores.h"
@@ -27,24 +27,6 @@ namespace kibo::test {
 namespace {
 
 const QDate kDay(2026, 11, 20);
-
-TEST(SentQueryTest, StatementsAreTheAgreedOnes) {
-    const auto sql = [](bool access, bool multi) {
-        return SentQuery{QStringLiteral("a'b"), kDay, kDay.addDays(1), access, multi}.sql().toStdString();
-    };
-    EXPECT_EQ(sql(true, false),
-              "select * from sent where (wa_no like ? or wa_text like ?) and wa_time between #2026-11-20  00:01# and "
-              "#2026-11-21  23:59# ORDER BY status desc , id");
-    EXPECT_EQ(sql(true, true),
-              "select * from multi where (wa_no like ? or wa_text like ?) and tipe = 'S' and wa_time between "
-              "#2026-11-20  00:01# and #2026-11-21  23:59# ORDER BY status desc , id");
-    EXPECT_EQ(sql(false, false),
-              "select * from sent where  (wa_no like ? or wa_text like ?) and wa_time between '2026-11-20  00:01' and "
-              "'2026-11-21  23:59' ORDER BY status desc , id");
-    EXPECT_EQ(sql(false, true),
-              "select * from multi where  (wa_no like ? or wa_text like ?) and tipe = 'S' and wa_time between "
-              "'2026-11-20  00:01' and '2026-11-21  23:59' ORDER BY status desc , id");
-}
 
 struct Form {
     const char* name;
@@ -184,9 +166,7 @@ TEST_P(SentScreenTest, FindsCopiesAndExportsWholeTexts) {
     EXPECT_EQ(dialogs.chosenFrom[1].proposal.toStdString(), "sent 2026-11-20.csv");
     ASSERT_TRUE(atRest());
     EXPECT_EQ(status(), "1 message exported.");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(),
+    EXPECT_EQ(contentOf(path),
               QByteArray(kCsvStart) +
                   (QStringLiteral("id,wa_time,wa_mode,wa_no,wa_text,status,ended,ticks,ticks_time,reason\r\n"
                                   "3,2026-11-20 12:00:00,1,623,") +
@@ -229,9 +209,7 @@ TEST_P(SentScreenTest, TellsWhatBecameOfEachWhereTheStoreDoes) {
         dialogs.texts = {path};
         QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
         EXPECT_TRUE(atRest());
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return QString::fromUtf8(file.readAll()).section(u'\n', 0, 0).trimmed().section(u',', 5).toStdString();
+        return QString::fromUtf8(contentOf(path)).section(u'\n', 0, 0).trimmed().section(u',', 5).toStdString();
     };
     open();
     EXPECT_EQ(search("62"), "3 4 2");
@@ -322,9 +300,7 @@ TEST_P(SentScreenTest, HeaderSortsAllThatWasFoundAndButtonsActOnTheLinesShown) {
     dialogs.texts = {path};
     QTest::mouseClick(find<QPushButton>("cmd_Export"), Qt::LeftButton);
     ASSERT_TRUE(atRest());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(file.readAll().contains("\r\n7,2026-11-20 13:00:00,"));
+    EXPECT_TRUE(contentOf(path).contains("\r\n7,2026-11-20 13:00:00,"));
     dialogs.answers = {true};
     grid()->setFocus();
     QTest::keyClick(grid(), Qt::Key_Delete);
