@@ -28,6 +28,24 @@ namespace {
 
 const QDate kDay(2026, 11, 20);
 
+TEST(SentQueryTest, StatementsAreTheAgreedOnes) {
+    const auto sql = [](bool access, bool multi) {
+        return SentQuery{QStringLiteral("a'b"), kDay, kDay.addDays(1), access, multi}.sql().toStdString();
+    };
+    EXPECT_EQ(sql(true, false),
+              "select * from sent where (wa_no like ? or wa_text like ?) and wa_time between #2026-11-20  00:01# and "
+              "#2026-11-21  23:59# ORDER BY status desc , id");
+    EXPECT_EQ(sql(true, true),
+              "select * from multi where (wa_no like ? or wa_text like ?) and tipe = 'S' and wa_time between "
+              "#2026-11-20  00:01# and #2026-11-21  23:59# ORDER BY status desc , id");
+    EXPECT_EQ(sql(false, false),
+              "select * from sent where  (wa_no like ? or wa_text like ?) and wa_time between '2026-11-20  00:01' and "
+              "'2026-11-21  23:59' ORDER BY status desc , id");
+    EXPECT_EQ(sql(false, true),
+              "select * from multi where  (wa_no like ? or wa_text like ?) and tipe = 'S' and wa_time between "
+              "'2026-11-20  00:01' and '2026-11-21  23:59' ORDER BY status desc , id");
+}
+
 struct Form {
     const char* name;
     bool server, multi;
