@@ -1,4 +1,5 @@
 #include <QElapsedTimer>
+#include <algorithm>
 #include <cstdio>
 
 #include "app/timer_runner.h"
@@ -19,6 +20,8 @@ constexpr int kArrivals = 15;
 constexpr double kArrivalMs = 1200;
 constexpr double kDemandedMs = 100;  // before an opened chat is looked at; the timers' intervals count as measured
 constexpr int kChats = 50, kPerSecond = 5;
+constexpr int kUnread = 300;
+constexpr double kUnreadMs = 3000, kUnreadCommands = 12;
 
 /// How many come in both ways, at least one for each chat; a tenth as many go out. Environment KIBO_BENCH_MESSAGES.
 int incomingCount() {
@@ -125,6 +128,30 @@ void measureArrival(Table& table, BothWays& both) {
                kArrivals});
 }
 
+/// A chat with very many unread messages, from the beginning of the pass that reads it to the end of that pass.
+void measureFullChat(Table& table, BothWays& both) {
+    both.state.Timer_KIBO.setEnabled(false);
+    both.state.Timer2.setEnabled(false);
+    const QString badge = QString::number(kUnread);
+    for (int i = 0; i < kUnread; ++i) both.incoming("6289000000", "unread " + std::to_string(i));
+    both.runUntil(
+        [&] {
+            const auto list = both.chat.page.readChatList(0);
+            return list && std::any_of(list->entries.begin(), list->entries.end(),
+                                       [&](const ChatEntry& entry) { return entry.badge == badge; });
+        },
+        "the messages don't come in");
+    const int before = both.stored();
+    const quint64 commandsBefore = both.chat.browser.client().commandsSent();
+    const double took = millisecondsOf([&] { both.inbox->reader.BACA_WA(); });
+    const auto commands = both.chat.browser.client().commandsSent() - commandsBefore;
+    require(both.stored() - before == kUnread, "not all unread messages are stored");
+    table.add({"inbox: a chat with 300 unread messages", "ms", took, kUnreadMs, 1, 1});
+    table.add({"inbox: browser commands for them", "", static_cast<double>(commands), kUnreadCommands, 1, 1});
+    both.state.Timer_KIBO.setEnabled(true);
+    both.state.Timer2.setEnabled(true);
+}
+
 /// The longest time between two changes of a counter while there was work for it.
 struct Stalls {
     double longestMs = 0;
@@ -170,6 +197,12 @@ void measureBothWays(Table& table, BothWays& both) {
     both.runUntil([&] { return distinct() == incoming && both.state.step == QStringLiteral("Queue empty"); },
                   "a message that came in is missing");
     both.clock.wait(3000);
+    // The numbers in the texts count up; the texts of one chat are 50 apart.
+    const int outOfOrder = both.count(
+        "select count(*) from inbox a join inbox b on b.wa_no = a.wa_no and b.id > a.id "
+        "where a.wa_text like 'incoming %' and b.wa_text like 'incoming %' "
+        "and cast(substr(b.wa_text, 10) as integer) < cast(substr(a.wa_text, 10) as integer)");
+    require(outOfOrder == 0, "the messages of a chat do not stand in their order");
     const int stored = both.count("select count(*) from inbox") - storedBefore;
     require(both.state.failedCount == 0, "a message was not sent");
     table.add({"both ways: rows for each message that came in", "", static_cast<double>(stored),
@@ -188,6 +221,7 @@ void measureInbox(Table& table) {
     BothWays both;
     measureIdlePass(table, both);
     measureArrival(table, both);
+    measureFullChat(table, both);
 }
 
 void measureBothWays(Table& table) {

@@ -96,6 +96,7 @@ struct GatewayState {
         QDate on;
         int count = 0;
     } received;
+    QString ownNumber;   ///< of the account, as the page's own picture of it names it; empty where it doesn't
     int readPasses = 0;  ///< passes over the chat list that reached its end
 
     /// The last pass over the chat list was broken off: there may be unread chats out of sight.

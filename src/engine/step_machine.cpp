@@ -81,6 +81,7 @@ void StepMachine::browserHasGone() {
 }
 
 bool StepMachine::waitForLogin(const PageLook& look) {
+    if (look.qrCodes > 0) p_.state.ownNumber.clear();  // whoever logs in next
     showStatus(false);
     stopMeasuring();
     idle(p_.login.tick(look));
@@ -99,6 +100,7 @@ void StepMachine::showStatus(bool ready) {
 bool StepMachine::loggedIn(const PageLook& look) {
     GatewayState& s = p_.state;
     p_.login.loggedIn();
+    if (const QString number = numberInPicture(look.ownPicture); !number.isEmpty()) s.ownNumber = number;
     s.cmd_Pause.enabled = true;
     const bool phoneOff = look.hasBanner && (matchesNotice(p_.elements[QStringLiteral("XXInfo1")], look.banner) ||
                                              matchesNotice(p_.elements[QStringLiteral("XXInfo2")], look.banner));

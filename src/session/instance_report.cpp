@@ -15,13 +15,13 @@ const QString kServerTime = QStringLiteral("now()");
 const QString kUpdate = QStringLiteral(
     "update kibo_instance set version = ?, started = ?, status = ?, step = ?, paused = ?, break_until = ?, held = ?, "
     "held_why = ?, waiting = ?, done_about = ?, sent = ?, failed = ?, last_failure = ?, browser_since = ?, "
-    "browser_mb = ?, page_changed = ?, received_today = ?, beats = beats + 1, beat = %1 where profil = ? and host = ? "
+    "browser_mb = ?, page_changed = ?, received_today = ?, number = ?, beats = beats + 1, beat = %1 where profil = ? "
+    "and host = ? "
     "and process = ?");
 const QString kInsert = QStringLiteral(
     "insert into kibo_instance (version, started, status, step, paused, break_until, held, held_why, waiting, "
-    "done_about, sent, failed, last_failure, browser_since, browser_mb, page_changed, received_today, beat, profil, "
-    "host, "
-    "process) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, %1, ?, ?, ?)");
+    "done_about, sent, failed, last_failure, browser_since, browser_mb, page_changed, received_today, number, beat, "
+    "profil, host, process) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, %1, ?, ?, ?)");
 const QString kRemove = QStringLiteral("delete from kibo_instance where profil = ? and host = ? and process = ?");
 const QString kHere = QStringLiteral("select process from kibo_instance where profil = ? and host = ?");
 
@@ -106,7 +106,8 @@ Database::Values InstanceReport::told() {
             ageMs > 0 ? storedTime(browserSince_) : QVariant(),
             megabytes_,
             cut(s.pageChanged.isEmpty() ? s.readingChanged : s.pageChanged),
-            s.received.on == now.date() ? s.received.count : 0};
+            s.received.on == now.date() ? s.received.count : 0,
+            cut(s.ownNumber)};
 }
 
 void InstanceReport::write(const Database::Values& row) {
