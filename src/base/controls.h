@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "base/row_source.h"
 
@@ -84,6 +85,8 @@ struct Grid {
     int statusColumn = -1;  ///< rows that hold something in this column are painted in kMarkedRow; -1: none
     QString warning = {};   ///< with a text: only rows that hold it, in any case, and in `warningColour`
     Colour warningColour = colour::kWarningRow;
+    /// Paints single cells, from the shown cells of their row; nothing: as the row is.
+    std::function<std::optional<Colour>(const QStringList& cells, int column)> cellColour = {};
 
     /// Counts the header row, so an empty grid has 1.
     int rowCount() const { return 1 + rows->rowCount(); }

@@ -1,7 +1,9 @@
 #include "base/table_text.h"
 
+#include <QStringDecoder>
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kibo {
 
@@ -40,6 +42,54 @@ void appendCsvCell(std::string& line, QByteArrayView cell) {
         left = left.sliced(end);
     }
     line += '"';
+}
+
+Result<std::vector<QStringList>> csvRows(QByteArrayView file) {
+    if (file.startsWith(kCsvStart)) file = file.sliced(static_cast<qsizetype>(std::strlen(kCsvStart)));
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder.decode(file);
+    if (decoder.hasError())
+        return Failure{FailureKind::InvalidArgument, "the file isn't UTF-8; save it as \"CSV UTF-8\""};
+    QStringView head = QStringView(text).left(text.indexOf(u'\n'));
+    for (bool outside = true; const QStringView part : head.split(u'"')) {
+        if (std::exchange(outside, !outside) && part.contains(u',')) head = {};
+    }
+    const QChar separator = head.contains(u';') ? u';' : u',';
+
+    std::vector<QStringList> rows;
+    QStringList row;
+    QString cell;
+    bool quoted = false;
+    const auto endRow = [&] {
+        row.append(std::exchange(cell, {}));
+        if (row.size() > 1 || !row.front().isEmpty()) rows.push_back(row);
+        row.clear();
+    };
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QChar c = text[at];
+        if (quoted) {
+            if (c != u'"') {
+                cell += c;
+            } else if (at + 1 < text.size() && text[at + 1] == u'"') {
+                cell += text[++at];
+            } else {
+                quoted = false;
+            }
+        } else if (c == u'"' && cell.isEmpty()) {
+            quoted = true;
+        } else if (c == separator) {
+            row.append(std::exchange(cell, {}));
+        } else if (c == u'\n') {
+            endRow();
+        } else if (c != u'\r') {
+            cell += c;
+        }
+    }
+    if (quoted)
+        return Failure{FailureKind::InvalidArgument,
+                       "a quotation mark is never closed, behind row " + std::to_string(rows.size())};
+    if (!row.isEmpty() || !cell.isEmpty()) endRow();
+    return rows;
 }
 
 }  // namespace kibo
