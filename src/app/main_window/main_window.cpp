@@ -183,6 +183,11 @@ void MainWindow::buildMenus() {
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
     add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
     add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
+    QMenu* answers = tools->addMenu(QStringLiteral("&Automatic answers"));
+    add(answers, "mn_autochat", "&Rules…", screen("frm_autorespon"));
+    add(answers, "mnfilterchat", "&Excluded numbers…", screen("frm_autorespon_filter"));
+    add(answers, "mn_autorespon", "Rules of &several instances…",
+        actions_.openScreen ? [this] { mn_autorespon_Click(); } : std::function<void()>());
     add(tools, "mnConfig", "Se&ttings…", screen("frm_Config"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
     add(tools, "mnElement", "&Elements…", screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
@@ -195,6 +200,20 @@ void MainWindow::buildMenus() {
     store_->setForegroundRole(QPalette::PlaceholderText);
     store_->setContentsMargins(0, 0, 12, 0);
     menuBar()->setCornerWidget(store_);
+}
+
+/// Instances that share a database share its rules; a single one has them all the same.
+void MainWindow::mn_autorespon_Click() {
+    const auto open = [this](bool yes) {
+        if (yes) actions_.openScreen(QStringLiteral("frm_autorespon"));
+    };
+    if (isYes(settings_.Multi) && !isYes(settings_.UseMDB)) return open(true);
+    dialogs_.show(
+        {QStringLiteral("Info"),
+         QStringLiteral("It's need MySQL and Use Multi Enabled\n\nOpen the rules of this instance, which need "
+                        "neither?"),
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNo},
+        open);
 }
 
 void MainWindow::connectControls() {

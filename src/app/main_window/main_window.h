@@ -79,6 +79,7 @@ class MainWindow : public QMainWindow {
 
  private:
     void buildMenus();
+    void mn_autorespon_Click();
     void connectControls();
     void click(const std::function<void()>& action);
     void showAbout();
