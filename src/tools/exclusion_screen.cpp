@@ -6,7 +6,6 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QShortcut>
 #include <QSignalBlocker>
@@ -15,6 +14,7 @@
 
 #include "base/log.h"
 #include "tools/exclusion_table.h"
+#include "tools/shown_field.h"
 #include "widgets/accessibility.h"
 
 namespace kibo {
@@ -31,12 +31,7 @@ ExclusionScreen::ExclusionScreen(Parts parts) : p_(parts), work_(this) {
     resize(760, 560);
     setMinimumSize(640, 360);
     auto* head = new QHBoxLayout;
-    txtProfil_ = new QLineEdit(this);
-    txtProfil_->setObjectName(QStringLiteral("txtProfil"));
-    txtProfil_->setReadOnly(true);
-    txtProfil_->setFrame(false);
-    txtProfil_->setFixedWidth(110);
-    txtProfil_->setAccessibleName(tr("Profile"));
+    txtProfil_ = shownField("txtProfil", tr("Profile"), 110, this);
     auto* words = new QLabel(tr("Profile"), this);
     words->setTextFormat(Qt::PlainText);
     auto* intro = new QLabel(tr("Who stands here gets no automatic answer."), this);
@@ -51,6 +46,7 @@ ExclusionScreen::ExclusionScreen(Parts parts) : p_(parts), work_(this) {
     grid_->horizontalHeader()->setStretchLastSection(true);
     grid_->horizontalHeader()->setDefaultSectionSize(320);
     grid_->horizontalHeader()->setHighlightSections(false);
+    grid_->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     grid_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grid_->setAlternatingRowColors(true);
     grid_->setTabKeyNavigation(false);

@@ -57,6 +57,7 @@ std::optional<Colour> ruleColour(const QStringList& cells, int column) {
             return idColour(cells);
         case RuleColumn::Keyword:
             return cell(cells, RuleColumn::Next) == QStringLiteral("1") ? colour::kYellow : kWhite;
+        case RuleColumn::Previous:  // in sight, where the remark may not be
         case RuleColumn::Remark:
             return cell(cells, RuleColumn::Remark).isEmpty() ? std::nullopt : std::optional(colour::kWarningRow);
         default:

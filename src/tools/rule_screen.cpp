@@ -17,6 +17,7 @@
 #include "platform/machine.h"
 #include "platform/shell.h"
 #include "tools/rule_rows.h"
+#include "tools/shown_field.h"
 #include "widgets/accessibility.h"
 #include "widgets/file_field.h"
 #include "widgets/message_edit.h"
@@ -123,14 +124,10 @@ QLayout* RuleScreen::kinds() {
     connect(kinds_, &QButtonGroup::idClicked, this, [this](int kind) { chooseKind(static_cast<RuleKind>(kind)); });
     row->addStretch(1);
     const auto shown = [&](const char* name, const QString& label, int width) {
-        QLineEdit* edit = line(name, this);
-        edit->setReadOnly(true);
-        edit->setFrame(false);
-        edit->setFixedWidth(width);
-        edit->setAccessibleName(label);
         row->addWidget(plainLabel(label, this));
-        row->addWidget(edit);
-        return edit;
+        QLineEdit* field = shownField(name, label, width, this);
+        row->addWidget(field);
+        return field;
     };
     txtID_ = shown("txtID", tr("ID"), 70);
     txtID_->setPlaceholderText(tr("new"));

@@ -22,6 +22,7 @@
 #include "tools/rule_chart.h"
 #include "tools/rule_csv.h"
 #include "tools/rule_rows.h"
+#include "tools/shown_field.h"
 #include "widgets/accessibility.h"
 #include "widgets/queue_grid.h"
 
@@ -66,13 +67,18 @@ RulesScreen::RulesScreen(Parts parts)
     halves->addWidget(chart_);
     halves->setStretchFactor(0, 3);
     halves->setStretchFactor(1, 2);
-    halves->setSizes({740, 480});
+    halves->setSizes({860, 360});
     column->addWidget(halves, 1);
     column->addWidget(buttonRow());
     addMenu();
     addKeys();
     connect(ms_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        chart_->choose(current() ? current()->id : 0);
+        const Rule* rule = current();
+        chart_->choose(rule ? rule->id : 0);
+        const QStringList troubles = rule ? troubles_.value(rule->id) : QStringList();
+        if (rule)
+            tell(troubles.isEmpty() ? QString()
+                                    : tr("Rule %1: %2").arg(rule->id).arg(troubles.join(QStringLiteral("; "))));
         showButtons();
     });
     connect(ms_, &QTableView::doubleClicked, this, &RulesScreen::edit);
@@ -93,24 +99,21 @@ QWidget* RulesScreen::searchRow() {
     auto* row = new QWidget(this);
     auto* line = new QHBoxLayout(row);
     line->setContentsMargins(0, 0, 0, 0);
-    const auto label = [&](const QString& text, QLineEdit* edit, const char* name) {
+    const auto label = [&](const QString& text, QLineEdit* edit) {
         auto* words = new QLabel(text, row);
         words->setTextFormat(Qt::PlainText);
         words->setBuddy(edit);
-        edit->setObjectName(QLatin1String(name));
-        edit->setAccessibleName(QString(text).remove(u'&'));
         line->addWidget(words);
         line->addWidget(edit);
     };
-    txtProfil_ = new QLineEdit(row);
-    txtProfil_->setReadOnly(true);
-    txtProfil_->setFrame(false);
-    txtProfil_->setFixedWidth(110);
-    label(tr("Profile"), txtProfil_, "txtProfil");
+    txtProfil_ = shownField("txtProfil", tr("Profile"), 110, row);
+    label(tr("Profile"), txtProfil_);
     Text3_ = new QLineEdit(row);
+    Text3_->setObjectName(QStringLiteral("Text3"));
+    Text3_->setAccessibleName(tr("Find"));
     Text3_->setPlaceholderText(tr("Part of the keyword or the answer; empty: all"));
     Text3_->setClearButtonEnabled(true);
-    label(tr("&Find"), Text3_, "Text3");
+    label(tr("&Find"), Text3_);
     line->setStretchFactor(Text3_, 1);
     connect(Text3_, &QLineEdit::textChanged, this, &RulesScreen::search);
     picture_ = new QCheckBox(tr("Con&versation"), row);
@@ -440,6 +443,7 @@ void RulesScreen::importRules(Whose whose) {
 }
 
 void RulesScreen::copyToProfile() {
+    grid_refresh();
     p_.dialogs.ask({tr("Copy rules"), tr("Copy all rules of profile %1 to the profile:").arg(txtProfil_->text())},
                    [this](const std::optional<QString>& profile) {
                        if (!profile || profile->trimmed().isEmpty() || work_.isRunning()) return;

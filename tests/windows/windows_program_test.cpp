@@ -122,6 +122,7 @@ TEST_F(WindowsProgram, OpensItsScreensAndEndsWithItsWindow) {
     EXPECT_TRUE(closed("Send a message", 'n')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("Quick reply", 'r')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("Sent messages", 'l')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("DATA AUTO CHAT", 'k')) << content("kibo.log").toStdString();
     ASSERT_TRUE(closed("KB App")) << content("kibo.log").toStdString();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);

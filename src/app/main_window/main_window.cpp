@@ -184,7 +184,7 @@ void MainWindow::buildMenus() {
     add(tools, "mnSend", "&Send a message…", screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
     add(tools, "mnReply", "Quick &reply…", screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
     QMenu* answers = tools->addMenu(QStringLiteral("&Automatic answers"));
-    add(answers, "mn_autochat", "&Rules…", screen("frm_autorespon"));
+    add(answers, "mn_autochat", "&Rules…", screen("frm_autorespon"), QKeySequence(Qt::CTRL | Qt::Key_K));
     add(answers, "mnfilterchat", "&Excluded numbers…", screen("frm_autorespon_filter"));
     add(answers, "mn_autorespon", "Rules of &several instances…",
         actions_.openScreen ? [this] { mn_autorespon_Click(); } : std::function<void()>());
