@@ -10,7 +10,7 @@
 namespace kibo {
 
 /// The picture of a conversation: rules as boxes, an arrow from each to those that follow it. A click chooses a rule, a
-/// double click opens it. The list beside it tells the same in words, and is the way by keyboard.
+/// double click opens it. The list above it tells the same in words, and is the way by keyboard.
 class RuleChart : public QScrollArea {
     Q_OBJECT
 

@@ -53,7 +53,7 @@ RulesScreen::RulesScreen(Parts parts)
     lines_.cellColour = ruleColour;
     auto* column = new QVBoxLayout(this);
     column->addWidget(searchRow());
-    auto* halves = new QSplitter(this);
+    auto* halves = new QSplitter(Qt::Vertical, this);
     halves->setChildrenCollapsible(false);
     ms_ = new QueueGrid(lines_, static_cast<int>(RuleColumn::Answer), static_cast<int>(RuleColumn::Id),
                         tr("There is no rule yet"), this);
@@ -65,9 +65,9 @@ RulesScreen::RulesScreen(Parts parts)
     chart_->setAccessibleName(tr("Conversation, as a picture of what the list tells"));
     halves->addWidget(ms_);
     halves->addWidget(chart_);
-    halves->setStretchFactor(0, 3);
-    halves->setStretchFactor(1, 2);
-    halves->setSizes({860, 360});
+    halves->setStretchFactor(0, 1);
+    halves->setStretchFactor(1, 1);
+    halves->setSizes({290, 240});
     column->addWidget(halves, 1);
     column->addWidget(buttonRow());
     addMenu();
@@ -118,7 +118,7 @@ QWidget* RulesScreen::searchRow() {
     connect(Text3_, &QLineEdit::textChanged, this, &RulesScreen::search);
     picture_ = new QCheckBox(tr("Con&versation"), row);
     picture_->setObjectName(QStringLiteral("picture"));
-    picture_->setToolTip(tr("Show the rules as a picture beside the list"));
+    picture_->setToolTip(tr("Show the rules as a picture below the list"));
     picture_->setChecked(true);
     connect(picture_, &QCheckBox::toggled, this, [this](bool on) {
         chart_->setVisible(on);
