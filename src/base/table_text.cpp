@@ -6,6 +6,22 @@
 #include <utility>
 
 namespace kibo {
+namespace {
+
+/// A comma, unless the first line separates by semicolons alone, as where a comma is the decimal sign.
+QChar separatorOf(const QString& text) {
+    bool quoted = false, semicolon = false;
+    for (const QChar c : text) {
+        if (c == u'"') quoted = !quoted;
+        if (quoted) continue;
+        if (c == u',') return c;
+        if (c == u'\n') break;
+        semicolon = semicolon || c == u';';
+    }
+    return semicolon ? u';' : u',';
+}
+
+}  // namespace
 
 void appendTableLine(QString& table, const RowSource& rows, int columns, int row) {
     const QStringList cells = rows.cells(row, columns);
@@ -45,17 +61,11 @@ void appendCsvCell(std::string& line, QByteArrayView cell) {
 }
 
 Result<std::vector<QStringList>> csvRows(QByteArrayView file) {
-    if (file.startsWith(kCsvStart)) file = file.sliced(static_cast<qsizetype>(std::strlen(kCsvStart)));
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    QStringDecoder decoder(QStringDecoder::Utf8);  // passes over kCsvStart
     const QString text = decoder.decode(file);
     if (decoder.hasError())
         return Failure{FailureKind::InvalidArgument, "the file isn't UTF-8; save it as \"CSV UTF-8\""};
-    QStringView head = QStringView(text).left(text.indexOf(u'\n'));
-    for (bool outside = true; const QStringView part : head.split(u'"')) {
-        if (std::exchange(outside, !outside) && part.contains(u',')) head = {};
-    }
-    const QChar separator = head.contains(u';') ? u';' : u',';
-
+    const QChar separator = separatorOf(text);
     std::vector<QStringList> rows;
     QStringList row;
     QString cell;
