@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
@@ -43,8 +44,8 @@ class Pictures {
         gateway_ = std::make_unique<GatewayApplication>(dialogs_, home_.path(), QStringList());
         if (!gateway_->start()) return false;
         const GatewayState& s = gateway_->state();
-        return takeLogin(s) && takeInbox(s) && takeGuideAndAbout() && takeElements() && takeEmoji() && takeSending(s) &&
-               takePauses(s) && takeTroubles(s) && takeStandby();
+        return takeLogin(s) && takeInbox(s) && takeGuideAndAbout() && takeElements() && takeAnswers() && takeEmoji() &&
+               takeSending(s) && takePauses(s) && takeTroubles(s) && takeStandby();
     }
 
  private:
@@ -76,10 +77,7 @@ class Pictures {
     /// The window beside the main one that a menu entry opens.
     QWidget* opened(const char* entry, const char* name) const {
         gateway_->window()->findChild<QAction*>(QLatin1String(entry))->trigger();
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        for (QWidget* window : windows)
-            if (window->objectName() == QLatin1String(name)) return window;
-        return nullptr;
+        return window(name);
     }
     bool takeScreen(QWidget& screen, const char* name) const {
         const bool saved = screen.grab().save(QDir(folder_).filePath(QLatin1String(name) + QStringLiteral(".png")));
@@ -115,6 +113,52 @@ class Pictures {
         window.findChild<QLineEdit*>(QStringLiteral("search"))->setText(QStringLiteral("heart"));
         QCoreApplication::processEvents();
         return window.grab().save(QDir(folder_).filePath(QStringLiteral("emoji.png")));
+    }
+    /// A small conversation, and one rule of it.
+    bool takeAnswers() {
+        const struct {
+            const char *previous, *keyword, *logic, *answer;
+            int kind, next;
+            const char* program;
+        } rules[] = {{"", "START", "=", "Good day! Write 1 for our prices, 2 for opening hours, 3 to order.", 1, 1, ""},
+                     {"", "???", "=", "Sorry, I did not understand that. Write START for the menu.", 2, 0, ""},
+                     {"", "0", "=", "One step back.", 3, 0, ""},
+                     {"", "999", "=", "Thank you, and good bye!", 4, 0, ""},
+                     {"1", "1", "=", "The small one is 10, the large one 15.", 0, 0, ""},
+                     {"1", "2", "=", "We are open from 8:00 to 18:00.", 0, 0, ""},
+                     {"1", "3", "=", "Which one: small or large?", 0, 1, ""},
+                     {"7", "small", "%", "Your name, please?", 0, 1, ""},
+                     {"7", "large", "%", "Your name, please?", 0, 1, ""},
+                     {"8", "a", "%", "Thank you, your order is on its way.", 0, 0, ""},
+                     {"", "status", "%", "I look it up.", 0, 0, "/opt/shop/status"},
+                     {"77", "refund", "%", "Please send us your order number.", 0, 0, ""}};
+        for (const auto& rule : rules)
+            sql(QStringLiteral("insert into autochat (PROFIL, previd, keyword, logic, answer, tipe, neednext, run_exe) "
+                               "values ('1', '%1', '%2', '%3', '%4', %5, %6, '%7')")
+                    .arg(QLatin1String(rule.previous), QLatin1String(rule.keyword), QLatin1String(rule.logic),
+                         QLatin1String(rule.answer))
+                    .arg(rule.kind)
+                    .arg(rule.next)
+                    .arg(QLatin1String(rule.program)));
+        QWidget* list = opened("mn_autochat", "frm_autorespon");
+        if (!list) return false;
+        auto* grid = list->findChild<QTableView*>(QStringLiteral("ms"));
+        grid->selectRow(7);
+        (void)test::eventually([] { return false; }, 300);
+        bool saved = list->grab().save(QDir(folder_).filePath(QStringLiteral("rules.png")));
+        list->findChild<QAction*>(QStringLiteral("mnedit"))->trigger();
+        (void)test::eventually([] { return false; }, 200);
+        QWidget* entry = window("frm_autorespon_add");
+        saved = entry && entry->grab().save(QDir(folder_).filePath(QStringLiteral("rule.png"))) && saved;
+        if (entry) entry->close();
+        list->close();
+        return saved;
+    }
+    static QWidget* window(const char* name) {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget* one : windows)
+            if (one->objectName() == QLatin1String(name)) return one;
+        return nullptr;
     }
     bool takeSending(const GatewayState& s) {
         const char* texts[] = {"Your order is ready to be collected.", "Good morning, %name%!",

@@ -12,10 +12,17 @@ struct Chapter {
 };
 
 constexpr Chapter kChapters[] = {
-    {"frm_Gateway2", "the-main-window"}, {"frm_element", "the-element-screen"},
-    {"frm_Send1_v2", "the-full-form"},   {"frm_Send2_v2", "quick-reply"},
-    {"frm_Sent", "sent-messages"},       {"frm_Config", "the-settings-screen"},
-    {"frm_howsql", "the-sql-guide"},     {"frm_about2", "about"},
+    {"frm_Gateway2", "the-main-window"},
+    {"frm_element", "the-element-screen"},
+    {"frm_Send1_v2", "the-full-form"},
+    {"frm_Send2_v2", "quick-reply"},
+    {"frm_Sent", "sent-messages"},
+    {"frm_Config", "the-settings-screen"},
+    {"frm_autorespon", "automatic-answers"},
+    {"frm_autorespon_add", "a-rule"},
+    {"frm_autorespon_filter", "automatic-answers"},
+    {"frm_howsql", "the-sql-guide"},
+    {"frm_about2", "about"},
 };
 
 }  // namespace

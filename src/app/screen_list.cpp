@@ -12,6 +12,9 @@
 #include "screens/sent_screen.h"
 #include "screens/settings_screen.h"
 #include "screens/sql_guide_screen.h"
+#include "tools/exclusion_screen.h"
+#include "tools/rule_screen.h"
+#include "tools/rules_screen.h"
 #include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/window_place.h"
@@ -62,22 +65,50 @@ std::unique_ptr<Screen> aboutScreen(const ScreenParts& p) {
         AboutScreen::Parts{p.settings, p.database, p.dialogs, p.programFolder, p.settingsFile});
 }
 
+std::unique_ptr<Screen> rulesScreen(const ScreenParts& p) {
+    return std::make_unique<RulesScreen>(
+        RulesScreen::Parts{p.database, p.settings, p.state, p.dialogs, p.settingsFile, p.programFolder, p.editRule});
+}
+
+std::unique_ptr<Screen> ruleScreen(const ScreenParts& p) {
+    return std::make_unique<RuleScreen>(
+        RuleScreen::Parts{p.database, p.settings, p.state, p.dialogs, p.programFolder, p.guarded, p.ruleStored});
+}
+
+std::unique_ptr<Screen> exclusionScreen(const ScreenParts& p) {
+    return std::make_unique<ExclusionScreen>(ExclusionScreen::Parts{p.database, p.state, p.dialogs});
+}
+
 struct Entry {
     const char* name;
     std::unique_ptr<Screen> (*make)(const ScreenParts& parts);
 };
 
-constexpr const char* kReply = "frm_Send2_v2";
+constexpr const char *kReply = "frm_Send2_v2", *kRules = "frm_autorespon", *kRule = "frm_autorespon_add";
 
 /// Every screen. The main window's menus name the same ones.
 constexpr Entry kScreens[] = {
-    {"frm_element", elementScreen},      {"frm_Send1_v2", manualScreen<SendScreen>},
-    {kReply, manualScreen<ReplyScreen>}, {"frm_Sent", sentScreen},
-    {"frm_Config", settingsScreen},      {"frm_howsql", sqlGuideScreen},
+    {"frm_element", elementScreen},
+    {"frm_Send1_v2", manualScreen<SendScreen>},
+    {kReply, manualScreen<ReplyScreen>},
+    {"frm_Sent", sentScreen},
+    {"frm_Config", settingsScreen},
+    {kRules, rulesScreen},
+    {kRule, ruleScreen},
+    {"frm_autorespon_filter", exclusionScreen},
+    {"frm_howsql", sqlGuideScreen},
     {"frm_about2", aboutScreen},
 };
 
 }  // namespace
+
+ScreenList::ScreenList(ScreenParts parts) : parts_(std::move(parts)) {
+    parts_.editRule = [this](const Rule& rule) { static_cast<RuleScreen*>(made(QLatin1String(kRule)))->openFor(rule); };
+    parts_.ruleStored = [this](qint64 id) {
+        if (made_.contains(QLatin1String(kRules)))
+            static_cast<RulesScreen*>(made(QLatin1String(kRules)))->grid_refresh(id);
+    };
+}
 
 QStringList ScreenList::names() {
     QStringList names;

@@ -13,6 +13,7 @@
 #include "browser/element_table.h"
 #include "browser/page_probe.h"
 #include "engine/gateway_state.h"
+#include "responder/rule.h"
 #include "screens/screen.h"
 #include "store/database.h"
 
@@ -24,7 +25,7 @@ struct ScreenParts {
     ElementStore& elementStore;
     PageProbe& page;
     const GatewayState& state;
-    const Settings& settings;
+    Settings& settings;
     Dialogs& dialogs;
     QString settingsFile;
     /// Runs a click's work where its errors are caught.
@@ -37,12 +38,15 @@ struct ScreenParts {
     std::function<void(const std::vector<qint64>& ids)> queuedAgain;
     /// The guide's chapter about the screen of this name.
     std::function<void(const QString& name)> openHelp;
+    // Between two screens; made by the list of them.
+    std::function<void(const Rule& rule)> editRule = {};
+    std::function<void(qint64 id)> ruleStored = {};
 };
 
 /// The windows beside the main one. Each is made when it is first asked for.
 class ScreenList {
  public:
-    explicit ScreenList(ScreenParts parts) : parts_(std::move(parts)) {}
+    explicit ScreenList(ScreenParts parts);
 
     /// The object names of all screens, made or not.
     static QStringList names();

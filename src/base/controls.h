@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "base/row_source.h"
 
@@ -85,6 +86,8 @@ struct Grid {
     QString warning = {};   ///< with a text: only rows that hold it, in any case, and in `warningColour`
     Colour warningColour = colour::kWarningRow;
     bool wholeNames = false;  ///< the header's names are shown with the prefix of the tables' columns
+    /// Paints single cells, from the shown cells of their row; nothing: as the row is.
+    std::function<std::optional<Colour>(const QStringList& cells, int column)> cellColour = {};
 
     /// Counts the header row, so an empty grid has 1.
     int rowCount() const { return 1 + rows->rowCount(); }

@@ -1,7 +1,10 @@
 #include "base/settings.h"
 
+#include <QDir>
+
 #include "base/log.h"
 #include "base/settings_file.h"
+#include "platform/machine.h"
 #include "platform/private_profile.h"
 
 namespace kibo {
@@ -13,7 +16,7 @@ QString nameOf(Section section) {
     return section == kDb ? QStringLiteral("DB") : QStringLiteral("kibo");
 }
 
-enum Kind { kText, kYesNo, kNumber, kEveryOrLast, kLongText };
+enum Kind { kText, kYesNo, kNumber, kEveryOrLast, kLongText, kProgram };
 
 struct Option {
     Section section;
@@ -35,7 +38,7 @@ const Option kOptions[] = {
     OPTION(kKibo, UseBotPHP, kYesNo),
     OPTION(kKibo, UseBotEXE, kYesNo),
     OPTION(kKibo, PHP),
-    OPTION(kKibo, EXE),
+    OPTION(kKibo, EXE, kProgram),
     OPTION(kKibo, CountryCode),
     OPTION(kKibo, IntervalMode1),
     OPTION(kKibo, Incognito, kYesNo),
@@ -125,12 +128,18 @@ bool looksLikeYes(const QString& value) {
     return !isYes(value) && kYes.contains(value.toLower());
 }
 
+bool isLong(const Option& option, const QString& file) {
+    if (option.kind != kProgram) return option.kind == kLongText;
+    const QString whole = readLongIni(nameOf(option.section), QString::fromLatin1(option.key), file);
+    return QDir::fromNativeSeparators(whole).section(u'/', -1) == responderFileName();
+}
+
 /// What can't be meant as it stands, without the value, which may be a password; empty: nothing.
 QString problemOf(const Option& option, const QString& value, const QString& file) {
     const QString key = QString::fromLatin1(option.key);
-    const bool isLong = option.kind == kLongText;
-    if ((isLong ? isCutByReadLongIni : isCutByReadIni)(nameOf(option.section), key, file))
-        return QStringLiteral("%1 is longer than %2 bytes and was cut").arg(key).arg(isLong ? 1023 : 49);
+    const bool mayBeLong = isLong(option, file);
+    if ((mayBeLong ? isCutByReadLongIni : isCutByReadIni)(nameOf(option.section), key, file))
+        return QStringLiteral("%1 is longer than %2 bytes and was cut").arg(key).arg(mayBeLong ? 1023 : 49);
     if (option.kind == kYesNo && looksLikeYes(value)) return key + QStringLiteral(" is on with a capital Y only");
     if (option.kind == kEveryOrLast && !value.isEmpty() && value != QStringLiteral("every") &&
         value != QStringLiteral("last"))
@@ -150,7 +159,7 @@ Settings loadSettings(const QString& file) {
     for (const Option& option : kOptions) {
         const QString key = QString::fromLatin1(option.key);
         QString& value = settings.*option.member;
-        value = (option.kind == kLongText ? readLongIni : ReadIni)(nameOf(option.section), key, file);
+        value = (isLong(option, file) ? readLongIni : ReadIni)(nameOf(option.section), key, file);
         const QString problem = problemOf(option, value, file);
         if (problem.isEmpty()) continue;
         const bool ofConnection = option.section == kDb && option.member != &Settings::HideMe;
@@ -164,6 +173,10 @@ Settings loadSettings(const QString& file) {
         if (preset.takes == Takes::AtOnce) settings.*preset.member = value;
     }
     return settings;
+}
+
+QString responderFileName() {
+    return QString::fromStdString(platform::programFileName("autochat"));
 }
 
 QString settingsProblem(const QString& file) {

@@ -59,6 +59,10 @@ inline bool isYes(const QString& option) {
     return option == QStringLiteral("Y");
 }
 
+/// The answering program's file in its folder, "autochat", on Windows "autochat.exe". `EXE` may name it with a path of
+/// any length, since nobody chooses how long the path of the gateway's folder is.
+QString responderFileName();
+
 /// Reads every option from `file` (full path of "kibo.ini"), then gives empty ones their defaults, which are also
 /// written into the file. Nothing here fails: what can't be read is empty and takes its default.
 Settings loadSettings(const QString& file);

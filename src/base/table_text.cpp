@@ -1,9 +1,27 @@
 #include "base/table_text.h"
 
+#include <QStringDecoder>
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kibo {
+namespace {
+
+/// A comma, unless the first line separates by semicolons alone, as where a comma is the decimal sign.
+QChar separatorOf(const QString& text) {
+    bool quoted = false, semicolon = false;
+    for (const QChar c : text) {
+        if (c == u'"') quoted = !quoted;
+        if (quoted) continue;
+        if (c == u',') return c;
+        if (c == u'\n') break;
+        semicolon = semicolon || c == u';';
+    }
+    return semicolon ? u';' : u',';
+}
+
+}  // namespace
 
 void appendTableLine(QString& table, const RowSource& rows, int columns, int row) {
     const QStringList cells = rows.cells(row, columns);
@@ -40,6 +58,48 @@ void appendCsvCell(std::string& line, QByteArrayView cell) {
         left = left.sliced(end);
     }
     line += '"';
+}
+
+Result<std::vector<QStringList>> csvRows(QByteArrayView file) {
+    QStringDecoder decoder(QStringDecoder::Utf8);  // passes over kCsvStart
+    const QString text = decoder.decode(file);
+    if (decoder.hasError())
+        return Failure{FailureKind::InvalidArgument, "the file isn't UTF-8; save it as \"CSV UTF-8\""};
+    const QChar separator = separatorOf(text);
+    std::vector<QStringList> rows;
+    QStringList row;
+    QString cell;
+    bool quoted = false;
+    const auto endRow = [&] {
+        row.append(std::exchange(cell, {}));
+        if (row.size() > 1 || !row.front().isEmpty()) rows.push_back(row);
+        row.clear();
+    };
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QChar c = text[at];
+        if (quoted) {
+            if (c != u'"') {
+                cell += c;
+            } else if (at + 1 < text.size() && text[at + 1] == u'"') {
+                cell += text[++at];
+            } else {
+                quoted = false;
+            }
+        } else if (c == u'"' && cell.isEmpty()) {
+            quoted = true;
+        } else if (c == separator) {
+            row.append(std::exchange(cell, {}));
+        } else if (c == u'\n') {
+            endRow();
+        } else if (c != u'\r') {
+            cell += c;
+        }
+    }
+    if (quoted)
+        return Failure{FailureKind::InvalidArgument,
+                       "a quotation mark is never closed, behind row " + std::to_string(rows.size())};
+    if (!row.isEmpty() || !cell.isEmpty()) endRow();
+    return rows;
 }
 
 }  // namespace kibo

@@ -26,6 +26,12 @@ bool isLong(const SettingEntry& entry) {
     return kLong.contains(QLatin1String(entry.key));
 }
 
+/// The answering program is found however long its path is.
+bool isResponder(const SettingEntry& entry, const QString& value) {
+    return QLatin1String(entry.key) == QLatin1String("EXE") &&
+           QDir::fromNativeSeparators(value).section(u'/', -1) == responderFileName();
+}
+
 QString folderTrouble(const QString& folder) {
     const QFileInfo info(folder);
     if (info.exists() && !info.isDir()) return QStringLiteral("This is a file, no folder.");
@@ -53,7 +59,7 @@ QString numberTrouble(const QString& value, double most) {
 
 QString settingTrouble(const SettingEntry& entry, const QString& value) {
     if (value.isEmpty()) return {};
-    const int most = isLong(entry) ? kLongBytes : kShortBytes;
+    const int most = isLong(entry) || isResponder(entry, value) ? kLongBytes : kShortBytes;
     if (value.toUtf8().size() > most) return QStringLiteral("Too long: only the first %1 bytes are read.").arg(most);
     switch (entry.kind) {
         case SettingKind::Number:

@@ -274,7 +274,8 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
         return asHint(shownText(whole.isEmpty() ? seenRow(index.row()).value(index.column()) : whole, kHintCharacters));
     }
     const bool painted = role == Qt::BackgroundRole || role == Qt::ForegroundRole;
-    const auto colour = painted ? rowColour(index.row()) : std::nullopt;
+    auto colour = painted ? rowColour(index.row()) : std::nullopt;
+    if (painted && grid_.cellColour) colour = grid_.cellColour(seenRow(index.row()), index.column());
     if (colour) return QColor::fromRgb(role == Qt::BackgroundRole ? *colour : colour::kBlack);
     return {};
 }

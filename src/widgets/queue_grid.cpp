@@ -218,9 +218,11 @@ QMenu* QueueGrid::sortMenu(QWidget* parent) {
     auto* menu = new QMenu(tr("&Sort by"), parent);
     for (int column = 0; column < model_.columnCount(); ++column) {
         const QString name = model_.headerData(column, Qt::Horizontal).toString();
-        // The tenth answers to the key 0.
-        const QString number = column == 9 ? QStringLiteral("1&0") : QStringLiteral("&%1").arg(column + 1);
-        connect(menu->addAction(number + QStringLiteral("  ") + name), &QAction::triggered, this,
+        // The tenth answers to the key 0, those behind it to letters.
+        const QString key = column < 9    ? QStringLiteral("&%1").arg(column + 1)
+                            : column == 9 ? QStringLiteral("1&0")
+                                          : QStringLiteral("&%1").arg(QChar(u'A' + column - 10));
+        connect(menu->addAction(key + QStringLiteral("  ") + name), &QAction::triggered, this,
                 [this, column] { sortBy(column); });
     }
     return menu;

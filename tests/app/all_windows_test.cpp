@@ -37,8 +37,11 @@ class AllWindowsTest : public testing::Test {
  protected:
     void SetUp() override {
         ASSERT_TRUE(application.start()) << "in a new folder it makes its stores";
-        for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent", "mnConfig", "mnHowSql", "mnAbout"})
+        for (const char* entry : {"mnElement", "mnSend", "mnReply", "mnSent", "mnConfig", "mn_autochat", "mnfilterchat",
+                                  "mnHowSql", "mnAbout"})
             application.window()->findChild<QAction*>(QLatin1String(entry))->trigger();
+        for (const QWidget* window : QApplication::topLevelWidgets())
+            if (auto* entry = window->findChild<QAction*>(u"mnadd"_qs)) entry->trigger();
     }
     /// The foreign text wherever a window shows what isn't the program's own.
     void fill() {

@@ -191,6 +191,24 @@ TEST_F(MainWindowTest, sendsClicksAndMenuEntriesBack) {
     EXPECT_EQ(calls, QStringList{QStringLiteral("unloaded")});
 }
 
+TEST_F(MainWindowTest, rulesOfSeveralInstancesAreOfferedToASingleOneToo) {
+    int opened = 0;
+    MainWindowActions actions;
+    actions.openScreen = [&opened](const QString& name) { opened += name == u"frm_autorespon"_qs; };
+    build(actions);
+    settings.Multi = u"Y"_qs;
+    settings.UseMDB = u"N"_qs;
+    find<QAction>("mn_autorespon")->trigger();
+    EXPECT_TRUE(opened == 1 && dialogs.shown.empty());
+    settings.UseMDB = u"Y"_qs;
+    dialogs.answers = {false, true};
+    for (const int expected : {1, 2}) {
+        find<QAction>("mn_autorespon")->trigger();
+        EXPECT_EQ(opened, expected);
+        EXPECT_TRUE(dialogs.shown.back().text.startsWith(u"It's need MySQL and Use Multi Enabled\n"_qs));
+    }
+}
+
 TEST_F(MainWindowTest, showsStateThatTheEngineChanged) {
     settings.Break = QStringLiteral("30");
     build(recorded());

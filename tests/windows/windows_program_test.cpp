@@ -125,6 +125,7 @@ TEST_F(WindowsProgram, OpensItsScreensAndEndsWithItsWindow) {
     EXPECT_TRUE(closed("How it works ??", 'g')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("Update", 'u')) << content("kibo.log").toStdString();
     EXPECT_TRUE(closed("About", 'i')) << content("kibo.log").toStdString();
+    EXPECT_TRUE(closed("DATA AUTO CHAT", 'k')) << content("kibo.log").toStdString();
     ASSERT_TRUE(closed("KB App")) << content("kibo.log").toStdString();
     ASSERT_TRUE(ended()) << content("kibo.log").toStdString();
     EXPECT_EQ(program_.exitCode(), 0);

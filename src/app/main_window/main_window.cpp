@@ -186,6 +186,11 @@ void MainWindow::buildMenus() {
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
     add(tools, "mnSend", tr("&Send a message…"), screen("frm_Send1_v2"), QKeySequence(Qt::CTRL | Qt::Key_N));
     add(tools, "mnReply", tr("Quick &reply…"), screen("frm_Send2_v2"), QKeySequence(Qt::CTRL | Qt::Key_R));
+    QMenu* answers = tools->addMenu(tr("&Automatic answers"));
+    add(answers, "mn_autochat", tr("&Rules…"), screen("frm_autorespon"), QKeySequence(Qt::CTRL | Qt::Key_K));
+    add(answers, "mnfilterchat", tr("&Excluded numbers…"), screen("frm_autorespon_filter"));
+    add(answers, "mn_autorespon", tr("Rules of &several instances…"),
+        actions_.openScreen ? [this] { mn_autorespon_Click(); } : std::function<void()>());
     add(tools, "mnConfig", tr("Se&ttings…"), screen("frm_Config"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
     add(tools, "mnElement", tr("&Elements…"), screen("frm_element"), QKeySequence(Qt::CTRL | Qt::Key_E));
 
@@ -201,6 +206,20 @@ void MainWindow::buildMenus() {
     store_->setForegroundRole(QPalette::PlaceholderText);
     store_->setContentsMargins(0, 0, 12, 0);
     menuBar()->setCornerWidget(store_);
+}
+
+/// Instances that share a database share its rules; a single one has them all the same.
+void MainWindow::mn_autorespon_Click() {
+    const auto open = [this](bool yes) {
+        if (yes) actions_.openScreen(QStringLiteral("frm_autorespon"));
+    };
+    if (isYes(settings_.Multi) && !isYes(settings_.UseMDB)) return open(true);
+    dialogs_.show(
+        {QStringLiteral("Info"),
+         QStringLiteral("It's need MySQL and Use Multi Enabled\n\nOpen the rules of this instance, which need "
+                        "neither?"),
+         MessageBox::Icon::Information, MessageBox::Buttons::YesNo},
+        open);
 }
 
 void MainWindow::connectControls() {

@@ -81,6 +81,7 @@ class MainWindow : public QMainWindow {
 
  private:
     void buildMenus();
+    void mn_autorespon_Click();
     void connectControls();
     void click(const std::function<void()>& action);
     void showTitle();
