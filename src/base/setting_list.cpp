@@ -32,7 +32,7 @@ const std::vector<SettingEntry>& settingList() {
         {Database, kKibo, "LimitSelect", "c_Limit", YesNo, "Fetch at most 10 rows at a time", "off",
          "Those waiting are counted once a second then. Server only; for very long queues."},
         {Database, kKibo, "MessageDays", "MessageDays", Number, "Days to keep what became of messages", "90",
-         "How long the table `kibo_message` keeps its rows."},
+         "How long the tables `kibo_message` and `kibo_inbox` keep their rows."},
         {Database, kKibo, "AskTables", "AskTables", YesNo, "Offer to complete the server's tables", "on",
          "`N`, written by a No: the start doesn't offer any more to make Kibo's own tables on a server that lacks "
          "them."},

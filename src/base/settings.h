@@ -35,7 +35,7 @@ struct Settings {
     QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
     QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
-    QString MessageDays;                    ///< how long `kibo_message` keeps what became of a message; empty: 90
+    QString MessageDays;                    ///< how long Kibo's own tables keep what they say of a message; empty: 90
     QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
     QString ElementServer;  ///< host or address of the element service; empty: none
 

@@ -37,7 +37,8 @@ QString fileOfProfile(const Inbox::Needs& needs, const char* kind) {
 }  // namespace
 
 Inbox::Inbox(const Needs& n)
-    : table(n.database),
+    : records(n.settings, n.database, n.clock),
+      table(n.database, records),
       journal([n] { return fileOfProfile(n, "journal"); }),
       storedIds([n] { return fileOfProfile(n, "ids"); }),
       grid(n.state, n.settings, n.database, n.clock),

@@ -42,6 +42,7 @@ struct Inbox {
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
 
+    InboxRecords records;
     InboxTable table;
     InboxJournal journal;
     StoredIds storedIds;

@@ -326,10 +326,10 @@ InboxReader::Stored InboxReader::store(quint64 key) {
     for (const InboxJournal::Entry& entry : p_.journal.entries())
         if (entry.key == key) row = entry.row;
     p_.journal.setMaybeStored(key);  // from here on, whatever surfaces
-    const auto line = p_.table.insert(row);
-    if (!line) {
-        const bool rowRefused = line.failure().kind == FailureKind::RowRefused;
-        const QString why = QString::fromStdString(line.failure().text);
+    const auto stored = p_.table.insert(row);
+    if (!stored) {
+        const bool rowRefused = stored.failure().kind == FailureKind::RowRefused;
+        const QString why = QString::fromStdString(stored.failure().text);
         if (rowRefused) {
             refused_.add(key, why);
             log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
@@ -337,11 +337,11 @@ InboxReader::Stored InboxReader::store(quint64 key) {
             storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         }
         showNotice();
-        p_.table.report(row, line.failure());
+        p_.table.report(row, stored.failure());
         return rowRefused ? Stored::Refused : Stored::NotNow;
     }
     settle(key, row);
-    p_.grid.append(line.value());
+    p_.grid.append(stored.value().line);
     auto& received = p_.state.received;
     const QDate today = p_.clock.now().date();
     received = {today, received.on == today ? received.count + 1 : 1};

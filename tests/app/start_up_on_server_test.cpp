@@ -55,7 +55,7 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 0u) << "nothing is missing";
     server.run(
-        QStringLiteral("drop table bare.kibo_message; alter table bare.kibo_instance drop key "
+        QStringLiteral("drop table bare.kibo_message, bare.kibo_inbox; alter table bare.kibo_instance drop key "
                        "kibo_instance_holds, drop column holds"));
     dialogs.answers = {true};
     offer.ask();
@@ -65,7 +65,7 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
                     .contains(QStringLiteral("kibo_instance_holds")));
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 1u) << "tables and columns are complete";
-    server.run(QStringLiteral("drop table bare.kibo_message"));
+    server.run(QStringLiteral("drop table bare.kibo_message, bare.kibo_inbox"));
     UnattendedDialogs nobody;
     TableOffer({database, settings, nobody, folder.filePath(QStringLiteral("kibo.ini"))}).ask();
     dialogs.answers = {false};

@@ -44,7 +44,8 @@ class Inbox : public Engine {
 
     QStringList toBots;
     std::function<void()> whileBotIsAsked;  // what the event loop runs meanwhile
-    InboxTable table{database};
+    InboxRecords records{settings, database, clock};
+    InboxTable table{database, records};
     InboxGrid grid{state, settings, database, clock};
     ReplyHandOff handOff{settings,
                          database,
