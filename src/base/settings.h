@@ -33,6 +33,9 @@ struct Settings {
     QString ChatAddress;   ///< click-to-chat address; empty: kDefaultChatAddress
     QString PageLanguage;  ///< language that the page is asked for; empty: "en"
     QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
+    QString InboxMedia;    ///< "Y": what received messages carry is saved
+    QString InboxFolder;   ///< where to; empty: `inbox` in the program folder
+    QString InboxMaxMB;    ///< largest size of that folder, in megabytes; empty: 2000
     QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
     QString MessageDays;                    ///< how long Kibo's own tables keep what they say of a message; empty: 90

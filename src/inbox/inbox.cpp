@@ -47,8 +47,10 @@ Inbox::Inbox(const Needs& n)
               {[&clock = n.clock](const QString& address) { return get(address, clock); },
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
+      mediaFolder(n.settings, n.clock, n.programFolder),
+      media({n.state, n.settings, n.page, n.clock, records, mediaFolder}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              n.gateway.reading, table, journal, storedIds, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+              n.gateway.reading, table, journal, storedIds, grid, handOff, media, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds}),
       chatLister(n.state, n.page),
       page_(n.page) {

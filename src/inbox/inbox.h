@@ -13,6 +13,7 @@
 #include "inbox/chat_lister.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
+#include "inbox/inbox_media.h"
 #include "inbox/inbox_reader.h"
 #include "inbox/inbox_table.h"
 #include "inbox/reply_hand_off.h"
@@ -49,6 +50,8 @@ struct Inbox {
     InboxGrid grid;
     BotBrowser botBrowser;
     ReplyHandOff handOff;
+    MediaFolder mediaFolder;
+    InboxMedia media;
     InboxReader reader;
     Arrivals arrivals;
     ChatLister chatLister;

@@ -50,6 +50,7 @@ void InboxReader::BACA_WA() {
     s.readAgain = false;
     ++s.readPasses;
     settleDoubtful();
+    saveMissedMedia();
     const auto length = list->search ? p_.page.leaveSearch() : list->length;
     if (length) s.len1.text = QString::number(*length);
 }
@@ -205,7 +206,7 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     }
     p_.journal.change(key, row);
     lastSignature_ = chat.title + chat.text;
-    return storeRows({key}, began);
+    return storeRows(chat.title, {key}, began);
 }
 
 /// What the page shows of the opened chat's unread messages; nothing where it doesn't show that chat.
@@ -246,7 +247,7 @@ InboxReader::Then InboxReader::storeMessages(quint64 key, const UnreadChat& chat
         return Then::GoOn;
     }
     nothingNew_.remove(chat.title);
-    return storeRows(*keys, beganMs);
+    return storeRows(chat.title, *keys, beganMs);
 }
 
 /// Writes down what is new among them, that is below the last one that was stored, oldest first; nothing where the
@@ -274,23 +275,24 @@ std::optional<std::vector<quint64>> InboxReader::addRows(const UnreadChat& chat,
     return keys;
 }
 
-InboxReader::Then InboxReader::storeRows(const std::vector<quint64>& keys, qint64 beganMs) {
+InboxReader::Then InboxReader::storeRows(const QString& title, const std::vector<quint64>& keys, qint64 beganMs) {
     Then then = Then::GoOn;
-    for (const quint64 key : keys) {
-        Stored stored = Stored::NotNow;
-        try {
-            stored = store(key);
-        } catch (const SurfacedError&) {
-            leave();
-            throw;
+    try {
+        for (const quint64 key : keys) {
+            const Stored stored = store(key);
+            log::info("inbox",
+                      QStringLiteral("received message %1 %2 after %3 ms")
+                          .arg(key)
+                          .arg(stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                          .arg(p_.clock.monotonicMs() - beganMs));
+            if (stored != Stored::NotNow) continue;
+            then = Then::EndPass;
+            break;
         }
-        log::info("inbox", QStringLiteral("received message %1 %2 after %3 ms")
-                               .arg(key)
-                               .arg(stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
-                               .arg(p_.clock.monotonicMs() - beganMs));
-        if (stored != Stored::NotNow) continue;
-        then = Then::EndPass;
-        break;
+        p_.media.save(title);
+    } catch (const SurfacedError&) {
+        leave();
+        throw;
     }
     leave();
     return then;
@@ -341,6 +343,7 @@ InboxReader::Stored InboxReader::store(quint64 key) {
         return rowRefused ? Stored::Refused : Stored::NotNow;
     }
     settle(key, row);
+    p_.media.add(row, stored.value());
     p_.grid.append(stored.value().line);
     auto& received = p_.state.received;
     const QDate today = p_.clock.now().date();
@@ -373,6 +376,8 @@ void InboxReader::storeWaiting() {
         const QScopedValueRollback<bool> busy(p_.state.busy, true);
         storeUndoubted();
     }
+    if (!p_.state.busy) p_.media.lookAfter();
+    if (!p_.media.waitingChat().isEmpty()) p_.state.readAgain = true;
     showNotice();
 }
 
@@ -428,17 +433,31 @@ void InboxReader::settleDoubtful() {
 /// opened, or shows no ids: what its row in the list said is all that is known.
 bool InboxReader::readAnew(const InboxJournal::Entry& entry) {
     const QString& title = entry.row.title;
-    p_.opener.awaitSettled(kSettledMs);
-    const auto click = p_.page.clickEntry(title);
-    if (!click || !click->happened) return false;
-    p_.opener.clickedName(title, click->before);
-    const auto unread = awaitChat(title, click->before) ? readMessages(title, entry.row.unread) : std::nullopt;
+    const auto unread = reopen(title) ? readMessages(title, entry.row.unread) : std::nullopt;
     if (unread && unread->hasIds) {
         storeMessages(entry.key, {title, entry.row.wa_text, entry.row.SUB_NO}, *unread, p_.clock.monotonicMs());
         return true;
     }
     leave();
     return false;
+}
+
+/// Messages that came in while their chat was open were stored after it was left.
+void InboxReader::saveMissedMedia() {
+    for (QString title; !mustGiveWay() && !(title = p_.media.waitingChat()).isEmpty();) {
+        reopen(title);
+        p_.media.save(title);  // tried once
+        leave();
+    }
+}
+
+/// Whether the chat could be opened by its row in the list.
+bool InboxReader::reopen(const QString& title) {
+    p_.opener.awaitSettled(kSettledMs);
+    const auto click = p_.page.clickEntry(title);
+    if (!click || !click->happened) return false;
+    p_.opener.clickedName(title, click->before);
+    return awaitChat(title, click->before).has_value();
 }
 
 /// A chat whose mark does not go away is left to a page that is loaded anew.

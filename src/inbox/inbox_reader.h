@@ -17,6 +17,7 @@
 #include "engine/refused_rows.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
+#include "inbox/inbox_media.h"
 #include "inbox/inbox_table.h"
 #include "inbox/incoming_rows.h"
 #include "inbox/reply_hand_off.h"
@@ -51,6 +52,7 @@ class InboxReader {
         StoredIds& storedIds;
         InboxGrid& grid;
         ReplyHandOff& handOff;
+        InboxMedia& media;
         std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
         std::function<void()> BACA_PROFIL = {};  ///< refreshes `settings` from the profile's row; may be empty
     };
@@ -94,10 +96,12 @@ class InboxReader {
     std::optional<UnreadMessages> readMessages(const QString& title, int count);
     Then storeMessages(quint64 key, const UnreadChat& chat, const UnreadMessages& unread, qint64 beganMs);
     std::optional<std::vector<quint64>> addRows(const UnreadChat& chat, const UnreadMessages& unread);
-    Then storeRows(const std::vector<quint64>& keys, qint64 beganMs);
+    Then storeRows(const QString& title, const std::vector<quint64>& keys, qint64 beganMs);
     bool everyMessage() const { return p_.settings.InboxRead != QStringLiteral("last"); }
     bool isLeftTyping(const UnreadChat& chat);
     bool readAnew(const InboxJournal::Entry& entry);
+    bool reopen(const QString& title);
+    void saveMissedMedia();
     void settle(quint64 key, const IncomingRow& row);
     std::optional<bool> isStored(const InboxJournal::Entry& entry);
     QString textBehindDraft(const QString& title, const QString& draft);

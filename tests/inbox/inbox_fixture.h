@@ -22,7 +22,8 @@ class Inbox : public Engine {
         journal.emplace([this] { return folder.filePath(u"inbox.journal"_qs); });
         storedIds.emplace([this] { return folder.filePath(u"inbox.ids"_qs); });
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
-                                          gateway.ticks, gateway.reading, table, *journal, *storedIds, grid, handOff});
+                                          gateway.ticks, gateway.reading, table, *journal, *storedIds, grid, handOff,
+                                          media});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
@@ -60,6 +61,8 @@ class Inbox : public Engine {
                               return Result<void>();
                           },
                           [] { return 0.25; }}};
+    MediaFolder mediaFolder{settings, clock, folder.path()};
+    InboxMedia media{{state, settings, page, clock, records, mediaFolder}};
     std::optional<InboxJournal> journal;
     std::optional<StoredIds> storedIds;
     std::optional<InboxReader> reader;
