@@ -114,9 +114,9 @@ const std::vector<SettingEntry>& settingList() {
         {Receiving, kKibo, "InboxMedia", "InboxMedia", YesNo, "Save pictures, videos, voice notes and documents", "off",
          "On: what a received message carries is saved as a file. See [Files of received messages]"
          "(#files-of-received-messages)."},
-        {Receiving, kKibo, "InboxFolder", "InboxFolder", Folder, "Folder for them", "`inbox` in the program folder",
-         "It is made when it is missing."},
-        {Receiving, kKibo, "InboxMaxMB", "InboxMaxMB", Number, "Largest size of this folder, MB", "2000",
+        {Receiving, kKibo, "InboxFolder", "InboxFolder", Folder, "Folder for received files",
+         "`inbox` in the program folder", "It is made when it is missing."},
+        {Receiving, kKibo, "InboxMaxMB", "InboxMaxMB", Number, "Largest size of that folder, MB", "2000",
          "Nothing more is saved once it holds so much."},
         {Receiving, kKibo, "GetNumberInbox", "c_GetNumber", YesNo, "Look for the sender's number", "on",
          "In the opened chat. The first start leaves `Y` in the file."},
