@@ -57,6 +57,8 @@ const std::vector<Field>& fields() {
         {"wholeList", &B::wholeList},
         {"extraRows", &B::extraRows},
         {"ornateEntries", &B::ornateEntries},
+        {"mediaStyle", &B::mediaStyle, {"held", "control", "label", "menu"}},
+        {"mediaDelayMs", &B::mediaDelayMs},
         {"stickyBadges", &B::stickyBadges, {}, Use::Counted},
         {"searchDelayMs", &B::searchDelayMs},
         {"renameBox", &B::renameBox},

@@ -55,8 +55,10 @@ struct Behaviour {
     bool wholeList = false;            ///< all entries of the chat list exist, not only those near the ones in sight
     bool extraRows = false;            ///< rows that are no chats: notice, filters, archive
     bool ornateEntries = false;        ///< entries draw emoji as pictures and put direction marks around previews
-    int stickyBadges = 0;              ///< counter: openings that leave the chat's unread mark
-    int searchDelayMs = 150;           ///< from a change in the search box until the list shows its results
+    std::string mediaStyle = "held";  ///< what of a received file the page has, and what saves it; see docs/stand-in.md
+    int mediaDelayMs = 0;             ///< from asking for a received file until the page has it
+    int stickyBadges = 0;             ///< counter: openings that leave the chat's unread mark
+    int searchDelayMs = 150;          ///< from a change in the search box until the list shows its results
 
     // Typing and sending
     bool renameBox = false;   ///< the message box is no element the usual locator matches

@@ -195,7 +195,7 @@ void World::addIncoming(const json& details) {
                           {"text", textOf(details, "text")},
                           {"caption", textOf(details, "text")},
                           {"fileName", textOf(details, "fileName")},
-                          {"fileSize", 0},
+                          {"fileSize", numberOf(details, "fileSize", 0)},
                           {"incoming", true},
                           {"timeMs", nowMs()}};
     history_.push_back(message);

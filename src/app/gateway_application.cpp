@@ -389,6 +389,7 @@ void GatewayApplication::Timer1_Timer() {
     inbox_->grid.keepFresh();
     if (!state_.stepRunning) {
         gateway_->records.removeOld();
+        inbox_->records.removeOld();
         gateway_->ticks.write();
     }
     // What the store alone can settle need not wait for the page. Between two browsers another profile may be chosen,

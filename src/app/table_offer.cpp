@@ -14,7 +14,8 @@ const QString kSection = QStringLiteral("kibo");
 const QString kAsk = QStringLiteral("AskTables");
 /// What the newest version's own tables have.
 const QString kProbes[] = {QStringLiteral("select taken_by from kibo_message where 1=0"),
-                           QStringLiteral("select holds from kibo_instance where 1=0")};
+                           QStringLiteral("select holds from kibo_instance where 1=0"),
+                           QStringLiteral("select file from kibo_inbox where 1=0")};
 
 }  // namespace
 
@@ -32,9 +33,9 @@ void TableOffer::ask() {
     if (isYes(n_.settings.UseMDB) || !n_.database.isOpen() || !isLacking()) return;
     n_.dialogs.show(
         tablesQuestion(kProgramName,
-                       QStringLiteral("The database lacks a part of kibo_message or kibo_instance. With them, the sent "
-                                      "log and other programs are told why a message failed, when it left, how far it "
-                                      "got, and how each instance does.")),
+                       QStringLiteral("The database lacks a part of kibo_message, kibo_instance or kibo_inbox. With "
+                                      "them, the sent log and other programs are told why a message failed, when it "
+                                      "left, how far it got, what came in, and how each instance does.")),
         [this](bool yes) { yes ? make() : (void)WriteIni(kSection, kAsk, QStringLiteral("N"), n_.settingsFile); });
 }
 

@@ -32,7 +32,7 @@ const std::vector<SettingEntry>& settingList() {
         {Database, kKibo, "LimitSelect", "c_Limit", YesNo, "Fetch at most 10 rows at a time", "off",
          "Those waiting are counted once a second then. Server only; for very long queues."},
         {Database, kKibo, "MessageDays", "MessageDays", Number, "Days to keep what became of messages", "90",
-         "How long the table `kibo_message` keeps its rows."},
+         "How long the tables `kibo_message` and `kibo_inbox` keep their rows."},
         {Database, kKibo, "AskTables", "AskTables", YesNo, "Offer to complete the server's tables", "on",
          "`N`, written by a No: the start doesn't offer any more to make Kibo's own tables on a server that lacks "
          "them."},
@@ -114,6 +114,13 @@ const std::vector<SettingEntry>& settingList() {
          "On: the inbox isn't read, and the contact's chat stays open after a message."},
         {Receiving, kKibo, "InboxRead", "InboxRead", Choice, "Rows of a chat", "`every`",
          "`every`: each unread message of a chat becomes a row. `last`: only the chat's last one.", "every last"},
+        {Receiving, kKibo, "InboxMedia", "InboxMedia", YesNo, "Save pictures, videos, voice notes and documents", "off",
+         "On: what a received message carries is saved as a file. See [Files of received messages]"
+         "(#files-of-received-messages)."},
+        {Receiving, kKibo, "InboxFolder", "InboxFolder", Folder, "Folder for received files",
+         "`inbox` in the program folder", "It is made when it is missing."},
+        {Receiving, kKibo, "InboxMaxMB", "InboxMaxMB", Number, "Largest size of that folder, MB", "2000",
+         "Nothing more is saved once it holds so much."},
         {Receiving, kKibo, "GetNumberInbox", "c_GetNumber", YesNo, "Look for the sender's number", "on",
          "In the opened chat. The first start leaves `Y` in the file."},
         {Receiving, kKibo, "DisableDoubleInbox", "c_DisableDoubleInbox", YesNo, "No double messages", "off",

@@ -34,9 +34,12 @@ struct Settings {
     QString PageLanguage;  ///< language that the page is asked for; empty: "en"
     QString InboxRead;     ///< "every" unread message becomes a row, or each chat's "last"; empty: every
     QString ExpandText;    ///< "N": texts are sent as they stand
+    QString InboxMedia;    ///< "Y": what received messages carry is saved
+    QString InboxFolder;   ///< where to; empty: `inbox` in the program folder
+    QString InboxMaxMB;    ///< largest size of that folder, in megabytes; empty: 2000
     QString MaxFileMB;     ///< largest file that is sent, in megabytes; empty: 64
     QString BrowserMaxMB, BrowserMaxHours;  ///< from when on the browser is opened anew; empty: 1500 and 24
-    QString MessageDays;                    ///< how long `kibo_message` keeps what became of a message; empty: 90
+    QString MessageDays;                    ///< how long Kibo's own tables keep what they say of a message; empty: 90
     QString ChromeDriver;   ///< empty: chromedriver from the path; a path; or the http address of a running driver
     QString SupportNumber;  ///< whose chat the about window opens; empty: none
     QString ElementServer;  ///< host or address of the element service; empty: none

@@ -66,6 +66,17 @@ struct UnreadMessages {
     QList<ArrivedMessage> messages;  ///< oldest first
 };
 
+/// How far the saving of what a message carries has got.
+struct MediaStep {
+    enum class State {
+        Asked,  ///< a download was asked for, or what has to come before it
+        None,   ///< the message offers none
+        Gone    ///< the open chat doesn't show the message
+    };
+    State state = State::Gone;
+    QString suffix;  ///< of a document's name, as the page shows it
+};
+
 /// What one tick of the step machine needs to know, read in one command.
 struct PageLook {
     enum class Presence {
@@ -305,6 +316,16 @@ class ChatPage {
     /// Clicks the first chat-list entry with exactly this title, as a mouse does. Empty when it is not known whether
     /// the click happened. Two commands.
     virtual std::optional<EntryClick> clickEntry(const QString& title) = 0;
+
+    /// Downloads go into `folder` from now on, under names of the browser's own, with ".crdownload" behind them until
+    /// they are complete; empty: where the browser usually puts them.
+    virtual bool downloadInto(const QString& folder) = 0;
+    /// Ends the download of this name.
+    virtual bool cancelDownload(const QString& name) = 0;
+    /// Has the browser download what the message of the open chat carries, a `kind` of ArrivedMessage, or does the next
+    /// thing towards it; call it until the download begins. `begins`: the first call for this message. Up to two
+    /// commands.
+    virtual std::optional<MediaStep> saveMedia(const QString& messageId, const QString& kind, bool begins) = 0;
 
     virtual bool pressEnter() = 0;
     virtual bool pressEscape() = 0;

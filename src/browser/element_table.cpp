@@ -85,7 +85,30 @@ constexpr std::array kElements{
     Element{"XX_KindVideo",
             ".//video | .//*[@data-icon='media-play' or @data-testid='media-play' or "
             "@data-icon='video-pip' or @data-testid='video-pip']"},
-    Element{"XX_KindPhoto", ".//img[starts-with(@src,'blob:')]"},
+    // What isn't fetched yet shows a control in its place.
+    Element{"XX_KindPhoto",
+            ".//img[starts-with(@src,'blob:')] | .//*[@data-icon='media-download' or @data-testid='media-download']"},
+    // Inside a message of the open chat: what it carries, once the page holds it; what fetches or saves it; and what
+    // opens its menu, where the last row's words are looked for.
+    Element{"XX_MediaPhoto", ".//img[starts-with(@src,'blob:')]"},
+    Element{"XX_MediaVideo", ".//video[starts-with(@src,'blob:')] | .//video/source[starts-with(@src,'blob:')]"},
+    Element{"XX_MediaVoice", ".//audio[starts-with(@src,'blob:')] | .//audio/source[starts-with(@src,'blob:')]"},
+    Element{
+        "XX_MediaDownload",
+        ".//*[contains('|media-download|audio-download|document-download|download|download-refreshed|ic-download|', "
+        "concat('|', @data-icon, '|')) or contains('|media-download|audio-download|document-download|', concat('|', "
+        "@data-testid, '|'))]/ancestor-or-self::*[self::button or @role='button' or self::span][1] | "
+        ".//*[starts-with(@data-icon,'document-') or starts-with(@data-testid,'document-')]/ancestor::*[self::button "
+        "or @role='button'][1] | .//*[self::button or @role='button'][starts-with(@aria-label,'Download') or "
+        "starts-with(@title,'Download')]"},
+    Element{
+        "XX_MessageMenu",
+        ".//*[@data-icon='down-context' or @data-icon='ic-chevron-down-menu' or @data-testid='down-context' or "
+        "@data-testid='ic-chevron-down-menu']/ancestor-or-self::*[self::button or @role='button' or self::span][1]"},
+    Element{"XX_MenuDownload",
+            "//*[@role='menuitem' or self::li][not(.//*[@role='menuitem' or @role='button'])] | "
+            "//*[@role='menu']//*[@role='button'] {XXDownloadText}"},
+    Element{"XXDownloadText", "Download"},
     // Inside a message of the open chat or a row of the chat list: what is drawn beside a message that was sent, by the
     // names of the icons, wherever the page puts them. Its newest ones don't mean what they say: "delivered" is one
     // tick, "read" is two, which are blue only if the message was read.

@@ -61,11 +61,15 @@ QStringList launchArguments(const Settings& settings, const QString& profileFold
 }
 
 QJsonObject launchCapabilities(const Settings& settings, const QString& profileFolder, bool sandbox) {
+    // A profile that has been used remembers languages of its own, which win over the argument.
+    QJsonObject prefs{{QStringLiteral("intl.accept_languages"), pageLanguage(settings)},
+                      {QStringLiteral("intl.selected_languages"), pageLanguage(settings)}};
+    // Else the browser asks before the second file that no click of a person has asked for.
+    if (isYes(settings.InboxMedia))
+        prefs.insert(QStringLiteral("profile.default_content_setting_values.automatic_downloads"), 1);
     QJsonObject options{
         {QStringLiteral("args"), QJsonArray::fromStringList(launchArguments(settings, profileFolder, sandbox))},
-        // A profile that has been used remembers languages of its own, which win over the argument.
-        {QStringLiteral("prefs"), QJsonObject{{QStringLiteral("intl.accept_languages"), pageLanguage(settings)},
-                                              {QStringLiteral("intl.selected_languages"), pageLanguage(settings)}}}};
+        {QStringLiteral("prefs"), prefs}};
     // Else ChromeDriver looks for Chrome, then Chromium, where they are usually installed.
     if (isYes(settings.ChromePortable)) options.insert(QStringLiteral("binary"), settings.ChromeBinary);
     return {{QStringLiteral("browserName"), QStringLiteral("chrome")},

@@ -16,8 +16,6 @@ using namespace webdriver;
 
 // Key values of W3C WebDriver (https://www.w3.org/TR/webdriver2/#keyboard-actions).
 constexpr char16_t kBackspace = 0xE003, kEnter = 0xE007, kShift = 0xE008, kControl = 0xE009, kEscape = 0xE00C;
-/// How long the page may wait inside one script; the driver ends scripts after 3 s.
-constexpr int kLongestScriptWaitMs = 2500;
 /// Two for each key pressed.
 constexpr qsizetype kKeyActionsAtATime = 200;
 constexpr int kOutlineMs = 2000;
@@ -320,36 +318,6 @@ bool WebPage::clearBox(Box box) {
     if ((*answer)[QStringLiteral("empty")].toBool()) return true;
     return sendOrSkip("select the box's text", keyPress(u'a', {kControl})) &&
            sendOrSkip("clear the box", keyPress(kBackspace));
-}
-
-bool WebPage::chooseFile(FileInput input, const QString& path) {
-    // An input takes several paths in lines of their own.
-    if (path.contains(QLatin1Char('\n'))) return false;
-    const auto found = callOrSkip("find the file input", "fileInput", {input == FileInput::Media});
-    const auto element = found ? elementFrom(*found) : std::nullopt;
-    return element && sendOrSkip("choose the file", ElementSendKeys{*element, path});
-}
-
-std::optional<PreviewLook> WebPage::lookAtPreview(bool focusCaption) {
-    const auto answer = callOrSkip("look at the preview", "lookAtPreview", {focusCaption});
-    if (!answer) return std::nullopt;
-    const QJsonObject seen = answer->toObject();
-    return PreviewLook{seen[QStringLiteral("hasCaption")].toBool(), seen[QStringLiteral("hasSendButton")].toBool(),
-                       seen[QStringLiteral("captionFocused")].toBool(), seen[QStringLiteral("chatSerial")].toInt()};
-}
-
-std::optional<bool> WebPage::sendPreview() {
-    const auto answer = callOrSkip("send the preview", "sendPreview");
-    return answer ? std::optional(answer->toBool()) : std::nullopt;
-}
-
-std::optional<FileSentLook> WebPage::awaitFileSent(int milliseconds) {
-    const auto answer =
-        callOrSkip("await the sent file", "awaitFileSent", {std::min(milliseconds, kLongestScriptWaitMs)});
-    if (!answer) return std::nullopt;
-    const QJsonObject seen = answer->toObject();
-    return FileSentLook{seen[QStringLiteral("previewGone")].toBool(), seen[QStringLiteral("inChat")].toBool(),
-                        seen[QStringLiteral("chatSerial")].toInt(), seen[QStringLiteral("lastMessageId")].toString()};
 }
 
 std::optional<SearchLook> WebPage::lookAtSearch() {

@@ -40,6 +40,9 @@ class WebPage : public ChatPage, public PageProbe {
     std::optional<FileSentLook> awaitFileSent(int milliseconds) override;
     std::optional<SearchLook> lookAtSearch() override;
     std::optional<EntryClick> clickEntry(const QString& title) override;
+    bool downloadInto(const QString& folder) override;
+    bool cancelDownload(const QString& name) override;
+    std::optional<MediaStep> saveMedia(const QString& messageId, const QString& kind, bool begins) override;
     bool pressEnter() override;
     bool pressEscape() override;
     bool pressEscapeTwice(int milliseconds) override;
@@ -60,6 +63,9 @@ class WebPage : public ChatPage, public PageProbe {
     Result<QString> report() override;
 
  private:
+    /// How long the page may wait inside one script; the driver ends scripts after 3 s.
+    static constexpr int kLongestScriptWaitMs = 2500;
+
     Result<QJsonValue> call(const char* name, const QJsonArray& arguments = {});
     std::optional<QJsonValue> callOrSkip(const char* step, const char* name, const QJsonArray& arguments = {});
     bool sendOrSkip(const char* step, const webdriver::Command& command);

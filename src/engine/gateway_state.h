@@ -36,6 +36,7 @@ struct GatewayState {
     QString pageNotice;      ///< what else the page has to say, in words; empty: nothing
     QString refusedOut;      ///< the messages that can't leave the queue, in words; empty: none
     QString inboxNotice;     ///< what keeps received messages out of the database, in words; empty: nothing
+    QString mediaNotice;     ///< what keeps received files from being saved, in words; empty: nothing
     QString journalProblem;  ///< why the journal can't be written, in words; nothing is sent then
     QString pageChanged;     ///< the locator that matches nothing any more; sending is held while it is set
     QString readingChanged;  ///< the locator by which the chat list can't be read; reading is held while it is set

@@ -65,6 +65,12 @@ std::vector<Hindrance> hindrances(const GatewayState& s, const Settings& setting
         add(Ends::ByItself,
             sentence(s.refusedOut) + QStringLiteral(" The others go on; it is tried again every five minutes."));
     if (!s.inboxNotice.isEmpty()) add(Ends::ByItself, sentence(s.inboxNotice));
+    if (!s.mediaNotice.isEmpty())
+        add(Ends::ByItself,
+            QStringLiteral(
+                "Messages are stored, but their pictures and files are not saved: %1 Saving goes on with the "
+                "next message once there is room.")
+                .arg(sentence(s.mediaNotice)));
     if (!s.pageNotice.isEmpty()) add(Ends::ByItself, sentence(s.pageNotice));
     std::stable_partition(found.begin(), found.end(),
                           [](const Hindrance& one) { return one.ends == Ends::WhenSomeoneActs; });

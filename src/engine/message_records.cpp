@@ -27,14 +27,9 @@ const QString kEndedElsewhere = QStringLiteral(
 const QString kClaimBack = QStringLiteral(
     "update kibo_message set ended = ?, result = ? where outbox_id = ? and source = ? and profil = ? and taken_by = ? "
     "and ended is null");
-const QString kOldest = QStringLiteral("select min(id) as oldest from kibo_message");
-const QString kRemove = QStringLiteral("delete from kibo_message where id < ? and taken < ?");
 
 constexpr qint64 kLeftOffMs = 60'000;
 constexpr int kMostTries = 60;
-constexpr qint64 kRemoveEveryMs = 1'000, kLookForOldEveryMs = 3'600'000;
-constexpr qint64 kRemovedAtOnce = 500;
-constexpr int kDays = 90;
 constexpr int kReasonCharacters = 255;
 
 struct Code {
@@ -187,16 +182,7 @@ void MessageRecords::leaveOff(const Failure& failure) {
 }
 
 void MessageRecords::removeOld() {
-    const qint64 now = clock_.monotonicMs();
-    if (now < removeAgainMs_ || !tableIsThere_ || !database_.isOpen()) return;
-    removeAgainMs_ = now + kLookForOldEveryMs;
-    const Recordset oldest = database_.OpenRecordset(kOldest);
-    if (oldest.eof() || oldest.field(0).isEmpty()) return;
-    bool isNumber = false;
-    const int days = settings_.MessageDays.toInt(&isNumber);
-    const QDateTime end = clock_.now().addDays(-(isNumber && days > 0 ? days : kDays));
-    const auto removed = database_.execute(kRemove, {oldest.field(0).toLongLong() + kRemovedAtOnce, storedTime(end)});
-    if (removed.value_or(0) > 0) removeAgainMs_ = now + kRemoveEveryMs;
+    if (tableIsThere_) oldRows_.remove();
 }
 
 }  // namespace kibo

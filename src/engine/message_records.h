@@ -10,6 +10,7 @@
 #include "engine/gateway_state.h"
 #include "engine/send_journal.h"
 #include "store/database.h"
+#include "store/old_rows.h"
 
 namespace kibo {
 
@@ -21,7 +22,12 @@ class MessageRecords {
     /// All must outlive the object.
     MessageRecords(const GatewayState& state, const Settings& settings, Database& database, const Clock& clock,
                    const SendJournal& journal)
-        : state_(state), settings_(settings), database_(database), clock_(clock), journal_(journal) {}
+        : state_(state),
+          settings_(settings),
+          database_(database),
+          clock_(clock),
+          journal_(journal),
+          oldRows_(settings, database, clock, QStringLiteral("kibo_message"), QStringLiteral("taken")) {}
 
     /// Whether the table is kept at the moment; one that refused is tried again after a minute.
     bool areKept() const { return clock_.monotonicMs() >= keptAgainMs_; }
@@ -54,7 +60,7 @@ class MessageRecords {
     /// Whether that has to wait still.
     bool isOwed(const QString& id) const { return !areKept() && owed_.contains(id); }
 
-    /// Removes rows older than `MessageDays`, a few at a time. Call it as often as you like.
+    /// See OldRows.
     void removeOld();
 
  private:
@@ -77,11 +83,11 @@ class MessageRecords {
     Database& database_;
     const Clock& clock_;
     const SendJournal& journal_;
+    OldRows oldRows_;
     Moments current_;            // of the message that was taken last
     QHash<QString, int> owed_;   // rows that could not be completed, and how often that was tried
     bool tableIsThere_ = false;  // a row was begun there and can be completed
     qint64 keptAgainMs_ = 0;
-    qint64 removeAgainMs_ = 0;
 };
 
 /// A fixed code for a failure's words, which programs can rely on; "other" for words that none stands for.

@@ -37,7 +37,8 @@ QString fileOfProfile(const Inbox::Needs& needs, const char* kind) {
 }  // namespace
 
 Inbox::Inbox(const Needs& n)
-    : table(n.database),
+    : records(n.settings, n.database, n.clock),
+      table(n.database, records),
       journal([n] { return fileOfProfile(n, "journal"); }),
       storedIds([n] { return fileOfProfile(n, "ids"); }),
       opened([n] { return fileOfProfile(n, "opened"); }, n.clock),
@@ -47,8 +48,10 @@ Inbox::Inbox(const Needs& n)
               {[&clock = n.clock](const QString& address) { return get(address, clock); },
                [this](const QString& address, const QString& profile) { return botBrowser.visit(address, profile); },
                start, n.random}),
+      mediaFolder(n.settings, n.clock, n.programFolder),
+      media({n.state, n.settings, n.page, n.clock, records, mediaFolder}),
       reader({n.state, n.settings, n.elements, n.page, n.clock, n.gateway.pacing, n.gateway.opener, n.gateway.ticks,
-              n.gateway.reading, table, journal, storedIds, opened, grid, handOff, n.pageInUse, n.BACA_PROFIL}),
+              n.gateway.reading, table, journal, storedIds, opened, grid, handOff, media, n.pageInUse, n.BACA_PROFIL}),
       arrivals({n.state, n.settings, n.elements, n.page, n.clock, journal, storedIds, opened}),
       chatLister(n.state, n.page),
       page_(n.page),

@@ -13,6 +13,7 @@
 #include "inbox/chat_lister.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
+#include "inbox/inbox_media.h"
 #include "inbox/inbox_reader.h"
 #include "inbox/inbox_table.h"
 #include "inbox/opened_chats.h"
@@ -43,6 +44,7 @@ struct Inbox {
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
 
+    InboxRecords records;
     InboxTable table;
     InboxJournal journal;
     StoredIds storedIds;
@@ -50,6 +52,8 @@ struct Inbox {
     InboxGrid grid;
     BotBrowser botBrowser;
     ReplyHandOff handOff;
+    MediaFolder mediaFolder;
+    InboxMedia media;
     InboxReader reader;
     Arrivals arrivals;
     ChatLister chatLister;

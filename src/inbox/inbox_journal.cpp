@@ -14,11 +14,13 @@ const QString kKey = QStringLiteral("key");
 const QString kRow = QStringLiteral("row");
 
 QJsonObject toJson(const IncomingRow& row) {
-    return {{QStringLiteral("multi"), row.multi},  {QStringLiteral("profil"), row.PROFIL},
-            {QStringLiteral("title"), row.title},  {QStringLiteral("no"), row.wa_no},
-            {QStringLiteral("sub"), row.SUB_NO},   {QStringLiteral("text"), row.wa_text},
-            {QStringLiteral("time"), row.wa_time}, {QStringLiteral("id"), row.messageId},
-            {QStringLiteral("chat"), row.chatId},  {QStringLiteral("unread"), row.unread}};
+    return {{QStringLiteral("multi"), row.multi},   {QStringLiteral("profil"), row.PROFIL},
+            {QStringLiteral("title"), row.title},   {QStringLiteral("no"), row.wa_no},
+            {QStringLiteral("sub"), row.SUB_NO},    {QStringLiteral("text"), row.wa_text},
+            {QStringLiteral("time"), row.wa_time},  {QStringLiteral("id"), row.messageId},
+            {QStringLiteral("chat"), row.chatId},   {QStringLiteral("unread"), row.unread},
+            {QStringLiteral("group"), row.inGroup}, {QStringLiteral("own_time"), row.messageTime},
+            {QStringLiteral("kind"), row.kind}};
 }
 
 IncomingRow rowFrom(const QJsonObject& json) {
@@ -32,6 +34,9 @@ IncomingRow rowFrom(const QJsonObject& json) {
             text(QStringLiteral("time")),
             text(QStringLiteral("id")),
             text(QStringLiteral("chat")),
+            json[QStringLiteral("group")].toBool(),
+            text(QStringLiteral("own_time")),
+            text(QStringLiteral("kind")),
             json[QStringLiteral("unread")].toInt()};
 }
 

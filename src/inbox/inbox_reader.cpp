@@ -51,6 +51,7 @@ void InboxReader::BACA_WA() {
     s.readAgain = false;
     ++s.readPasses;
     settleDoubtful();
+    saveMissedMedia();
     const auto length = list->search ? p_.page.leaveSearch() : list->length;
     if (length) s.len1.text = QString::number(*length);
 }
@@ -81,9 +82,8 @@ bool InboxReader::looksIntoLost() {
     bool opened = false;
     const QList<LostChat> lost = p_.opened.lost();
     for (const LostChat& chat : lost) {
-        const auto before = openByTitle(chat.title);
-        opened = opened || before;
-        auto look = before ? awaitChat(chat.title, *before) : std::nullopt;
+        auto look = reopen(chat.title);
+        opened = opened || look;
         for (int i = 0; look && look->chat.lastMessageId.isEmpty() && i < kLooks; ++i) {
             p_.pacing.WA_WAIT(kSmallWaitMs);
             look = p_.page.lookAtChat(false);
@@ -228,11 +228,11 @@ InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const Unread
     }
     p_.journal.change(key, row);
     lastSignature_ = chat.title + chat.text;
-    return storeRows({key}, began);
+    return storeRows(chat.title, {key}, began);
 }
 
-/// Clicks the row of a chat, read or not. Gives what was open before, or nothing where there is no such row.
-std::optional<OpenChat> InboxReader::openByTitle(const QString& title) {
+/// Opens a chat by its row, read or not; nothing where that can't be done.
+std::optional<ChatLook> InboxReader::reopen(const QString& title) {
     p_.opener.awaitSettled(kSettledMs);
     const auto list = p_.page.readChatList(0, title);
     for (ChatEntry entry : list ? list->entries : QList<ChatEntry>()) {
@@ -241,13 +241,13 @@ std::optional<OpenChat> InboxReader::openByTitle(const QString& title) {
         const auto clicked = p_.page.clickEntry(entry);
         if (!clicked || !clicked->found) break;
         p_.opener.clickedName(title, clicked->before);
-        return clicked->before;
+        return awaitChat(title, clicked->before);
     }
     // It may stand below the rows that the page holds.
     const auto click = p_.page.clickEntry(title);
     if (!click || !click->happened) return std::nullopt;
     p_.opener.clickedName(title, click->before);
-    return click->before;
+    return awaitChat(title, click->before);
 }
 
 /// What the page shows of the opened chat's unread messages; nothing where it doesn't show that chat.
@@ -288,7 +288,7 @@ InboxReader::Then InboxReader::storeMessages(quint64 key, const UnreadChat& chat
         return Then::GoOn;
     }
     nothingNew_.remove(chat.title);
-    return storeRows(*keys, beganMs);
+    return storeRows(chat.title, *keys, beganMs);
 }
 
 /// Writes down what is new among them, that is below the last one that was stored, oldest first; nothing where the
@@ -316,23 +316,24 @@ std::optional<std::vector<quint64>> InboxReader::addRows(const UnreadChat& chat,
     return keys;
 }
 
-InboxReader::Then InboxReader::storeRows(const std::vector<quint64>& keys, qint64 beganMs) {
+InboxReader::Then InboxReader::storeRows(const QString& title, const std::vector<quint64>& keys, qint64 beganMs) {
     Then then = Then::GoOn;
-    for (const quint64 key : keys) {
-        Stored stored = Stored::NotNow;
-        try {
-            stored = store(key);
-        } catch (const SurfacedError&) {
-            leave();
-            throw;
+    try {
+        for (const quint64 key : keys) {
+            const Stored stored = store(key);
+            log::info("inbox",
+                      QStringLiteral("received message %1 %2 after %3 ms")
+                          .arg(key)
+                          .arg(stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
+                          .arg(p_.clock.monotonicMs() - beganMs));
+            if (stored != Stored::NotNow) continue;
+            then = Then::EndPass;
+            break;
         }
-        log::info("inbox", QStringLiteral("received message %1 %2 after %3 ms")
-                               .arg(key)
-                               .arg(stored == Stored::Yes ? QStringLiteral("stored") : QStringLiteral("not stored yet"))
-                               .arg(p_.clock.monotonicMs() - beganMs));
-        if (stored != Stored::NotNow) continue;
-        then = Then::EndPass;
-        break;
+        p_.media.save(title);
+    } catch (const SurfacedError&) {
+        leave();
+        throw;
     }
     leave();
     return then;
@@ -368,10 +369,10 @@ InboxReader::Stored InboxReader::store(quint64 key) {
     for (const InboxJournal::Entry& entry : p_.journal.entries())
         if (entry.key == key) row = entry.row;
     p_.journal.setMaybeStored(key);  // from here on, whatever surfaces
-    const auto line = p_.table.insert(row);
-    if (!line) {
-        const bool rowRefused = line.failure().kind == FailureKind::RowRefused;
-        const QString why = QString::fromStdString(line.failure().text);
+    const auto stored = p_.table.insert(row);
+    if (!stored) {
+        const bool rowRefused = stored.failure().kind == FailureKind::RowRefused;
+        const QString why = QString::fromStdString(stored.failure().text);
         if (rowRefused) {
             refused_.add(key, why);
             log::error("inbox", QStringLiteral("received message %1 is refused by the database: %2").arg(key).arg(why));
@@ -379,11 +380,12 @@ InboxReader::Stored InboxReader::store(quint64 key) {
             storeAgainAtMs_ = p_.clock.monotonicMs() + kStoreAgainMs;
         }
         showNotice();
-        p_.table.report(row, line.failure());
+        p_.table.report(row, stored.failure());
         return rowRefused ? Stored::Refused : Stored::NotNow;
     }
     settle(key, row);
-    p_.grid.append(line.value());
+    p_.media.add(row, stored.value());
+    p_.grid.append(stored.value().line);
     auto& received = p_.state.received;
     const QDate today = p_.clock.now().date();
     received = {today, received.on == today ? received.count + 1 : 1};
@@ -415,6 +417,8 @@ void InboxReader::storeWaiting() {
         const QScopedValueRollback<bool> busy(p_.state.busy, true);
         storeUndoubted();
     }
+    if (!p_.state.busy) p_.media.lookAfter();
+    if (!p_.media.waitingChat().isEmpty()) p_.state.readAgain = true;
     showNotice();
 }
 
@@ -470,15 +474,22 @@ void InboxReader::settleDoubtful() {
 /// opened, or shows no ids: what its row in the list said is all that is known.
 bool InboxReader::readAnew(const InboxJournal::Entry& entry) {
     const QString& title = entry.row.title;
-    const auto before = openByTitle(title);
-    if (!before) return false;
-    const auto unread = awaitChat(title, *before) ? readMessages(title, entry.row.unread) : std::nullopt;
+    const auto unread = reopen(title) ? readMessages(title, entry.row.unread) : std::nullopt;
     if (unread && unread->hasIds) {
         storeMessages(entry.key, {title, entry.row.wa_text, entry.row.SUB_NO}, *unread, p_.clock.monotonicMs());
         return true;
     }
     leave();
     return false;
+}
+
+/// Messages that came in while their chat was open were stored after it was left.
+void InboxReader::saveMissedMedia() {
+    for (QString title; !mustGiveWay() && !(title = p_.media.waitingChat()).isEmpty();) {
+        (void)reopen(title);
+        p_.media.save(title);  // tried once
+        leave();
+    }
 }
 
 /// A chat whose mark does not go away is left to a page that is loaded anew.

@@ -17,6 +17,7 @@
 #include "engine/refused_rows.h"
 #include "inbox/inbox_grid.h"
 #include "inbox/inbox_journal.h"
+#include "inbox/inbox_media.h"
 #include "inbox/inbox_table.h"
 #include "inbox/incoming_rows.h"
 #include "inbox/opened_chats.h"
@@ -53,6 +54,7 @@ class InboxReader {
         OpenedChats& opened;
         InboxGrid& grid;
         ReplyHandOff& handOff;
+        InboxMedia& media;
         std::function<bool()> pageInUse = {};    ///< whether another screen drives the page; may be empty
         std::function<void()> BACA_PROFIL = {};  ///< refreshes `settings` from the profile's row; may be empty
     };
@@ -93,15 +95,16 @@ class InboxReader {
     bool mustGiveWay() const;
     Then readEntry(const ChatEntry& entry);
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
-    std::optional<OpenChat> openByTitle(const QString& title);
+    std::optional<ChatLook> reopen(const QString& title);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
     std::optional<UnreadMessages> readMessages(const QString& title, int count);
     Then storeMessages(quint64 key, const UnreadChat& chat, const UnreadMessages& unread, qint64 beganMs);
     std::optional<std::vector<quint64>> addRows(const UnreadChat& chat, const UnreadMessages& unread);
-    Then storeRows(const std::vector<quint64>& keys, qint64 beganMs);
+    Then storeRows(const QString& title, const std::vector<quint64>& keys, qint64 beganMs);
     bool everyMessage() const { return p_.settings.InboxRead != QStringLiteral("last"); }
     bool isLeftTyping(const UnreadChat& chat);
     bool readAnew(const InboxJournal::Entry& entry);
+    void saveMissedMedia();
     void settle(quint64 key, const IncomingRow& row);
     std::optional<bool> isStored(const InboxJournal::Entry& entry);
     QString textBehindDraft(const QString& title, const QString& draft);

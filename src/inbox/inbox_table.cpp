@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include "store/transaction.h"
+
 namespace kibo {
 namespace {
 
@@ -17,7 +19,36 @@ const QString kCountMulti =
 
 }  // namespace
 
-Result<QStringList> InboxTable::insert(const IncomingRow& row) {
+Result<InboxTable::Stored> InboxTable::insert(const IncomingRow& row) {
+    qint64 id = 0;
+    if (records_.areKept()) {
+        const Result<qint64> record = addWithRecord(row, id);
+        if (record) return Stored{id, record.value(), shownLine(row, id)};
+        if (records_.areKept()) return record.failure();  // else it is the record that was refused
+        // A table that knows no transactions has kept the row.
+        const Recordset left = lineOf(row, id);
+        if (left.state() == Recordset::State::Closed) return record.failure();
+        if (!left.eof()) return Stored{id, 0, shownLine(row, id)};
+    }
+    const Result<qint64> added = add(row);
+    if (!added) return added.failure();
+    return Stored{added.value(), 0, shownLine(row, added.value())};
+}
+
+/// The record's id; `id` becomes that of the row.
+Result<qint64> InboxTable::addWithRecord(const IncomingRow& row, qint64& id) {
+    auto transaction = Transaction::begin(database_);
+    if (!transaction) return transaction.failure();
+    const Result<qint64> added = add(row);
+    if (!added) return added;
+    id = added.value();
+    Result<qint64> record = records_.add(row, id);
+    if (!record) return record;
+    if (const Result<void> done = transaction.value().commit(); !done) return done.failure();
+    return record;
+}
+
+Result<qint64> InboxTable::add(const IncomingRow& row) {
     Recordset set = database_.OpenRecordset(row.multi ? kEmptyMulti : kEmptyInbox);
     set.addNew();
     if (row.multi) {
@@ -29,10 +60,18 @@ Result<QStringList> InboxTable::insert(const IncomingRow& row) {
     set.set(QStringLiteral("wa_text"), row.wa_text);
     set.set(QStringLiteral("wa_time"), QVariant::fromValue(StoredTime{row.wa_time}));
     if (const Result<void> added = set.update(); !added) return added.failure();
-    // Read back, since a database may complete a row by itself.
-    const Recordset stored = database_.OpenRecordset(row.multi ? kLineOfMulti : kLineOfInbox, {set.lastInsertId()});
-    if (stored.eof()) return QStringList{row.wa_no, row.wa_text, gridTime(row.wa_time), QString()};
-    return QStringList{stored.field(0), stored.field(1), gridTime(stored.field(2)), stored.field(3)};
+    return set.lastInsertId();
+}
+
+Recordset InboxTable::lineOf(const IncomingRow& row, qint64 id) {
+    return database_.OpenRecordset(row.multi ? kLineOfMulti : kLineOfInbox, {id});
+}
+
+/// As it stands in the table, since a database may complete a row by itself.
+QStringList InboxTable::shownLine(const IncomingRow& row, qint64 id) {
+    const Recordset stored = lineOf(row, id);
+    if (stored.eof()) return {row.wa_no, row.wa_text, gridTime(row.wa_time), QString()};
+    return {stored.field(0), stored.field(1), gridTime(stored.field(2)), stored.field(3)};
 }
 
 void InboxTable::report(const IncomingRow& row, const Failure& failure) const {

@@ -14,7 +14,10 @@ struct IncomingRow {
     QString SUB_NO;  ///< in a group: who wrote
     QString wa_text;
     QString wa_time;                      ///< local time of the reading, "yyyy-MM-dd HH:mm:ss"
-    QString messageId = {}, chatId = {};  ///< as the page names them; not stored, and empty on a page that doesn't
+    QString messageId = {}, chatId = {};  ///< as the page names them; empty on a page that doesn't
+    bool inGroup = false;
+    QString messageTime = {};  ///< the message's own, "yyyy-MM-dd HH:mm"; empty where the page doesn't tell
+    QString kind = {};         ///< see ArrivedMessage
     /// Of a chat that was opened to read it: how many messages it had unread; its rows follow. Not stored.
     int unread = 0;
 

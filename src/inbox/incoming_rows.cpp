@@ -14,6 +14,7 @@ IncomingRow IncomingRows::of(const UnreadChat& chat, const QString& headerPictur
     row.title = chat.title;
     row.wa_no = isYes(settings_.GetNumberInbox) ? senderNumber(chat, headerPicture, namedNumber) : chat.title;
     row.SUB_NO = chat.sender;
+    row.inGroup = !chat.sender.isEmpty();
     row.wa_text = chat.text;
     row.wa_time = clock_.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     return row;
@@ -34,6 +35,9 @@ std::optional<IncomingRow> IncomingRows::of(const ArrivedMessage& message) const
     if (message.inGroup) row.wa_no = chat.title;
     row.messageId = message.messageId;
     row.chatId = message.chatId;
+    row.inGroup = row.inGroup || message.inGroup;
+    row.messageTime = message.time;
+    row.kind = message.kind;
     row.wa_time = clock_.now().addMSecs(-message.ageMs).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     return row;
 }

@@ -26,14 +26,6 @@ QString hostOf(const QString& address) {
     return host.isEmpty() ? QStringLiteral("?") : host;
 }
 
-/// "photo.jpg", "photo (2).jpg", "photo (3).jpg" …
-QString numbered(const QString& name, int number) {
-    if (number == 1) return name;
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    const qsizetype stem = dot > 0 ? dot : name.size();
-    return name.left(stem) + QStringLiteral(" (%1)").arg(number) + name.mid(stem);
-}
-
 Failure failed(const QString& address, const QString& reason, FailureKind kind = FailureKind::Transport) {
     return {kind, QStringLiteral("the file from %1 can't be fetched: %2").arg(hostOf(address), reason).toStdString()};
 }
@@ -92,7 +84,7 @@ Result<QString> MediaDownload::holdName(const QString& address) {
         return failed(address, QStringLiteral("the folder %1 can't be made").arg(folder.path()), FailureKind::Io);
     const QString name = mediaFileName(address);
     for (int number = 1; number <= kMostNames; ++number) {
-        const QString file = QDir::toNativeSeparators(folder.filePath(numbered(name, number)));
+        const QString file = QDir::toNativeSeparators(folder.filePath(numberedName(name, number)));
         auto lock = std::make_unique<QLockFile>(file + QStringLiteral(".lock"));
         lock->setStaleLockTime(0);  // held for as long as its instance runs
         if (!lock->tryLock(0)) {

@@ -54,16 +54,40 @@ QString lastPartOf(const QString& address) {
 }
 
 QString mediaFileName(const QString& address) {
-    const QString decoded = QUrl::fromPercentEncoding(lastPartOf(address).toUtf8());
+    return storableName(QUrl::fromPercentEncoding(lastPartOf(address).toUtf8()));
+}
+
+QString storableName(const QString& wanted) {
     QString name;
-    for (qsizetype at = 0; at < decoded.size(); ++at)
-        if (isAllowed(decoded, at)) name += decoded[at];
+    for (qsizetype at = 0; at < wanted.size(); ++at)
+        if (isAllowed(wanted, at)) name += wanted[at];
     name = name.trimmed();
     if (isDeviceName(name)) name.prepend(QLatin1Char('_'));
     name = shortened(name);
     // Windows drops dots and blanks at the end; "." and ".." are folders everywhere.
     while (!name.isEmpty() && (name.back() == QLatin1Char('.') || name.back().isSpace())) name.chop(1);
     return name.isEmpty() ? QStringLiteral("download") : name;
+}
+
+QString numberedName(const QString& name, int number) {
+    if (number == 1) return name;
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const qsizetype stem = dot > 0 ? dot : name.size();
+    return name.left(stem) + QStringLiteral(" (%1)").arg(number) + name.mid(stem);
+}
+
+QString storableSuffix(const QString& wanted) {
+    static const QRegularExpression plain(QStringLiteral("^[a-z0-9]{1,8}$"));
+    // What Windows and desktops run, or hand to something that does.
+    static const QStringList runs =
+        QStringLiteral(
+            "appimage app bat chm cmd com cpl desktop dll docm dotm exe gadget hlp hta htm html inf ins iso jar js jse "
+            "jsp "
+            "lnk mht mhtml msc msi msp mst pif potm ppam ppsm pptm ps1 psm1 py pyw reg rgs run scf scr sct settings sh "
+            "shs svg swf url vb vbe vbs vhd vhdx wsc wsf wsh xht xhtml xlam xll xlsm xltm xml")
+            .split(QLatin1Char(' '));
+    const QString suffix = wanted.toLower();
+    return plain.match(suffix).hasMatch() && !runs.contains(suffix) ? suffix : QStringLiteral("file");
 }
 
 }  // namespace kibo

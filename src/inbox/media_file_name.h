@@ -12,4 +12,14 @@ QString lastPartOf(const QString& address);
 /// that Windows keeps for a device, and short enough for a suffix. "download" when nothing remains.
 QString mediaFileName(const QString& address);
 
+/// The same of a name as it is.
+QString storableName(const QString& wanted);
+
+/// "photo.jpg", "photo (2).jpg", "photo (3).jpg" …
+QString numberedName(const QString& name, int number);
+
+/// What a received file's name may end in, of what somebody else says: letters and digits, in small letters, and
+/// nothing that a double click would run; else "file".
+QString storableSuffix(const QString& wanted);
+
 }  // namespace kibo

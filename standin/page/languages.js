@@ -37,6 +37,7 @@ const texts = {
     sendFile: ['Send {} selected', 'Kirim {} yang dipilih', 'Hantar {} yang dipilih', 'Enviar {} selecionado', 'Enviar {} seleccionado', '{} चुने गए भेजें', 'إرسال {} محدد', 'Seçilen {} öğeyi gönder', '{} ausgewählte senden', 'Envoyer {} sélection', 'Invia {} selezionato', 'Отправить выбранное: {}'],
     caption: ['Add a caption', 'Tambahkan keterangan', 'Tambah kapsyen', 'Adicionar legenda', 'Añade un comentario', 'कैप्शन जोड़ें', 'إضافة تعليق', 'Başlık ekle', 'Bildunterschrift hinzufügen', 'Ajouter une légende', 'Aggiungi una didascalia', 'Добавьте подпись'],
     typeMessage: ['Type a message', 'Ketik pesan', 'Taip mesej', 'Digite uma mensagem', 'Escribe un mensaje', 'एक मैसेज टाइप करें', 'اكتب رسالة', 'Bir mesaj yazın', 'Gib eine Nachricht ein', 'Entrez un message', 'Scrivi un messaggio', 'Введите сообщение'],
+    download: ['Download', 'Unduh', 'Muat turun', 'Baixar', 'Descargar', 'डाउनलोड करें', 'تنزيل', 'İndir', 'Herunterladen', 'Télécharger', 'Scarica', 'Скачать'],
     voice: ['Voice message', 'Pesan suara', 'Mesej suara', 'Mensagem de voz', 'Mensaje de voz', 'वॉइस मैसेज', 'رسالة صوتية', 'Sesli mesaj', 'Sprachnachricht', 'Message vocal', 'Messaggio vocale', 'Голосовое сообщение'],
 };
 

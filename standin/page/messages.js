@@ -2,6 +2,7 @@ import {drawn, el} from './dom.js';
 import {icon} from './icons.js';
 import {clockTime, say} from './languages.js';
 import {chatId} from './numbers.js';
+import {addMenu, receivedFile, savesByItself, saveReceived} from './received_files.js';
 import {tickMark} from './ticks.js';
 
 /** A long chat shows its newest messages only. */
@@ -71,12 +72,13 @@ export class MessageView {
         const dataId = `${!message.incoming}_${chat}_${message.id}${member}`;
         const holder = message.incoming ? null : el('span', {}, tickMark(message.ticks, 'msg', tickStyle));
         if (holder) this.#ticks.set(message, {holder, ticks: message.ticks});
-        return el('div', {role: 'row', class: 'message-row'},
-            el('div', {'data-id': messageIds === 'none' ? null : dataId, class: `message ${direction}`},
-                attachment(message),
-                textOf(message) && el('div', {class: 'copyable-text', 'data-pre-plain-text': stamp(message)},
-                    el('span', {class: 'selectable-text copyable-text', dir: 'ltr'}, ...linked(textOf(message), ornateEntries))),
-                el('div', {class: 'message-foot'}, el('span', {class: 'message-time'}, clockTime(message.timeMs)), holder)));
+        const bubble = el('div', {'data-id': messageIds === 'none' ? null : dataId, class: `message ${direction}`},
+            attachment(message, this.#behaviour),
+            textOf(message) && el('div', {class: 'copyable-text', 'data-pre-plain-text': stamp(message)},
+                el('span', {class: 'selectable-text copyable-text', dir: 'ltr'}, ...linked(textOf(message), ornateEntries))),
+            el('div', {class: 'message-foot'}, el('span', {class: 'message-time'}, clockTime(message.timeMs)), holder));
+        if (message.incoming) addMenu(bubble, message, this.#behaviour);
+        return el('div', {role: 'row', class: 'message-row'}, bubble);
     }
 }
 
@@ -90,23 +92,28 @@ const stamp = (message) =>
 const received = URL.createObjectURL(new Blob(['<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"/>'], {type: 'image/svg+xml'}));
 
 /** Everything in a message but its text. Which kind it is can be told by names of icons and structure alone. */
-function attachment(message) {
+function attachment(message, behaviour) {
     const picture = () => pictures.get(message.id) ?? received;
     const detail = message.fileName;
+    const file = () => receivedFile(message, behaviour);
+    const isHeld = message.incoming && behaviour.mediaStyle === 'held';
     switch (message.kind) {
     case 'image':
-        return el('div', {'data-testid': 'image-thumb'}, el('img', {src: picture(), class: 'message-picture'}));
+        return el('div', {'data-testid': 'image-thumb'}, message.incoming ? file() : el('img', {src: picture(), class: 'message-picture'}));
     case 'video':
-        return el('div', {}, pictures.has(message.id) ? el('video', {src: picture(), class: 'message-picture'}) : el('img', {src: picture(), class: 'message-picture'}),
+        return el('div', {}, pictures.has(message.id) && el('video', {src: picture(), class: 'message-picture'}),
+            !pictures.has(message.id) && !isHeld && el('img', {src: picture(), class: 'message-picture'}), message.incoming && file(),
             icon('media-play', 'wds-ic-send-filled'), el('span', {}, '0:07'));
     case 'sticker':
         return el('img', {src: picture(), class: 'sticker', 'data-testid': 'sticker'});
     case 'voice':
-        return el('div', {class: 'message-file'}, icon('audio-play', 'wds-ic-send-filled'), icon('ptt-status', 'mic-outlined'), el('div', {}, detail));
+        return el('div', {class: 'message-file'}, icon('audio-play', 'wds-ic-send-filled'), icon('ptt-status', 'mic-outlined'), el('div', {}, detail), message.incoming && file());
     case 'document': {
         const size = message.fileSize < 1024 ? `${message.fileSize} B` : `${Math.round(message.fileSize / 1024)} kB`;
-        return el('div', {class: 'message-file'}, icon(`document-${detail.split('.').pop().toUpperCase()}-icon`, 'document'),
-            el('div', {}, el('div', {}, detail), el('div', {class: 'message-file-size'}, size)));
+        const saves = savesByItself(message, behaviour);
+        return el('div', {class: 'message-file', role: saves && 'button', onClick: () => saves && saveReceived(message, behaviour)},
+            icon(`document-${detail.split('.').pop().toUpperCase()}-icon`, 'document'),
+            el('div', {}, el('div', {}, detail), el('div', {class: 'message-file-size'}, size)), message.incoming && file());
     }
     case 'location':
         return el('a', {'data-testid': 'location', href: 'https://maps.google.com/maps?q=-6.2,106.8', target: '_blank'}, el('div', {}, detail));

@@ -54,7 +54,8 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 0u) << "nothing is missing";
     server.run(
-        u"drop table bare.kibo_message; alter table bare.kibo_instance drop key kibo_instance_holds, drop column holds"_qs);
+        u"drop table bare.kibo_message, bare.kibo_inbox; "
+        "alter table bare.kibo_instance drop key kibo_instance_holds, drop column holds"_qs);
     dialogs.answers = {true};
     offer.ask();
     ASSERT_EQ(dialogs.shown.size(), 1u) << dialogs.said(1);
@@ -63,7 +64,7 @@ TEST(StartUpOnServer, asksBeforeItMakesTheTablesThatAServerLacks) {
                     .contains(u"kibo_instance_holds"_qs));
     offer.ask();
     EXPECT_EQ(dialogs.shown.size(), 1u) << "tables and columns are complete";
-    server.run(u"drop table bare.kibo_message"_qs);
+    server.run(u"drop table bare.kibo_message, bare.kibo_inbox"_qs);
     UnattendedDialogs nobody;
     TableOffer({database, settings, nobody, folder.filePath(u"kibo.ini"_qs)}).ask();
     dialogs.answers = {false};

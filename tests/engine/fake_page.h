@@ -237,6 +237,18 @@ class FakePage : public ChatPage {
         clock_.at(clock_.monotonicMs() + openDelay(number), [this, number] { open(number); });
         return click;
     }
+    bool downloadInto(const QString& folder) override {
+        downloadFolder = folder;
+        return answers("downloadInto");
+    }
+    bool cancelDownload(const QString& name) override {
+        commands.append(u"cancel "_qs + name);
+        return true;
+    }
+    std::optional<MediaStep> saveMedia(const QString& messageId, const QString& kind, bool begins) override {
+        if (!answers("saveMedia")) return std::nullopt;
+        return onSaveMedia ? onSaveMedia(messageId, kind, begins) : MediaStep{};
+    }
     bool pressEnter() override {
         if (!answers("pressEnter")) return false;
         if (beforeEnter) beforeEnter();
@@ -328,6 +340,8 @@ class FakePage : public ChatPage {
     int stickyBadges = 0;  // so many openings leave the mark on the chat
     std::function<void()> beforeEntryOpens;
     QString headerPicture, namedNumber;  // of every open chat
+    QString downloadFolder;
+    std::function<MediaStep(const QString& messageId, const QString& kind, bool begins)> onSaveMedia;
     QList<ArrivedMessage> conversation;  // the same; without any, messages have no ids
 
  private:

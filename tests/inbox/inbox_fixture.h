@@ -25,7 +25,7 @@ class Inbox : public Engine {
         opened.emplace([this] { return folder.filePath(u"inbox.opened"_qs); }, clock);
         reader.emplace(InboxReader::Parts{state, settings, elements, page, clock, gateway.pacing, gateway.opener,
                                           gateway.ticks, gateway.reading, table, *journal, *storedIds, *opened, grid,
-                                          handOff});
+                                          handOff, media});
     }
 
     void unread(const QString& title, const QString& text, const QString& member = {}, const QString& badge = u"1"_qs) {
@@ -47,7 +47,8 @@ class Inbox : public Engine {
 
     QStringList toBots;
     std::function<void()> whileBotIsAsked;  // what the event loop runs meanwhile
-    InboxTable table{database};
+    InboxRecords records{settings, database, clock};
+    InboxTable table{database, records};
     InboxGrid grid{state, settings, database, clock};
     ReplyHandOff handOff{settings,
                          database,
@@ -62,6 +63,8 @@ class Inbox : public Engine {
                               return Result<void>();
                           },
                           [] { return 0.25; }}};
+    MediaFolder mediaFolder{settings, clock, folder.path()};
+    InboxMedia media{{state, settings, page, clock, records, mediaFolder}};
     std::optional<InboxJournal> journal;
     std::optional<StoredIds> storedIds;
     std::optional<OpenedChats> opened;

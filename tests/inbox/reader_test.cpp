@@ -354,6 +354,45 @@ TEST_F(Reader, EachUnreadMessageIsARowOnceAlsoAfterACrash) {
     read(u"two\nlines\n1\n1\n1\na long text"_qs);
 }
 
+TEST_F(Reader, EachRowHasARecordOfWhatThePageTells) {
+    const auto recorded = [this] {
+        return rows("inbox_id, source, profil, message_id, chat_id, in_group, message_time, kind", "kibo_inbox");
+    };
+    ArrivedMessage photo = message("false_1203@g.us_3EB0", u"(photo)"_qs);
+    photo.chatId = u"1203@g.us"_qs;
+    photo.inGroup = true;
+    photo.kind = u"photo"_qs;
+    photo.time = u"2026-03-14 15:07"_qs;
+    page.conversation = {photo};
+    unread(kAni, u"Photo"_qs);
+    refuse("insert on inbox");  // until after a crash
+    read({});
+    execute("drop trigger refuse");
+    clock.wait(RefusedRows<quint64>::kPauseMs);
+    readAfterRestart(u"(photo)"_qs);
+    QString expected = u"1|inbox|7|false_1203@g.us_3EB0|1203@g.us|1|2026-03-14 15:07:00|photo"_qs;
+    EXPECT_EQ(recorded(), expected);
+
+    const quint64 before = log::revision();
+    refuse("insert on kibo_inbox");
+    page.conversation = {message("8", u"a"_qs), message("9", u"b"_qs)};
+    unread(kAni, u"b"_qs, {}, u"2"_qs);
+    read(u"(photo)\na\nb"_qs);
+    EXPECT_EQ(recorded(), expected) << "the row counts, with or without a record";
+    EXPECT_EQ(log::newestLines().filter(u"not noted in kibo_inbox"_qs).size(), 1) << log::revision() - before;
+    execute("drop trigger refuse");
+    clock.wait(60'000);
+    page.conversation.clear();
+    page.hideHistory = true;
+    settings.Multi = u"Y"_qs;
+    unread(u"Team"_qs, u"c"_qs, u"Budi"_qs);
+    reader->BACA_WA();
+    EXPECT_EQ(recorded(), expected + u"\n1|multi|7|||1||"_qs);
+    execute("update kibo_inbox set stored = #2001-01-01 00:00:00# where id = 1");
+    records.removeOld();
+    EXPECT_EQ(rows("source", "kibo_inbox"), u"multi"_qs);
+}
+
 TEST_F(Reader, RowOfSomebodyWhoTypesWaitsForAMinuteAndHoldsUpNoOther) {
     unread(u"Budi"_qs, u"hello"_qs);
     unread(kAni, u"typing error?"_qs);

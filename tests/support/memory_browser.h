@@ -48,6 +48,9 @@ class MemoryBrowser final : public ChatBrowser, private ChatPage, private PagePr
     std::optional<FileSentLook> awaitFileSent(int) override { return std::nullopt; }
     std::optional<SearchLook> lookAtSearch() override { return std::nullopt; }
     std::optional<EntryClick> clickEntry(const QString&) override { return std::nullopt; }
+    bool downloadInto(const QString&) override { return false; }
+    bool cancelDownload(const QString&) override { return false; }
+    std::optional<MediaStep> saveMedia(const QString&, const QString&, bool) override { return std::nullopt; }
     bool pressEnter() override;
     bool pressEscape() override { return isOpen(); }
     bool pressEscapeTwice(int) override { return isOpen(); }

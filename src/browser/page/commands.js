@@ -2,7 +2,7 @@
 const commands = () => ({
   look, plantLink, pointLink, clickLink, lookAtChat, lastMessages, readUnread, forgetArrived, awaitBoxText, awaitSent, pasteText,
   emptyBox, fileInput, lookAtPreview, sendPreview, awaitFileSent, lookAtSearch, findEntry, watchChatList, readChatList,
-  listChats, clickRow, focusSearch, chatListLength, clickQrReload, clickUseHere, outline, report
+  listChats, clickRow, focusSearch, chatListLength, saveMedia, clickQrReload, clickUseHere, outline, report
 });
 let revision = 0;
 const takeLocators = (number, table, stored, opened) => {

@@ -40,9 +40,11 @@ const senderOf = (row) => {
 
 // What a message without a text says: its kind, and what the page shows of it.
 const kinds = ['Call', 'Deleted', 'Poll', 'Contact', 'Location', 'Sticker', 'Voice', 'Document', 'Video', 'Photo'];
+const partsIn = (row, name, quoted = all('XX_Quoted', row)) =>
+    all(name, row).filter((node) => !quoted.some((other) => other.contains(node)));
 const kindOf = (row) => {
   const quoted = all('XX_Quoted', row);
-  const shows = (kind) => all(`XX_Kind${kind}`, row).some((node) => !quoted.some((other) => other.contains(node)));
+  const shows = (kind) => partsIn(row, `XX_Kind${kind}`, quoted).length > 0;
   return kinds.find(shows)?.toLowerCase() || '';
 };
 const isClockTime = (line) => /^\d{1,2}[:.]\d{2}(\s?[ap]\.?m\.?)?$/i.test(line);

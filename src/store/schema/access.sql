@@ -145,6 +145,23 @@ CREATE TABLE kibo_message (
 );
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 
+-- What the page tells of received messages beyond their rows: one for each row of inbox, or of kind I in multi. Kibo's
+-- own.
+CREATE TABLE kibo_inbox (
+    id COUNTER PRIMARY KEY,
+    source TEXT(16) NOT NULL,
+    profil TEXT(64) NOT NULL DEFAULT "",
+    inbox_id LONG NOT NULL,
+    message_id TEXT(255) NOT NULL DEFAULT "",
+    chat_id TEXT(255) NOT NULL DEFAULT "",
+    in_group SMALLINT NOT NULL DEFAULT 0,
+    message_time DATETIME,
+    kind TEXT(16),
+    stored DATETIME,
+    file MEMO
+);
+CREATE INDEX kibo_inbox_row ON kibo_inbox (inbox_id, source);
+
 -- How each instance does, written by the instance itself every few seconds. Kibo's own.
 CREATE TABLE kibo_instance (
     profil TEXT(64) NOT NULL,

@@ -25,6 +25,7 @@ INSERT INTO element VALUES ('XXTyping', 'typing*|* is typing…|recording audio�
 INSERT INTO element VALUES ('XXDraft', 'Draft:|Draf:|Konsep:|Rascunho:|Borrador:|ड्राफ़्ट:|ड्राफ्ट:|مسودة:|مسوَّدة:|Taslak:|Entwurf:|Brouillon :|Brouillon:|Bozza:|Черновик:');
 INSERT INTO element VALUES ('XXUseHereText', 'Use here|Gunakan di sini|Guna di sini|Usar aqui|Usar aquí|यहाँ इस्तेमाल करें|यहां इस्तेमाल करें|यहाँ उपयोग करें|استخدام هنا|الاستخدام هنا|استخدم هنا|Burada kullan|Hier verwenden|Utiliser ici|Usa qui|Использовать здесь');
 INSERT INTO element VALUES ('XXUpdateText', 'Refresh|Update|Segarkan|Muat ulang|Perbarui|Muat semula|Kemas kini|Atualizar|Recarregar|Actualizar|Recargar|रीफ़्रेश करें|रिफ़्रेश करें|अपडेट करें|تحديث|إعادة تحميل|Yenile|Güncelle|Aktualisieren|Neu laden|Actualiser|Rafraîchir|Aggiorna|Ricarica|Обновить');
+INSERT INTO element VALUES ('XXDownloadText', 'Download|Unduh|Muat turun|Baixar|Transferir|Descargar|डाउनलोड करें|تنزيل|İndir|Herunterladen|Télécharger|Scarica|Скачать');
 INSERT INTO element VALUES ('XXMessagesText', 'Messages|Pesan|Mesej|Mensagens|Mensajes|मैसेज|संदेश|الرسائل|رسائل|Mesajlar|Nachrichten|Messaggi|Сообщения');
 
 -- Further places of the page that the sender and the inbox reader use.

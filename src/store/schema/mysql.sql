@@ -153,6 +153,23 @@ CREATE TABLE kibo_message (
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 CREATE INDEX kibo_message_open ON kibo_message (profil, ended);
 
+-- What the page tells of received messages beyond their rows: one for each row of inbox, or of kind I in multi. Kibo's
+-- own.
+CREATE TABLE kibo_inbox (
+    id BIGINT NOT NULL AUTO_INCREMENT PRIMARY KEY,
+    source VARCHAR(16) NOT NULL,
+    profil VARCHAR(64) NOT NULL DEFAULT '',
+    inbox_id BIGINT NOT NULL,
+    message_id VARCHAR(255) NOT NULL DEFAULT '',
+    chat_id VARCHAR(255) NOT NULL DEFAULT '',
+    in_group SMALLINT NOT NULL DEFAULT 0,
+    message_time DATETIME,
+    kind VARCHAR(16),
+    stored DATETIME,
+    file VARCHAR(1024)
+) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
+CREATE INDEX kibo_inbox_row ON kibo_inbox (inbox_id, source);
+
 -- How each instance does, written by the instance itself every few seconds. Kibo's own.
 CREATE TABLE kibo_instance (
     profil VARCHAR(64) NOT NULL,

@@ -146,6 +146,23 @@ CREATE TABLE kibo_message (
 CREATE INDEX kibo_message_outbox ON kibo_message (outbox_id, source, profil);
 CREATE INDEX kibo_message_open ON kibo_message (profil, ended);
 
+-- What the page tells of received messages beyond their rows: one for each row of inbox, or of kind I in multi. Kibo's
+-- own.
+CREATE TABLE kibo_inbox (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    source TEXT NOT NULL,
+    profil TEXT NOT NULL DEFAULT '',
+    inbox_id INTEGER NOT NULL,
+    message_id TEXT NOT NULL DEFAULT '',
+    chat_id TEXT NOT NULL DEFAULT '',
+    in_group INTEGER NOT NULL DEFAULT 0,
+    message_time TEXT,
+    kind TEXT,
+    stored TEXT,
+    file TEXT
+);
+CREATE INDEX kibo_inbox_row ON kibo_inbox (inbox_id, source);
+
 -- How each instance does, written by the instance itself every few seconds. Kibo's own.
 CREATE TABLE kibo_instance (
     profil TEXT NOT NULL,
