@@ -14,9 +14,10 @@ constexpr qint64 kSettledMs = 2'000;
 constexpr qint64 kStoreAgainMs = 5'000;
 const QString kNothing = QStringLiteral(":");
 
+constexpr int kMostOfAChat = 500;
+
 /// How many messages a mark counts: "7", "1,234"; of "99+" as many as are read at once.
 int countIn(const QString& badge) {
-    constexpr int kMostOfAChat = 500;
     int count = 0;
     for (const QChar c : badge)
         if (c.isDigit()) count = std::min(10 * count + c.digitValue(), kMostOfAChat);  // of whatever script
@@ -288,6 +289,9 @@ InboxReader::Then InboxReader::storeMessages(quint64 key, const UnreadChat& chat
         return Then::GoOn;
     }
     nothingNew_.remove(chat.title);
+    if (keys->size() >= kMostOfAChat)
+        log::warning("inbox", QStringLiteral("a chat had %1 unread messages or more: those before them are not read")
+                                  .arg(kMostOfAChat));
     return storeRows(chat.title, *keys, beganMs);
 }
 

@@ -2,7 +2,6 @@
 
 #include <QButtonGroup>
 #include <QCalendarWidget>
-#include <QDir>
 #include <QDropEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -172,13 +171,7 @@ void SendScreen::setTabOrders() {
 QPushButton* SendScreen::fileButton(const char* name, const QString& text, const FileBox& box, FileField* field) {
     QPushButton* made = button(name, text, tr("Choose the file"));
     made->setAccessibleName(box.kinds.size() > 1 ? tr("Browse for media") : tr("Browse for a file"));
-    connect(made, &QPushButton::clicked, this, [this, box, field] {
-        FileBox asked = box;
-        asked.beside = field->text();
-        p_.dialogs.choose(asked, [field](const auto& path) {
-            if (path) field->choose(QDir::toNativeSeparators(*path));
-        });
-    });
+    connect(made, &QPushButton::clicked, this, [this, box, field] { field->chooseIn(p_.dialogs, box); });
     return made;
 }
 

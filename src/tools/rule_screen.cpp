@@ -237,13 +237,7 @@ QPushButton* RuleScreen::fileButton(const char* name, const QString& text, const
                                     FileField* field) {
     QPushButton* made = button(name, text, tr("Choose the file"));
     made->setAccessibleName(spoken);
-    connect(made, &QPushButton::clicked, this, [this, box, field] {
-        FileBox asked = box;
-        asked.beside = field->text();
-        p_.dialogs.choose(asked, [field](const auto& path) {
-            if (path) field->choose(QDir::toNativeSeparators(*path));
-        });
-    });
+    connect(made, &QPushButton::clicked, this, [this, box, field] { field->chooseIn(p_.dialogs, box); });
     return made;
 }
 

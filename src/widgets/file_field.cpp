@@ -18,6 +18,13 @@ void FileField::choose(const QString& path) {
     insert(path);
 }
 
+void FileField::chooseIn(Dialogs& dialogs, FileBox box) {
+    box.beside = text();
+    dialogs.choose(box, [this](const auto& path) {
+        if (path) choose(QDir::toNativeSeparators(*path));
+    });
+}
+
 void FileField::dragEnterEvent(QDragEnterEvent* event) {
     if (draggedFile(event->mimeData()).isEmpty()) return QLineEdit::dragEnterEvent(event);
     event->acceptProposedAction();

@@ -2,6 +2,8 @@
 
 #include <QLineEdit>
 
+#include "base/dialogs.h"
+
 class QMimeData;
 
 namespace kibo {
@@ -18,6 +20,8 @@ class FileField : public QLineEdit {
 
     /// As a person's choice: it can be undone.
     void choose(const QString& path);
+    /// Shows `box` beside what stands here, and takes what is chosen in it.
+    void chooseIn(Dialogs& dialogs, FileBox box);
 
  protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
