@@ -20,6 +20,7 @@ struct OpenChat {
     /// Some of its messages wait to be taken, see `PageLook::arrived`; the newest one above them, if there is any.
     bool untaken = false;
     QString takenId;
+    bool othersUntaken = false;  ///< messages wait to be taken, perhaps of other chats
     /// Titles of the newest conversations that came up, this one included, oldest first.
     QStringList titles;
     /// How often the planted link was clicked since the page was loaded, and the newest addresses, oldest first.

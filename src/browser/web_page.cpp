@@ -144,6 +144,7 @@ OpenChat WebPage::openChat(const QJsonValue& chat) {
     shown.number = chat[QStringLiteral("number")].toString();
     shown.lastMessageId = chat[QStringLiteral("lastMessageId")].toString();
     shown.untaken = chat[QStringLiteral("untaken")].toBool();
+    shown.othersUntaken = chat[QStringLiteral("othersUntaken")].toBool();
     shown.takenId = chat[QStringLiteral("takenId")].toString();
     shown.clicks = chat[QStringLiteral("clicks")].toInt();
     shown.personClicks = chat[QStringLiteral("personClicks")].toInt();

@@ -83,6 +83,11 @@ bool InboxReader::looksIntoLost() {
     bool opened = false;
     const QList<LostChat> lost = p_.opened.lost();
     for (const LostChat& chat : lost) {
+        // That of the dummy contact is open at all times, and the page has told of it by now.
+        if (const auto now = p_.page.lookAtChat(false); now && now->chat.open && now->chat.title == chat.title) {
+            p_.opened.lookedInto(chat.title);
+            continue;
+        }
         auto look = reopen(chat.title);
         opened = opened || look;
         for (int i = 0; look && look->chat.lastMessageId.isEmpty() && i < kLooks; ++i) {
@@ -290,8 +295,9 @@ InboxReader::Then InboxReader::storeMessages(quint64 key, const UnreadChat& chat
     }
     nothingNew_.remove(chat.title);
     if (keys->size() >= kMostOfAChat)
-        log::warning("inbox", QStringLiteral("a chat had %1 unread messages or more: those before them are not read")
-                                  .arg(kMostOfAChat));
+        log::warning(
+            "inbox",
+            QStringLiteral("a chat had %1 unread messages or more: those before them are not read").arg(kMostOfAChat));
     return storeRows(chat.title, *keys, beganMs);
 }
 

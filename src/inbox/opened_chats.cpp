@@ -60,6 +60,8 @@ void OpenedChats::see(const OpenChat& chat) {
         if (takenId.isEmpty() || opened_.back().takenId == takenId) return;
         opened_.back().takenId = takenId;
     } else {
+        // A pass over the list opens one chat after the other, and mostly the page has nothing to tell of them.
+        if (!chat.othersUntaken) opened_.clear();
         opened_.append({chat.title, takenId, clock_.now().toMSecsSinceEpoch()});
         if (opened_.size() > kMostChats) opened_.removeFirst();
     }

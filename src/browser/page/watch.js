@@ -42,6 +42,7 @@ const openChat = () => {
     number: watch.node ? namedNumber(id) : '',
     lastMessageId: id,
     ...untakenIn(id),
+    othersUntaken: told.length > 0,
     titles: since(watch.titles, watch.serial, Math.min(heard.serial, watch.serial - 1)),
     clicks: watch.clicks,
     clicked: since(watch.clicked, watch.clicks, heard.clicks),
