@@ -188,10 +188,19 @@ bool InboxReader::isLeftTyping(const UnreadChat& chat) {
     return !hasIds_ && now - typingSince_.value(chat.title) < kTypingMs;
 }
 
+/// Messages that lost their mark to an opening which was broken off. Those that came in since must not be stored before
+/// them, or they would stand above the last one that was.
+int InboxReader::owedIn(const QString& title) const {
+    int owed = 0;
+    for (const InboxJournal::Entry& entry : p_.journal.entries())
+        if (entry.doubtful && entry.row.title == title) owed += entry.row.unread;
+    return owed;
+}
+
 InboxReader::Then InboxReader::openAndStore(const ChatEntry& entry, const UnreadChat& chat) {
     const qint64 began = p_.clock.monotonicMs();
     IncomingRow row = rows_.of(chat);
-    row.unread = everyMessage() ? countIn(entry.badge) : 1;
+    row.unread = everyMessage() ? std::min(countIn(entry.badge) + owedIn(chat.title), kMostOfAChat) : 1;
     const Result<quint64> written = p_.journal.add(row);
     if (!written) {  // the message is safe as long as its mark is on the page
         leave();

@@ -94,6 +94,7 @@ class InboxReader {
     std::optional<Rows> readRows(int offset);
     bool mustGiveWay() const;
     Then readEntry(const ChatEntry& entry);
+    int owedIn(const QString& title) const;
     Then openAndStore(const ChatEntry& entry, const UnreadChat& chat);
     std::optional<ChatLook> reopen(const QString& title);
     std::optional<ChatLook> awaitChat(const QString& title, const OpenChat& before);
